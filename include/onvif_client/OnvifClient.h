@@ -1,0 +1,184 @@
+/// @file
+/// onvif_client: talk to IP cameras and recorders over ONVIF.
+///
+/// An application starts the library, logs in to a device and gets a login id, sends request
+/// documents in a small XML command language and receives result documents:
+///
+/// @code
+///   ONVIF_CLIENT_Initial();
+///   unsigned int error = 0;
+///   unsigned int id = ONVIF_CLIENT_Login(ONVIF_CLIENT_NO_LOGIN_ID, "192.168.1.64", 80,
+///                                        "admin", "secret", &error);
+///   char* response = NULL;
+///   int length = 0;
+///   if (ONVIF_CLIENT_GetCfg(id, "<Get version=\"1.0\" systemType=\"ipc\"><devInfo/></Get>",
+///                           response, &length)) {
+///       puts(response);
+///   }
+///   ONVIF_CLIENT_DelResponseBuff(response);
+///   ONVIF_CLIENT_Logout(id);
+///   ONVIF_CLIENT_Quit();
+/// @endcode
+///
+/// Threads: ONVIF_CLIENT_Initial and ONVIF_CLIENT_Quit are called from one thread, not at the same
+/// time as each other. Every other function may be called from any number of threads at once; a
+/// call runs wholly on its calling thread, network traffic included, and is bounded in time: an
+/// exchange with a device ends after 8 seconds at the latest (2.5 seconds for the service search of
+/// a login), and a command makes between one and a few exchanges.
+///
+/// Errors are return values; no exception leaves the library. Texts are UTF-8 and end in a zero
+/// byte. A null pointer is never dereferenced.
+///
+/// Diagnostics: the library logs to standard error. The environment variable ONVIF_CLIENT_LOG
+/// chooses what ("off", "error", "info"; "info" when it is not set), ONVIF_CLIENT_LOG_FILE names a
+/// file to use instead (rotated at 5 MiB, three old ones are kept). Some traces go to standard
+/// output.
+#ifndef ONVIF_CLIENT_ONVIF_CLIENT_H
+#define ONVIF_CLIENT_ONVIF_CLIENT_H
+
+#if defined(_WIN32)
+#if defined(ONVIF_CLIENT_BUILDING)
+#define ONVIF_CLIENT_API __declspec(dllexport)
+#else
+#define ONVIF_CLIENT_API __declspec(dllimport)
+#endif
+#elif defined(__GNUC__)
+#define ONVIF_CLIENT_API __attribute__((visibility("default")))
+#else
+#define ONVIF_CLIENT_API
+#endif
+
+/// No login id: asks ONVIF_CLIENT_Login for a new session, and is its result on failure.
+#define ONVIF_CLIENT_NO_LOGIN_ID 0xFFFFFFFFu
+
+/// What *errorCode holds after ONVIF_CLIENT_Login: 0, or why the login failed. A device can also
+/// cause another non-zero code: take every value that is not 0 as a failure.
+enum ONVIF_CLIENT_ErrorCode {
+    ONVIF_CLIENT_OK = 0,
+    /// A request could not be prepared for sending.
+    ONVIF_CLIENT_NOT_SENT = 1,
+    /// The device answered something that is not XML.
+    ONVIF_CLIENT_NO_XML = 4,
+    /// The device did not answer: unreachable, refused, or silent until the time-out.
+    ONVIF_CLIENT_NO_REPLY = 5,
+    /// The device called the request bad, or its answer holds no SOAP envelope.
+    ONVIF_CLIENT_BAD_REQUEST = 7,
+    /// The device refused the user name or the password.
+    ONVIF_CLIENT_NOT_AUTHORIZED = 401
+};
+
+/// The application's ear for alarm states. Derive from it and register an object with
+/// ONVIF_CLIENT_AddAlarmStateObserver.
+///
+/// The library stores the pointer and never owns or deletes the object: it must outlive its
+/// registration, which ends with ONVIF_CLIENT_DelAlarmStateObserver for the same login id or with
+/// the registration of another observer for it. The callbacks may throw nothing.
+class CONVIFAlarmStateObserver {
+ public:
+    virtual ~CONVIFAlarmStateObserver() {}
+
+    /// Motion on the device began (@p state true) or ended.
+    virtual void OnMotionAlarmState(unsigned int loginId, bool state) = 0;
+
+    /// Alarm input number @p alarmIn of the device became active (@p state true) or inactive.
+    virtual void OnAlarmInState(unsigned int loginId, unsigned int alarmIn, bool state) = 0;
+};
+
+/// Start the library. Call it once before anything else, and again after ONVIF_CLIENT_Quit to go
+/// on.
+/// @return true always.
+ONVIF_CLIENT_API bool ONVIF_CLIENT_Initial();
+
+/// Stop the library. Exchanges that run on other threads are broken off and fail; every exchange
+/// after it fails at once until the next ONVIF_CLIENT_Initial. Sessions stay logged in.
+/// @return true always.
+ONVIF_CLIENT_API bool ONVIF_CLIENT_Quit();
+
+/// Log in to a device, or ask whether a login id is in use.
+///
+/// A login checks the device's answer and the credentials, sets the device's clock to this
+/// machine's time (UTC), learns the addresses of the device's services and fetches its media
+/// profiles: 7 to 10 exchanges on an ordinary device. Every login makes a session of its own, also
+/// for a device that is logged in already.
+///
+/// @param loginId    ONVIF_CLIENT_NO_LOGIN_ID for a new session. Any other value only asks whether
+///                   that id is logged in: no network traffic, and *errorCode is not written.
+/// @param ip         The device's address, dotted IPv4; at most 64 bytes count.
+/// @param port       The device's HTTP port.
+/// @param user       User name, at most 64 bytes count. May be empty.
+/// @param password   Password, at most 64 bytes count. May be empty. User name and password both
+///                   empty: requests go out unsigned.
+/// @param errorCode  Receives an ONVIF_CLIENT_ErrorCode when a new session was tried. May be null.
+/// @return The login id (1, 2, 3 ... in the order of successful logins, never reused in a process),
+///         or ONVIF_CLIENT_NO_LOGIN_ID when the login failed or ip, user or password is null.
+ONVIF_CLIENT_API unsigned int ONVIF_CLIENT_Login(unsigned int loginId, const char* ip,
+                                                 unsigned short port, const char* user,
+                                                 const char* password, unsigned int* errorCode);
+
+/// End a session. Requests that still run on it finish with their results; the session goes when
+/// the last of them has ended.
+/// @return true always, also for an unknown id.
+ONVIF_CLIENT_API bool ONVIF_CLIENT_Logout(unsigned int loginId);
+
+/// Run a Get request document: ask the device.
+///
+/// The document's root is "Get", each child element is one command ("devInfo", "ipv4", ...). The
+/// commands run in order; the result document, root "GetResponse", holds all their answers. A
+/// command that fails ends the request, and nothing of it is returned.
+///
+/// A device that answers with a SOAP fault has answered: the command's element then holds the
+/// status "fail" with an errorCode and the device's description, and this function returns true.
+///
+/// @param loginId         A login id.
+/// @param request         The request document. Null counts as empty.
+/// @param response        Receives the result in a buffer of the library's, or null. Give it back
+///                        with ONVIF_CLIENT_DelResponseBuff and nothing else. Not written for an
+///                        unknown login id; the earlier value is overwritten, not freed.
+/// @param responseLength  Receives the buffer's size in bytes: a result document's length plus one
+///                        for the zero byte that ends it. Not written for an unknown login id. May
+///                        be null.
+/// @return true when the last command succeeded, and for an unknown login id.
+ONVIF_CLIENT_API bool ONVIF_CLIENT_GetCfg(unsigned int loginId, const char* request,
+                                          char*& response, int* responseLength);
+
+/// Run a Set request document: change the device.
+///
+/// As ONVIF_CLIENT_GetCfg, with the root "Set". Commands that the library does not know are passed
+/// over. A command that fails ends the request; what earlier commands changed stays changed.
+///
+/// @param loginId   A login id.
+/// @param request   The request document. Null counts as empty.
+/// @param response  Receives the result document (root "SetResponse") in a buffer that goes back
+///                  through ONVIF_CLIENT_DelResponseBuff, or null when the function returns false.
+/// @return false for an unknown login id, when a command failed, and when no command gave a result.
+ONVIF_CLIENT_API bool ONVIF_CLIENT_SetCfg(unsigned int loginId, const char* request,
+                                          char*& response);
+
+/// Free a buffer from ONVIF_CLIENT_GetCfg or ONVIF_CLIENT_SetCfg and set the pointer to null. A
+/// null pointer is ignored.
+ONVIF_CLIENT_API void ONVIF_CLIENT_DelResponseBuff(char*& buffer);
+
+/// Register the alarm observer of a device. This version stores no observer and calls none.
+/// @return true always, also for an unknown id or a null observer.
+ONVIF_CLIENT_API bool ONVIF_CLIENT_AddAlarmStateObserver(unsigned int loginId,
+                                                         CONVIFAlarmStateObserver* observer);
+
+/// Remove the alarm observer of a device. An id without an observer is ignored.
+ONVIF_CLIENT_API void ONVIF_CLIENT_DelAlarmStateObserver(unsigned int loginId);
+
+/// Device discovery is not part of this library; its functions stand here for applications that
+/// link against them. This one ignores its arguments, never calls @p callback and returns true.
+ONVIF_CLIENT_API bool ONVIF_SEARCH_Initial(void (*callback)(const char*, int, const char*, void*),
+                                           void* context, unsigned int flags);
+
+/// Ignores its arguments and returns true.
+ONVIF_CLIENT_API bool ONVIF_SEARCH_Set_Config(const char* name, const char* value);
+
+/// Does nothing and returns true.
+ONVIF_CLIENT_API bool ONVIF_SEARCH_StartManual();
+
+/// Shuts the socket layer down under the whole library, as ONVIF_CLIENT_Quit does first: every
+/// exchange fails until the next ONVIF_CLIENT_Initial.
+ONVIF_CLIENT_API void ONVIF_SEARCH_Quit();
+
+#endif

@@ -1,0 +1,30 @@
+/// @file
+/// Message digests and Base64. Pure functions, any thread.
+#ifndef ONVIF_CLIENT_PLATFORM_DIGESTS_H
+#define ONVIF_CLIENT_PLATFORM_DIGESTS_H
+
+#include <array>
+#include <cstdint>
+#include <span>
+#include <string>
+#include <string_view>
+
+namespace onvif_client {
+
+/// The bytes of a text, for the functions below.
+inline std::span<const std::uint8_t> Bytes(std::string_view text) {
+    return {reinterpret_cast<const std::uint8_t*>(text.data()), text.size()};
+}
+
+/// RFC 1321.
+std::array<std::uint8_t, 16> Md5(std::span<const std::uint8_t> data);
+/// FIPS 180, SHA-1.
+std::array<std::uint8_t, 20> Sha1(std::span<const std::uint8_t> data);
+/// RFC 4648 section 4: the standard alphabet with "=" padding.
+std::string Base64(std::span<const std::uint8_t> data);
+/// Two lower-case hexadecimal digits a byte.
+std::string LowerHex(std::span<const std::uint8_t> data);
+
+}  // namespace onvif_client
+
+#endif

@@ -1,0 +1,28 @@
+/// @file
+/// An event that stays signalled until it is reset, after the manual-reset events of Windows.
+#ifndef ONVIF_CLIENT_PLATFORM_MANUALRESETEVENT_H
+#define ONVIF_CLIENT_PLATFORM_MANUALRESETEVENT_H
+
+#include <condition_variable>
+#include <mutex>
+
+namespace onvif_client {
+
+/// Created non-signalled. Any thread may call any operation.
+class CManualResetEvent {
+ public:
+    /// Signals the event and releases every waiter.
+    void Set();
+    void Reset();
+    /// Returns when the event is signalled; the event stays so.
+    void Wait();
+
+ private:
+    std::mutex lock_;  // guards signalled_; leaf
+    std::condition_variable changed_;
+    bool signalled_ = false;
+};
+
+}  // namespace onvif_client
+
+#endif
