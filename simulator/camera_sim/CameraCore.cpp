@@ -1,0 +1,249 @@
+#include "camera_sim/CameraCore.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace camera_sim {
+namespace {
+
+constexpr std::size_t kMostCounters = 512;
+constexpr std::size_t kRecordedBytesLimit = std::size_t{16} * 1024 * 1024;
+constexpr std::size_t kMostGarbage = std::size_t{64} * 1024 * 1024;
+constexpr std::string_view kPathPlaceholder = "{path}";
+
+std::chrono::sys_seconds SystemTime() {
+    return std::chrono::floor<std::chrono::seconds>(std::chrono::system_clock::now());
+}
+
+/// Bytes from a linear congruential generator: the same each time, of all values.
+std::string Garbage(std::size_t size) {
+    std::string bytes(std::min(size, kMostGarbage), '\0');
+    std::uint32_t value = 12345;
+    for (char& byte : bytes) {
+        value = value * 1103515245U + 12345U;
+        byte = static_cast<char>(value >> 16U & 0xFFU);
+    }
+    return bytes;
+}
+
+std::size_t Size(const RecordedRequest& request) {
+    return sizeof request + request.operation.size() + request.path.size() + request.head.size() +
+           request.body.size();
+}
+
+}  // namespace
+
+CameraCore::CameraCore(CameraOptions options, CameraState state, const PrefixStyle& style)
+    : options_(std::move(options)),
+      style_(style),
+      state_(std::move(state)),
+      authenticator_(options_.createdWindow, options_.refuseReplays) {}
+
+Reply CameraCore::Handle(HttpRequest request) {
+    Understood understood{SoapRequest(request.body),
+                          request.method == "POST",
+                          PathOf(request.target),
+                          {},
+                          {},
+                          {},
+                          {}};
+    if (const XmlElement* operation = understood.soap.Operation()) {
+        understood.ns = FindNamespace(NamespaceUri(*operation));
+        understood.operation = LocalName(*operation);
+        if (understood.ns) understood.service = NamespaceOf(*understood.ns).usualPrefix;
+    }
+
+    const std::scoped_lock guard(lock_);
+    CountLocked(understood);
+    understood.credentials = authenticator_.Check(understood.soap.Header(), state_.user,
+                                                  SystemTime() + state_.clock.offset);
+    const auto fault = faults_.Take(understood.service, understood.operation);
+    Reply reply =
+        fault ? DisturbLocked(understood, *fault) : AnswerLocked(understood, options_.xmlProlog);
+    RecordLocked({std::string(understood.service), std::string(understood.operation),
+                  std::string(understood.path), std::move(request.head), std::move(request.body),
+                  understood.credentials.valid, std::move(understood.credentials.refusal),
+                  reply.status});
+    return reply;
+}
+
+Reply CameraCore::AnswerLocked(const Understood& request, bool xmlProlog) {
+    if (!IsServicePath(request.path)) return HttpReply(404);
+    if (!request.isPost) return HttpReply(405);
+    XmlWriter out(style_, options_.prettyXml);
+    if (const Answer fault = RunLocked(request, out)) return FaultReply(*fault, xmlProlog);
+    return HttpReply(200, kSoapType, out.Envelope(xmlProlog));
+}
+
+Answer CameraCore::RunLocked(const Understood& request, XmlWriter& out) {
+    switch (request.soap.GetProblem()) {
+        case SoapRequest::Problem::kNone:
+            break;
+        case SoapRequest::Problem::kNotXml:
+            return SoapFault{"Sender", "WellFormed", {}, "Well-formed error"};
+        case SoapRequest::Problem::kNotSoap12:
+            return SoapFault{"VersionMismatch", {}, {}, "Not a SOAP 1.2 envelope"};
+        case SoapRequest::Problem::kNoOperation:
+            return SoapFault{"Sender", "MissingAttr", {}, "The body is empty"};
+    }
+    const auto& open = options_.openOperations;
+    if (!request.credentials.valid &&
+        std::find(open.begin(), open.end(), request.operation) == open.end())
+        return NotAuthorized();
+    const Operation* operation =
+        request.ns ? FindOperation(options_, *request.ns, request.operation) : nullptr;
+    if (operation == nullptr) return NotSupported("Optional action not implemented");
+    if (!ServedAt(*request.ns, request.path))
+        return NotSupported("The action belongs to another service address");
+
+    Call call{state_, options_, *request.soap.Operation(), out, SystemTime()};
+    const XmlWriter::Scope response(out, *request.ns, std::string(operation->name) + "Response");
+    return operation->handler(call);
+}
+
+Reply CameraCore::FaultReply(const SoapFault& fault, bool xmlProlog) const {
+    XmlWriter out(style_, options_.prettyXml);
+    WriteFault(out, fault);
+    unsigned status = fault.code == "Receiver" ? 500 : 400;
+    if (fault.subcode == "NotAuthorized") status = options_.unauthorizedStatus;
+    return HttpReply(status, kSoapType, out.Envelope(xmlProlog));
+}
+
+Reply CameraCore::DisturbLocked(const Understood& request, const Fault& fault) {
+    using Kind = Fault::Kind;
+    Reply reply;
+    switch (fault.kind) {
+        case Kind::kDelay:
+        case Kind::kSegments:
+            reply = AnswerLocked(request, options_.xmlProlog);
+            break;
+        case Kind::kNoProlog:
+            reply = AnswerLocked(request, false);
+            break;
+        case Kind::kTruncate:
+            reply = AnswerLocked(request, options_.xmlProlog);
+            reply.bytes.resize(std::min(reply.bytes.size(), fault.bytes));
+            break;
+        case Kind::kSilence:
+            reply.ending = Reply::Ending::kSilence;
+            break;
+        case Kind::kClose:
+            reply.ending = Reply::Ending::kClose;
+            break;
+        case Kind::kGarbage:
+            reply.bytes = Garbage(fault.bytes);
+            break;
+        case Kind::kSoapFault:
+            reply = FaultReply(fault.soapFault, options_.xmlProlog);
+            break;
+        case Kind::kUnauthorized:
+            reply = HttpReply(401);
+            break;
+        case Kind::kRawReply:
+            reply.bytes = fault.reply;
+            break;
+    }
+    reply.delay = fault.delay;
+    if (fault.kind == Kind::kSegments) {
+        reply.segment = fault.bytes;
+        reply.pause = fault.pause;
+    }
+    return reply;
+}
+
+bool CameraCore::ServedAt(Ns ns, std::string_view path) const {
+    const bool shared = options_.addressShape.find(kPathPlaceholder) == std::string::npos;
+    if (!options_.strictPaths || (shared && path == "/")) return true;
+    // Relays of the device service are asked for at device I/O as well.
+    return path == FindService(ns)->path ||
+           (ns == Ns::kDevice && options_.deviceIo && path == FindService(Ns::kDeviceIo)->path);
+}
+
+bool CameraCore::IsServicePath(std::string_view path) const {
+    const auto services = AllServices();
+    const bool shared = options_.addressShape.find(kPathPlaceholder) == std::string::npos;
+    return (shared && path == "/") ||
+           std::any_of(services.begin(), services.end(),
+                       [&](const Service& service) { return service.path == path; });
+}
+
+void CameraCore::CountLocked(const Understood& request) {
+    ++counters_["*"];
+    if (request.operation.empty()) return;
+    std::string name(request.service);
+    name.append(":").append(request.operation);
+    const auto counter = counters_.find(name);
+    if (counter != counters_.end())
+        ++counter->second;
+    else if (counters_.size() < kMostCounters)
+        counters_.emplace(std::move(name), 1);
+}
+
+void CameraCore::RecordLocked(RecordedRequest request) {
+    if (options_.recordLimit == 0) return;
+    recordedBytes_ += Size(request);
+    requests_.push_back(std::move(request));
+    while (requests_.size() > options_.recordLimit || recordedBytes_ > kRecordedBytesLimit) {
+        recordedBytes_ -= Size(requests_.front());
+        requests_.pop_front();
+    }
+}
+
+void CameraCore::Inject(PlannedFault fault) {
+    const std::scoped_lock guard(lock_);
+    faults_.Add(std::move(fault));
+}
+
+void CameraCore::ClearFaults() {
+    const std::scoped_lock guard(lock_);
+    faults_.Clear();
+}
+
+std::vector<PlannedFault> CameraCore::Faults() const {
+    const std::scoped_lock guard(lock_);
+    return faults_.List();
+}
+
+std::uint64_t CameraCore::Count(std::string_view operation) const {
+    const std::scoped_lock guard(lock_);
+    std::uint64_t count = 0;
+    for (const auto& [name, value] : counters_) {
+        const auto colon = name.find(':');
+        const bool all = colon == std::string::npos;
+        if (all ? operation == "*"
+                : operation != "*" &&
+                      MatchesOperation(operation, std::string_view(name).substr(0, colon),
+                                       std::string_view(name).substr(colon + 1)))
+            count += value;
+    }
+    return count;
+}
+
+CameraCore::Counters CameraCore::AllCounts() const {
+    const std::scoped_lock guard(lock_);
+    return counters_;
+}
+
+std::vector<RecordedRequest> CameraCore::Requests() const {
+    const std::scoped_lock guard(lock_);
+    return {requests_.begin(), requests_.end()};
+}
+
+void CameraCore::ClearEvidence() {
+    const std::scoped_lock guard(lock_);
+    counters_.clear();
+    requests_.clear();
+    recordedBytes_ = 0;
+}
+
+CameraState CameraCore::State() const {
+    const std::scoped_lock guard(lock_);
+    return state_;
+}
+
+void CameraCore::Change(const std::function<void(CameraState&)>& change) {
+    const std::scoped_lock guard(lock_);
+    change(state_);
+}
+
+}  // namespace camera_sim

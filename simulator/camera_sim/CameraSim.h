@@ -1,0 +1,190 @@
+/// @file
+/// A simulated ONVIF camera behind a real HTTP server on 127.0.0.1, for tests, benchmarks and
+/// trials.
+///
+///     camera_sim::CameraHost host;
+///     camera_sim::Camera& camera = host.Add({.model = "fixed"});
+///     ... talk to 127.0.0.1:camera.Port() ...
+///     camera.Inject("GetProfiles", {.kind = camera_sim::Fault::Kind::kClose, .remaining = 2});
+///
+/// The camera checks authentication by itself, answers with documents that the official schemas
+/// accept and does not validate what it receives beyond what it needs. A refused change leaves its
+/// state as it was. Every answer ends its connection. Besides the services under /onvif/ it serves
+/// control requests under /control/; GET /control/ lists them.
+///
+/// Threads: everything here may be called from any thread, except the destruction of a CameraHost,
+/// which must be the last call to it and its cameras.
+#ifndef CAMERA_SIM_CAMERASIM_H
+#define CAMERA_SIM_CAMERASIM_H
+
+#include <chrono>
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "camera_sim/CameraState.h"
+
+namespace camera_sim {
+
+/// How a camera is made. What a Set operation can change afterwards is in CameraState.
+struct CameraOptions {
+    /// "dome": PTZ, second media service, 3 profiles, 2 relays, 2 inputs.
+    /// "fixed": 2 profiles, 1 relay, 1 input, neither PTZ nor second media service.
+    std::string model = "dome";
+    std::uint16_t port = 0;      ///< 0: the system chooses
+    std::string user = "admin";  ///< empty: no authentication is needed
+    std::string password = "camera-1";
+
+    /// Services; unset: as the model has it.
+    std::optional<bool> media2{};
+    std::optional<bool> ptz{};
+    bool imaging = true;
+    bool analytics = true;
+    bool events = true;
+    bool deviceIo = true;
+    bool getServices = true;      ///< false: GetServices is refused as not implemented
+    bool capabilitiesAll = true;  ///< false: GetCapabilities refuses the category All
+
+    /// Operations that need no credentials.
+    std::vector<std::string> openOperations = {"GetSystemDateAndTime", "GetServices",
+                                               "GetCapabilities", "GetHostname"};
+
+    std::chrono::seconds clockOffset{0};      ///< camera time minus this machine's time
+    std::chrono::seconds createdWindow{300};  ///< how far Created may be from the camera's time
+    bool refuseReplays = true;                ///< a second use of a nonce is refused
+    unsigned unauthorizedStatus = 400;        ///< HTTP status beside NotAuthorized: 400 or 401
+
+    /// Namespace prefixes of answers, one of PrefixStyleNames().
+    std::string prefixStyle = "SOAP-ENV";
+    bool xmlProlog = true;
+    bool prettyXml = false;
+    /// Advertised service addresses; {host}, {port} and {path} are replaced. Without {path} every
+    /// service answers at "/" too.
+    std::string addressShape = "http://{host}:{port}{path}";
+    /// False: any service answers at any service's path.
+    bool strictPaths = true;
+    /// How many requests are kept as evidence (the oldest go first; also at most 16 MiB).
+    std::size_t recordLimit = 1000;
+};
+
+/// The names that CameraOptions::prefixStyle takes.
+std::vector<std::string> PrefixStyleNames();
+
+/// A SOAP 1.2 fault.
+struct SoapFault {
+    std::string code = "Sender";  ///< "Sender" or "Receiver"
+    /// Below the ONVIF error namespace, e.g. "NotAuthorized"; empty: none.
+    std::string subcode{};
+    std::string detailCode{};  ///< the subcode's own subcode, e.g. "NoProfile"; empty: none
+    std::string reason{};
+};
+
+/// A misbehaviour that meets requests. Every kind waits `delay` first.
+struct Fault {
+    enum class Kind {
+        kDelay,         ///< answers properly, only late
+        kSilence,       ///< never answers, keeps the connection open; nothing is executed
+        kClose,         ///< closes without an answer; nothing is executed
+        kTruncate,      ///< closes after the first `bytes` bytes of the reply, HTTP head included
+        kGarbage,       ///< sends `bytes` meaningless bytes (the same ones each time) instead
+        kSoapFault,     ///< answers `soapFault`; nothing is executed
+        kUnauthorized,  ///< answers HTTP 401 without a body; nothing is executed
+        kNoProlog,      ///< answers without the XML declaration
+        kSegments,      ///< sends the reply in pieces of `bytes` bytes, `pause` apart
+        kRawReply,      ///< sends `reply` as it is, HTTP head and all; nothing is executed
+    };
+    Kind kind = Kind::kDelay;
+    std::int64_t remaining = -1;  ///< how many requests it still meets; negative: all
+    std::chrono::milliseconds delay{0};
+    std::size_t bytes = 0;
+    std::chrono::milliseconds pause{0};
+    SoapFault soapFault{};
+    std::string reply{};
+};
+
+/// A fault and the requests that it meets.
+struct PlannedFault {
+    /// An operation ("GetProfiles"), an operation of one service by its usual prefix
+    /// ("tr2:GetProfiles"), or "*" for all requests, unreadable ones included.
+    std::string operation;
+    Fault fault;
+};
+
+/// Reads OPERATION[@COUNT]=KIND[:ARGUMENT], the form of the command line and of control requests
+/// (FaultSyntax() explains it). Nothing when @p text is not of that form; @p error then says why.
+std::optional<PlannedFault> ParseFault(std::string_view text, std::string& error);
+std::string_view FaultSyntax();
+
+/// Evidence of one request.
+struct RecordedRequest {
+    std::string service;    ///< the usual prefix of the operation's namespace, e.g. "tds"
+    std::string operation;  ///< empty when the request could not be read
+    std::string path;
+    std::string head;  ///< request line and header fields as received, with the empty line
+    std::string body;
+    bool authenticated = false;  ///< carried valid credentials
+    std::string refusal;         ///< why the credentials were not accepted; empty: none were given
+    unsigned status = 0;         ///< HTTP status of the answer; 0: none, or a raw one
+};
+
+class CameraCore;
+
+/// Made by CameraHost.
+class Camera {
+ public:
+    explicit Camera(std::unique_ptr<CameraCore> core);
+    ~Camera();
+    Camera(const Camera&) = delete;
+    Camera& operator=(const Camera&) = delete;
+
+    std::uint16_t Port() const;
+
+    /// Adds a fault. Of several that meet a request the oldest takes effect, alone.
+    void Inject(std::string operation, Fault fault);
+    void ClearFaults();
+    std::vector<PlannedFault> Faults() const;
+
+    /// How often an operation was asked for, refused and disturbed requests included. @p operation
+    /// as in PlannedFault; "*" counts everything but control requests.
+    std::uint64_t Count(std::string_view operation) const;
+    /// The kept requests, oldest first.
+    std::vector<RecordedRequest> Requests() const;
+    /// Empties counters and requests.
+    void ClearEvidence();
+
+    CameraState State() const;
+    /// Changes the state while no request is being answered. @p change must not call the camera.
+    void Change(const std::function<void(CameraState&)>& change);
+
+ private:
+    std::unique_ptr<CameraCore> core_;
+};
+
+/// Owns cameras and the one thread that serves them.
+class CameraHost {
+ public:
+    CameraHost();
+    /// Ends everything at once, whatever clients wait for.
+    ~CameraHost();
+    CameraHost(const CameraHost&) = delete;
+    CameraHost& operator=(const CameraHost&) = delete;
+
+    /// Starts a camera; it lives as long as the host. Null on failure (unknown model or prefix
+    /// style, port in use); @p error then says why.
+    Camera* TryAdd(CameraOptions options, std::string& error);
+    /// The same for tests: a failure is thrown as std::runtime_error.
+    Camera& Add(CameraOptions options);
+
+ private:
+    class Impl;
+    std::unique_ptr<Impl> impl_;
+};
+
+}  // namespace camera_sim
+
+#endif

@@ -1,0 +1,225 @@
+#include "camera_sim/Control.h"
+
+#include <algorithm>
+#include <array>
+
+#include "camera_sim/JsonWriter.h"
+
+namespace camera_sim {
+namespace {
+
+constexpr std::string_view kPrefix = "/control/";
+/// Ten years, in seconds.
+constexpr int kLargestOffset = 10 * 366 * 24 * 3600;
+
+Reply BadRequest(std::string reason) {
+    return HttpReply(400, kTextType, std::move(reason) + "\n");
+}
+Reply Done() {
+    return HttpReply(200, kTextType, "ok\n");
+}
+Reply Json(const JsonWriter& json) {
+    return HttpReply(200, kJsonType, json.Text() + "\n");
+}
+
+Reply GetHelp(CameraCore&, const HttpRequest&) {
+    return HttpReply(200, kTextType, ControlHelp());
+}
+
+Reply GetCounters(CameraCore& core, const HttpRequest&) {
+    JsonWriter json;
+    {
+        const auto object = json.Object();
+        for (const auto& [operation, count] : core.AllCounts()) json.Key(operation).Value(count);
+    }
+    return Json(json);
+}
+
+Reply GetRequests(CameraCore& core, const HttpRequest&) {
+    JsonWriter json;
+    {
+        const auto array = json.Array();
+        for (const RecordedRequest& request : core.Requests()) {
+            const auto object = json.Object();
+            json.Key("service").Value(request.service);
+            json.Key("operation").Value(request.operation);
+            json.Key("path").Value(request.path);
+            json.Key("authenticated").Value(request.authenticated);
+            json.Key("refusal").Value(request.refusal);
+            json.Key("status").Value(request.status);
+            json.Key("head").Value(request.head);
+            json.Key("body").Value(request.body);
+        }
+    }
+    return Json(json);
+}
+
+Reply ClearRequests(CameraCore& core, const HttpRequest&) {
+    core.ClearEvidence();
+    return Done();
+}
+
+void WriteNetwork(JsonWriter& json, const Network& network) {
+    const auto object = json.Object();
+    json.Key("interfaces");
+    {
+        const auto interfaces = json.Array();
+        for (const NetworkInterface& interface : network.interfaces) {
+            const auto entry = json.Object();
+            json.Key("token").Value(interface.token);
+            json.Key("dhcp").Value(interface.dhcp);
+            json.Key("manual");
+            const auto addresses = json.Array();
+            for (const PrefixedAddress& address : interface.manual)
+                json.Value(address.address + "/" + std::to_string(address.prefixLength));
+        }
+    }
+    json.Key("gateways");
+    {
+        const auto gateways = json.Array();
+        for (const std::string& gateway : network.gatewaysIpv4) json.Value(gateway);
+    }
+    json.Key("ports");
+    const auto ports = json.Object();
+    for (const NetworkProtocol& protocol : network.protocols) {
+        json.Key(protocol.name);
+        const auto list = json.Array();
+        for (const int port : protocol.ports) json.Value(port);
+    }
+}
+
+/// For relays and inputs, which look the same here.
+template <typename List>
+void WriteConnectors(JsonWriter& json, const List& list) {
+    const auto array = json.Array();
+    for (const auto& connector : list) {
+        const auto object = json.Object();
+        json.Key("token").Value(connector.token);
+        json.Key("idleState").Value(connector.idleState);
+        json.Key("active").Value(connector.active);
+    }
+}
+
+Reply GetState(CameraCore& core, const HttpRequest&) {
+    const CameraState state = core.State();
+    JsonWriter json;
+    {
+        const auto object = json.Object();
+        json.Key("model").Value(core.Options().model);
+        json.Key("port").Value(core.Options().port);
+        json.Key("clockOffset").Value(state.clock.offset.count());
+        json.Key("dateTimeType").Value(state.clock.type);
+        json.Key("daylightSavings").Value(state.clock.daylightSavings);
+        json.Key("timeZone").Value(state.clock.timeZone);
+        json.Key("network");
+        WriteNetwork(json, state.network);
+        json.Key("relays");
+        WriteConnectors(json, state.relays);
+        json.Key("inputs");
+        WriteConnectors(json, state.inputs);
+        json.Key("profiles");
+        const auto profiles = json.Array();
+        for (const Profile& profile : state.media.profiles) json.Value(profile.token);
+    }
+    return Json(json);
+}
+
+Reply GetFaults(CameraCore& core, const HttpRequest&) {
+    JsonWriter json;
+    {
+        const auto array = json.Array();
+        for (const PlannedFault& planned : core.Faults()) {
+            const auto object = json.Object();
+            json.Key("operation").Value(planned.operation);
+            json.Key("kind").Value(KindName(planned.fault.kind));
+            json.Key("remaining").Value(planned.fault.remaining);
+        }
+    }
+    return Json(json);
+}
+
+// All or none of the lines take effect.
+Reply AddFaults(CameraCore& core, const HttpRequest& request) {
+    std::vector<PlannedFault> planned;
+    std::string_view rest = request.body;
+    while (!rest.empty()) {
+        const auto end = std::min(rest.find('\n'), rest.size());
+        std::string_view line = rest.substr(0, end);
+        rest.remove_prefix(std::min(end + 1, rest.size()));
+        if (line.ends_with('\r')) line.remove_suffix(1);
+        if (line.empty()) continue;
+        std::string error;
+        auto fault = ParseFault(line, error);
+        if (!fault) return BadRequest(std::move(error));
+        planned.push_back(*std::move(fault));
+    }
+    if (planned.empty()) return BadRequest("no fault given");
+    for (PlannedFault& fault : planned) core.Inject(std::move(fault));
+    return Done();
+}
+
+Reply ClearFaults(CameraCore& core, const HttpRequest&) {
+    core.ClearFaults();
+    return Done();
+}
+
+Reply SetClockOffset(CameraCore& core, const HttpRequest& request) {
+    std::string_view text = request.body;
+    while (!text.empty() && (text.back() == '\n' || text.back() == '\r')) text.remove_suffix(1);
+    const auto offset = ToInt(text);
+    if (!offset || *offset > kLargestOffset || *offset < -kLargestOffset)
+        return BadRequest("the offset is a number of seconds, at most ten years");
+    core.Change([&](CameraState& state) { state.clock.offset = std::chrono::seconds(*offset); });
+    return Done();
+}
+
+struct ControlRow {
+    std::string_view method;
+    std::string_view name;
+    Reply (*handler)(CameraCore&, const HttpRequest&);
+};
+
+constexpr std::array kControls = {
+    ControlRow{"GET", "", GetHelp},
+    ControlRow{"GET", "state", GetState},
+    ControlRow{"GET", "counters", GetCounters},
+    ControlRow{"GET", "requests", GetRequests},
+    ControlRow{"DELETE", "requests", ClearRequests},
+    ControlRow{"GET", "faults", GetFaults},
+    ControlRow{"POST", "faults", AddFaults},
+    ControlRow{"DELETE", "faults", ClearFaults},
+    ControlRow{"POST", "clock-offset", SetClockOffset},
+};
+
+}  // namespace
+
+std::string_view ControlHelp() {
+    return R"(Control requests, on the camera's own port:
+  GET    /control/              this text
+  GET    /control/state         what the camera knows about itself (JSON)
+  GET    /control/counters      requests per operation (JSON)
+  GET    /control/requests      the latest requests (JSON)
+  DELETE /control/requests      empty requests and counters
+  GET    /control/faults        the faults that wait (JSON)
+  POST   /control/faults        add faults, one a line:
+                                  curl -d 'GetProfiles@2=delay:500' URL/control/faults
+  DELETE /control/faults        remove all faults
+  POST   /control/clock-offset  set the camera's time minus this machine's, in seconds
+)";
+}
+
+bool IsControlRequest(std::string_view target) {
+    return target.starts_with(kPrefix);
+}
+
+Reply HandleControl(CameraCore& core, const HttpRequest& request) {
+    const std::string_view name = PathOf(request.target).substr(kPrefix.size());
+    bool known = false;
+    for (const ControlRow& row : kControls) {
+        known = known || row.name == name;
+        if (row.name == name && row.method == request.method) return row.handler(core, request);
+    }
+    return HttpReply(known ? 405 : 404, kTextType, ControlHelp());
+}
+
+}  // namespace camera_sim

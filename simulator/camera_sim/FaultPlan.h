@@ -1,0 +1,39 @@
+/// @file
+/// The misbehaviours that wait for requests.
+#ifndef CAMERA_SIM_FAULTPLAN_H
+#define CAMERA_SIM_FAULTPLAN_H
+
+#include <deque>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "camera_sim/CameraSim.h"
+
+namespace camera_sim {
+
+/// The word for a kind in texts, e.g. "truncate".
+std::string_view KindName(Fault::Kind kind);
+
+/// Faults in the order of injection; the oldest go when there are too many. Not safe for use by
+/// several threads at once.
+class FaultPlan {
+ public:
+    void Add(PlannedFault fault);
+    void Clear() { faults_.clear(); }
+    std::vector<PlannedFault> List() const { return {faults_.begin(), faults_.end()}; }
+    /// The oldest fault for that operation, counted as used.
+    std::optional<Fault> Take(std::string_view service, std::string_view operation);
+
+ private:
+    std::deque<PlannedFault> faults_;
+};
+
+/// Whether @p pattern, as in PlannedFault::operation, means that operation.
+bool MatchesOperation(std::string_view pattern, std::string_view service,
+                      std::string_view operation);
+
+}  // namespace camera_sim
+
+#endif

@@ -1,0 +1,65 @@
+/// @file
+/// The media configurations that several services show.
+#ifndef CAMERA_SIM_MEDIAELEMENTS_H
+#define CAMERA_SIM_MEDIAELEMENTS_H
+
+#include <string_view>
+
+#include "camera_sim/CameraState.h"
+#include "camera_sim/XmlWriter.h"
+
+namespace camera_sim {
+
+/// How many profiles use the configuration that @p member names.
+int UseCount(const Media& media, std::string Profile::*member, std::string_view token);
+
+/// The attribute and the children that every configuration starts with; its element is open.
+void WriteEntityToken(XmlWriter& out, std::string_view token);
+void WriteEntityName(XmlWriter& out, std::string_view name, int useCount);
+
+void WriteMulticast(XmlWriter& out, const Multicast& multicast);
+void WriteResolution(XmlWriter& out, Resolution resolution);
+void WriteRange(XmlWriter& out, std::string_view name, Range range);
+
+/// Each writes the element @p ns:@p name with its content.
+void WriteVideoSource(XmlWriter& out, Ns ns, std::string_view name, const Media& media,
+                      const VideoSourceConfiguration& configuration);
+void WriteAudioSource(XmlWriter& out, Ns ns, std::string_view name, const Media& media,
+                      const AudioSourceConfiguration& configuration);
+void WriteAnalytics(XmlWriter& out, Ns ns, std::string_view name, const Media& media,
+                    const AnalyticsConfiguration& configuration);
+void WritePtz(XmlWriter& out, Ns ns, std::string_view name, const Media& media,
+              const PtzConfiguration& configuration);
+void WriteMetadata(XmlWriter& out, Ns ns, std::string_view name, const Media& media,
+                   const MetadataConfiguration& configuration);
+
+/// "PT10S".
+std::string DurationText(std::chrono::seconds duration);
+
+/// How PTZ positions, translations and velocities are named.
+namespace ptz_space {
+inline constexpr std::string_view kPanTiltPosition =
+    "http://www.onvif.org/ver10/tptz/PanTiltSpaces/PositionGenericSpace";
+inline constexpr std::string_view kZoomPosition =
+    "http://www.onvif.org/ver10/tptz/ZoomSpaces/PositionGenericSpace";
+inline constexpr std::string_view kPanTiltTranslation =
+    "http://www.onvif.org/ver10/tptz/PanTiltSpaces/TranslationGenericSpace";
+inline constexpr std::string_view kZoomTranslation =
+    "http://www.onvif.org/ver10/tptz/ZoomSpaces/TranslationGenericSpace";
+inline constexpr std::string_view kPanTiltVelocity =
+    "http://www.onvif.org/ver10/tptz/PanTiltSpaces/VelocityGenericSpace";
+inline constexpr std::string_view kZoomVelocity =
+    "http://www.onvif.org/ver10/tptz/ZoomSpaces/VelocityGenericSpace";
+inline constexpr std::string_view kPanTiltSpeed =
+    "http://www.onvif.org/ver10/tptz/PanTiltSpaces/GenericSpeedSpace";
+inline constexpr std::string_view kZoomSpeed =
+    "http://www.onvif.org/ver10/tptz/ZoomSpaces/ZoomGenericSpeedSpace";
+}  // namespace ptz_space
+
+/// A space of two or one dimensions below @p name.
+void WriteSpace(XmlWriter& out, std::string_view name, std::string_view uri, Range x, Range y);
+void WriteSpace(XmlWriter& out, std::string_view name, std::string_view uri, Range x);
+
+}  // namespace camera_sim
+
+#endif

@@ -1,0 +1,161 @@
+#include "camera_sim/Models.h"
+
+#include <array>
+
+namespace camera_sim {
+namespace {
+
+/// One stream of a model.
+struct Stream {
+    std::string name;
+    std::string encoding;
+    Resolution resolution;
+    int frameRate;
+    int bitrate;
+};
+
+void AddStreams(Media& media, const std::vector<Stream>& streams, bool audio) {
+    int number = 0;
+    for (const Stream& stream : streams) {
+        const std::string suffix = std::to_string(++number);
+        VideoEncoder encoder;
+        encoder.token = "VideoEncoder_" + suffix;
+        encoder.name = stream.name + " encoder";
+        encoder.encoding = stream.encoding;
+        encoder.resolution = stream.resolution;
+        encoder.frameRate = stream.frameRate;
+        encoder.bitrate = stream.bitrate;
+        encoder.govLength = stream.frameRate * 2;
+        encoder.multicast = {"239.255.42." + suffix, 32000 + 2 * number, 16};
+        media.videoEncoders.push_back(std::move(encoder));
+
+        Profile profile;
+        profile.token = "Profile_" + suffix;
+        profile.name = stream.name;
+        profile.videoSource = "VideoSourceConfig_1";
+        profile.videoEncoder = "VideoEncoder_" + suffix;
+        profile.analytics = "Analytics_1";
+        profile.metadata = "Metadata_1";
+        if (audio) {
+            profile.audioSource = "AudioSourceConfig_1";
+            profile.audioEncoder = "AudioEncoder_1";
+        }
+        media.profiles.push_back(std::move(profile));
+    }
+}
+
+Media MakeMedia(Resolution sensor, bool motorizedFocus) {
+    constexpr Resolution kCells{22, 18};
+    Media media;
+    media.videoSources.push_back({"VideoSource_1", sensor, motorizedFocus});
+    media.videoSourceConfigurations.push_back(
+        {"VideoSourceConfig_1", "Sensor", "VideoSource_1", sensor});
+    media.analytics.push_back(
+        {"Analytics_1",
+         "Analytics",
+         {{"CellMotion", "CellMotionEngine", {{"Sensitivity", "60"}}, kCells}},
+         {{"MotionRule",
+           "CellMotionDetector",
+           {{"MinCount", "5"},
+            {"AlarmOnDelay", "100"},
+            {"AlarmOffDelay", "100"},
+            {"ActiveCells", "zwA="}},
+           std::nullopt}}});
+    media.metadata.push_back({"Metadata_1", "Metadata", {"239.255.42.100", 32100, 16}});
+    return media;
+}
+
+void AddAudio(Media& media) {
+    media.audioSourceConfigurations.push_back(
+        {"AudioSourceConfig_1", "Microphone", "AudioSource_1"});
+    media.audioEncoders.push_back(
+        {"AudioEncoder_1", "Speech", "G711", 64, 8, {"239.255.42.90", 32090, 16}});
+}
+
+void AddPtz(Media& media) {
+    PtzConfiguration ptz;
+    ptz.token = "PtzConfig_1";
+    ptz.name = "PTZ";
+    ptz.node = "PtzNode_1";
+    for (Profile& profile : media.profiles) profile.ptz = ptz.token;
+    media.ptz.push_back(std::move(ptz));
+}
+
+Network MakeNetwork(const std::string& hostname, const std::string& hwAddress) {
+    NetworkInterface interface;
+    interface.token = "eth0";
+    interface.name = "eth0";
+    interface.hwAddress = hwAddress;
+    interface.manual = {{"192.0.2.10", 24}};
+    interface.fromDhcp = PrefixedAddress{"192.0.2.200", 24};
+
+    Network network;
+    network.hostname = hostname;
+    network.interfaces = {std::move(interface)};
+    network.gatewaysIpv4 = {"192.0.2.1"};
+    network.nameServers.dhcpAddresses = {"192.0.2.2"};
+    network.nameServers.manualAddresses = {"192.0.2.3"};
+    network.protocols = {{"HTTP", true, {80}}, {"HTTPS", false, {443}}, {"RTSP", true, {554}}};
+    return network;
+}
+
+CameraState MakeDome() {
+    CameraState state;
+    state.information = {"Simulated Cameras", "SIM-DOME", "1.4.2", "SD-000001", "1.0"};
+    state.network = MakeNetwork("sim-dome", "02:00:5e:00:53:01");
+    state.relays = {{.token = "Relay_1"}, {.token = "Relay_2"}};
+    state.inputs = {{.token = "Input_1"}, {.token = "Input_2"}};
+    state.media = MakeMedia({2560, 1440}, true);
+    AddAudio(state.media);
+    AddStreams(state.media,
+               {{"MainStream", "H265", {2560, 1440}, 25, 4096},
+                {"SubStream", "H264", {704, 576}, 25, 768},
+                {"MobileStream", "JPEG", {352, 288}, 10, 512}},
+               true);
+    return state;
+}
+
+CameraState MakeFixed() {
+    CameraState state;
+    state.information = {"Simulated Cameras", "SIM-FIXED", "1.1.0", "SF-000001", "1.0"};
+    state.network = MakeNetwork("sim-fixed", "02:00:5e:00:53:02");
+    state.relays = {{.token = "Relay_1"}};
+    state.inputs = {{.token = "Input_1"}};
+    state.media = MakeMedia({1920, 1080}, false);
+    AddStreams(state.media,
+               {{"MainStream", "H264", {1920, 1080}, 25, 2048},
+                {"SubStream", "H264", {640, 480}, 15, 512}},
+               false);
+    return state;
+}
+
+struct Model {
+    std::string_view name;
+    CameraState (*make)();
+    bool media2;
+    bool ptz;
+};
+
+constexpr std::array kModels = {
+    Model{"dome", MakeDome, true, true},
+    Model{"fixed", MakeFixed, false, false},
+};
+
+}  // namespace
+
+std::optional<CameraState> MakeModel(CameraOptions& options) {
+    for (const Model& model : kModels) {
+        if (model.name != options.model) continue;
+        CameraState state = model.make();
+        state.clock.offset = options.clockOffset;
+        state.clock.type = options.clockOffset.count() == 0 ? "NTP" : "Manual";
+        state.user = {options.user, options.password};
+        options.media2 = options.media2.value_or(model.media2);
+        options.ptz = options.ptz.value_or(model.ptz);
+        if (*options.ptz) AddPtz(state.media);
+        return state;
+    }
+    return std::nullopt;
+}
+
+}  // namespace camera_sim

@@ -1,0 +1,80 @@
+/// @file
+/// The operations of the camera. An operation is one row of a service's table and one function.
+#ifndef CAMERA_SIM_OPERATIONS_H
+#define CAMERA_SIM_OPERATIONS_H
+
+#include <chrono>
+#include <cstdint>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+
+#include "camera_sim/CameraSim.h"
+#include "camera_sim/Namespaces.h"
+#include "camera_sim/SoapRequest.h"
+#include "camera_sim/XmlWriter.h"
+
+namespace camera_sim {
+
+/// The services that a camera offers; the order is that of GetServices.
+struct Service {
+    Ns ns;
+    std::string_view path;
+    int majorVersion;
+    int minorVersion;
+    /// Writes the service's capabilities element for GetServices.
+    void (*writeCapabilities)(XmlWriter& out, const CameraState& state);
+};
+std::span<const Service> AllServices();
+const Service* FindService(Ns ns);
+/// Whether a camera made with @p options (complete, no unset services) has the service.
+bool Offers(const CameraOptions& options, Ns ns);
+/// The service's address as the camera advertises it.
+std::string AdvertisedAddress(const CameraOptions& options, const Service& service);
+
+/// What a handler gets.
+struct Call {
+    CameraState& state;
+    const CameraOptions& options;
+    /// The operation's element.
+    const XmlElement& request;
+    /// Stands inside the answer's element; what is written before a fault is dropped.
+    XmlWriter& out;
+    std::chrono::sys_seconds systemTime;
+
+    std::string_view Argument(std::string_view name) const { return ChildText(&request, name); }
+};
+
+/// A handler checks everything before it changes the state.
+using Answer = std::optional<SoapFault>;
+inline constexpr std::nullopt_t kDone = std::nullopt;
+using Handler = Answer (*)(Call&);
+
+struct Operation {
+    std::string_view name;
+    Handler handler;
+};
+
+/// The operations, one file per service or part of one.
+std::span<const Operation> DeviceOperations();
+std::span<const Operation> DeviceClockOperations();
+std::span<const Operation> DeviceNetworkOperations();
+std::span<const Operation> RelayOperations();
+std::span<const Operation> DeviceIoOperations();
+std::span<const Operation> MediaOperations();
+std::span<const Operation> Media2Operations();
+std::span<const Operation> PtzOperations();
+std::span<const Operation> ImagingOperations();
+
+/// Null when there is none. A service that the camera does not offer has no operations.
+const Operation* FindOperation(const CameraOptions& options, Ns ns, std::string_view name);
+
+SoapFault InvalidArgument(std::string detailCode, std::string reason);
+SoapFault NotSupported(std::string reason);
+SoapFault NotAuthorized();
+void WriteFault(XmlWriter& out, const SoapFault& fault);
+
+}  // namespace camera_sim
+
+#endif

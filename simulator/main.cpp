@@ -1,0 +1,157 @@
+// onvif-camera-sim: simulated cameras as a program.
+#include <CLI/CLI.hpp>
+#include <csignal>
+#include <cstdint>
+#include <iostream>
+#include <string>
+#include <thread>
+#include <utility>
+#include <vector>
+// Asio uses std::exchange without including it.
+#include <boost/asio/io_context.hpp>
+#include <boost/asio/post.hpp>
+#include <boost/asio/signal_set.hpp>
+
+#include "camera_sim/CameraSim.h"
+#include "camera_sim/Control.h"
+
+namespace {
+
+constexpr int kCannotListen = 1;
+constexpr int kMostCameras = 1000;
+constexpr int kMostSeconds = 10 * 366 * 24 * 3600;
+
+struct Arguments {
+    camera_sim::CameraOptions camera;
+    int cameras = 1;
+    int clockOffset = 0;
+    int createdWindow = 300;
+    bool noMedia2 = false;
+    bool noPtz = false;
+    bool exitWithStdin = false;
+    std::vector<std::string> faults;
+};
+
+void AddFlags(CLI::App& app, Arguments& arguments) {
+    auto& camera = arguments.camera;
+    const auto without = [&app](const std::string& name, bool& value, const std::string& help) {
+        app.add_flag_callback(
+            name, [&value] { value = false; }, help);
+    };
+    app.add_flag("--no-media2", arguments.noMedia2, "no second media service");
+    app.add_flag("--no-ptz", arguments.noPtz, "no PTZ service");
+    without("--no-imaging", camera.imaging, "no imaging service");
+    without("--no-analytics", camera.analytics, "no analytics service");
+    without("--no-events", camera.events, "no event service");
+    without("--no-device-io", camera.deviceIo, "no device I/O service");
+    without("--no-get-services", camera.getServices, "GetServices is not implemented");
+    without("--no-capabilities-all", camera.capabilitiesAll, "GetCapabilities refuses All");
+    without("--allow-replays", camera.refuseReplays, "accept a nonce more than once");
+    without("--no-prolog", camera.xmlProlog, "answers without the XML declaration");
+    without("--any-path", camera.strictPaths, "every service answers at every service's path");
+    app.add_flag("--pretty", camera.prettyXml, "answers with line breaks and indentation");
+    app.add_flag("--exit-with-stdin", arguments.exitWithStdin, "end when standard input is closed");
+}
+
+void AddOptions(CLI::App& app, Arguments& arguments) {
+    auto& camera = arguments.camera;
+    app.add_option("--model", camera.model, "dome or fixed")
+        ->check(CLI::IsMember({"dome", "fixed"}))
+        ->capture_default_str();
+    app.add_option("--port", camera.port,
+                   "port of the first camera, counted up for the others; 0: free ones")
+        ->capture_default_str();
+    app.add_option("--cameras", arguments.cameras, "how many cameras")
+        ->check(CLI::Range(1, kMostCameras))
+        ->capture_default_str();
+    app.add_option("--user", camera.user, "empty: no authentication")->capture_default_str();
+    app.add_option("--password", camera.password)->capture_default_str();
+    app.add_option("--clock-offset", arguments.clockOffset,
+                   "seconds that the camera's clock is ahead")
+        ->check(CLI::Range(-kMostSeconds, kMostSeconds));
+    app.add_option("--created-window", arguments.createdWindow,
+                   "seconds that Created may differ from the camera's clock")
+        ->check(CLI::Range(0, kMostSeconds))
+        ->capture_default_str();
+    app.add_option("--unauthorized-status", camera.unauthorizedStatus, "400 or 401")
+        ->check(CLI::IsMember({400, 401}))
+        ->capture_default_str();
+    app.add_option("--prefix-style", camera.prefixStyle, "namespace prefixes of answers")
+        ->check(CLI::IsMember(camera_sim::PrefixStyleNames()))
+        ->capture_default_str();
+    app.add_option("--address", camera.addressShape, "form of the advertised addresses")
+        ->capture_default_str();
+    app.add_option("--fault", arguments.faults, "a misbehaviour, see below; may be repeated");
+}
+
+/// False when a camera cannot be started; says why.
+bool StartCameras(camera_sim::CameraHost& host, const Arguments& arguments,
+                  const std::vector<camera_sim::PlannedFault>& faults) {
+    constexpr int kLargestPort = 65535;
+    const int firstPort = arguments.camera.port;
+    if (firstPort != 0 && firstPort + arguments.cameras - 1 > kLargestPort) {
+        std::cerr << "onvif-camera-sim: there are not that many ports above " << firstPort << '\n';
+        return false;
+    }
+    for (int i = 0; i < arguments.cameras; ++i) {
+        camera_sim::CameraOptions options = arguments.camera;
+        if (firstPort != 0) options.port = static_cast<std::uint16_t>(firstPort + i);
+        std::string error;
+        camera_sim::Camera* camera = host.TryAdd(std::move(options), error);
+        if (camera == nullptr) {
+            std::cerr << "onvif-camera-sim: " << error << '\n';
+            return false;
+        }
+        for (const camera_sim::PlannedFault& planned : faults)
+            camera->Inject(planned.operation, planned.fault);
+        std::cout << "onvif-camera-sim: " << arguments.camera.model
+                  << " listening on 127.0.0.1:" << camera->Port() << std::endl;
+    }
+    return true;
+}
+
+void WaitForEnd(boost::asio::io_context& io, bool exitWithStdin) {
+    if (exitWithStdin) {
+        // The thread may wait for input until the process ends; it holds nothing but the context,
+        // which lives as long as the process.
+        std::thread([&io] {
+            while (std::cin.get() != std::istream::traits_type::eof()) {
+            }
+            boost::asio::post(io, [&io] { io.stop(); });
+        }).detach();
+    }
+    io.run();
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    std::ios::sync_with_stdio(false);
+    Arguments arguments;
+    CLI::App app("Simulated ONVIF cameras on 127.0.0.1.", "onvif-camera-sim");
+    AddOptions(app, arguments);
+    AddFlags(app, arguments);
+    app.footer("\nFaults:\n" + std::string(camera_sim::FaultSyntax()) + "\n" +
+               std::string(camera_sim::ControlHelp()));
+    CLI11_PARSE(app, argc, argv);
+
+    std::vector<camera_sim::PlannedFault> faults;
+    for (const std::string& text : arguments.faults) {
+        std::string error;
+        auto fault = camera_sim::ParseFault(text, error);
+        if (!fault) return app.exit(CLI::ValidationError("--fault", error));
+        faults.push_back(*std::move(fault));
+    }
+    if (arguments.noMedia2) arguments.camera.media2 = false;
+    if (arguments.noPtz) arguments.camera.ptz = false;
+    arguments.camera.clockOffset = std::chrono::seconds(arguments.clockOffset);
+    arguments.camera.createdWindow = std::chrono::seconds(arguments.createdWindow);
+
+    static boost::asio::io_context io(1);
+    boost::asio::signal_set signals(io, SIGINT, SIGTERM);
+    signals.async_wait([](const boost::system::error_code&, int) { io.stop(); });
+    camera_sim::CameraHost host;
+    if (!StartCameras(host, arguments, faults)) return kCannotListen;
+    WaitForEnd(io, arguments.exitWithStdin);
+    return 0;
+}
