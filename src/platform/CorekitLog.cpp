@@ -1,0 +1,72 @@
+#include <spdlog/sinks/null_sink.h>
+#include <spdlog/sinks/rotating_file_sink.h>
+#include <spdlog/sinks/stdout_sinks.h>
+#include <spdlog/spdlog.h>
+
+#include <cstdlib>
+#include <memory>
+#include <string_view>
+
+#include "platform/Corekit.h"
+
+namespace onvif_client {
+
+namespace {
+
+constexpr std::size_t kLargestFile = 5 * 1024 * 1024;
+constexpr std::size_t kOldFiles = 3;
+
+spdlog::level::level_enum LevelFromEnvironment() {
+    const char* value = std::getenv("ONVIF_CLIENT_LOG");
+    const std::string_view level = value == nullptr ? "info" : value;
+    if (level == "off") {
+        return spdlog::level::off;
+    }
+    return level == "error" ? spdlog::level::err : spdlog::level::info;
+}
+
+spdlog::sink_ptr MakeSink() {
+    if (const char* file = std::getenv("ONVIF_CLIENT_LOG_FILE")) {
+        try {
+            return std::make_shared<spdlog::sinks::rotating_file_sink_mt>(file, kLargestFile,
+                                                                          kOldFiles);
+        } catch (const spdlog::spdlog_ex&) {
+            // Standard error serves instead.
+        }
+    }
+    return std::make_shared<spdlog::sinks::stderr_sink_mt>();
+}
+
+std::shared_ptr<spdlog::logger> MakeLogger() {
+    auto logger = std::make_shared<spdlog::logger>("onvif_client", MakeSink());
+    logger->set_level(LevelFromEnvironment());
+    logger->flush_on(spdlog::level::err);
+    logger->set_pattern("%Y-%m-%d %H:%M:%S.%e %l %v");
+    return logger;
+}
+
+void Write(spdlog::level::level_enum level, const char* text, const char* source,
+           int line) noexcept {
+    try {
+        static const std::shared_ptr<spdlog::logger> logger = MakeLogger();
+        std::string_view shown = text == nullptr ? "" : text;
+        while (shown.ends_with('\n') || shown.ends_with('\r')) {
+            shown.remove_suffix(1);
+        }
+        logger->log(level, "{}:{} {}", source == nullptr ? "" : source, line, shown);
+    } catch (...) {
+        // Without memory for a log line the program goes on without it.
+    }
+}
+
+}  // namespace
+
+void COREKIT_NormalOutput(const char* text, const char* source, int line) {
+    Write(spdlog::level::info, text, source, line);
+}
+
+void COREKIT_AbnormalOutput(const char* kind, const char* source, int line) {
+    Write(spdlog::level::err, kind, source, line);
+}
+
+}  // namespace onvif_client

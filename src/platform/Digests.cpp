@@ -1,0 +1,62 @@
+#include "platform/Digests.h"
+
+#include <openssl/evp.h>
+
+#include <memory>
+
+namespace onvif_client {
+
+namespace {
+
+using DigestContext = std::unique_ptr<EVP_MD_CTX, decltype(&EVP_MD_CTX_free)>;
+using DigestMethod = std::unique_ptr<EVP_MD, decltype(&EVP_MD_free)>;
+
+/// Looking an algorithm up costs microseconds, so each is fetched once.
+DigestMethod Fetch(const char* name) {
+    return {EVP_MD_fetch(nullptr, name, nullptr), &EVP_MD_free};
+}
+
+template <std::size_t Size>
+std::array<std::uint8_t, Size> Digest(const EVP_MD* method, std::span<const std::uint8_t> data) {
+    thread_local const DigestContext context(EVP_MD_CTX_new(), &EVP_MD_CTX_free);
+    std::array<std::uint8_t, Size> digest = {};
+    if (method != nullptr && context != nullptr &&
+        EVP_DigestInit_ex2(context.get(), method, nullptr) == 1 &&
+        EVP_DigestUpdate(context.get(), data.data(), data.size()) == 1) {
+        EVP_DigestFinal_ex(context.get(), digest.data(), nullptr);
+    }
+    return digest;
+}
+
+}  // namespace
+
+std::array<std::uint8_t, 16> Md5(std::span<const std::uint8_t> data) {
+    static const DigestMethod method = Fetch("MD5");
+    return Digest<16>(method.get(), data);
+}
+
+std::array<std::uint8_t, 20> Sha1(std::span<const std::uint8_t> data) {
+    static const DigestMethod method = Fetch("SHA1");
+    return Digest<20>(method.get(), data);
+}
+
+std::string Base64(std::span<const std::uint8_t> data) {
+    std::string text((data.size() + 2) / 3 * 4, '\0');
+    // Writes a zero byte behind the text, where a string has one anyway.
+    EVP_EncodeBlock(reinterpret_cast<unsigned char*>(text.data()), data.data(),
+                    static_cast<int>(data.size()));
+    return text;
+}
+
+std::string LowerHex(std::span<const std::uint8_t> data) {
+    constexpr char kDigits[] = "0123456789abcdef";
+    std::string text;
+    text.reserve(data.size() * 2);
+    for (const std::uint8_t byte : data) {
+        text += kDigits[byte >> 4U];
+        text += kDigits[byte & 0xFU];
+    }
+    return text;
+}
+
+}  // namespace onvif_client

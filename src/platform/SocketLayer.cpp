@@ -1,0 +1,69 @@
+#include "platform/SocketLayer.h"
+
+#include <sys/eventfd.h>
+
+#include "platform/Wirelink.h"
+
+namespace onvif_client {
+
+CSocketLayer& CSocketLayer::Instance() {
+    static CSocketLayer layer;
+    return layer;
+}
+
+CSocketLayer::CSocketLayer() : abortDescriptor_(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {}
+
+CSocketLayer::~CSocketLayer() {
+    close(abortDescriptor_);
+}
+
+bool CSocketLayer::Start() {
+    std::unique_lock guard(lock_);
+    changed_.wait(guard, [this] { return !stopping_; });
+    running_ = abortDescriptor_ >= 0;
+    return running_;
+}
+
+void CSocketLayer::Stop() {
+    std::unique_lock guard(lock_);
+    if (!running_) {
+        changed_.wait(guard, [this] { return !stopping_; });
+        return;
+    }
+    running_ = false;
+    stopping_ = true;
+    eventfd_write(abortDescriptor_, 1);
+    changed_.wait(guard, [this] { return inside_ == 0; });
+    eventfd_t drained = 0;
+    eventfd_read(abortDescriptor_, &drained);
+    stopping_ = false;
+    changed_.notify_all();
+}
+
+CSocketLayer::CVisit CSocketLayer::Enter() {
+    const std::lock_guard guard(lock_);
+    if (running_) {
+        ++inside_;
+    }
+    return {*this, running_};
+}
+
+CSocketLayer::CVisit::~CVisit() {
+    if (!inside_) {
+        return;
+    }
+    const std::lock_guard guard(layer_.lock_);
+    if (--layer_.inside_ == 0 && layer_.stopping_) {
+        layer_.changed_.notify_all();
+    }
+}
+
+bool WIRELINK_Initial(int, int, const char*, unsigned int) {
+    return CSocketLayer::Instance().Start();
+}
+
+void WIRELINK_Quit() {
+    CSocketLayer::Instance().Stop();
+}
+
+}  // namespace onvif_client

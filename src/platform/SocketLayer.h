@@ -1,0 +1,56 @@
+/// @file
+/// The state of the socket layer: whether it runs, and who is inside. Internal to this folder.
+#ifndef ONVIF_CLIENT_PLATFORM_SOCKETLAYER_H
+#define ONVIF_CLIENT_PLATFORM_SOCKETLAYER_H
+
+#include <condition_variable>
+#include <mutex>
+
+namespace onvif_client {
+
+/// Counts the exchanges that run, and breaks them off when the layer stops. Any thread.
+class CSocketLayer {
+ public:
+    static CSocketLayer& Instance();
+
+    /// @return true when the layer runs afterwards.
+    bool Start();
+    /// Makes AbortDescriptor readable, waits until nobody is inside, and leaves the layer stopped.
+    void Stop();
+
+    /// Somebody inside; made by Enter.
+    class CVisit {
+     public:
+        CVisit(CSocketLayer& layer, bool inside) : layer_(layer), inside_(inside) {}
+        ~CVisit();
+        CVisit(const CVisit&) = delete;
+        CVisit& operator=(const CVisit&) = delete;
+        /// False: the layer does not run.
+        explicit operator bool() const { return inside_; }
+
+     private:
+        CSocketLayer& layer_;
+        bool inside_;
+    };
+    CVisit Enter();
+
+    /// Readable from the moment that everybody inside has to leave. Valid while inside.
+    int AbortDescriptor() const { return abortDescriptor_; }
+
+ private:
+    CSocketLayer();
+    ~CSocketLayer() = default;  // threads may still be inside at exit: the descriptor stays open
+    CSocketLayer(const CSocketLayer&) = delete;
+    CSocketLayer& operator=(const CSocketLayer&) = delete;
+
+    const int abortDescriptor_;
+    std::mutex lock_;  // guards the members below; leaf
+    std::condition_variable changed_;
+    bool running_ = false;
+    bool stopping_ = false;
+    unsigned int inside_ = 0;
+};
+
+}  // namespace onvif_client
+
+#endif

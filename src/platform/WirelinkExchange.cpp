@@ -1,0 +1,158 @@
+#include <arpa/inet.h>
+#include <netinet/in.h>
+#include <poll.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <climits>
+#include <chrono>
+#include <cstring>
+#include <string_view>
+
+#include "platform/SocketLayer.h"
+#include "platform/Wirelink.h"
+
+namespace onvif_client {
+
+namespace {
+
+using SteadyClock = std::chrono::steady_clock;
+
+/// The socket of one exchange with its deadline. Every wait ends at the deadline and when the layer
+/// stops.
+class CExchangeSocket {
+ public:
+    CExchangeSocket(int abortDescriptor, unsigned int timeoutMs)
+        : descriptor_(socket(AF_INET, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0)),
+          abortDescriptor_(abortDescriptor),
+          deadline_(SteadyClock::now() + std::chrono::milliseconds(timeoutMs)) {}
+    ~CExchangeSocket() {
+        if (descriptor_ >= 0) {
+            close(descriptor_);
+        }
+    }
+    CExchangeSocket(const CExchangeSocket&) = delete;
+    CExchangeSocket& operator=(const CExchangeSocket&) = delete;
+
+    bool Connect(const sockaddr_in& address) const {
+        if (descriptor_ < 0) {
+            return false;
+        }
+        if (connect(descriptor_, reinterpret_cast<const sockaddr*>(&address), sizeof address) ==
+            0) {
+            return true;
+        }
+        if (errno != EINPROGRESS || !Wait(POLLOUT)) {
+            return false;
+        }
+        int error = 0;
+        socklen_t size = sizeof error;
+        return getsockopt(descriptor_, SOL_SOCKET, SO_ERROR, &error, &size) == 0 && error == 0;
+    }
+
+    bool SendAll(std::string_view data) const {
+        while (!data.empty()) {
+            const ssize_t sent = send(descriptor_, data.data(), data.size(), MSG_NOSIGNAL);
+            if (sent > 0) {
+                data.remove_prefix(static_cast<std::size_t>(sent));
+            } else if (errno == EINTR) {
+                continue;
+            } else if ((errno != EAGAIN && errno != EWOULDBLOCK) || !Wait(POLLOUT)) {
+                return false;
+            }
+        }
+        return true;
+    }
+
+    /// @return the number of bytes received; 0 at the end of the data, whatever ended it.
+    std::size_t Receive(char* buffer, std::size_t capacity) const {
+        while (Wait(POLLIN)) {
+            const ssize_t received = recv(descriptor_, buffer, capacity, 0);
+            if (received >= 0) {
+                return static_cast<std::size_t>(received);
+            }
+            if (errno != EAGAIN && errno != EWOULDBLOCK && errno != EINTR) {
+                break;
+            }
+        }
+        return 0;
+    }
+
+ private:
+    /// @return false at the deadline and when the layer stops.
+    bool Wait(short events) const {
+        pollfd polled[] = {{descriptor_, events, 0}, {abortDescriptor_, POLLIN, 0}};
+        for (;;) {
+            const auto left =
+                std::chrono::ceil<std::chrono::milliseconds>(deadline_ - SteadyClock::now());
+            if (left.count() <= 0) {
+                return false;
+            }
+            const auto wait = std::min<std::chrono::milliseconds::rep>(left.count(), INT_MAX);
+            const int ready = poll(polled, std::size(polled), static_cast<int>(wait));
+            if (ready > 0) {
+                return polled[1].revents == 0;
+            }
+            if (ready < 0 && errno != EINTR) {
+                return false;
+            }
+        }
+    }
+
+    const int descriptor_;
+    const int abortDescriptor_;
+    const SteadyClock::time_point deadline_;
+};
+
+/// Reads until the marker is there.
+/// @return how many bytes count: up to the end of the first marker, or all.
+std::size_t ReceiveReply(const CExchangeSocket& socket, char* buffer, std::size_t capacity,
+                         std::string_view marker) {
+    std::size_t filled = 0;
+    while (filled < capacity) {
+        const std::size_t received = socket.Receive(buffer + filled, capacity - filled);
+        if (received == 0) {
+            break;
+        }
+        // The marker may have begun in what came before.
+        const std::size_t searchFrom = filled - std::min(filled, marker.size());
+        filled += received;
+        const std::size_t found = std::string_view(buffer, filled).find(marker, searchFrom);
+        if (!marker.empty() && found != std::string_view::npos) {
+            const std::size_t end = found + marker.size();
+            std::memset(buffer + end, 0, filled - end);
+            return end;
+        }
+    }
+    return filled;
+}
+
+}  // namespace
+
+int WIRELINK_SimpleClientComm(const char* ip, unsigned short port, const char* request,
+                              unsigned int requestLength, char* replyBuffer,
+                              unsigned int replyCapacity, const char* endMarker,
+                              unsigned int timeoutMs) {
+    sockaddr_in address = {};
+    address.sin_family = AF_INET;
+    address.sin_port = htons(port);
+    if (ip == nullptr || request == nullptr || replyBuffer == nullptr || replyCapacity == 0 ||
+        inet_pton(AF_INET, ip, &address.sin_addr) != 1) {
+        return -1;
+    }
+    CSocketLayer& layer = CSocketLayer::Instance();
+    const CSocketLayer::CVisit visit = layer.Enter();
+    if (!visit) {
+        return -1;
+    }
+    const CExchangeSocket socket(layer.AbortDescriptor(), timeoutMs);
+    if (!socket.Connect(address) || !socket.SendAll({request, requestLength})) {
+        return -1;
+    }
+    return static_cast<int>(
+        ReceiveReply(socket, replyBuffer, replyCapacity, endMarker == nullptr ? "" : endMarker));
+}
+
+}  // namespace onvif_client
