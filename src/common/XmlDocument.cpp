@@ -1,0 +1,161 @@
+#include "common/XmlDocument.h"
+
+namespace onvif_client {
+
+namespace {
+
+constexpr char kDeclaration[] = "xml version=\"1.0\" encoding=\"UTF-8\"";
+
+/// Takes the first step off @p path.
+std::string_view NextStep(std::string_view& path) {
+    const std::size_t slash = path.find('/');
+    const std::string_view step = path.substr(0, slash);
+    path.remove_prefix(slash == std::string_view::npos ? path.size() : slash + 1);
+    return step;
+}
+
+}  // namespace
+
+CXmlDocument::CXmlDocument() {
+    document_.InsertFirstChild(document_.NewDeclaration(kDeclaration));
+}
+
+CXmlDocument::CXmlDocument(std::string_view text) {
+    Load(text);
+}
+
+bool CXmlDocument::Load(std::string_view text) {
+    const bool parsed = document_.Parse(text.data(), text.size()) == tinyxml2::XML_SUCCESS;
+    const tinyxml2::XMLNode* first = document_.FirstChild();
+    if (first == nullptr || first->ToDeclaration() == nullptr) {
+        document_.InsertFirstChild(document_.NewDeclaration(kDeclaration));
+    }
+    return parsed;
+}
+
+XMLElement* CXmlDocument::Find(std::string_view path) {
+    return FindElement(Root(), path);
+}
+
+const XMLElement* CXmlDocument::Find(std::string_view path) const {
+    return FindElement(Root(), path);
+}
+
+void CXmlDocument::Delete(std::string_view path) {
+    if (XMLElement* element = Find(path)) {
+        document_.DeleteNode(element);
+    }
+}
+
+XMLElement* CXmlDocument::AppendRoot(std::string_view name) {
+    XMLElement* root = document_.NewElement(std::string(name).c_str());
+    document_.InsertEndChild(root);
+    return root;
+}
+
+const std::string& CXmlDocument::Print() {
+    tinyxml2::XMLPrinter printer;
+    document_.Print(&printer);
+    printed_.assign(printer.CStr(), static_cast<std::size_t>(printer.CStrSize()) - 1);
+    return printed_;
+}
+
+const XMLElement* FindElement(const XMLElement* start, std::string_view path) {
+    if (start == nullptr || path == start->Name()) {
+        return start;
+    }
+    const XMLElement* reached = start;
+    do {
+        const std::string_view step = NextStep(path);
+        if (step != reached->Name()) {
+            reached = FirstChild(reached, step);
+        }
+    } while (reached != nullptr && !path.empty());
+    return reached;
+}
+
+XMLElement* FindElement(XMLElement* start, std::string_view path) {
+    return const_cast<XMLElement*>(FindElement(static_cast<const XMLElement*>(start), path));
+}
+
+const XMLElement* FirstChild(const XMLElement* parent, std::string_view name) {
+    const XMLElement* child = parent == nullptr ? nullptr : parent->FirstChildElement();
+    return child == nullptr || name == child->Name() ? child : NextSibling(child, name);
+}
+
+XMLElement* FirstChild(XMLElement* parent, std::string_view name) {
+    return const_cast<XMLElement*>(FirstChild(static_cast<const XMLElement*>(parent), name));
+}
+
+const XMLElement* NextSibling(const XMLElement* element, std::string_view name) {
+    do {
+        element = element == nullptr ? nullptr : element->NextSiblingElement();
+    } while (element != nullptr && name != element->Name());
+    return element;
+}
+
+std::string_view TextOf(const XMLElement* element) {
+    const tinyxml2::XMLNode* first = element == nullptr ? nullptr : element->FirstChild();
+    const tinyxml2::XMLText* text = first == nullptr ? nullptr : first->ToText();
+    return text == nullptr ? std::string_view() : text->Value();
+}
+
+std::string_view TextAt(const XMLElement* start, std::string_view path) {
+    return TextOf(FindElement(start, path));
+}
+
+std::string_view NameOf(const XMLElement* element) {
+    return element == nullptr ? std::string_view() : element->Name();
+}
+
+const char* AttributeOf(const XMLElement* element, const char* name) {
+    return element == nullptr ? nullptr : element->Attribute(name);
+}
+
+bool SetText(XMLElement* element, const char* value) {
+    if (element == nullptr || value == nullptr) {
+        return false;
+    }
+    tinyxml2::XMLNode* first = element->FirstChild();
+    if (first == nullptr) {
+        element->InsertFirstChild(element->GetDocument()->NewText(value));
+        return true;
+    }
+    first->SetValue(value);
+    if (tinyxml2::XMLText* text = first->ToText()) {
+        text->SetCData(false);
+    }
+    return true;
+}
+
+bool SetText(XMLElement* element, const std::string& value) {
+    return SetText(element, value.c_str());
+}
+
+XMLElement* Append(XMLElement* parent, std::string_view path) {
+    XMLElement* last = path.empty() ? nullptr : parent;
+    while (last != nullptr && !path.empty()) {
+        XMLElement* element = last->GetDocument()->NewElement(std::string(NextStep(path)).c_str());
+        last->InsertEndChild(element);
+        last = element;
+    }
+    return last;
+}
+
+XMLElement* Append(XMLElement* parent, std::string_view path, std::string_view text) {
+    XMLElement* last = Append(parent, path);
+    if (!text.empty()) {
+        SetText(last, std::string(text));
+    }
+    return last;
+}
+
+XMLElement* Append(XMLElement* parent, std::string_view path, std::int32_t value) {
+    return Append(parent, path, std::to_string(value));
+}
+
+XMLElement* Append(XMLElement* parent, std::string_view path, std::uint32_t value) {
+    return Append(parent, path, std::to_string(value));
+}
+
+}  // namespace onvif_client
