@@ -1,0 +1,19 @@
+/// @file
+/// Result builders of the media services, ver10 and ver20.
+#ifndef ONVIF_CLIENT_TRANSFORM_MEDIARESULTS_H
+#define ONVIF_CLIENT_TRANSFORM_MEDIARESULTS_H
+
+#include "transform/ResultFrame.h"
+
+namespace onvif_client {
+
+// ProfileResults.cpp
+extern const ResultFrame kProfilesResult;
+
+// EncoderResults.cpp
+/// Writes the values of a video encoder configuration of either media service below @p item.
+void CopyVideoEncoderConfiguration(const XMLElement* configuration, XMLElement* item);
+
+}  // namespace onvif_client
+
+#endif

@@ -1,0 +1,87 @@
+/// @file
+/// Result documents: what every result builder has in common.
+///
+/// One result document answers a whole request. Each command's builder parses the text that the
+/// commands before it left (an empty one starts a document), adds its own element below the root,
+/// and prints the document back. Builders differ in what a ResultFrame says; the values are copied
+/// by tables (CopiedValue) wherever the device's answer maps one to one.
+///
+/// A value whose source is missing is left out and never turns a success into a failure; a source
+/// without text gives an empty element.
+#ifndef ONVIF_CLIENT_TRANSFORM_RESULTFRAME_H
+#define ONVIF_CLIENT_TRANSFORM_RESULTFRAME_H
+
+#include <span>
+#include <string>
+#include <string_view>
+
+#include "common/XmlDocument.h"
+
+namespace onvif_client {
+
+/// What a builder copies from.
+struct ReplyValues {
+    /// The root of the trimmed reply; null when the reply did not parse.
+    const XMLElement* envelope;
+    /// Position of the profile that was asked about, from 0; only for commands that ask by profile.
+    int index;
+};
+
+/// Where a builder's `status` stands.
+enum class StatusPlace {
+    kCommand,  // in the command element
+    kWrapper,  // in an element of its own below the command element (ResultFrame::statusWrapper)
+    kNowhere,  // the outcome is not reported
+};
+
+enum class FaultReader { kGeneric, kWithInvalidArgument };
+
+/// One result builder.
+struct ResultFrame {
+    std::string_view root;     // "GetResponse", "SetResponse", ...
+    std::string_view element;  // the command's element below the root
+    /// Copies the values below @p command, once the fault reader reported a success; null: none.
+    void (*copyValues)(const ReplyValues& reply, XMLElement* command) = nullptr;
+    FaultReader faultReader = FaultReader::kGeneric;
+    StatusPlace statusPlace = StatusPlace::kCommand;
+    std::string_view statusWrapper = {};
+};
+
+/// Adds a command's answer to the result document.
+/// @param reply   the SOAP text as the device sent it.
+/// @param result  in: what earlier commands produced, or nothing; out: the whole document.
+void BuildResult(const ResultFrame& frame, std::string_view reply, int index, std::string& result);
+
+/// The result document of a request under construction: its command element, found or made.
+class CResultDocument {
+ public:
+    /// Goes on with the document in @p result.
+    CResultDocument(const std::string& result, std::string_view root);
+
+    /// The element below the root, made when it is missing.
+    XMLElement* CommandElement(std::string_view name);
+    /// The root itself.
+    XMLElement* Root() { return root_; }
+    const std::string& Print() { return document_.Print(); }
+
+ private:
+    CXmlDocument document_;
+    XMLElement* root_;
+};
+
+/// One row of a copying table. @p source is a path from the element that the table is applied to;
+/// its last step may be an attribute ("Bounds/@width"), and a path that is only "@token" is an
+/// attribute of that element itself.
+struct CopiedValue {
+    const char* source;
+    const char* element;
+    /// Not empty: @p element is a group, written when the source element exists, and these are its
+    /// rows, relative to the source.
+    std::span<const CopiedValue> parts = {};
+};
+
+void CopyValues(const XMLElement* from, XMLElement* to, std::span<const CopiedValue> rows);
+
+}  // namespace onvif_client
+
+#endif

@@ -1,0 +1,126 @@
+#include "transform/ServiceAddresses.h"
+
+#include <algorithm>
+#include <iterator>
+
+#include "platform/Corekit.h"
+#include "transform/XmlTransform.h"
+
+namespace onvif_client {
+
+namespace {
+
+constexpr int kUnknownServiceLine = 218;
+
+constexpr CapabilityCategory kCategories[] = {
+    {"Media", "media"},         {"PTZ", "ptz"},           {"Imaging", "imaging"},
+    {"Events", "events"},       {"Device", "device"},     {"Analytics", "analytics"},
+    {"Search", "search"},       {"DeviceIO", "deviceIO"}, {"Receiver", "receiver"},
+    {"Recording", "recording"}, {"Display", "display"},   {"Replay", "replay"},
+};
+
+struct NamespacePart {
+    std::string_view part;
+    const char* key;
+};
+
+// The first part that a service's namespace contains decides. The double slash of the events row is
+// on purpose: it matches no standard namespace, so the events address never comes from GetServices
+// but always from the capabilities.
+constexpr NamespacePart kNamespaceParts[] = {
+    {"/device/wsdl", "device"},
+    {"/ver10/media/wsdl", "media"},
+    {"/ver20/media/wsdl", "media2"},
+    {"//events/wsdl", "events"},
+    {"/ptz/wsdl", "ptz"},
+    {"/imaging/wsdl", "imaging"},
+    {"/deviceIO/wsdl", "deviceIO"},
+    {"/analytics/wsdl", "analytics"},
+    {"/recording/wsdl", "recording"},
+    {"/search/wsdl", "search"},
+    {"/replay/wsdl", "replay"},
+};
+
+/// The capabilities element of a category. Later categories of the standard stand in an extension
+/// element.
+const XMLElement* FindCategory(const XMLElement* envelope, const char* name) {
+    const XMLElement* capabilities =
+        FindElement(envelope, "Envelope/Body/GetCapabilitiesResponse/Capabilities");
+    const XMLElement* category = FirstChild(capabilities, name);
+    return category != nullptr ? category : FirstChild(FirstChild(capabilities, "Extension"), name);
+}
+
+bool IsTrue(std::string_view text) {
+    return text == "true" || text == "TRUE" || text == "1";
+}
+
+void ReadEventFlags(const XMLElement* category, EventCapabilities& events) {
+    if (const XMLElement* flag = FirstChild(category, "WSSubscriptionPolicySupport")) {
+        events.subscriptionPolicySupport = IsTrue(TextOf(flag));
+    }
+    if (const XMLElement* flag = FirstChild(category, "WSPullPointSupport")) {
+        events.pullPointSupport = IsTrue(TextOf(flag));
+    }
+}
+
+}  // namespace
+
+std::span<const CapabilityCategory> CapabilityCategories() {
+    return kCategories;
+}
+
+std::string PathOfAddress(std::string_view address) {
+    constexpr std::string_view kScheme = "http://";
+    const std::size_t scheme = address.find(kScheme);
+    if (scheme == std::string_view::npos) {
+        return std::string(address);
+    }
+    const std::size_t slash = address.find('/', scheme + kScheme.size());
+    return std::string(slash == std::string_view::npos ? "" : address.substr(slash + 1));
+}
+
+void ReadServices(std::string_view reply, ServiceTable& services) {
+    const CXmlDocument trimmed(CXmlTransform::TrimXmlNamespace(reply));
+    const XMLElement* response = trimmed.Find("Envelope/Body/GetServicesResponse");
+    for (const XMLElement* service = FirstChild(response, "Service"); service != nullptr;
+         service = NextSibling(service, "Service")) {
+        const std::string_view uri = TextAt(service, "Namespace");
+        const auto* row = std::find_if(std::begin(kNamespaceParts), std::end(kNamespaceParts),
+                                       [uri](const NamespacePart& each) {
+                                           return uri.find(each.part) != std::string_view::npos;
+                                       });
+        const XMLElement* address = FirstChild(service, "XAddr");
+        if (row == std::end(kNamespaceParts)) {
+            COREKIT_NormalOutput("Warning, unknowed service address!!", "XmlTransform",
+                                 kUnknownServiceLine);
+        } else if (address != nullptr) {
+            services.emplace(row->key, PathOfAddress(TextOf(address)));
+        }
+    }
+}
+
+void ReadCapabilities(std::string_view reply, ServiceTable& services, EventCapabilities& events) {
+    const CXmlDocument trimmed(CXmlTransform::TrimXmlNamespace(reply));
+    if (trimmed.Find("Envelope/Body/Fault") != nullptr) {
+        return;
+    }
+    for (const CapabilityCategory& category : kCategories) {
+        const XMLElement* element = FindCategory(trimmed.Root(), category.name);
+        if (const XMLElement* address = FirstChild(element, "XAddr")) {
+            services.emplace(category.key, PathOfAddress(TextOf(address)));
+        }
+    }
+    ReadEventFlags(FindCategory(trimmed.Root(), "Events"), events);
+}
+
+std::optional<std::string> ReadCapability(std::string_view reply,
+                                          const CapabilityCategory& category) {
+    const CXmlDocument trimmed(CXmlTransform::TrimXmlNamespace(reply));
+    const XMLElement* address = FirstChild(FindCategory(trimmed.Root(), category.name), "XAddr");
+    if (address == nullptr) {
+        return std::nullopt;
+    }
+    return PathOfAddress(TextOf(address));
+}
+
+}  // namespace onvif_client
