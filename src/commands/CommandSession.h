@@ -1,0 +1,57 @@
+/// @file
+/// What a command needs of the session that it runs on.
+#ifndef ONVIF_CLIENT_COMMANDS_COMMANDSESSION_H
+#define ONVIF_CLIENT_COMMANDS_COMMANDSESSION_H
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <string_view>
+
+#include "common/Status.h"
+#include "transform/MediaProfile.h"
+#include "transform/ServiceAddresses.h"
+
+namespace onvif_client {
+
+/// Whose clock the creation time of a security header shows.
+enum class SigningClock {
+    kLocal,
+    kDevice,  // asked of the device just before the request
+};
+
+/// The request of one exchange.
+struct SignedRequest {
+    std::string_view envelope;    // with an empty security header
+    std::string_view serviceKey;  // which service of the device
+    std::uint32_t replyCapacity;  // bytes; a longer reply is cut
+    SigningClock clock = SigningClock::kLocal;
+};
+
+/// A device's answer.
+struct Reply {
+    int status = status::kNoReply;
+    /// The SOAP text from "<?xml" on; meaningful with status 0 only.
+    std::string soap;
+};
+
+/// Implemented by the device session. All operations may be called from several threads at once.
+class ICommandSession {
+ public:
+    virtual ~ICommandSession() = default;
+
+    /// The cached profiles as they stand now; never null.
+    virtual std::shared_ptr<const ProfileList> Profiles() const = 0;
+    virtual void ReplaceProfiles(ProfileList profiles) = 0;
+
+    virtual ServiceTable Services() const = 0;
+    /// True when the device offers the ver20 media service.
+    virtual bool HasMedia2() const = 0;
+
+    /// Signs the envelope, posts it and waits for the answer, 8 s at most.
+    virtual Reply Exchange(const SignedRequest& request) = 0;
+};
+
+}  // namespace onvif_client
+
+#endif

@@ -1,0 +1,89 @@
+#include "commands/CommandTable.h"
+
+#include <algorithm>
+
+#include "commands/DeviceRequests.h"
+#include "commands/LocalAnswers.h"
+#include "commands/ServiceRequests.h"
+#include "transform/DeviceResults.h"
+#include "transform/MediaResults.h"
+#include "transform/SetResults.h"
+
+namespace onvif_client {
+
+namespace {
+
+void LearnProfiles(std::string_view reply, ICommandSession& session) {
+    ProfileList profiles;
+    if (ReadProfiles(reply, profiles)) {
+        session.ReplaceProfiles(std::move(profiles));
+    }
+}
+
+constexpr std::uint32_t kProfilesCapacity = 46080;
+
+constexpr CommandSteps kProfiles10 = {{{.build = BuildGetProfiles10,
+                                        .serviceKey = "media",
+                                        .result = &kProfilesResult,
+                                        .replyCapacity = kProfilesCapacity,
+                                        .clock = SigningClock::kDevice,
+                                        .learn = LearnProfiles}}};
+constexpr CommandSteps kProfiles20 = {{{.build = BuildGetProfiles20,
+                                        .serviceKey = "media2",
+                                        .result = &kProfilesResult,
+                                        .replyCapacity = kProfilesCapacity,
+                                        .clock = SigningClock::kDevice,
+                                        .learn = LearnProfiles}}};
+
+constexpr CommandRow kGetRows[] = {
+    {.name = "ipv4",
+     .steps = {{{BuildGetNetworkInterfaces, "device", &kNetworkInterfacesResult},
+                {BuildGetDefaultGateway, "device", &kDefaultGatewayResult}}}},
+    {.name = "dns", .steps = {{{BuildGetDns, "device", &kDnsResult}}}},
+    {.name = "networkProtocols",
+     .steps = {{{BuildGetNetworkProtocols, "device", &kNetworkProtocolsResult}}}},
+    {.name = "dateAndTime",
+     .steps = {{{BuildGetSystemDateAndTime, "device", &kDateAndTimeResult}}}},
+    {.name = "profiles", .steps = kProfiles10, .media2 = &kProfiles20},
+    {.name = "devInfo",
+     .steps = {{{BuildGetDeviceInformation, "device", &kDeviceInformationResult}}}},
+    {.name = "alarmout", .steps = {{{BuildGetRelayOutputs, "device", &kRelayOutputsResult}}}},
+    {.name = "alarmin", .steps = {{{BuildGetDigitalInputs, "deviceIO", &kDigitalInputsResult}}}},
+    {.name = "streamCount", .answerLocally = AnswerStreamCount},
+    {.name = "serviceUrl", .answerLocally = AnswerServiceUrl},
+};
+
+constexpr CommandRow kSetRows[] = {
+    {.name = "ipv4",
+     .steps = {{{.build = BuildSetDefaultGateway,
+                 .serviceKey = "device",
+                 .result = &kSetDefaultGatewayResult,
+                 .onlyWith = "gateway",
+                 .goOn = GoOn::kAlways},
+                {BuildSetNetworkInterfaces, "device", &kSetNetworkInterfacesResult}}}},
+    {.name = "dns", .steps = {{{BuildSetDns, "device", &kSetDnsResult}}}},
+    {.name = "networkProtocols",
+     .steps = {{{BuildSetNetworkProtocols, "device", &kSetNetworkProtocolsResult}}}},
+    {.name = "dateAndTime",
+     .steps = {{{.build = BuildSetSystemDateAndTime,
+                 .serviceKey = "device",
+                 .result = &kSetDateAndTimeResult,
+                 .clock = SigningClock::kDevice}}}},
+    {.name = "alarmout",
+     .steps = {{{BuildSetRelayOutputSettings, "device", &kSetRelayOutputSettingsResult}}}},
+    {.name = "manualAlarmout",
+     .steps = {{{BuildSetRelayOutputState, "deviceIO", &kSetRelayOutputStateResult}}}},
+};
+
+}  // namespace
+
+constinit const CommandTable kGetCommands = {"Get", kGetRows};
+constinit const CommandTable kSetCommands = {"Set", kSetRows};
+
+const CommandRow* FindCommand(const CommandTable& table, std::string_view name) {
+    const auto row = std::find_if(table.rows.begin(), table.rows.end(),
+                                  [name](const CommandRow& each) { return each.name == name; });
+    return row == table.rows.end() ? nullptr : &*row;
+}
+
+}  // namespace onvif_client

@@ -1,0 +1,102 @@
+/// @file
+/// The two command tables: everything that makes a command what it is, one row per command, in
+/// matching order. To add a command, write its request builder, its result frame and its row.
+#ifndef ONVIF_CLIENT_COMMANDS_COMMANDTABLE_H
+#define ONVIF_CLIENT_COMMANDS_COMMANDTABLE_H
+
+#include <array>
+#include <cstdint>
+#include <span>
+#include <string>
+#include <string_view>
+
+#include "commands/CommandRequest.h"
+#include "commands/CommandSession.h"
+#include "commands/ResponseBuffer.h"
+#include "transform/ResultFrame.h"
+
+namespace onvif_client {
+
+/// Where a completion's token comes from.
+enum class TokenSource {
+    kNone,
+    kIndexedProfile,    // the profile that the parameter "index" selects
+    kFirstProfile,      // the first profile's token
+    kFirstVideoSource,  // the first profile's video source token
+};
+
+/// A child that the dispatcher adds to a command whatever the profile.
+struct FixedChild {
+    std::string_view element;
+    std::string_view text;
+};
+
+/// What the dispatcher adds to a command from the cached profiles. The spelling of the element is
+/// the one that the command's builder reads.
+struct Completion {
+    TokenSource source = TokenSource::kNone;
+    std::string_view element = {};
+    std::span<const FixedChild> fixedChildren = {};
+};
+
+/// When the step behind this one runs.
+enum class GoOn {
+    kUnlessFailed,  // status 0 or 2; any other is the command's
+    kOnSuccess,     // status 0; any other is the command's
+    kAlways,        // the status is ignored
+};
+
+/// One exchange of a command.
+struct CommandStep {
+    RequestBuilder build = nullptr;  // null: no step
+    std::string_view serviceKey = {};
+    /// Writes the answer's values; null: the answer gives no result.
+    const ResultFrame* result = nullptr;
+    std::uint32_t replyCapacity = 8192;
+    SigningClock clock = SigningClock::kLocal;
+    /// What the session learns from a successful answer.
+    void (*learn)(std::string_view reply, ICommandSession& session) = nullptr;
+    /// Not empty: the step runs only for a request with this child.
+    std::string_view onlyWith = {};
+    GoOn goOn = GoOn::kUnlessFailed;
+};
+
+using CommandSteps = std::array<CommandStep, 2>;
+
+/// Commands that are sent once per profile chosen.
+enum class ProfileLoop {
+    kNone,
+    kIndexes,  // for every child "index"
+    kItems,    // for every child "item" with an "index"; it gets the child "encodeToken"
+};
+
+struct CommandRow {
+    std::string_view name;
+    Completion completion = {};
+    CommandSteps steps = {};
+    /// The same command for devices with the ver20 media service; null: there is one way only.
+    const CommandSteps* media2 = nullptr;
+    ProfileLoop loop = ProfileLoop::kNone;
+    /// Not null: answers without any exchange, adding to the result document.
+    void (*answerLocally)(const ICommandSession& session, std::string& result) = nullptr;
+    /// Not null: the answer is a picture, fetched from what the steps' result document says; the
+    /// request ends with it. Returns a status.
+    int (*fetchPicture)(ICommandSession& session, const std::string& result,
+                        ResponseBuffer& picture) = nullptr;
+};
+
+/// The commands of a root element ("Get", "Set").
+struct CommandTable {
+    std::string_view root;
+    std::span<const CommandRow> rows;
+};
+
+/// Compares names byte for byte; the first row that matches.
+const CommandRow* FindCommand(const CommandTable& table, std::string_view name);
+
+extern const CommandTable kGetCommands;
+extern const CommandTable kSetCommands;
+
+}  // namespace onvif_client
+
+#endif

@@ -1,0 +1,78 @@
+/// @file
+/// SOAP envelopes. All requests share one envelope with the WS-Security header; a request names its
+/// namespaces and its body. Templates are constants, put together by the compiler.
+#ifndef ONVIF_CLIENT_COMMANDS_ENVELOPE_H
+#define ONVIF_CLIENT_COMMANDS_ENVELOPE_H
+
+#include <algorithm>
+#include <cstddef>
+#include <string_view>
+
+namespace onvif_client {
+
+/// A text of N characters known at compile time.
+template <std::size_t N>
+struct FixedText {
+    char text[N + 1] = {};
+
+    constexpr FixedText() = default;
+    // NOLINTNEXTLINE: made from literals without ceremony.
+    constexpr FixedText(const char (&literal)[N + 1]) { std::copy_n(literal, N, text); }
+
+    // NOLINTNEXTLINE: used wherever a text is wanted.
+    constexpr operator std::string_view() const { return {text, N}; }
+};
+
+template <std::size_t M>
+FixedText(const char (&)[M]) -> FixedText<M - 1>;
+
+template <std::size_t A, std::size_t B>
+consteval FixedText<A + B> operator+(const FixedText<A>& a, const FixedText<B>& b) {
+    FixedText<A + B> sum;
+    std::copy_n(b.text, B, std::copy_n(a.text, A, sum.text));
+    return sum;
+}
+
+// Namespace declarations, for the root of an envelope.
+inline constexpr FixedText kTds = " xmlns:tds=\"http://www.onvif.org/ver10/device/wsdl\"";
+inline constexpr FixedText kTt = " xmlns:tt=\"http://www.onvif.org/ver10/schema\"";
+inline constexpr FixedText kDio = " xmlns:dio=\"http://www.onvif.org/ver10/deviceIO/wsdl\"";
+inline constexpr FixedText kMdw = " xmlns:mdw=\"http://www.onvif.org/ver10/media/wsdl\"";
+inline constexpr FixedText kTrt2 = " xmlns:trt2=\"http://www.onvif.org/ver20/media/wsdl\"";
+inline constexpr FixedText kPtzw = " xmlns:ptzw=\"http://www.onvif.org/ver20/ptz/wsdl\"";
+inline constexpr FixedText kImg = " xmlns:img=\"http://www.onvif.org/ver20/imaging/wsdl\"";
+
+/// Filled by the session just before sending (WS-Security UsernameToken Profile 1.0).
+inline constexpr FixedText kSecurityHeader =
+    "<s:Header><wsse:Security s:mustUnderstand=\"1\"><wsse:UsernameToken><wsse:Username/>"
+    "<wsse:Password Type=\"http://docs.oasis-open.org/wss/2004/01/"
+    "oasis-200401-wss-username-token-profile-1.0#PasswordDigest\"/>"
+    "<wsse:Nonce EncodingType=\"http://docs.oasis-open.org/wss/2004/01/"
+    "oasis-200401-wss-soap-message-security-1.0#Base64Binary\"/>"
+    "<wsu:Created/></wsse:UsernameToken></wsse:Security></s:Header>";
+
+inline constexpr FixedText kEnvelopeStart =
+    "<?xml version=\"1.0\" encoding=\"utf-8\"?>"
+    "<s:Envelope xmlns:s=\"http://www.w3.org/2003/05/soap-envelope\""
+    " xmlns:wsse=\"http://docs.oasis-open.org/wss/2004/01/"
+    "oasis-200401-wss-wssecurity-secext-1.0.xsd\""
+    " xmlns:wsu=\"http://docs.oasis-open.org/wss/2004/01/"
+    "oasis-200401-wss-wssecurity-utility-1.0.xsd\"";
+
+/// An envelope with the security header, its elements empty.
+template <std::size_t A, std::size_t B>
+consteval auto SoapEnvelope(const FixedText<A>& namespaces, const FixedText<B>& body) {
+    return kEnvelopeStart + namespaces + FixedText(">") + kSecurityHeader + FixedText("<s:Body>") +
+           body + FixedText("</s:Body></s:Envelope>");
+}
+
+/// An envelope without header, for the one request that devices answer to everybody.
+template <std::size_t A, std::size_t B>
+consteval auto BareSoapEnvelope(const FixedText<A>& namespaces, const FixedText<B>& body) {
+    return kEnvelopeStart + namespaces + FixedText("><s:Body>") + body +
+           FixedText("</s:Body></s:Envelope>");
+}
+
+}  // namespace onvif_client
+
+#endif

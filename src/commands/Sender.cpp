@@ -1,0 +1,104 @@
+#include "commands/Sender.h"
+
+#include "transform/Conversions.h"
+
+namespace onvif_client {
+
+namespace {
+
+int SendStep(ICommandSession& session, const CommandStep& step, const CommandRequest& request,
+             int index, std::string& result) {
+    const std::string envelope = step.build(request);
+    const Reply reply =
+        session.Exchange({envelope, step.serviceKey, step.replyCapacity, step.clock});
+    if (reply.status != status::kSuccess) {
+        return reply.status;
+    }
+    if (step.learn != nullptr) {
+        step.learn(reply.soap, session);
+    }
+    if (step.result != nullptr) {
+        BuildResult(*step.result, reply.soap, index, result);
+    }
+    return reply.status;
+}
+
+bool EndsCommand(GoOn goOn, int stepStatus) {
+    switch (goOn) {
+        case GoOn::kUnlessFailed:
+            return !status::LetsRequestGoOn(stepStatus);
+        case GoOn::kOnSuccess:
+            return stepStatus != status::kSuccess;
+        case GoOn::kAlways:
+            break;
+    }
+    return false;
+}
+
+int SendSteps(ICommandSession& session, const CommandSteps& steps, const CommandRequest& request,
+              int index, std::string& result) {
+    int stepStatus = status::kNotAnswered;
+    for (const CommandStep& step : steps) {
+        if (step.build == nullptr || (!step.onlyWith.empty() && !request.Has(step.onlyWith))) {
+            continue;
+        }
+        stepStatus = SendStep(session, step, request, index, result);
+        if (EndsCommand(step.goOn, stepStatus)) {
+            break;
+        }
+    }
+    return stepStatus;
+}
+
+/// Once per "index" or "item", up to the first status that is not a success.
+int SendLoop(ICommandSession& session, const CommandRow& row, const CommandSteps& steps,
+             const ProfileList& profiles, XMLElement* command, std::string& result) {
+    const bool overItems = row.loop == ProfileLoop::kItems;
+    const char* name = overItems ? "item" : "index";
+    int loopStatus = status::kNotAnswered;
+    for (XMLElement* each = FirstChild(command, name); each != nullptr;
+         each = each->NextSiblingElement(name)) {
+        const XMLElement* index = overItems ? FirstChild(each, "index") : each;
+        const MediaProfile* profile = SelectProfile(profiles, index);
+        if (profile == nullptr) {
+            continue;
+        }
+        if (overItems) {
+            Append(each, "encodeToken", profile->videoEncoderConfigurationToken);
+        }
+        loopStatus =
+            SendSteps(session, steps, {command, profile, each}, ToInt(TextOf(index)), result);
+        if (loopStatus != status::kSuccess) {
+            break;
+        }
+    }
+    return loopStatus;
+}
+
+}  // namespace
+
+int SendCommand(ICommandSession& session, const CommandRow& row, XMLElement* command,
+                std::string& result) {
+    if (row.answerLocally != nullptr) {
+        row.answerLocally(session, result);
+        return status::kSuccess;
+    }
+    const CommandSteps& steps =
+        row.media2 != nullptr && session.HasMedia2() ? *row.media2 : row.steps;
+    const auto profiles = session.Profiles();
+    if (row.loop != ProfileLoop::kNone) {
+        return SendLoop(session, row, steps, *profiles, command, result);
+    }
+    const MediaProfile* first = profiles->empty() ? nullptr : &profiles->front();
+    return SendSteps(session, steps, {command, first, nullptr}, 0, result);
+}
+
+const MediaProfile* SelectProfile(const ProfileList& profiles, const XMLElement* index) {
+    const int selected = index == nullptr ? -1 : ToInt(TextOf(index));
+    if (selected < 0 || static_cast<std::size_t>(selected) >= profiles.size()) {
+        return nullptr;
+    }
+    return &profiles[static_cast<std::size_t>(selected)];
+}
+
+}  // namespace onvif_client

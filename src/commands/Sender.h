@@ -1,0 +1,25 @@
+/// @file
+/// Sends one command: builds its requests, exchanges them and adds the answers to the result.
+#ifndef ONVIF_CLIENT_COMMANDS_SENDER_H
+#define ONVIF_CLIENT_COMMANDS_SENDER_H
+
+#include <string>
+
+#include "commands/CommandTable.h"
+
+namespace onvif_client {
+
+/// Runs every exchange of the command.
+/// @param command  its element, completed; items of an item loop are completed here. Null for a
+///                 command without parameters.
+/// @param result   the request's result document so far; the answers are added to it.
+/// @return the status that counts; 2 when nothing was to be sent.
+int SendCommand(ICommandSession& session, const CommandRow& row, XMLElement* command,
+                std::string& result);
+
+/// The profile that the text of an "index" element selects, from 0; null when it is out of range.
+const MediaProfile* SelectProfile(const ProfileList& profiles, const XMLElement* index);
+
+}  // namespace onvif_client
+
+#endif
