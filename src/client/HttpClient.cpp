@@ -1,0 +1,164 @@
+#include "client/HttpClient.h"
+
+#include <cstring>
+#include <new>
+
+#include "commands/DeviceRequests.h"
+#include "commands/GetCmd.h"
+#include "platform/Corekit.h"
+#include "platform/Wirelink.h"
+#include "transform/TimeResults.h"
+
+namespace onvif_client {
+
+namespace {
+
+constexpr std::size_t kLongestField = 64;
+constexpr std::uint32_t kClockCapacity = 8192;
+constexpr int kOverReleaseLine = 323;
+constexpr int kResponseAllocationLine = 1182;
+
+std::string Field(std::string_view text) {
+    return std::string(text.substr(0, kLongestField));
+}
+
+/// A buffer of the caller's with a zero byte behind the text.
+ResponseBuffer MakeResponse(const std::string& document) {
+    ResponseBuffer response;
+    response.data.reset(new (std::nothrow) char[document.size() + 1]);
+    if (response.data == nullptr) {
+        COREKIT_AbnormalOutput("ASSERT", "HttpClient", kResponseAllocationLine);
+        return response;
+    }
+    std::memcpy(response.data.get(), document.c_str(), document.size() + 1);
+    response.size = static_cast<int>(document.size() + 1);
+    return response;
+}
+
+}  // namespace
+
+CHttpClient::CHttpClient(std::string_view user, std::string_view password, std::string_view ip,
+                         std::uint16_t port)
+    : credentials_{Field(user), Field(password)}, ip_(Field(ip)), port_(port) {}
+
+bool CHttpClient::Get(std::string_view request, ResponseBuffer& response) {
+    response = {};
+    GetAnswer answer = RunGet(*this, request);
+    if (answer.picture.data != nullptr) {
+        response = std::move(answer.picture);
+    } else if (!answer.document.empty()) {
+        response = MakeResponse(answer.document);
+    }
+    return answer.success;
+}
+
+bool CHttpClient::Set(std::string_view request, std::string& result) {
+    return RunSet(*this, request, result);
+}
+
+int CHttpClient::AddReference() {
+    const std::lock_guard guard(countLock_);
+    return ++referenceCount_;
+}
+
+int CHttpClient::ReleaseReference() {
+    const std::lock_guard guard(countLock_);
+    if (referenceCount_ <= 0) {
+        COREKIT_AbnormalOutput("ASSERT", "HttpClient", kOverReleaseLine);
+    }
+    return --referenceCount_;
+}
+
+std::shared_ptr<const ProfileList> CHttpClient::Profiles() const {
+    const std::lock_guard guard(dataLock_);
+    return profiles_;
+}
+
+void CHttpClient::ReplaceProfiles(ProfileList profiles) {
+    auto replaced = std::make_shared<const ProfileList>(std::move(profiles));
+    const std::lock_guard guard(dataLock_);
+    profiles_ = std::move(replaced);
+}
+
+ServiceTable CHttpClient::Services() const {
+    const std::lock_guard guard(dataLock_);
+    return services_;
+}
+
+bool CHttpClient::HasMedia2() const {
+    const std::lock_guard guard(dataLock_);
+    return hasMedia2_;
+}
+
+Reply CHttpClient::Exchange(const SignedRequest& request) {
+    const std::string path = ResolvePath(request.serviceKey);
+    const Target target{path, request.replyCapacity};
+    if (request.clock == SigningClock::kDevice) {
+        return PostSignedByDeviceClock(target, request.envelope, ResolvePath("device"));
+    }
+    return PostSigned(target, request.envelope);
+}
+
+Reply CHttpClient::Post(const Target& target, std::string_view body) const {
+    const std::string request = BuildPost(target.path, ip_, body);
+    std::string buffer(target.replyCapacity, '\0');
+    WIRELINK_SimpleClientComm(ip_.c_str(), port_, request.data(),
+                              static_cast<unsigned int>(request.size()), buffer.data(),
+                              target.replyCapacity, kReplyEndMarker, target.timeoutMs);
+    buffer.resize(std::strlen(buffer.c_str()));
+
+    Reply reply;
+    std::string_view soap;
+    reply.status = ClassifyReply(ip_, port_, buffer, soap);
+    if (reply.status == status::kSuccess) {
+        buffer.erase(0, buffer.size() - soap.size());
+        reply.soap = std::move(buffer);
+    }
+    return reply;
+}
+
+Reply CHttpClient::PostSigned(const Target& target, std::string_view envelope) const {
+    CXmlTransform document(envelope);
+    if (!AddSecurityHeader(credentials_, document)) {
+        return {status::kNotSent, {}};
+    }
+    return Post(target, document.Document().Print());
+}
+
+Reply CHttpClient::PostSignedByDeviceClock(const Target& target, std::string_view envelope,
+                                           std::string_view clockPath) const {
+    // A failed fetch is not looked at: the device then refuses the creation time.
+    std::string deviceTime;
+    FetchDeviceClock(clockPath, deviceTime);
+
+    CXmlTransform document(envelope);
+    if (!Authentication_UseIPCTime(credentials_, document, deviceTime)) {
+        return {status::kNotSent, {}};
+    }
+    return Post(target, document.Document().Print());
+}
+
+int CHttpClient::FetchDeviceClock(std::string_view path, std::string& deviceTimeResult) const {
+    const Reply reply = Post({path, kClockCapacity}, BareClockEnvelope());
+    if (reply.status == status::kSuccess) {
+        TransGetSystemDateAndTimeForAuthentication(reply.soap, deviceTimeResult);
+    }
+    return reply.status;
+}
+
+std::string CHttpClient::ResolvePath(std::string_view serviceKey) {
+    const std::lock_guard guard(dataLock_);
+    if (const auto found = services_.find(serviceKey); found != services_.end()) {
+        return found->second;
+    }
+    std::string path(kDefaultDevicePath);
+    if (serviceKey == "events" && eventsPath_) {
+        path = *eventsPath_;
+    } else if (const auto device = services_.find("device"); device != services_.end()) {
+        path = device->second;
+    }
+    services_.emplace(serviceKey, path);
+    return path;
+}
+
+}  // namespace onvif_client

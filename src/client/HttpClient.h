@@ -1,0 +1,119 @@
+/// @file
+/// A device session: what is known of one logged-in device, and the way to it.
+///
+/// A session is made with an address and credentials, logs in once, and then runs any number of
+/// requests, from any number of threads at once; every exchange opens a TCP connection of its own.
+/// Sessions are made, counted and destroyed by the session registry.
+#ifndef ONVIF_CLIENT_CLIENT_HTTPCLIENT_H
+#define ONVIF_CLIENT_CLIENT_HTTPCLIENT_H
+
+#include <cstdint>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "client/SecurityHeader.h"
+#include "client/SoapExchange.h"
+#include "commands/CommandSession.h"
+#include "commands/ResponseBuffer.h"
+
+namespace onvif_client {
+
+class CHttpClient final : public ICommandSession {
+ public:
+    /// User, password and address are cut to 64 bytes each. One reference is held from the start.
+    CHttpClient(std::string_view user, std::string_view password, std::string_view ip,
+                std::uint16_t port);
+    ~CHttpClient() override = default;
+    CHttpClient(const CHttpClient&) = delete;
+    CHttpClient& operator=(const CHttpClient&) = delete;
+
+    /// Runs the login sequence: checks the device's answer and credentials, sets its clock, learns
+    /// its services and fetches its profiles. Called once, before other threads see the session.
+    /// @return 0, or the status of the step that failed.
+    int Login();
+
+    /// Runs a Get request document.
+    /// @param response  emptied first; then the result document with the zero byte that ends it, or
+    ///                  the picture.
+    /// @return true when the last command succeeded.
+    bool Get(std::string_view request, ResponseBuffer& response);
+
+    /// Runs a Set request document; @p result receives the result document.
+    /// @return false when a command failed.
+    bool Set(std::string_view request, std::string& result);
+
+    /// @return the new count.
+    int AddReference();
+    /// Gives a reference back; the caller that brings the count to 0 destroys the session. A count
+    /// that is 0 or less already is reported and goes on downward.
+    /// @return the new count.
+    int ReleaseReference();
+
+    const std::string& DeviceAddress() const { return ip_; }
+    /// True once a login has succeeded.
+    bool LoggedIn() const { return loggedIn_; }
+    /// What the device said of its event service at login.
+    const EventCapabilities& Events() const { return eventCapabilities_; }
+
+    // ICommandSession
+    std::shared_ptr<const ProfileList> Profiles() const override;
+    void ReplaceProfiles(ProfileList profiles) override;
+    ServiceTable Services() const override;
+    bool HasMedia2() const override;
+    Reply Exchange(const SignedRequest& request) override;
+
+ private:
+    /// Where and how an exchange goes.
+    struct Target {
+        std::string_view path;
+        std::uint32_t replyCapacity;
+        std::uint32_t timeoutMs = kExchangeTimeoutMs;
+    };
+
+    // HttpClient.cpp: exchanges
+    Reply Post(const Target& target, std::string_view body) const;
+    Reply PostSigned(const Target& target, std::string_view envelope) const;
+    Reply PostSignedByDeviceClock(const Target& target, std::string_view envelope,
+                                  std::string_view clockPath) const;
+    /// Asks for the device's clock without a security header.
+    int FetchDeviceClock(std::string_view path, std::string& deviceTimeResult) const;
+    /// The path of a service key. A key that is not in the table gets the device's path and stays.
+    std::string ResolvePath(std::string_view serviceKey);
+
+    // Login.cpp: the steps of a login
+    int CheckDeviceClock() const;
+    int SetDeviceClock() const;
+    int GetServersUrl(ServiceTable& services);
+    int ReadAllCapabilities(ServiceTable& services);
+    int ProbeCapability(const CapabilityCategory& category, ServiceTable& services);
+    int DiscoverWithoutServices(ServiceTable& services);
+    int CompleteServices(ServiceTable& services);
+    int DiscoverServices();
+    int ReadOptions();
+
+    const Credentials credentials_;
+    const std::string ip_;
+    const std::uint16_t port_;
+
+    mutable std::mutex dataLock_;  // guards the members up to the next blank line; leaf
+    ServiceTable services_;
+    std::optional<std::string> eventsPath_;  // known beside the table: GetServices never yields it
+    std::shared_ptr<const ProfileList> profiles_ = std::make_shared<ProfileList>();
+    bool hasMedia2_ = false;
+
+    // Written by the login only, before other threads see the session.
+    std::optional<PtzRanges> ptzRanges_;
+    std::optional<FocusSpeedRange> focusSpeedRange_;
+    EventCapabilities eventCapabilities_;
+    bool loggedIn_ = false;
+
+    std::mutex countLock_;  // guards referenceCount_; behind the registry lock
+    int referenceCount_ = 1;
+};
+
+}  // namespace onvif_client
+
+#endif

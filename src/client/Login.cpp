@@ -1,0 +1,181 @@
+#include <cstdio>
+
+#include "client/HttpClient.h"
+#include "commands/DeviceRequests.h"
+#include "commands/Sender.h"
+#include "commands/ServiceRequests.h"
+
+namespace onvif_client {
+
+namespace {
+
+constexpr std::uint32_t kProbeCapacity = 8192;
+constexpr std::uint32_t kServicesCapacity = 30720;
+
+constexpr int kMedia2TraceLine = 2619;
+constexpr int kNoMedia2TraceLine = 2622;
+constexpr int kServicesReadTraceLine = 108;
+
+}  // namespace
+
+int CHttpClient::Login() {
+    if (const int failed = CheckDeviceClock()) {
+        return failed;
+    }
+    if (const int failed = SetDeviceClock()) {
+        return failed;
+    }
+    if (const int failed = DiscoverServices()) {
+        return failed;
+    }
+    std::string discarded;
+    const int profilesStatus =
+        SendCommand(*this, *FindCommand(kGetCommands, "profiles"), nullptr, discarded);
+    if (profilesStatus == status::kSuccess) {
+        if (const int failed = ReadOptions()) {
+            return failed;
+        }
+    }
+    loggedIn_ = profilesStatus == status::kSuccess;
+    return profilesStatus;
+}
+
+int CHttpClient::CheckDeviceClock() const {
+    std::string deviceTime;
+    if (FetchDeviceClock(kDefaultDevicePath, deviceTime) == status::kSuccess) {
+        return status::kSuccess;
+    }
+    // Some devices tell their clock only to those who can log in.
+    const Reply reply =
+        PostSigned({kDefaultDevicePath, kProbeCapacity}, BuildGetSystemDateAndTime({}));
+    return reply.status == status::kSuccess ? status::kSuccess : status::kNoReply;
+}
+
+int CHttpClient::SetDeviceClock() const {
+    const int answered =
+        PostSignedByDeviceClock({kDefaultDevicePath, kProbeCapacity},
+                                BuildLoginClockSetting(UtcNow(), ReadLocalTimeZone()),
+                                kDefaultDevicePath)
+            .status;
+    const bool fatal = answered == status::kNotAuthorized || answered == status::kNoReply;
+    return fatal ? answered : status::kSuccess;
+}
+
+int CHttpClient::DiscoverServices() {
+    ServiceTable services;
+    const int listed = GetServersUrl(services);
+    std::printf("%s,%s:%d ---------------\n", "HttpClient", "CHttpClient::Login",
+                kServicesReadTraceLine);
+    if (listed == status::kNoReply) {
+        return listed;
+    }
+    const int failed = listed != status::kSuccess || services.empty()
+                           ? DiscoverWithoutServices(services)
+                           : CompleteServices(services);
+    const std::lock_guard guard(dataLock_);
+    services_ = std::move(services);
+    return failed;
+}
+
+int CHttpClient::GetServersUrl(ServiceTable& services) {
+    const Reply reply = PostSigned({kDefaultDevicePath, kServicesCapacity, kDiscoveryTimeoutMs},
+                                   GetServicesEnvelope());
+    if (reply.status == status::kSuccess) {
+        ReadServices(reply.soap, services);
+    }
+    const bool media2 = services.contains("media2");
+    {
+        const std::lock_guard guard(dataLock_);
+        hasMedia2_ = media2;
+    }
+    std::printf(media2 ? "\n\n%s,%s:%d , is  h265. \n" : "\n\n%s,%s:%d , is  h264. \n",
+                "HttpClient", "CHttpClient::GetServersUrl",
+                media2 ? kMedia2TraceLine : kNoMedia2TraceLine);
+    return reply.status;
+}
+
+int CHttpClient::ReadAllCapabilities(ServiceTable& services) {
+    const Reply reply = PostSigned({kDefaultDevicePath, kProbeCapacity, kDiscoveryTimeoutMs},
+                                   BuildGetCapabilities("All"));
+    if (reply.status == status::kSuccess) {
+        ReadCapabilities(reply.soap, services, eventCapabilities_);
+    }
+    return reply.status;
+}
+
+int CHttpClient::ProbeCapability(const CapabilityCategory& category, ServiceTable& services) {
+    const Reply reply = PostSigned({kDefaultDevicePath, kProbeCapacity, kDiscoveryTimeoutMs},
+                                   BuildGetCapabilities(category.name));
+    if (reply.status == status::kSuccess) {
+        if (const auto path = ReadCapability(reply.soap, category)) {
+            services.emplace(category.key, *path);
+        }
+    }
+    return reply.status;
+}
+
+/// For devices that do not know GetServices.
+int CHttpClient::DiscoverWithoutServices(ServiceTable& services) {
+    const int read = ReadAllCapabilities(services);
+    if (read != status::kSuccess || services.empty()) {
+        for (const CapabilityCategory& category : CapabilityCategories()) {
+            if (ProbeCapability(category, services) == status::kNoReply) {
+                return status::kNoReply;
+            }
+        }
+    }
+    if (services.empty()) {
+        services = {{"device", std::string(kDefaultDevicePath)}, {"media", "onvif/Media"}};
+    }
+    return status::kSuccess;
+}
+
+/// For devices that listed their services: what the list leaves out.
+int CHttpClient::CompleteServices(ServiceTable& services) {
+    ServiceTable scratch;
+    if (ReadAllCapabilities(scratch) == status::kNoReply) {
+        return status::kNoReply;
+    }
+    if (const auto events = scratch.find("events"); events != scratch.end()) {
+        const std::lock_guard guard(dataLock_);
+        eventsPath_ = events->second;
+    }
+    for (const CapabilityCategory& category : CapabilityCategories()) {
+        const std::string_view key = category.key;
+        const bool needed = (key == "media" || key == "imaging") && !services.contains(key);
+        if (needed && ProbeCapability(category, services) == status::kNoReply) {
+            return status::kNoReply;
+        }
+    }
+    return status::kSuccess;
+}
+
+/// The options that later commands need, as far as the device has the services.
+int CHttpClient::ReadOptions() {
+    const auto profiles = Profiles();
+    if (profiles->empty()) {
+        return status::kSuccess;
+    }
+    const MediaProfile& first = profiles->front();
+    const ServiceTable services = Services();
+    if (services.contains("ptz") && !first.ptzConfigurationToken.empty()) {
+        const Reply reply =
+            Exchange({BuildGetPtzOptions(first.ptzConfigurationToken), "ptz", kProbeCapacity});
+        if (reply.status == status::kNoReply) {
+            return reply.status;
+        }
+        if (reply.status == status::kSuccess) {
+            ReadPtzRanges(reply.soap, ptzRanges_.emplace());
+        }
+    }
+    if (services.contains("imaging") && !first.videoSourceToken.empty()) {
+        const Reply reply =
+            Exchange({BuildGetMoveOptions(first.videoSourceToken), "imaging", kProbeCapacity});
+        if (reply.status == status::kSuccess) {
+            ReadFocusSpeedRange(reply.soap, focusSpeedRange_.emplace());
+        }
+    }
+    return status::kSuccess;
+}
+
+}  // namespace onvif_client

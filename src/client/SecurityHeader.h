@@ -1,0 +1,37 @@
+/// @file
+/// The WS-Security UsernameToken of a request (UsernameToken Profile 1.0, password digest).
+#ifndef ONVIF_CLIENT_CLIENT_SECURITYHEADER_H
+#define ONVIF_CLIENT_CLIENT_SECURITYHEADER_H
+
+#include <string>
+
+#include "transform/XmlTransform.h"
+
+namespace onvif_client {
+
+struct Credentials {
+    std::string user;
+    std::string password;
+
+    /// Without credentials requests go out unsigned.
+    bool Present() const { return !user.empty() || !password.empty(); }
+};
+
+/// A text that no other call in this process gives: 32 lower-case hexadecimal digits. Any thread.
+std::string MakeNonceText();
+
+/// Fills the security header, created by this machine's clock. Without credentials the whole SOAP
+/// header is removed.
+/// @return false when the envelope lacks an element of the header.
+bool AddSecurityHeader(const Credentials& credentials, CXmlTransform& envelope);
+
+/// The same, created by the device's clock.
+/// @param deviceTimeResult  result document with the device's time; missing fields are sent as an
+///                          empty year and zeros. Without credentials only the security element is
+///                          removed, and an empty SOAP header stays.
+bool Authentication_UseIPCTime(const Credentials& credentials, CXmlTransform& envelope,
+                               const std::string& deviceTimeResult);
+
+}  // namespace onvif_client
+
+#endif
