@@ -1,0 +1,127 @@
+#include "onvif_client/OnvifClient.h"
+
+#include <cstring>
+#include <string>
+
+#include "api/HttpClientManager.h"
+#include "events/EventController.h"
+#include "platform/Corekit.h"
+#include "platform/Wirelink.h"
+
+namespace {
+
+using onvif_client::CHttpClientManager;
+
+constexpr int kExceptionLine = 41;
+
+/// The boundary of every export: nothing is thrown across it.
+template <typename Work, typename Result>
+Result Guarded(Result onFailure, const Work& work) noexcept {
+    try {
+        return work();
+    } catch (...) {
+        onvif_client::COREKIT_AbnormalOutput("ASSERT", "OnvifClient", kExceptionLine);
+        return onFailure;
+    }
+}
+
+std::string TextOf(const char* text) {
+    return text == nullptr ? "" : text;
+}
+
+}  // namespace
+
+bool ONVIF_CLIENT_Initial() {
+    return Guarded(true, [] {
+        onvif_client::WIRELINK_Initial(1, 1, nullptr, 8989);
+        CHttpClientManager::Instance();
+        onvif_client::EventController().Start();
+        return true;
+    });
+}
+
+bool ONVIF_CLIENT_Quit() {
+    return Guarded(true, [] {
+        onvif_client::WIRELINK_Quit();
+        CHttpClientManager::Instance();
+        onvif_client::EventController().Stop();
+        return true;
+    });
+}
+
+unsigned int ONVIF_CLIENT_Login(unsigned int loginId, const char* ip, unsigned short port,
+                                const char* user, const char* password, unsigned int* errorCode) {
+    return Guarded(onvif_client::kNoLoginId, [&] {
+        unsigned int ignored = 0;
+        return CHttpClientManager::Instance().Login(loginId, ip, port, user, password,
+                                                    errorCode == nullptr ? ignored : *errorCode);
+    });
+}
+
+bool ONVIF_CLIENT_Logout(unsigned int loginId) {
+    return Guarded(true, [&] {
+        CHttpClientManager::Instance().Logout(loginId);
+        return true;
+    });
+}
+
+bool ONVIF_CLIENT_GetCfg(unsigned int loginId, const char* request, char*& response,
+                         int* responseLength) {
+    return Guarded(false, [&] {
+        int ignored = 0;
+        return CHttpClientManager::Instance().Get(
+            loginId, TextOf(request), response,
+            responseLength == nullptr ? ignored : *responseLength);
+    });
+}
+
+bool ONVIF_CLIENT_SetCfg(unsigned int loginId, const char* request, char*& response) {
+    response = nullptr;
+    return Guarded(false, [&] {
+        std::string result;
+        const bool success = CHttpClientManager::Instance().Set(loginId, TextOf(request), result);
+        if (!success || result.empty()) {
+            return false;
+        }
+        auto buffer = std::make_unique<char[]>(result.size() + 1);
+        std::memcpy(buffer.get(), result.c_str(), result.size() + 1);
+        response = buffer.release();
+        return true;
+    });
+}
+
+void ONVIF_CLIENT_DelResponseBuff(char*& buffer) {
+    const std::unique_ptr<char[]> freed(buffer);
+    buffer = nullptr;
+}
+
+bool ONVIF_CLIENT_AddAlarmStateObserver(unsigned int loginId, CONVIFAlarmStateObserver* observer) {
+    return Guarded(true, [&] {
+        CHttpClientManager::Instance().AddAlarmObserver(loginId, observer);
+        return true;
+    });
+}
+
+void ONVIF_CLIENT_DelAlarmStateObserver(unsigned int loginId) {
+    Guarded(true, [&] {
+        CHttpClientManager::Instance();
+        onvif_client::EventController().DeleteDevice(loginId);
+        return true;
+    });
+}
+
+bool ONVIF_SEARCH_Initial(void (*)(const char*, int, const char*, void*), void*, unsigned int) {
+    return true;
+}
+
+bool ONVIF_SEARCH_Set_Config(const char*, const char*) {
+    return true;
+}
+
+bool ONVIF_SEARCH_StartManual() {
+    return true;
+}
+
+void ONVIF_SEARCH_Quit() {
+    onvif_client::WIRELINK_Quit();
+}
