@@ -13,10 +13,6 @@ CSocketLayer& CSocketLayer::Instance() {
 
 CSocketLayer::CSocketLayer() : abortDescriptor_(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {}
 
-CSocketLayer::~CSocketLayer() {
-    close(abortDescriptor_);
-}
-
 bool CSocketLayer::Start() {
     std::unique_lock guard(lock_);
     changed_.wait(guard, [this] { return !stopping_; });
