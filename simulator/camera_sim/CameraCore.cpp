@@ -162,7 +162,7 @@ bool CameraCore::ServedAt(Ns ns, std::string_view path) const {
 bool CameraCore::IsServicePath(std::string_view path) const {
     const auto services = AllServices();
     const bool shared = options_.addressShape.find(kPathPlaceholder) == std::string::npos;
-    return (shared && path == "/") ||
+    return !options_.strictPaths || (shared && path == "/") ||
            std::any_of(services.begin(), services.end(),
                        [&](const Service& service) { return service.path == path; });
 }

@@ -66,7 +66,7 @@ struct CameraOptions {
     /// Advertised service addresses; {host}, {port} and {path} are replaced. Without {path} every
     /// service answers at "/" too.
     std::string addressShape = "http://{host}:{port}{path}";
-    /// False: any service answers at any service's path.
+    /// False: any service answers at any path outside /control/.
     bool strictPaths = true;
     /// How many requests are kept as evidence (the oldest go first; also at most 16 MiB).
     std::size_t recordLimit = 1000;

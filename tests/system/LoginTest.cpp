@@ -1,0 +1,266 @@
+#include <gtest/gtest.h>
+
+#include <memory>
+
+#include "system/Client.h"
+
+namespace client_test {
+namespace {
+
+using camera_sim::Camera;
+using camera_sim::CameraHost;
+using camera_sim::CameraOptions;
+using camera_sim::Fault;
+
+class Login : public testing::Test {
+ protected:
+    CStartedLibrary library_;
+    CameraHost host_;
+};
+
+/// "key=path key=path ..." as the session knows the services.
+std::string Services(unsigned int id) {
+    tinyxml2::XMLDocument document;
+    document.Parse(Get(id, "<serviceUrl/>").value_or("").c_str());
+    std::string services;
+    const auto* list = document.RootElement()->FirstChildElement("serviceUrl");
+    for (const auto* item = list->FirstChildElement(); item != nullptr;
+         item = item->NextSiblingElement()) {
+        const char* path = item->GetText();
+        services += std::string(services.empty() ? "" : " ") + item->Attribute("service") + "=" +
+                    (path == nullptr ? "" : path);
+    }
+    return services;
+}
+
+TEST_F(Login, FindsTheServicesOfEveryKindOfDevice) {
+    const Fault refuse = {.kind = Fault::Kind::kSoapFault,
+                          .soapFault = {.code = "Receiver", .subcode = "ActionNotSupported"}};
+    const struct {
+        const char* what;
+        CameraOptions options;
+        std::string faulty;  // an operation that the device refuses
+        std::string services;
+        std::uint64_t capabilityRequests;
+    } cases[] = {
+        {"dome",
+         {},
+         "",
+         "analytics=onvif/analytics_service device=onvif/device_service "
+         "deviceIO=onvif/deviceio_service imaging=onvif/imaging_service "
+         "media=onvif/media_service media2=onvif/media2_service ptz=onvif/ptz_service",
+         1},
+        {"no imaging service",
+         {.model = "fixed", .imaging = false},
+         "",
+         "analytics=onvif/analytics_service device=onvif/device_service "
+         "deviceIO=onvif/deviceio_service media=onvif/media_service",
+         2},
+        {"capabilities only",
+         {.model = "fixed", .getServices = false},
+         "",
+         "analytics=onvif/analytics_service device=onvif/device_service "
+         "deviceIO=onvif/deviceio_service events=onvif/event_service "
+         "imaging=onvif/imaging_service media=onvif/media_service",
+         1},
+        {"single categories only",
+         {.model = "fixed", .analytics = false, .getServices = false, .capabilitiesAll = false},
+         "",
+         "device=onvif/device_service deviceIO=onvif/deviceio_service "
+         "events=onvif/event_service imaging=onvif/imaging_service media=onvif/media_service",
+         13},
+        {"tells nothing",
+         {.model = "fixed", .getServices = false, .strictPaths = false},
+         "GetCapabilities",
+         "device=onvif/device_service media=onvif/Media",
+         13},
+        {"addresses without a path",
+         {.model = "fixed", .addressShape = "http://{host}:{port}"},
+         "",
+         "analytics= device= deviceIO= imaging= media=",
+         1},
+    };
+    for (const auto& each : cases) {
+        Camera& camera = host_.Add(each.options);
+        if (!each.faulty.empty()) {
+            camera.Inject(each.faulty, refuse);
+        }
+        const unsigned int id = client_test::Login(camera);
+        ASSERT_NE(id, ONVIF_CLIENT_NO_LOGIN_ID) << each.what;
+        EXPECT_EQ(Services(id), each.services) << each.what;
+        EXPECT_EQ(camera.Count("GetCapabilities"), each.capabilityRequests) << each.what;
+        EXPECT_EQ(camera.Count("tr2:GetProfiles"),
+                  each.services.find("media2") != std::string::npos)
+            << each.what;
+        EXPECT_EQ(At(*Get(id, "<devInfo/>"), "devInfo/status"), "success") << each.what;
+    }
+}
+
+TEST_F(Login, TellsWhyItFailed) {
+    const Fault close = {.kind = Fault::Kind::kClose};
+    const Fault garbage = {.kind = Fault::Kind::kGarbage, .bytes = 300};
+    const Fault noXml = {.kind = Fault::Kind::kNoProlog};
+    const Fault unauthorized = {.kind = Fault::Kind::kUnauthorized};
+    // As devices do, the camera answers a fault of the sender with HTTP 400, one of its own with
+    // 500.
+    const Fault fault = {.kind = Fault::Kind::kSoapFault, .soapFault = {.code = "Receiver"}};
+    const Fault senderFault = {.kind = Fault::Kind::kSoapFault};
+    const struct {
+        const char* operation;
+        Fault fault;
+        unsigned int error;
+    } cases[] = {
+        {"*", close, 5},
+        {"GetSystemDateAndTime", garbage, 5},
+        {"SetSystemDateAndTime", unauthorized, 401},
+        {"SetSystemDateAndTime", close, 5},
+        {"SetSystemDateAndTime", fault, 0},
+        {"SetSystemDateAndTime", garbage, 0},
+        {"SetSystemDateAndTime", noXml, 0},
+        {"GetServices", close, 5},
+        {"GetServices", garbage, 0},
+        {"GetServices", unauthorized, 0},
+        {"GetCapabilities", close, 5},
+        {"GetCapabilities", garbage, 0},
+        {"GetProfiles", close, 5},
+        {"GetProfiles", garbage, 7},
+        {"GetProfiles", noXml, 4},
+        {"GetProfiles", unauthorized, 401},
+        {"GetProfiles", fault, 0},
+        {"GetProfiles", senderFault, 7},
+        {"GetConfigurationOptions", close, 5},
+        {"GetConfigurationOptions", garbage, 0},
+        {"GetMoveOptions", close, 0},
+    };
+    for (const auto& each : cases) {
+        Camera& camera = host_.Add({});
+        camera.Inject(each.operation, each.fault);
+        unsigned int error = 99;
+        const unsigned int id = LoginAt(camera.Port(), "camera-1", error);
+        EXPECT_EQ(error, each.error) << each.operation << static_cast<int>(each.fault.kind);
+        EXPECT_EQ(id == ONVIF_CLIENT_NO_LOGIN_ID, each.error != 0) << each.operation;
+    }
+}
+
+TEST_F(Login, ChecksCredentials) {
+    Camera& camera = host_.Add({});
+    Camera& open = host_.Add({.model = "fixed", .user = ""});
+    Camera& shy = host_.Add({.model = "fixed", .openOperations = {}});
+    unsigned int error = 0;
+    EXPECT_EQ(LoginAt(camera.Port(), "wrong", error), ONVIF_CLIENT_NO_LOGIN_ID);
+    EXPECT_EQ(error, 401U);
+    EXPECT_EQ(camera.Count("GetServices"), 0U);
+
+    // A device that tells its clock only to those who can log in is asked again with credentials.
+    EXPECT_EQ(LoginAt(shy.Port(), "camera-1", error), ONVIF_CLIENT_NO_LOGIN_ID);
+    EXPECT_EQ(error, 401U);
+    EXPECT_TRUE(shy.Requests().at(1).authenticated);
+
+    // Without user and password nothing is signed.
+    EXPECT_NE(
+        ONVIF_CLIENT_Login(ONVIF_CLIENT_NO_LOGIN_ID, "127.0.0.1", open.Port(), "", "", &error),
+        ONVIF_CLIENT_NO_LOGIN_ID);
+    for (const auto& request : open.Requests()) {
+        EXPECT_EQ(request.body.find("UsernameToken"), std::string::npos) << request.operation;
+    }
+
+    auto gone = std::make_unique<CameraHost>();
+    const unsigned short port = gone->Add({}).Port();
+    gone.reset();
+    EXPECT_EQ(LoginAt(port, "camera-1", error), ONVIF_CLIENT_NO_LOGIN_ID);
+    EXPECT_EQ(error, 5U);
+}
+
+TEST_F(Login, SetsTheCamerasClockAndSignsByTheDevicesWhereItMust) {
+    Camera& late = host_.Add({.clockOffset = std::chrono::hours(-30)});
+    ASSERT_NE(client_test::Login(late), ONVIF_CLIENT_NO_LOGIN_ID);
+    EXPECT_LE(std::abs(late.State().clock.offset.count()), 60);
+    EXPECT_EQ(late.State().clock.type, "Manual");
+
+    // A clock that cannot be set: requests by the device's clock work, those by ours do not.
+    Camera& stubborn = host_.Add({.clockOffset = std::chrono::hours(30)});
+    stubborn.Inject("SetSystemDateAndTime",
+                    {.kind = Fault::Kind::kSoapFault, .soapFault = {.subcode = "InvalidDateTime"}});
+    const unsigned int id = client_test::Login(stubborn);
+    ASSERT_NE(id, ONVIF_CLIENT_NO_LOGIN_ID);
+    EXPECT_TRUE(Get(id, "<profiles/>").has_value());
+    EXPECT_FALSE(Get(id, "<devInfo/>").has_value());
+}
+
+TEST_F(Login, ASlowServiceListIsGivenUpAndTheCapabilitiesServe) {
+    Camera& camera = host_.Add({});
+    camera.Inject(
+        "GetServices",
+        {.kind = Fault::Kind::kSegments, .bytes = 1, .pause = std::chrono::milliseconds(100)});
+    const unsigned int id = client_test::Login(camera);
+    ASSERT_NE(id, ONVIF_CLIENT_NO_LOGIN_ID);
+    EXPECT_NE(Services(id).find("events="), std::string::npos);
+}
+
+TEST_F(Login, IdsCountSuccessfulLogins) {
+    Camera& camera = host_.Add({.model = "fixed"});
+    const unsigned int first = client_test::Login(camera);
+    unsigned int error = 77;
+    LoginAt(camera.Port(), "wrong", error);
+    const unsigned int second = client_test::Login(camera);
+    EXPECT_EQ(second, first + 1);
+
+    const auto known = [&](unsigned int id) {
+        return ONVIF_CLIENT_Login(id, "x", 1, "x", "x", &error) == id;
+    };
+    camera.ClearEvidence();
+    error = 77;
+    EXPECT_TRUE(known(first));
+    EXPECT_TRUE(ONVIF_CLIENT_Logout(first));
+    EXPECT_TRUE(ONVIF_CLIENT_Logout(first));
+    EXPECT_FALSE(known(first));
+    EXPECT_TRUE(known(second));
+    EXPECT_FALSE(known(second + 1));
+    EXPECT_EQ(error, 77U);
+    EXPECT_EQ(camera.Count("*"), 0U);
+}
+
+TEST_F(Login, NullAndUnknownArgumentsDoNoHarm) {
+    Camera& camera = host_.Add({.model = "fixed"});
+    const unsigned int none = ONVIF_CLIENT_NO_LOGIN_ID;
+    unsigned int error = 77;
+    EXPECT_EQ(ONVIF_CLIENT_Login(none, nullptr, 80, "u", "p", &error), none);
+    EXPECT_EQ(ONVIF_CLIENT_Login(none, "127.0.0.1", 80, nullptr, "p", &error), none);
+    EXPECT_EQ(ONVIF_CLIENT_Login(none, "127.0.0.1", 80, "u", nullptr, &error), none);
+    EXPECT_EQ(error, 77U);
+    EXPECT_EQ(ONVIF_CLIENT_Login(none, "not an address", 80, "u", "p", nullptr), none);
+    const unsigned int id =
+        ONVIF_CLIENT_Login(none, "127.0.0.1", camera.Port(), "admin", "camera-1", nullptr);
+    ASSERT_NE(id, none);
+
+    char marker[] = "untouched";
+    char* response = marker;
+    int length = 5;
+    EXPECT_TRUE(ONVIF_CLIENT_GetCfg(id + 1000, "<Get><devInfo/></Get>", response, &length));
+    EXPECT_EQ(response, marker);
+    EXPECT_EQ(length, 5);
+    EXPECT_FALSE(ONVIF_CLIENT_SetCfg(id + 1000, "<Set><dns/></Set>", response));
+    EXPECT_EQ(response, nullptr);
+
+    for (const char* request : {static_cast<const char*>(nullptr), "", "<Get>", "garbage"}) {
+        response = marker;
+        EXPECT_FALSE(ONVIF_CLIENT_GetCfg(id, request, response, &length));
+        EXPECT_EQ(response, nullptr);
+        EXPECT_EQ(length, 0);
+        EXPECT_FALSE(ONVIF_CLIENT_SetCfg(id, request, response));
+    }
+    EXPECT_TRUE(ONVIF_CLIENT_GetCfg(id, "<Get><devInfo/></Get>", response, nullptr));
+    ONVIF_CLIENT_DelResponseBuff(response);
+    EXPECT_EQ(response, nullptr);
+    ONVIF_CLIENT_DelResponseBuff(response);
+
+    EXPECT_TRUE(ONVIF_CLIENT_AddAlarmStateObserver(id, nullptr));
+    EXPECT_TRUE(ONVIF_CLIENT_AddAlarmStateObserver(none, nullptr));
+    ONVIF_CLIENT_DelAlarmStateObserver(none);
+    EXPECT_TRUE(ONVIF_SEARCH_Initial(nullptr, nullptr, 0));
+    EXPECT_TRUE(ONVIF_SEARCH_Set_Config(nullptr, nullptr));
+    EXPECT_TRUE(ONVIF_SEARCH_StartManual());
+}
+
+}  // namespace
+}  // namespace client_test

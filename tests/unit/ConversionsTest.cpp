@@ -1,0 +1,58 @@
+#include "transform/Conversions.h"
+
+#include <gtest/gtest.h>
+
+#include <utility>
+
+namespace onvif_client {
+namespace {
+
+TEST(Conversions, NetmasksAndPrefixLengths) {
+    const std::pair<int, const char*> masks[] = {
+        {24, "255.255.255.0"}, {20, "255.255.240.0"},      {32, "255.255.255.255"},
+        {0, "0.0.0.0"},        {25, "255.255.255.128"},    {1, "128.0.0.0"},
+        {8, "255.0.0.0"},      {40, "255.255.255.255.255"}};
+    for (const auto& [length, mask] : masks) {
+        EXPECT_EQ(PrefixLengthToNetmask(length), mask) << length;
+    }
+    EXPECT_LT(PrefixLengthToNetmask(2147483647).size(), 100U);
+    EXPECT_EQ(PrefixLengthToNetmask(-5), "0.0.0.0");
+
+    const std::pair<const char*, int> lengths[] = {
+        {"255.255.255.0", 24}, {"255.0.255.0", 16}, {"", -1},          {"255.255.240.0", 20},
+        {"255.255", 16},       {"x.y", 0},          {"255.x.255", 8},  {" 255.255.0.0", 16},
+        {"-1.0.0.0", 8},       {"256.0.0.0", 0},    {"99999999999", 8}};
+    for (const auto& [mask, length] : lengths) {
+        EXPECT_EQ(NetmaskToPrefixLength(mask), length) << mask;
+    }
+}
+
+TEST(Conversions, DurationsInSeconds) {
+    const std::pair<const char*, std::int64_t> cases[] = {
+        {"PT10S", 10},   {"P1DT2H", 93600},
+        {"PT1M30S", 90}, {"P1M", 60},
+        {"", -1},        {"10S", 0},
+        {"PT", 0},       {"PT0S", 0},
+        {"PT5.9S", 5},   {"P99999999999D", 185542587100800}};
+    for (const auto& [duration, seconds] : cases) {
+        EXPECT_EQ(DurationToSeconds(duration), seconds) << duration;
+    }
+}
+
+TEST(Conversions, NumbersAsScanfReadsThem) {
+    const std::pair<const char*, int> cases[] = {{"7", 7},
+                                                 {"07", 7},
+                                                 {" -3x", -3},
+                                                 {"+4", 4},
+                                                 {"", 0},
+                                                 {"x", 0},
+                                                 {"--1", 0},
+                                                 {"99999999999", 2147483647},
+                                                 {"-99999999999", -2147483647 - 1}};
+    for (const auto& [text, value] : cases) {
+        EXPECT_EQ(ToInt(text), value) << text;
+    }
+}
+
+}  // namespace
+}  // namespace onvif_client

@@ -1,0 +1,137 @@
+#include <gtest/gtest.h>
+
+#include "transform/MediaProfile.h"
+#include "transform/ServiceAddresses.h"
+
+namespace onvif_client {
+namespace {
+
+std::string Envelope(const std::string& body) {
+    return "<s:Envelope><s:Body>" + body + "</s:Body></s:Envelope>";
+}
+
+std::string Service(const std::string& ns, const std::string& address) {
+    return "<d:Service><d:Namespace>" + ns + "</d:Namespace><d:XAddr>" + address +
+           "</d:XAddr></d:Service>";
+}
+
+TEST(ServiceAddresses, PathsOfAddresses) {
+    const std::pair<const char*, const char*> cases[] = {
+        {"http://192.168.1.10:80/onvif/media_service", "onvif/media_service"},
+        {"http://[fe80::1]/onvif/x", "onvif/x"},
+        {"http://192.168.1.10", ""},
+        {"http://192.168.1.10/", ""},
+        {"https://192.168.1.10/onvif/x", "https://192.168.1.10/onvif/x"},
+        {" http://h/a/b", "a/b"},
+        {"onvif/x", "onvif/x"},
+        {"", ""},
+    };
+    for (const auto& [address, path] : cases) {
+        EXPECT_EQ(PathOfAddress(address), path) << address;
+    }
+}
+
+TEST(ServiceAddresses, ServicesAreKnownByTheirNamespaces) {
+    ServiceTable services;
+    ReadServices(Envelope("<d:GetServicesResponse>" +
+                          Service("http://www.onvif.org/ver10/device/wsdl", "http://h/dev") +
+                          Service("http://www.onvif.org/ver10/media/wsdl", "http://h/m1") +
+                          Service("http://www.onvif.org/ver20/media/wsdl", "http://h/m2") +
+                          Service("http://www.onvif.org/ver10/events/wsdl", "http://h/ev") +
+                          Service("http://www.onvif.org/ver20/ptz/wsdl", "http://h/ptz") +
+                          Service("http://www.onvif.org/ver20/ptz/wsdl", "http://h/second") +
+                          Service("http://www.onvif.org/ver10/deviceIO/wsdl", "http://h") +
+                          Service("urn:unknown", "http://h/x") +
+                          "<d:Service><d:Namespace>http://x/replay/wsdl</d:Namespace></d:Service>" +
+                          "</d:GetServicesResponse>"),
+                 services);
+    EXPECT_EQ(services, (ServiceTable{{"device", "dev"},
+                                      {"media", "m1"},
+                                      {"media2", "m2"},
+                                      {"ptz", "ptz"},
+                                      {"deviceIO", ""}}));
+}
+
+TEST(ServiceAddresses, CapabilitiesTellServicesAndEventFlags) {
+    const std::string capabilities =
+        "<d:GetCapabilitiesResponse><d:Capabilities><t:Media><t:XAddr>http://h/m</t:XAddr></"
+        "t:Media>"
+        "<t:Events><t:XAddr>http://h/e</t:XAddr><t:WSSubscriptionPolicySupport>false"
+        "</t:WSSubscriptionPolicySupport><t:WSPullPointSupport>1</t:WSPullPointSupport></t:Events>"
+        "<t:PTZ/><t:Extension><t:DeviceIO><t:XAddr>http://h/io</t:XAddr></t:DeviceIO></t:Extension>"
+        "</d:Capabilities></d:GetCapabilitiesResponse>";
+    ServiceTable services = {{"media", "kept"}};
+    EventCapabilities events;
+    ReadCapabilities(Envelope(capabilities), services, events);
+    EXPECT_EQ(services, (ServiceTable{{"media", "kept"}, {"events", "e"}, {"deviceIO", "io"}}));
+    EXPECT_FALSE(events.subscriptionPolicySupport);
+    EXPECT_TRUE(events.pullPointSupport);
+
+    ServiceTable none;
+    EventCapabilities defaults;
+    ReadCapabilities(Envelope("<s:Fault/>" + capabilities), none, defaults);
+    ReadCapabilities("garbage", none, defaults);
+    EXPECT_TRUE(none.empty());
+    EXPECT_TRUE(defaults.subscriptionPolicySupport);
+
+    const auto categories = CapabilityCategories();
+    ASSERT_EQ(categories.size(), 12U);
+    EXPECT_EQ(ReadCapability(Envelope(capabilities), categories[0]), "m");
+    EXPECT_EQ(ReadCapability(Envelope(capabilities), categories[1]), std::nullopt);
+}
+
+TEST(LoginRecords, ProfilesOfBothMediaServices) {
+    ProfileList profiles(1);
+    ASSERT_TRUE(ReadProfiles(
+        Envelope("<m:GetProfilesResponse><m:Profiles token='P0'><t:VideoSourceConfiguration"
+                 " token='V0'><t:SourceToken>S0</t:SourceToken></t:VideoSourceConfiguration>"
+                 "<t:VideoEncoderConfiguration token='E0'><t:Name>enc</t:Name>"
+                 "</t:VideoEncoderConfiguration><t:PTZConfiguration token='Z0'/>"
+                 "<t:VideoAnalyticsConfiguration token='A0'/></m:Profiles>"
+                 "<m:Profiles token='P1'><m:Configurations><m:VideoSource token='V1'>"
+                 "<t:SourceToken>S1</t:SourceToken></m:VideoSource><m:VideoEncoder token='E1'>"
+                 "<t:Name>two</t:Name></m:VideoEncoder><m:PTZ token='Z1'/><m:Analytics token='A1'/>"
+                 "</m:Configurations></m:Profiles><m:Profiles/></m:GetProfilesResponse>"),
+        profiles));
+    ASSERT_EQ(profiles.size(), 3U);
+    const auto all = [](const MediaProfile& p) {
+        return p.token + p.videoSourceToken + p.videoSourceConfigurationToken +
+               p.videoEncoderConfigurationToken + p.videoEncoderConfigurationName +
+               p.ptzConfigurationToken + p.videoAnalyticsConfigurationToken;
+    };
+    EXPECT_EQ(all(profiles[0]), "P0S0V0E0encZ0A0");
+    EXPECT_EQ(all(profiles[1]), "P1S1V1E1twoZ1A1");
+    EXPECT_EQ(all(profiles[2]), "");
+
+    EXPECT_FALSE(ReadProfiles(Envelope("<s:Fault/>"), profiles));
+    EXPECT_EQ(profiles.size(), 3U);
+    EXPECT_TRUE(ReadProfiles("cut off", profiles));
+    EXPECT_TRUE(profiles.empty());
+}
+
+TEST(LoginRecords, OptionsKeepTheirDefaultsWhereADeviceSaysNothing) {
+    PtzRanges ranges;
+    ReadPtzRanges(
+        Envelope(
+            "<p:GetConfigurationOptionsResponse><p:PTZConfigurationOptions><t:Spaces>"
+            "<t:ContinuousPanTiltVelocitySpace><t:XRange><t:Min>-5</t:Min><t:Max>5.9</t:Max>"
+            "</t:XRange></t:ContinuousPanTiltVelocitySpace><t:ContinuousZoomVelocitySpace>"
+            "<t:XRange><t:Min>0.5</t:Min></t:XRange></t:ContinuousZoomVelocitySpace></t:Spaces>"
+            "</p:PTZConfigurationOptions></p:GetConfigurationOptionsResponse>"),
+        ranges);
+    EXPECT_EQ(ranges.pan.minimum, -5);
+    EXPECT_EQ(ranges.pan.maximum, 5);
+    EXPECT_EQ(ranges.tilt.minimum, -1);
+    EXPECT_EQ(ranges.tilt.maximum, 1);
+    EXPECT_EQ(ranges.zoom.minimum, 0);
+
+    FocusSpeedRange focus;
+    ReadFocusSpeedRange(Envelope("<i:GetMoveOptionsResponse><i:MoveOptions><t:Continuous><t:Speed>"
+                                 "<t:Min>-7.5</t:Min><t:Max>7.5</t:Max></t:Speed></t:Continuous>"
+                                 "</i:MoveOptions></i:GetMoveOptionsResponse>"),
+                        focus);
+    EXPECT_EQ(focus.minimum + focus.maximum, "-7.57.5");
+}
+
+}  // namespace
+}  // namespace onvif_client

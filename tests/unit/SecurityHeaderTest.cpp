@@ -1,0 +1,117 @@
+#include "client/SecurityHeader.h"
+
+#include <gtest/gtest.h>
+#include <openssl/evp.h>
+#include <openssl/sha.h>
+
+#include <algorithm>
+#include <set>
+#include <thread>
+#include <vector>
+
+#include "commands/DeviceRequests.h"
+#include "platform/Clock.h"
+
+namespace onvif_client {
+namespace {
+
+class CFixedClock : public IClock {
+ public:
+    std::uint32_t TickCount() const override { return 1000; }
+    std::int64_t CalendarSeconds() const override { return 1551945909; }  // 2019-03-07T08:05:09Z
+    void Sleep(std::uint32_t) const override {}
+};
+
+constexpr const char* kDeviceTime =
+    "<GetResponse><dateAndTime><UTCDateTime><time><hour>8</hour><minute>5</minute>"
+    "<second>9</second></time><date><year>2019</year><month>3</month><day>7</day></date>"
+    "</UTCDateTime></dateAndTime></GetResponse>";
+
+std::string DecodeBase64(const std::string& text) {
+    std::string bytes(text.size(), '\0');
+    const int length = EVP_DecodeBlock(reinterpret_cast<unsigned char*>(bytes.data()),
+                                       reinterpret_cast<const unsigned char*>(text.data()),
+                                       static_cast<int>(text.size()));
+    bytes.resize(static_cast<std::size_t>(std::max(length, 0)));
+    while (!bytes.empty() && bytes.back() == '\0') {
+        bytes.pop_back();
+    }
+    return bytes;
+}
+
+/// The digest as a device computes it: over the decoded nonce, the creation time and the password.
+std::string DeviceDigest(const std::string& nonce, const std::string& created,
+                         const std::string& password) {
+    const std::string text = DecodeBase64(nonce) + created + password;
+    unsigned char digest[SHA_DIGEST_LENGTH];
+    SHA1(reinterpret_cast<const unsigned char*>(text.data()), text.size(), digest);
+    unsigned char base64[64];
+    EVP_EncodeBlock(base64, digest, sizeof digest);
+    return reinterpret_cast<const char*>(base64);
+}
+
+std::string Token(CXmlTransform& envelope, const char* element) {
+    return std::string(TextAt(envelope.Document().Root(),
+                              std::string("s:Header/wsse:Security/wsse:UsernameToken/") + element));
+}
+
+TEST(SecurityHeader, CarriesADigestThatADeviceAccepts) {
+    const CFixedClock clock;
+    const CScopedClock replaced(clock);
+    for (const char* password : {"secret", "", "päss&<>"}) {
+        for (const bool deviceClock : {false, true}) {
+            const Credentials credentials{"admin", password};
+            CXmlTransform envelope(BuildGetDeviceInformation({}));
+            ASSERT_TRUE(deviceClock ? Authentication_UseIPCTime(credentials, envelope, kDeviceTime)
+                                    : AddSecurityHeader(credentials, envelope));
+            const std::string nonce = Token(envelope, "wsse:Nonce");
+            EXPECT_EQ(Token(envelope, "wsse:Username"), "admin");
+            EXPECT_EQ(Token(envelope, "wsu:Created"), "2019-03-07T08:05:09Z");
+            EXPECT_EQ(DecodeBase64(nonce).size(), 32U);
+            EXPECT_EQ(Token(envelope, "wsse:Password"),
+                      DeviceDigest(nonce, "2019-03-07T08:05:09Z", password));
+        }
+    }
+}
+
+TEST(SecurityHeader, WithoutCredentialsTheTwoVariantsRemoveDifferentParts) {
+    CXmlTransform local(BuildGetDeviceInformation({}));
+    CXmlTransform device(BuildGetDeviceInformation({}));
+    EXPECT_TRUE(AddSecurityHeader({}, local));
+    EXPECT_TRUE(Authentication_UseIPCTime({}, device, kDeviceTime));
+    EXPECT_EQ(local.Document().Find("s:Header"), nullptr);
+    ASSERT_NE(device.Document().Find("s:Header"), nullptr);
+    EXPECT_TRUE(device.Document().Find("s:Header")->NoChildren());
+}
+
+TEST(SecurityHeader, UnknownDeviceTimeAndMissingElements) {
+    CXmlTransform envelope(BuildGetDeviceInformation({}));
+    EXPECT_TRUE(Authentication_UseIPCTime({"u", ""}, envelope, ""));
+    EXPECT_EQ(Token(envelope, "wsu:Created"), "-00-00T00:00:00Z");
+    CXmlTransform bare(BareClockEnvelope());
+    EXPECT_FALSE(AddSecurityHeader({"u", "p"}, bare));
+    EXPECT_FALSE(Authentication_UseIPCTime({"u", "p"}, bare, kDeviceTime));
+}
+
+TEST(SecurityHeader, NoncesNeverComeTwice) {
+    const CFixedClock clock;
+    const CScopedClock replaced(clock);
+    constexpr std::size_t kEach = 500;
+    std::vector<std::vector<std::string>> made(4);
+    {
+        std::vector<std::jthread> threads;
+        for (auto& own : made) {
+            threads.emplace_back(
+                [&own] { std::generate_n(std::back_inserter(own), kEach, MakeNonceText); });
+        }
+    }
+    std::set<std::string> all;
+    for (const auto& own : made) {
+        all.insert(own.begin(), own.end());
+    }
+    EXPECT_EQ(all.size(), made.size() * kEach);
+    EXPECT_EQ(all.begin()->find_first_not_of("0123456789abcdef"), std::string::npos);
+}
+
+}  // namespace
+}  // namespace onvif_client

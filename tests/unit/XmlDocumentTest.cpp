@@ -1,0 +1,85 @@
+#include "common/XmlDocument.h"
+
+#include <gtest/gtest.h>
+
+namespace onvif_client {
+namespace {
+
+TEST(XmlDocument, PathsLeadToTheFirstChildOfEachName) {
+    CXmlDocument document(
+        "<Get><a n='1'><b>first</b><b>second</b></a><a n='2'><c/></a><Get n='inner'/></Get>");
+    const struct {
+        const char* path;
+        const char* found;  // the element's name and its attribute n; null: none
+    } cases[] = {
+        {"Get", "Get"},       {"Get/a", "a1"},     {"a", "a1"},          {"a/b", "b"},
+        {"Get/a/c", nullptr}, {"x", nullptr},      {"Get/x/b", nullptr}, {"get", nullptr},
+        {"Get/Get", "Get"},   {"Get/Get/a", "a1"}, {"a/a/b", "b"},       {"", nullptr},
+    };
+    for (const auto& each : cases) {
+        const XMLElement* element = document.Find(each.path);
+        if (each.found == nullptr) {
+            EXPECT_EQ(element, nullptr) << each.path;
+            continue;
+        }
+        ASSERT_NE(element, nullptr) << each.path;
+        const char* n = AttributeOf(element, "n");
+        EXPECT_EQ(std::string(NameOf(element)) + (n == nullptr ? "" : n), each.found) << each.path;
+    }
+    EXPECT_EQ(TextOf(document.Find("a/b")), "first");
+    EXPECT_EQ(TextOf(NextSibling(document.Find("a/b"), "b")), "second");
+}
+
+TEST(XmlDocument, TextIsTheFirstChildOnly) {
+    CXmlDocument document(
+        "<r><t>x<e/></t><m><e/>x</m><c><![CDATA[a<b]]></c><k><!-- no -->x</k><n/></r>");
+    const std::pair<const char*, const char*> cases[] = {{"t", "x"}, {"m", ""}, {"c", "a<b"},
+                                                         {"k", ""},  {"n", ""}, {"missing", ""}};
+    for (const auto& [path, text] : cases) {
+        EXPECT_EQ(TextAt(document.Root(), path), text) << path;
+    }
+}
+
+TEST(XmlDocument, SettingTextReplacesTheFirstChildWhateverItIs) {
+    CXmlDocument document(
+        "<r><empty/><text>old</text><cdata><![CDATA[old]]></cdata><e><x/></e></r>");
+    for (const char* path : {"empty", "text", "cdata", "e"}) {
+        EXPECT_TRUE(SetText(document.Find(path), "a&b")) << path;
+    }
+    EXPECT_FALSE(SetText(document.Find("missing"), "x"));
+    EXPECT_FALSE(SetText(document.Find("text"), nullptr));
+    const std::string& printed = document.Print();
+    EXPECT_NE(printed.find("<cdata>a&amp;b</cdata>"), std::string::npos) << printed;
+    EXPECT_STREQ(document.Find("e")->FirstChildElement()->Name(), "a&b");
+}
+
+TEST(XmlDocument, DeclarationIsAddedOnlyWhereThereIsNone) {
+    const std::string declaration = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>";
+    const std::pair<std::string, std::string> cases[] = {
+        {"", declaration},
+        {"<a/>", declaration},
+        {"<?xml version=\"1.0\"?><a/>", "<?xml version=\"1.0\"?>"},
+        {"<a><b></a>", declaration},  // a text that does not parse leaves nothing else
+        {std::string("<a/>\0<b/>", 9), declaration},
+    };
+    for (const auto& [text, start] : cases) {
+        CXmlDocument document(text);
+        EXPECT_TRUE(document.Print().starts_with(start)) << text;
+        EXPECT_EQ(document.Root() != nullptr, text.find("<a/>") != std::string::npos) << text;
+        EXPECT_EQ(document.Find("b"), nullptr);
+    }
+}
+
+TEST(XmlDocument, ChainsAppendNewElementsAndDeletesTakeTheFirst) {
+    CXmlDocument document("<r><a>1</a></r>");
+    EXPECT_STREQ(Append(document.Root(), "a/b", 7)->Name(), "b");
+    EXPECT_EQ(TextOf(NextSibling(document.Find("a"), "a")->FirstChildElement()), "7");
+    EXPECT_EQ(Append(nullptr, "a", "x"), nullptr);
+    EXPECT_EQ(Append(document.Root(), "", "x"), nullptr);
+    document.Delete("a");
+    document.Delete("missing");
+    EXPECT_EQ(TextAt(document.Root(), "a/b"), "7");
+}
+
+}  // namespace
+}  // namespace onvif_client
