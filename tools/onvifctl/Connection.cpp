@@ -1,0 +1,114 @@
+#include "Connection.h"
+
+#include <arpa/inet.h>
+#include <netdb.h>
+
+#include <charconv>
+#include <cstdlib>
+#include <memory>
+
+#include "ExitCode.h"
+#include "RequestDocument.h"
+#include "StandardStreams.h"
+#include "onvif_client/OnvifClient.h"
+
+namespace onvifctl {
+
+namespace {
+
+struct Address {
+    std::string name;
+    unsigned short port = 80;
+};
+
+Address ParseAddress(const std::string& host) {
+    Address address{host};
+    const std::size_t colon = host.rfind(':');
+    if (colon == std::string::npos) {
+        return address;
+    }
+    address.name = host.substr(0, colon);
+    const char* end = host.data() + host.size();
+    const auto [stop, error] = std::from_chars(host.data() + colon + 1, end, address.port);
+    if (error != std::errc() || stop != end || address.port == 0 || address.name.empty()) {
+        throw CFailure(ExitCode::kUsage, "'" + host + "' is not HOST or HOST:PORT");
+    }
+    return address;
+}
+
+/// The dotted IPv4 address of a name.
+std::string Resolve(const std::string& name) {
+    addrinfo wanted = {};
+    wanted.ai_family = AF_INET;
+    wanted.ai_socktype = SOCK_STREAM;
+    addrinfo* found = nullptr;
+    if (getaddrinfo(name.c_str(), nullptr, &wanted, &found) != 0) {
+        throw CFailure(ExitCode::kUnreachable, "no IPv4 address is known for '" + name + "'");
+    }
+    const std::unique_ptr<addrinfo, decltype(&freeaddrinfo)> owned(found, &freeaddrinfo);
+    char dotted[INET_ADDRSTRLEN] = {};
+    const auto* address = reinterpret_cast<const sockaddr_in*>(found->ai_addr);
+    inet_ntop(AF_INET, &address->sin_addr, dotted, sizeof dotted);
+    return dotted;
+}
+
+CFailure LoginFailure(unsigned int error, const std::string& host) {
+    switch (error) {
+        case ONVIF_CLIENT_NOT_AUTHORIZED:
+            return {ExitCode::kWrongCredentials, host + " refuses the user name or the password"};
+        case ONVIF_CLIENT_NO_REPLY:
+            return {ExitCode::kUnreachable, host + " does not answer"};
+        default:
+            return {ExitCode::kLoginFailed, "the login at " + host + " failed with code " +
+                                                std::to_string(error) +
+                                                ": it does not answer as an ONVIF device"};
+    }
+}
+
+}  // namespace
+
+CConnection::CConnection(const ConnectionOptions& options) : loginId_(ONVIF_CLIENT_NO_LOGIN_ID) {
+    const Address address = ParseAddress(options.host);
+    const std::string ip = Resolve(address.name);
+    std::string password;
+    if (options.password) {
+        password = *options.password;
+    } else if (!options.user.empty()) {
+        password = AskForPassword("Password of " + options.user + " at " + options.host + ": ")
+                       .value_or("");
+    }
+    if (!options.verbose) {
+        setenv("ONVIF_CLIENT_LOG", "error", 0);
+    }
+    ONVIF_CLIENT_Initial();
+    unsigned int error = 0;
+    loginId_ = ONVIF_CLIENT_Login(ONVIF_CLIENT_NO_LOGIN_ID, ip.c_str(), address.port,
+                                  options.user.c_str(), password.c_str(), &error);
+    if (loginId_ == ONVIF_CLIENT_NO_LOGIN_ID) {
+        ONVIF_CLIENT_Quit();
+        throw LoginFailure(error, options.host);
+    }
+}
+
+CConnection::~CConnection() {
+    ONVIF_CLIENT_Logout(loginId_);
+    ONVIF_CLIENT_Quit();
+}
+
+std::string CConnection::Send(const std::string& request) const {
+    char* response = nullptr;
+    int length = 0;
+    const bool success = RootOf(request) == "Get"
+                             ? ONVIF_CLIENT_GetCfg(loginId_, request.c_str(), response, &length)
+                             : ONVIF_CLIENT_SetCfg(loginId_, request.c_str(), response);
+    const std::string result = response == nullptr ? "" : response;
+    ONVIF_CLIENT_DelResponseBuff(response);
+    if (!success) {
+        throw CFailure(ExitCode::kRefused,
+                       "the request failed: the device refused it or did not answer, or its first "
+                       "command is unknown");
+    }
+    return result;
+}
+
+}  // namespace onvifctl

@@ -1,0 +1,19 @@
+/// @file
+/// Result documents for people.
+#ifndef ONVIFCTL_RESULTTABLE_H
+#define ONVIFCTL_RESULTTABLE_H
+
+#include <string>
+#include <vector>
+
+namespace onvifctl {
+
+/// A result document as aligned text: a section per command; repeated elements as numbered rows.
+std::string FormatTable(const std::string& result);
+
+/// What the device refused: "COMMAND: description (error N)" per status "fail".
+std::vector<std::string> Refusals(const std::string& result);
+
+}  // namespace onvifctl
+
+#endif
