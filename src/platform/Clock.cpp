@@ -2,6 +2,7 @@
 
 #include <atomic>
 #include <chrono>
+#include <random>
 #include <thread>
 
 namespace onvif_client {
@@ -12,8 +13,9 @@ class CSystemClock final : public IClock {
  public:
     std::uint32_t TickCount() const override {
         const auto sinceStart = std::chrono::steady_clock::now().time_since_epoch();
-        return static_cast<std::uint32_t>(
-            std::chrono::duration_cast<std::chrono::milliseconds>(sinceStart).count());
+        return start_ +
+               static_cast<std::uint32_t>(
+                   std::chrono::duration_cast<std::chrono::milliseconds>(sinceStart).count());
     }
     std::int64_t CalendarSeconds() const override {
         return std::chrono::duration_cast<std::chrono::seconds>(
@@ -23,13 +25,18 @@ class CSystemClock final : public IClock {
     void Sleep(std::uint32_t milliseconds) const override {
         std::this_thread::sleep_for(std::chrono::milliseconds(milliseconds));
     }
+
+ private:
+    // Ticks go into nonces: processes that start one right after the other must not repeat them.
+    const std::uint32_t start_ = std::random_device{}();
 };
 
-const CSystemClock systemClock;
-std::atomic<const IClock*> clockInForce{&systemClock};
+std::atomic<const IClock*> clockInForce{nullptr};  // null: the system's
 
 const IClock& Clock() {
-    return *clockInForce.load(std::memory_order_acquire);
+    static const CSystemClock systemClock;
+    const IClock* replacement = clockInForce.load(std::memory_order_acquire);
+    return replacement == nullptr ? systemClock : *replacement;
 }
 
 }  // namespace
@@ -65,7 +72,7 @@ CScopedClock::CScopedClock(const IClock& clock) {
 }
 
 CScopedClock::~CScopedClock() {
-    clockInForce.store(&systemClock, std::memory_order_release);
+    clockInForce.store(nullptr, std::memory_order_release);
 }
 
 }  // namespace onvif_client

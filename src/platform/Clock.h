@@ -11,8 +11,8 @@ namespace onvif_client {
 class IClock {
  public:
     virtual ~IClock() = default;
-    /// Milliseconds since an arbitrary start, monotonic, wrapping at 2^32: compare by unsigned
-    /// differences.
+    /// Milliseconds since an arbitrary start (another one in every process), monotonic, wrapping at
+    /// 2^32: compare by unsigned differences.
     virtual std::uint32_t TickCount() const = 0;
     /// Seconds since 1970-01-01T00:00:00Z.
     virtual std::int64_t CalendarSeconds() const = 0;
