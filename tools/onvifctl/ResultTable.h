@@ -8,7 +8,8 @@
 
 namespace onvifctl {
 
-/// A result document as aligned text: a section per command; repeated elements as numbered rows.
+/// A result document as aligned text: a section per command, a line per value; repeated elements
+/// stand side by side.
 std::string FormatTable(const std::string& result);
 
 /// What the device refused: "COMMAND: description (error N)" per status "fail".
