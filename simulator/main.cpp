@@ -1,7 +1,10 @@
 // onvif-camera-sim: simulated cameras as a program.
 #include <CLI/CLI.hpp>
+#include <chrono>
 #include <csignal>
 #include <cstdint>
+#include <cstdio>
+#include <exception>
 #include <iostream>
 #include <string>
 #include <thread>
@@ -17,7 +20,7 @@
 
 namespace {
 
-constexpr int kCannotListen = 1;
+constexpr int kFailure = 1;
 constexpr int kMostCameras = 1000;
 constexpr int kMostSeconds = 10 * 366 * 24 * 3600;
 
@@ -48,7 +51,7 @@ void AddFlags(CLI::App& app, Arguments& arguments) {
     without("--no-capabilities-all", camera.capabilitiesAll, "GetCapabilities refuses All");
     without("--allow-replays", camera.refuseReplays, "accept a nonce more than once");
     without("--no-prolog", camera.xmlProlog, "answers without the XML declaration");
-    without("--any-path", camera.strictPaths, "every service answers at every service's path");
+    without("--any-path", camera.strictPaths, "every service answers at every path");
     app.add_flag("--pretty", camera.prettyXml, "answers with line breaks and indentation");
     app.add_flag("--exit-with-stdin", arguments.exitWithStdin, "end when standard input is closed");
 }
@@ -81,7 +84,8 @@ void AddOptions(CLI::App& app, Arguments& arguments) {
         ->capture_default_str();
     app.add_option("--address", camera.addressShape, "form of the advertised addresses")
         ->capture_default_str();
-    app.add_option("--fault", arguments.faults, "a misbehaviour, see below; may be repeated");
+    app.add_option("--fault", arguments.faults, "a misbehaviour, see below; may be repeated")
+        ->allow_extra_args(false);
 }
 
 /// False when a camera cannot be started; says why.
@@ -123,9 +127,7 @@ void WaitForEnd(boost::asio::io_context& io, bool exitWithStdin) {
     io.run();
 }
 
-}  // namespace
-
-int main(int argc, char** argv) {
+int Run(int argc, char** argv) {
     std::ios::sync_with_stdio(false);
     Arguments arguments;
     CLI::App app("Simulated ONVIF cameras on 127.0.0.1.", "onvif-camera-sim");
@@ -151,7 +153,18 @@ int main(int argc, char** argv) {
     boost::asio::signal_set signals(io, SIGINT, SIGTERM);
     signals.async_wait([](const boost::system::error_code&, int) { io.stop(); });
     camera_sim::CameraHost host;
-    if (!StartCameras(host, arguments, faults)) return kCannotListen;
+    if (!StartCameras(host, arguments, faults)) return kFailure;
     WaitForEnd(io, arguments.exitWithStdin);
     return 0;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    try {
+        return Run(argc, argv);
+    } catch (const std::exception& failure) {
+        std::fprintf(stderr, "onvif-camera-sim: %s\n", failure.what());
+        return kFailure;
+    }
 }

@@ -173,10 +173,11 @@ void CameraCore::CountLocked(const Understood& request) {
     std::string name(request.service);
     name.append(":").append(request.operation);
     const auto counter = counters_.find(name);
-    if (counter != counters_.end())
+    if (counter != counters_.end()) {
         ++counter->second;
-    else if (counters_.size() < kMostCounters)
+    } else if (counters_.size() < kMostCounters) {
         counters_.emplace(std::move(name), 1);
+    }
 }
 
 void CameraCore::RecordLocked(RecordedRequest request) {

@@ -52,10 +52,11 @@ class Session : public std::enable_shared_from_this<Session> {
         stream_.expires_after(kIdleLimit);
         asio::async_read_until(stream_, asio::dynamic_buffer(input_, kHeadLimit), "\r\n\r\n",
                                [self = shared_from_this()](error_code error, std::size_t headSize) {
-                                   if (error == asio::error::not_found)
+                                   if (error == asio::error::not_found) {
                                        self->Refuse(431);
-                                   else if (!error)
+                                   } else if (!error) {
                                        self->ReadBody(headSize);
+                                   }
                                });
     }
 
