@@ -15,12 +15,7 @@ constexpr int kDeviceClockTraceLine = 3341;
 
 constexpr const char* kHeader = "s:Envelope/s:Header";
 constexpr const char* kSecurity = "s:Envelope/s:Header/wsse:Security";
-constexpr const char* kUsername =
-    "s:Envelope/s:Header/wsse:Security/wsse:UsernameToken/wsse:Username";
-constexpr const char* kPassword =
-    "s:Envelope/s:Header/wsse:Security/wsse:UsernameToken/wsse:Password";
-constexpr const char* kNonce = "s:Envelope/s:Header/wsse:Security/wsse:UsernameToken/wsse:Nonce";
-constexpr const char* kCreated = "s:Envelope/s:Header/wsse:Security/wsse:UsernameToken/wsu:Created";
+constexpr const char* kToken = "s:Envelope/s:Header/wsse:Security/wsse:UsernameToken";
 
 std::mutex nonceLock;  // guards nonceCounter and keeps tick reads in its order; leaf
 std::uint32_t nonceCounter = 0;
@@ -50,11 +45,12 @@ bool FillToken(const Credentials& credentials, CXmlTransform& envelope,
                const std::string& created) {
     const std::string nonce = MakeNonceText();
     const auto digest = Sha1(Bytes(nonce + created + credentials.password));
+    XMLElement* token = envelope.FindChild(envelope.Document().Root(), kToken);
     // The digest is made over the nonce's text, and the device hashes what it decodes: the same.
-    return envelope.SetElementText(kUsername, credentials.user) &&
-           envelope.SetElementText(kPassword, Base64(digest)) &&
-           envelope.SetElementText(kNonce, Base64(Bytes(nonce))) &&
-           envelope.SetElementText(kCreated, created);
+    return envelope.SetChildText(token, "wsse:Username", credentials.user) &&
+           envelope.SetChildText(token, "wsse:Password", Base64(digest)) &&
+           envelope.SetChildText(token, "wsse:Nonce", Base64(Bytes(nonce))) &&
+           envelope.SetChildText(token, "wsu:Created", created);
 }
 
 }  // namespace

@@ -46,8 +46,11 @@ std::string BuildPost(std::string_view path, std::string_view host, std::string_
         request += std::to_string(body.size() - tabs);
     }
     request += "\r\n\r\n";
-    std::copy_if(body.begin(), body.end(), std::back_inserter(request),
-                 [](char c) { return c != '\t'; });
+    while (!body.empty()) {
+        const std::size_t tab = std::min(body.find('\t'), body.size());
+        request += body.substr(0, tab);
+        body.remove_prefix(std::min(tab + 1, body.size()));
+    }
     if (request.size() > kLargestRequest) {
         request.resize(kLargestRequest);
     }

@@ -25,7 +25,10 @@ CXmlDocument::CXmlDocument(std::string_view text) {
 }
 
 bool CXmlDocument::Load(std::string_view text) {
-    const bool parsed = document_.Parse(text.data(), text.size()) == tinyxml2::XML_SUCCESS;
+    document_.Clear();
+    // An empty text is nothing to complain about; tinyxml2 would write a message at length.
+    const bool parsed =
+        !text.empty() && document_.Parse(text.data(), text.size()) == tinyxml2::XML_SUCCESS;
     const tinyxml2::XMLNode* first = document_.FirstChild();
     if (first == nullptr || first->ToDeclaration() == nullptr) {
         document_.InsertFirstChild(document_.NewDeclaration(kDeclaration));

@@ -50,34 +50,40 @@ constexpr std::array<std::string_view, CXmlTransform::kPrefixCount> kCanonicalPr
 static_assert(std::is_sorted(kCanonicalPrefixes.begin(), kCanonicalPrefixes.end()));
 static_assert(std::size(kNamespaceEndings) == CXmlTransform::kPrefixCount);
 
-std::string LowerCase(std::string_view text) {
-    std::string lower(text);
-    std::transform(lower.begin(), lower.end(), lower.begin(), [](char c) {
-        return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-    });
-    return lower;
+char LowerCase(char c) {
+    return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+}
+
+bool EqualsLower(char c, char lower) {
+    return LowerCase(c) == lower;
 }
 
 /// The prefix that an attribute declares: what follows "xmlns" (in any case) in its name.
-std::optional<std::string> DeclaredPrefix(std::string_view attribute) {
+std::optional<std::string_view> DeclaredPrefix(std::string_view attribute) {
     constexpr std::string_view kXmlns = "xmlns";
-    const std::size_t found = LowerCase(attribute).find(kXmlns);
-    if (found == std::string::npos) {
+    const auto found =
+        std::search(attribute.begin(), attribute.end(), kXmlns.begin(), kXmlns.end(), EqualsLower);
+    if (found == attribute.end()) {
         return std::nullopt;
     }
-    std::string prefix(attribute.substr(found + kXmlns.size()));
-    if (prefix.find(':') != std::string::npos) {
-        prefix.erase(0, 1);
+    std::string_view prefix(found + kXmlns.size(), attribute.end());
+    if (prefix.find(':') != std::string_view::npos) {
+        prefix.remove_prefix(1);
     }
     return prefix;
 }
 
 /// The canonical prefix of a namespace URI; empty when the URI is none that we know.
 std::string_view CanonicalPrefix(std::string_view uri) {
-    const std::string lower = LowerCase(uri);
     const auto* row = std::find_if(
         std::begin(kNamespaceEndings), std::end(kNamespaceEndings),
-        [&lower](const NamespaceEnding& each) { return lower.ends_with(each.ending); });
+        [uri](const NamespaceEnding& each) {
+            const std::string_view ending = each.ending;
+            return uri.size() >= ending.size() &&
+                   std::equal(uri.rbegin(),
+                              uri.rbegin() + static_cast<std::ptrdiff_t>(ending.size()),
+                              ending.rbegin(), EqualsLower);
+        });
     return row == std::end(kNamespaceEndings) ? std::string_view() : row->canonical;
 }
 
@@ -127,10 +133,10 @@ void CXmlTransform::LoadNamespacePrefix() {
     if (root == nullptr) {
         return;
     }
-    std::map<std::string, std::string> declarations;  // later prefixes overwrite earlier ones
+    std::map<std::string_view, std::string_view> declarations;  // by prefix: a later one wins
     for (const auto* each = root->FirstAttribute(); each != nullptr; each = each->Next()) {
-        if (std::optional<std::string> prefix = DeclaredPrefix(each->Name())) {
-            declarations[*std::move(prefix)] = each->Value();
+        if (const auto prefix = DeclaredPrefix(each->Name())) {
+            declarations[*prefix] = each->Value();
         }
     }
     for (const auto& [prefix, uri] : declarations) {
@@ -226,7 +232,11 @@ std::string CXmlTransform::TrimXmlNamespace(std::string_view reply) {
         if (tag == reply.size()) {
             break;
         }
-        const std::size_t stop = std::min(reply.find_first_of(": >", tag), reply.size());
+        std::size_t stop = tag;
+        while (stop < reply.size() && reply[stop] != ':' && reply[stop] != ' ' &&
+               reply[stop] != '>') {
+            ++stop;
+        }
         if (stop < reply.size() && reply[stop] == ':') {
             trimmed += reply[tag + 1] == '/' ? "</" : "<";
             at = stop + 1;
