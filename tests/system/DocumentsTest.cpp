@@ -1,0 +1,79 @@
+#include <gtest/gtest.h>
+
+#include <fstream>
+#include <iterator>
+#include <vector>
+
+#include "system/Client.h"
+
+namespace client_test {
+namespace {
+
+using tinyxml2::XMLElement;
+
+/// The XML blocks of docs/commands.md: request, result, request, result ...
+std::vector<std::string> Examples() {
+    std::ifstream stream(DOCUMENTS_FOLDER "/commands.md");
+    std::string text(std::istreambuf_iterator<char>(stream), {});
+    const std::string fence = "```xml\n";
+    std::vector<std::string> blocks;
+    for (auto at = text.find(fence); at != std::string::npos; at = text.find(fence, at)) {
+        at += fence.size();
+        blocks.push_back(text.substr(at, text.find("```", at) - at));
+    }
+    return blocks;
+}
+
+std::string Describe(const XMLElement* element) {
+    std::string text = element->Name();
+    for (const auto* each = element->FirstAttribute(); each != nullptr; each = each->Next()) {
+        text += std::string(" ") + each->Name() + "=" + each->Value();
+    }
+    return text + ": " + (element->GetText() == nullptr ? "" : element->GetText());
+}
+
+/// Compares element by element; "…" in the documented text stands for any.
+void ExpectSame(const XMLElement* documented, const XMLElement* real) {
+    const std::string expected = Describe(documented);
+    if (expected.ends_with(": …")) {
+        EXPECT_STREQ(documented->Name(), real->Name());
+    } else {
+        EXPECT_EQ(expected, Describe(real));
+    }
+    const XMLElement* ours = documented->FirstChildElement();
+    const XMLElement* theirs = real->FirstChildElement();
+    for (; ours != nullptr && theirs != nullptr;
+         ours = ours->NextSiblingElement(), theirs = theirs->NextSiblingElement()) {
+        ExpectSame(ours, theirs);
+    }
+    EXPECT_TRUE(ours == nullptr) << "only documented: " << Describe(ours);
+    EXPECT_TRUE(theirs == nullptr) << "not documented: " << Describe(theirs);
+}
+
+TEST(Documents, TheExamplesGiveTheResultsThatStandBesideThem) {
+    const CStartedLibrary library;
+    camera_sim::CameraHost host;
+    camera_sim::Camera& camera = host.Add({});
+    const std::vector<std::string> examples = Examples();
+    ASSERT_GE(examples.size(), 32U);
+    ASSERT_EQ(examples.size() % 2, 0U);
+    for (std::size_t i = 0; i < examples.size(); i += 2) {
+        const unsigned int id = Login(camera);  // every example finds the clock set
+        char* response = nullptr;
+        int length = 0;
+        const bool success = examples[i].starts_with("<Get")
+                                 ? ONVIF_CLIENT_GetCfg(id, examples[i].c_str(), response, &length)
+                                 : ONVIF_CLIENT_SetCfg(id, examples[i].c_str(), response);
+        ASSERT_TRUE(success) << examples[i];
+        tinyxml2::XMLDocument documented;
+        tinyxml2::XMLDocument real;
+        ASSERT_EQ(documented.Parse(examples[i + 1].c_str()), tinyxml2::XML_SUCCESS) << examples[i];
+        ASSERT_EQ(real.Parse(response), tinyxml2::XML_SUCCESS);
+        ExpectSame(documented.RootElement(), real.RootElement());
+        ONVIF_CLIENT_DelResponseBuff(response);
+        ONVIF_CLIENT_Logout(id);
+    }
+}
+
+}  // namespace
+}  // namespace client_test
