@@ -1,0 +1,181 @@
+// The simulated camera, asked by a client of its own that knows nothing of either library.
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <chrono>
+#include <string>
+#include <thread>
+#include <utility>
+#include <vector>
+// Asio uses std::exchange without including it.
+#include <boost/asio/ip/tcp.hpp>
+
+#include "camera_sim/CameraSim.h"
+
+namespace {
+
+using boost::asio::ip::tcp;
+
+/// All that comes back until the camera closes.
+std::string Exchange(std::uint16_t port, const std::string& bytes) {
+    tcp::iostream stream;
+    stream.expires_after(std::chrono::seconds(20));
+    stream.connect(tcp::endpoint(boost::asio::ip::address_v4::loopback(), port));
+    stream << bytes << std::flush;
+    return {std::istreambuf_iterator<char>(stream), {}};
+}
+
+struct Token {
+    std::string user = "user";
+    std::string digest = "tuOSpGlFlIXsozq4HFNeeGeFLEI=";
+    std::string nonce = "LKqI6G/AikKCQrN0zqZFlg==";
+    std::string created = "2010-09-16T07:50:45Z";
+    std::string type = "PasswordDigest";
+};
+
+std::string Post(std::uint16_t port, const std::string& operation, const std::string& header = "") {
+    const std::string body =
+        "<e:Envelope xmlns:e='http://www.w3.org/2003/05/soap-envelope'>" + header + "<e:Body><" +
+        operation + " xmlns='http://www.onvif.org/ver10/device/wsdl'/></e:Body></e:Envelope>";
+    return Exchange(port,
+                    "POST /onvif/device_service HTTP/1.1\r\nHost: camera\r\nContent-Length: " +
+                        std::to_string(body.size()) + "\r\n\r\n" + body);
+}
+
+std::string Header(const Token& token) {
+    return "<e:Header><w:Security xmlns:w='wsse'><w:UsernameToken><w:Username>" + token.user +
+           "</w:Username><w:Password Type='x#" + token.type + "'>" + token.digest +
+           "</w:Password><w:Nonce>" + token.nonce + "</w:Nonce><u:Created xmlns:u='wsu'>" +
+           token.created + "</u:Created></w:UsernameToken></w:Security></e:Header>";
+}
+
+/// Moves the camera's clock to 2010-09-16T07:50:45Z plus @p distance.
+void SetClock(camera_sim::Camera& camera, std::chrono::seconds distance) {
+    using namespace std::chrono;
+    const sys_seconds then = sys_days(2010y / September / 16) + 7h + 50min + 45s + distance;
+    const auto now = floor<seconds>(system_clock::now());
+    camera.Change([&](camera_sim::CameraState& state) { state.clock.offset = then - now; });
+}
+
+camera_sim::CameraOptions Options() {
+    camera_sim::CameraOptions options;
+    options.user = "user";
+    options.password = "userpassword";
+    return options;
+}
+
+bool Accepted(const std::string& reply) {
+    return reply.starts_with("HTTP/1.1 200 ") &&
+           reply.find("GetDeviceInformationResponse") != std::string::npos;
+}
+
+bool Refused(const std::string& reply) {
+    return reply.starts_with("HTTP/1.1 400 ") &&
+           reply.find("ter:NotAuthorized") != std::string::npos;
+}
+
+TEST(CameraSim, ChecksUsernameTokens) {
+    using namespace std::chrono_literals;
+    struct Case {
+        const char* name;
+        Token token;
+        std::chrono::seconds distance;
+        const char* refusal;  // null: accepted
+    };
+    // The digests were computed by other means than the simulator's.
+    const std::vector<Case> cases = {
+        {"right", {}, 0s, nullptr},
+        {"fraction of a second",
+         {.digest = "MB6f8PVjqzs9Lo6Kg5Zi+lvxGUo=",
+          .nonce = "AAECAwQFBgcICQoLDA0ODw==",
+          .created = "2010-09-16T07:50:45.250Z"},
+         0s,
+         nullptr},
+        {"nonce digested as text",
+         {.digest = "5Y0yDw2p2Q/LBykdxvCoZCGromw=", .nonce = "AAECAwQFBgcICQoLDA0ODw=="},
+         0s,
+         "wrong digest"},
+        {"other password", {.digest = "np3emxBW68l6P2tSt3PDRwSNG+k="}, 0s, "wrong digest"},
+        {"other time", {.created = "2010-09-16T07:50:46Z"}, 0s, "wrong digest"},
+        {"other user", {.user = "admin"}, 0s, "unknown user"},
+        {"text", {.digest = "userpassword", .type = "PasswordText"}, 0s, "no password digest"},
+        {"nonce not Base64", {.nonce = "???"}, 0s, "no readable nonce"},
+        {"no time", {.created = "now"}, 0s, "no readable creation time"},
+        {"just fresh", {}, 290s, nullptr},
+        {"stale", {}, 310s, "created too far from the camera's time"},
+        {"early", {}, -310s, "created too far from the camera's time"},
+    };
+    for (const Case& test : cases) {
+        SCOPED_TRACE(test.name);
+        camera_sim::CameraHost host;
+        camera_sim::Camera& camera = host.Add(Options());
+        SetClock(camera, test.distance);
+        const std::string reply = Post(camera.Port(), "GetDeviceInformation", Header(test.token));
+        EXPECT_TRUE(test.refusal == nullptr ? Accepted(reply) : Refused(reply)) << reply;
+        ASSERT_EQ(camera.Requests().size(), 1U);
+        EXPECT_EQ(camera.Requests()[0].refusal, test.refusal == nullptr ? "" : test.refusal);
+        EXPECT_EQ(camera.Requests()[0].authenticated, test.refusal == nullptr);
+    }
+}
+
+TEST(CameraSim, RefusesReplaysAndMissingTokens) {
+    camera_sim::CameraHost host;
+    camera_sim::Camera& strict = host.Add(Options());
+    auto lenientOptions = Options();
+    lenientOptions.refuseReplays = false;
+    camera_sim::Camera& lenient = host.Add(lenientOptions);
+    for (camera_sim::Camera* camera : {&strict, &lenient}) {
+        SetClock(*camera, std::chrono::seconds(0));
+        EXPECT_TRUE(Accepted(Post(camera->Port(), "GetDeviceInformation", Header({}))));
+        EXPECT_TRUE(Refused(Post(camera->Port(), "GetDeviceInformation")));
+        EXPECT_NE(Post(camera->Port(), "GetSystemDateAndTime").find("UTCDateTime"),
+                  std::string::npos);
+    }
+    EXPECT_TRUE(Refused(Post(strict.Port(), "GetDeviceInformation", Header({}))));
+    EXPECT_TRUE(Accepted(Post(lenient.Port(), "GetDeviceInformation", Header({}))));
+}
+
+TEST(CameraSim, MeetsRequestsWithFaultsInTurn) {
+    camera_sim::CameraHost host;
+    camera_sim::Camera& camera = host.Add({.user = ""});
+    using Kind = camera_sim::Fault::Kind;
+    camera.Inject("tds:GetDeviceInformation", {.kind = Kind::kClose, .remaining = 1});
+    camera.Inject("*", {.kind = Kind::kTruncate, .remaining = 1, .bytes = 10});
+    camera.Inject("GetProfiles", {.kind = Kind::kClose});
+    EXPECT_EQ(Post(camera.Port(), "GetDeviceInformation"), "");
+    EXPECT_EQ(Post(camera.Port(), "GetDeviceInformation"), "HTTP/1.1 2");
+    EXPECT_TRUE(Accepted(Post(camera.Port(), "GetDeviceInformation")));
+    EXPECT_EQ(camera.Count("GetDeviceInformation"), 3U);
+    EXPECT_EQ(camera.Count("trt:GetDeviceInformation"), 0U);
+    EXPECT_EQ(camera.Faults().size(), 1U);
+}
+
+// Under ThreadSanitizer this is also the test of the locks.
+TEST(CameraSim, ServesManyThreadsAndEndsWhileClientsWait) {
+    constexpr int kThreads = 4;
+    constexpr int kRounds = 50;
+    std::vector<std::thread> clients;
+    std::atomic<int> accepted = 0;
+    std::thread waiting;
+    {
+        camera_sim::CameraHost host;
+        camera_sim::Camera& camera = host.Add({.user = ""});
+        for (int i = 0; i < kThreads; ++i) {
+            clients.emplace_back([&] {
+                for (int round = 0; round < kRounds; ++round) {
+                    camera.Change([](auto& state) { ++state.network.interfaces[0].mtu; });
+                    accepted += Accepted(Post(camera.Port(), "GetDeviceInformation")) ? 1 : 0;
+                    EXPECT_FALSE(camera.Requests().empty());
+                }
+            });
+        }
+        for (std::thread& client : clients) client.join();
+        camera.Inject("*", {.kind = camera_sim::Fault::Kind::kSilence});
+        waiting = std::thread([port = camera.Port()] { EXPECT_EQ(Post(port, "GetDNS"), ""); });
+        while (camera.Count("GetDNS") == 0) std::this_thread::yield();
+    }
+    waiting.join();
+    EXPECT_EQ(accepted, kThreads * kRounds);
+}
+
+}  // namespace
