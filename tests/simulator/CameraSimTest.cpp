@@ -8,7 +8,10 @@
 #include <utility>
 #include <vector>
 // Asio uses std::exchange without including it.
+#include <boost/asio/io_context.hpp>
 #include <boost/asio/ip/tcp.hpp>
+#include <boost/asio/read.hpp>
+#include <boost/asio/write.hpp>
 
 #include "camera_sim/CameraSim.h"
 
@@ -18,11 +21,14 @@ using boost::asio::ip::tcp;
 
 /// All that comes back until the camera closes.
 std::string Exchange(std::uint16_t port, const std::string& bytes) {
-    tcp::iostream stream;
-    stream.expires_after(std::chrono::seconds(20));
-    stream.connect(tcp::endpoint(boost::asio::ip::address_v4::loopback(), port));
-    stream << bytes << std::flush;
-    return {std::istreambuf_iterator<char>(stream), {}};
+    boost::asio::io_context io;
+    tcp::socket socket(io);
+    socket.connect(tcp::endpoint(boost::asio::ip::address_v4::loopback(), port));
+    boost::asio::write(socket, boost::asio::buffer(bytes));
+    std::string reply;
+    boost::system::error_code end;
+    boost::asio::read(socket, boost::asio::dynamic_buffer(reply), end);
+    return reply;
 }
 
 struct Token {
