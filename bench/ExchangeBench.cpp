@@ -41,7 +41,7 @@ Bed& TheBed() {
 
 void BareSystemCalls(benchmark::State& state) {
     Bed& bed = TheBed();
-    for (auto _ : state) {
+    for ([[maybe_unused]] const auto _ : state) {
         std::memset(bed.buffer.data(), 0, bed.buffer.size());
         if (BareExchange(bed.camera.Port(), bed.request, bed.buffer.data(), bed.buffer.size()) ==
             0) {
@@ -52,7 +52,7 @@ void BareSystemCalls(benchmark::State& state) {
 
 void SimpleClientComm(benchmark::State& state) {
     Bed& bed = TheBed();
-    for (auto _ : state) {
+    for ([[maybe_unused]] const auto _ : state) {
         std::memset(bed.buffer.data(), 0, bed.buffer.size());
         if (onvif_client::WIRELINK_SimpleClientComm(
                 "127.0.0.1", bed.camera.Port(), bed.request.data(),

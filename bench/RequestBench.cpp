@@ -55,7 +55,7 @@ Bed& TheBed() {
 void BareExchangeOfTheSameBytes(benchmark::State& state) {
     const Bed& bed = TheBed();
     std::vector<char> buffer(8192);
-    for (auto _ : state) {
+    for ([[maybe_unused]] const auto _ : state) {
         if (BareExchange(bed.camera.Port(), bed.bytes, buffer.data(), buffer.size()) == 0) {
             state.SkipWithError("no reply");
         }
@@ -64,7 +64,7 @@ void BareExchangeOfTheSameBytes(benchmark::State& state) {
 
 void GetCfgDevInfo(benchmark::State& state) {
     const Bed& bed = TheBed();
-    for (auto _ : state) {
+    for ([[maybe_unused]] const auto _ : state) {
         if (!bed.Ask()) {
             state.SkipWithError("the request failed");
         }
@@ -74,7 +74,7 @@ void GetCfgDevInfo(benchmark::State& state) {
 void LoginAndLogout(benchmark::State& state) {
     const Bed& bed = TheBed();
     const auto before = bed.camera.Count("*");
-    for (auto _ : state) {
+    for ([[maybe_unused]] const auto _ : state) {
         ONVIF_CLIENT_Logout(bed.Login());
     }
     state.counters["exchanges"] = benchmark::Counter(
@@ -84,7 +84,7 @@ void LoginAndLogout(benchmark::State& state) {
 void MemoryOfASession(benchmark::State& state) {
     constexpr int kSessions = 1000;
     const Bed& bed = TheBed();
-    for (auto _ : state) {
+    for ([[maybe_unused]] const auto _ : state) {
         std::vector<unsigned int> ids;
         ids.reserve(kSessions);
         const std::size_t before = mallinfo2().uordblks;

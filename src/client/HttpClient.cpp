@@ -25,6 +25,7 @@ std::string Field(std::string_view text) {
 /// A buffer of the caller's with a zero byte behind the text.
 ResponseBuffer MakeResponse(const std::string& document) {
     ResponseBuffer response;
+    // NOLINTNEXTLINE(cppcoreguidelines-owning-memory): without memory there is no result, no throw
     response.data.reset(new (std::nothrow) char[document.size() + 1]);
     if (response.data == nullptr) {
         COREKIT_AbnormalOutput("ASSERT", "HttpClient", kResponseAllocationLine);

@@ -96,7 +96,7 @@ std::optional<std::string> ReadLocalTimeZone(const char* file) {
     if (!stream) {
         return std::nullopt;
     }
-    constexpr std::size_t kLargestFile = 64 * 1024;
+    constexpr std::size_t kLargestFile = 65536;
     std::string text(kLargestFile, '\0');
     stream.read(text.data(), static_cast<std::streamsize>(text.size()));
     text.resize(static_cast<std::size_t>(stream.gcount()));

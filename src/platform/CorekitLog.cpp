@@ -13,7 +13,7 @@ namespace onvif_client {
 
 namespace {
 
-constexpr std::size_t kLargestFile = 5 * 1024 * 1024;
+constexpr std::size_t kLargestFile = std::size_t{5} << 20U;  // 5 MiB
 constexpr std::size_t kOldFiles = 3;
 
 spdlog::level::level_enum LevelFromEnvironment() {

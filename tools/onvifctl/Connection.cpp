@@ -101,7 +101,7 @@ std::string CConnection::Send(const std::string& request) const {
     const bool success = RootOf(request) == "Get"
                              ? ONVIF_CLIENT_GetCfg(loginId_, request.c_str(), response, &length)
                              : ONVIF_CLIENT_SetCfg(loginId_, request.c_str(), response);
-    const std::string result = response == nullptr ? "" : response;
+    std::string result = response == nullptr ? "" : response;
     ONVIF_CLIENT_DelResponseBuff(response);
     if (!success) {
         throw CFailure(ExitCode::kRefused,
