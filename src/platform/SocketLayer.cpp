@@ -2,7 +2,7 @@
 
 #include <sys/eventfd.h>
 
-#include "platform/Wirelink.h"
+#include "platform/Reactor.h"
 
 namespace onvif_client {
 
@@ -20,10 +20,10 @@ bool CSocketLayer::Start() {
     return running_;
 }
 
-void CSocketLayer::Stop() {
+void CSocketLayer::Stop(const std::function<void()>& cleanUp) {
     std::unique_lock guard(lock_);
     if (!running_) {
-        changed_.wait(guard, [this] { return !stopping_; });
+        changed_.wait(guard, [this] { return !stopping_ || InLayerCallback(); });
         return;
     }
     running_ = false;
@@ -32,6 +32,9 @@ void CSocketLayer::Stop() {
     changed_.wait(guard, [this] { return inside_ == 0; });
     eventfd_t drained = 0;
     eventfd_read(abortDescriptor_, &drained);
+    guard.unlock();
+    cleanUp();
+    guard.lock();
     stopping_ = false;
     changed_.notify_all();
 }
@@ -52,14 +55,6 @@ CSocketLayer::CVisit::~CVisit() {
     if (--layer_.inside_ == 0 && layer_.stopping_) {
         layer_.changed_.notify_all();
     }
-}
-
-bool WIRELINK_Initial(int, int, const char*, unsigned int) {
-    return CSocketLayer::Instance().Start();
-}
-
-void WIRELINK_Quit() {
-    CSocketLayer::Instance().Stop();
 }
 
 }  // namespace onvif_client

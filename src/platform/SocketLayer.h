@@ -4,6 +4,7 @@
 #define ONVIF_CLIENT_PLATFORM_SOCKETLAYER_H
 
 #include <condition_variable>
+#include <functional>
 #include <mutex>
 
 namespace onvif_client {
@@ -15,8 +16,10 @@ class CSocketLayer {
 
     /// @return true when the layer runs afterwards.
     bool Start();
-    /// Makes AbortDescriptor readable, waits until nobody is inside, and leaves the layer stopped.
-    void Stop();
+    /// Makes AbortDescriptor readable, waits until nobody is inside, runs @p cleanUp, and leaves
+    /// the layer stopped. A layer that is being stopped already is waited for, unless the caller is
+    /// a callback of the layer: the other stop waits for that one.
+    void Stop(const std::function<void()>& cleanUp);
 
     /// Somebody inside; made by Enter.
     class CVisit {

@@ -1,0 +1,136 @@
+#include "platform/Connections.h"
+
+#include <poll.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <utility>
+
+#include "platform/Reactor.h"
+
+namespace onvif_client {
+
+CConnection::~CConnection() {
+    close(descriptor_);
+}
+
+CConnection::State CConnection::Poll() {
+    pollfd polled = {descriptor_, POLLOUT, 0};
+    State connecting = State::kConnecting;
+    if (state_ != connecting || poll(&polled, 1, 0) != 1) {
+        return state_;
+    }
+    int error = 0;
+    socklen_t size = sizeof error;
+    const bool stands =
+        getsockopt(descriptor_, SOL_SOCKET, SO_ERROR, &error, &size) == 0 && error == 0;
+    // Whoever broke it off meanwhile is right.
+    state_.compare_exchange_strong(connecting, stands ? State::kEstablished : State::kFailed);
+    return state_;
+}
+
+std::size_t CConnection::Send(const char* data, std::size_t length, int waitMs,
+                              bool& broken) const {
+    broken = state_ != State::kEstablished;
+    for (bool waited = false; !broken;) {
+        const ssize_t sent = send(descriptor_, data, length, MSG_NOSIGNAL | MSG_DONTWAIT);
+        if (sent >= 0) {
+            return static_cast<std::size_t>(sent);
+        }
+        if (errno == EINTR) {
+            continue;
+        }
+        broken = errno != EAGAIN && errno != EWOULDBLOCK;
+        if (waited || waitMs == 0) {
+            break;
+        }
+        pollfd polled = {descriptor_, POLLOUT, 0};
+        poll(&polled, 1, waitMs);
+        waited = true;
+    }
+    return 0;
+}
+
+std::size_t CConnection::Receive(char* buffer, std::size_t capacity, bool& closed) const {
+    closed = state_ != State::kEstablished;
+    while (!closed && capacity > 0) {
+        const ssize_t received = recv(descriptor_, buffer, capacity, MSG_DONTWAIT);
+        if (received > 0) {
+            return static_cast<std::size_t>(received);
+        }
+        if (received < 0 && errno == EINTR) {
+            continue;
+        }
+        closed = received == 0 || (errno != EAGAIN && errno != EWOULDBLOCK);
+        break;
+    }
+    return 0;
+}
+
+void CConnection::Break() {
+    state_ = State::kFailed;
+    shutdown(descriptor_, SHUT_RDWR);
+}
+
+CConnectionTable& CConnectionTable::Instance() {
+    static CConnectionTable table;
+    return table;
+}
+
+std::uint32_t CConnectionTable::Add(std::shared_ptr<CConnection> connection) {
+    const std::lock_guard guard(lock_);
+    entries_.emplace(++lastHandle_, ConnectionEntry{std::move(connection), nullptr});
+    return lastHandle_;
+}
+
+std::shared_ptr<CConnection> CConnectionTable::Find(std::uint32_t handle) {
+    const std::lock_guard guard(lock_);
+    const auto entry = entries_.find(handle);
+    return entry == entries_.end() ? nullptr : entry->second.connection;
+}
+
+std::shared_ptr<CReadRegistration> CConnectionTable::FindRegistration(std::uint32_t handle) {
+    const std::lock_guard guard(lock_);
+    const auto entry = entries_.find(handle);
+    return entry == entries_.end() ? nullptr : entry->second.registration;
+}
+
+bool CConnectionTable::SetRegistration(std::uint32_t handle,
+                                       std::shared_ptr<CReadRegistration> registration) {
+    const std::lock_guard guard(lock_);
+    const auto entry = entries_.find(handle);
+    if (entry == entries_.end() || entry->second.registration != nullptr) {
+        return false;
+    }
+    entry->second.registration = std::move(registration);
+    return true;
+}
+
+std::shared_ptr<CReadRegistration> CConnectionTable::TakeRegistration(std::uint32_t handle) {
+    const std::lock_guard guard(lock_);
+    const auto entry = entries_.find(handle);
+    return entry == entries_.end() ? nullptr : std::exchange(entry->second.registration, nullptr);
+}
+
+ConnectionEntry CConnectionTable::Take(std::uint32_t handle) {
+    const std::lock_guard guard(lock_);
+    auto node = entries_.extract(handle);
+    return node.empty() ? ConnectionEntry{} : std::move(node.mapped());
+}
+
+std::map<std::uint32_t, ConnectionEntry> CConnectionTable::TakeAll() {
+    const std::lock_guard guard(lock_);
+    return std::exchange(entries_, {});
+}
+
+void EndConnection(const ConnectionEntry& entry) {
+    if (entry.registration != nullptr) {
+        entry.registration->End();
+    }
+    if (entry.connection != nullptr) {
+        entry.connection->Break();
+    }
+}
+
+}  // namespace onvif_client

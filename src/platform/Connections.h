@@ -1,0 +1,80 @@
+/// @file
+/// Connections by handle. Internal to this folder.
+#ifndef ONVIF_CLIENT_PLATFORM_CONNECTIONS_H
+#define ONVIF_CLIENT_PLATFORM_CONNECTIONS_H
+
+#include <atomic>
+#include <cstddef>
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <mutex>
+
+namespace onvif_client {
+
+class CReadRegistration;
+
+/// A non-blocking TCP socket, closed when the last user lets go of it. Any thread.
+class CConnection {
+ public:
+    enum class State { kConnecting, kEstablished, kFailed };
+
+    /// Takes the descriptor over.
+    CConnection(int descriptor, State state) : descriptor_(descriptor), state_(state) {}
+    ~CConnection();
+    CConnection(const CConnection&) = delete;
+    CConnection& operator=(const CConnection&) = delete;
+
+    int Descriptor() const { return descriptor_; }
+
+    /// Looks whether a connection that was being made stands by now.
+    State Poll();
+
+    /// Sends what the system takes, waiting at most @p waitMs for room.
+    /// @return bytes sent; 0 with @p broken set when the connection is no more.
+    std::size_t Send(const char* data, std::size_t length, int waitMs, bool& broken) const;
+    /// Receives what is there. @return bytes received; 0 with @p closed set at the end.
+    std::size_t Receive(char* buffer, std::size_t capacity, bool& closed) const;
+
+    /// Breaks the connection off; whoever waits on it goes on at once.
+    void Break();
+
+ private:
+    const int descriptor_;
+    std::atomic<State> state_;
+};
+
+/// What stands behind a handle.
+struct ConnectionEntry {
+    std::shared_ptr<CConnection> connection;
+    std::shared_ptr<CReadRegistration> registration;  // null: not registered
+};
+
+class CConnectionTable {
+ public:
+    static CConnectionTable& Instance();
+
+    std::uint32_t Add(std::shared_ptr<CConnection> connection);
+    /// Null for an unknown handle.
+    std::shared_ptr<CConnection> Find(std::uint32_t handle);
+    std::shared_ptr<CReadRegistration> FindRegistration(std::uint32_t handle);
+    /// False for an unknown handle or one that is registered already.
+    bool SetRegistration(std::uint32_t handle, std::shared_ptr<CReadRegistration> registration);
+    /// Takes the registration out; null when there is none.
+    std::shared_ptr<CReadRegistration> TakeRegistration(std::uint32_t handle);
+    /// Takes the whole entry out; empty for an unknown handle.
+    ConnectionEntry Take(std::uint32_t handle);
+    std::map<std::uint32_t, ConnectionEntry> TakeAll();
+
+ private:
+    std::mutex lock_;  // guards the members below; leaf
+    std::map<std::uint32_t, ConnectionEntry> entries_;
+    std::uint32_t lastHandle_ = 0;
+};
+
+/// Ends the registration, waiting for its callback, and breaks the connection off.
+void EndConnection(const ConnectionEntry& entry);
+
+}  // namespace onvif_client
+
+#endif

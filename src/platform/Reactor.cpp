@@ -1,0 +1,343 @@
+#include "platform/Reactor.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <array>
+#include <condition_variable>
+#include <thread>
+#include <utility>
+#include <vector>
+
+// Asio needs <utility> before it.
+#include <boost/asio/io_context.hpp>
+#include <boost/asio/ip/tcp.hpp>
+#include <boost/asio/steady_timer.hpp>
+
+#include "platform/Corekit.h"
+
+namespace onvif_client {
+
+namespace {
+
+namespace asio = boost::asio;
+using asio::ip::tcp;
+using boost::system::error_code;
+
+constexpr std::size_t kReactorThreads = 2;
+constexpr int kMostAcceptCallbacks = 16;
+constexpr auto kPauseAfterFailedAccept = std::chrono::milliseconds(100);
+constexpr int kCallbackThrewLine = 34;
+
+thread_local int callbackDepth = 0;
+
+/// Runs a callback of the application's; what it throws ends here.
+template <typename Callback>
+void RunCallback(const Callback& callback) {
+    ++callbackDepth;
+    try {
+        callback();
+    } catch (...) {
+        COREKIT_AbnormalOutput("ASSERT", "Wirelink", kCallbackThrewLine);
+    }
+    --callbackDepth;
+}
+
+class CReactor : public std::enable_shared_from_this<CReactor> {
+ public:
+    /// The reactor in force, started when there is none.
+    static std::shared_ptr<CReactor> Get() {
+        const std::lock_guard guard(currentLock);
+        if (current == nullptr) {
+            auto made = std::make_shared<CReactor>();
+            made->StartThreads();
+            current = std::move(made);
+        }
+        return current;
+    }
+
+    static void Stop() {
+        std::shared_ptr<CReactor> stopped;
+        {
+            const std::lock_guard guard(currentLock);
+            stopped = std::exchange(current, nullptr);
+        }
+        if (stopped == nullptr) {
+            return;
+        }
+        stopped->io_.stop();
+        for (std::thread& thread : stopped->threads_) {
+            if (thread.get_id() == std::this_thread::get_id()) {
+                thread.detach();
+            } else {
+                thread.join();
+            }
+        }
+    }
+
+    asio::io_context& Io() { return io_; }
+
+ private:
+    /// One thread is enough to work; throws when not even that can be had.
+    void StartThreads() {
+        try {
+            while (threads_.size() < kReactorThreads) {
+                // Each keeps the reactor alive: the last user may be a callback on it.
+                threads_.emplace_back([self = shared_from_this()] { self->io_.run(); });
+            }
+        } catch (const std::system_error&) {
+            if (threads_.empty()) {
+                throw;
+            }
+        }
+    }
+
+    static inline std::mutex currentLock;  // guards current; leaf
+    static inline std::shared_ptr<CReactor> current;
+
+    asio::io_context io_;
+    asio::executor_work_guard<asio::io_context::executor_type> work_ = asio::make_work_guard(io_);
+    std::vector<std::thread> threads_;
+};
+
+class CAsioReadRegistration final : public CReadRegistration,
+                                    public std::enable_shared_from_this<CAsioReadRegistration> {
+ public:
+    CAsioReadRegistration(std::shared_ptr<CReactor> reactor,
+                          std::shared_ptr<CConnection> connection, std::uint32_t handle,
+                          CSocketDataObserver* observer, int waitedOn)
+        : reactor_(std::move(reactor)),
+          connection_(std::move(connection)),
+          handle_(handle),
+          observer_(observer),
+          socket_(reactor_->Io(), tcp::v4(), waitedOn) {}
+
+    void Start() override {
+        const std::lock_guard guard(lock_);
+        started_ = true;
+        ArmLocked();
+    }
+
+    void Stop() override {
+        const std::lock_guard guard(lock_);
+        started_ = false;
+    }
+
+    void End() override {
+        std::unique_lock guard(lock_);
+        ended_ = true;
+        error_code ignored;
+        socket_.close(ignored);
+        const auto own = std::this_thread::get_id();
+        changed_.wait(guard, [this, own] {
+            return callbackThread_ == std::thread::id() || callbackThread_ == own;
+        });
+    }
+
+ private:
+    /// Waits for bytes, unless that is going on already.
+    void ArmLocked() {
+        if (!started_ || ended_ || armed_ || callbackThread_ != std::thread::id()) {
+            return;
+        }
+        armed_ = true;
+        socket_.async_wait(tcp::socket::wait_read,
+                           [weak = weak_from_this()](const error_code& error) {
+                               if (const auto self = weak.lock()) {
+                                   self->OnReadable(error);
+                               }
+                           });
+    }
+
+    void OnReadable(const error_code& error) {
+        std::unique_lock guard(lock_);
+        armed_ = false;
+        if (error || ended_ || !started_) {
+            return;
+        }
+        callbackThread_ = std::this_thread::get_id();
+        guard.unlock();
+
+        std::array<char, 16384> bytes;
+        bool closed = false;
+        const std::size_t received = connection_->Receive(bytes.data(), bytes.size(), closed);
+        if (received > 0) {
+            RunCallback([&] {
+                std::uint32_t wanted = 0;
+                observer_->OnData(handle_, bytes.data(), static_cast<std::uint32_t>(received),
+                                  &wanted);
+            });
+        }
+
+        guard.lock();
+        callbackThread_ = std::thread::id();
+        changed_.notify_all();
+        if (!closed) {
+            ArmLocked();
+        }
+    }
+
+    const std::shared_ptr<CReactor> reactor_;
+    const std::shared_ptr<CConnection> connection_;
+    const std::uint32_t handle_;
+    CSocketDataObserver* const observer_;
+    std::mutex lock_;  // guards the members below; leaf, never held during a callback
+    std::condition_variable changed_;
+    tcp::socket socket_;  // only waited on; the bytes are read from the connection
+    bool started_ = false;
+    bool ended_ = false;
+    bool armed_ = false;
+    std::thread::id callbackThread_;
+};
+
+class CAsioListener final : public CListener, public std::enable_shared_from_this<CAsioListener> {
+ public:
+    CAsioListener(std::shared_ptr<CReactor> reactor, CListenSocketObserver* observer)
+        : reactor_(std::move(reactor)),
+          observer_(observer),
+          acceptor_(reactor_->Io()),
+          pause_(reactor_->Io()) {}
+
+    bool Open(const char* address, std::uint16_t port) {
+        error_code error;
+        const tcp::endpoint endpoint(asio::ip::make_address_v4(address, error), port);
+        const std::lock_guard guard(lock_);
+        if (!error) acceptor_.open(endpoint.protocol(), error);
+        if (!error) acceptor_.set_option(tcp::acceptor::reuse_address(true), error);
+        if (!error) acceptor_.bind(endpoint, error);
+        if (!error) acceptor_.listen(tcp::acceptor::max_listen_connections, error);
+        if (!error) AcceptLocked();
+        return !error;
+    }
+
+    std::uint16_t Port() const override {
+        const std::lock_guard guard(lock_);
+        error_code ignored;
+        return acceptor_.local_endpoint(ignored).port();
+    }
+
+    void Stop() override {
+        std::unique_lock guard(lock_);
+        stopped_ = true;
+        error_code ignored;
+        acceptor_.close(ignored);
+        pause_.cancel();
+        const int own = servedHere == this ? 1 : 0;
+        changed_.wait(guard, [this, own] { return busy_ <= own; });
+    }
+
+ private:
+    void AcceptLocked() {
+        if (stopped_ || accepting_ || busy_ >= kMostAcceptCallbacks) {
+            return;
+        }
+        accepting_ = true;
+        acceptor_.async_accept(
+            [weak = weak_from_this()](const error_code& error, tcp::socket socket) {
+                if (const auto self = weak.lock()) {
+                    self->OnAccepted(error, std::move(socket));
+                }
+            });
+    }
+
+    void OnAccepted(error_code error, tcp::socket socket) {
+        const std::lock_guard guard(lock_);
+        accepting_ = false;
+        if (stopped_) {
+            return;
+        }
+        if (error || !ServeLocked(std::move(socket))) {
+            // Out of descriptors or threads: the next try comes after a while.
+            pause_.expires_after(kPauseAfterFailedAccept);
+            pause_.async_wait([weak = weak_from_this()](const error_code& cancelled) {
+                const auto self = weak.lock();
+                if (self != nullptr && !cancelled) {
+                    const std::lock_guard again(self->lock_);
+                    self->AcceptLocked();
+                }
+            });
+            return;
+        }
+        AcceptLocked();
+    }
+
+    bool ServeLocked(tcp::socket socket) {
+        error_code error;
+        const int descriptor = socket.release(error);
+        if (error) {
+            return false;
+        }
+        auto connection =
+            std::make_shared<CConnection>(descriptor, CConnection::State::kEstablished);
+        const std::uint32_t handle = CConnectionTable::Instance().Add(std::move(connection));
+        try {
+            std::thread([self = shared_from_this(), handle] { self->Serve(handle); }).detach();
+        } catch (const std::system_error&) {
+            EndConnection(CConnectionTable::Instance().Take(handle));
+            return false;
+        }
+        ++busy_;
+        return true;
+    }
+
+    void Serve(std::uint32_t handle) {
+        servedHere = this;
+        RunCallback([&] { observer_->OnAccept(handle); });
+        servedHere = nullptr;
+        const std::lock_guard guard(lock_);
+        --busy_;
+        changed_.notify_all();
+        AcceptLocked();
+    }
+
+    static inline thread_local const CAsioListener* servedHere = nullptr;
+
+    const std::shared_ptr<CReactor> reactor_;
+    CListenSocketObserver* const observer_;
+    mutable std::mutex lock_;  // guards the members below; before the connection table's
+    std::condition_variable changed_;
+    tcp::acceptor acceptor_;
+    asio::steady_timer pause_;
+    bool accepting_ = false;
+    bool stopped_ = false;
+    int busy_ = 0;
+};
+
+}  // namespace
+
+std::shared_ptr<CReadRegistration> CReadRegistration::Make(std::shared_ptr<CConnection> connection,
+                                                           std::uint32_t handle,
+                                                           CSocketDataObserver* observer) {
+    // Asio closes what it waits on; the connection keeps its own descriptor.
+    const int waitedOn = fcntl(connection->Descriptor(), F_DUPFD_CLOEXEC, 0);
+    if (waitedOn < 0) {
+        return nullptr;
+    }
+    try {
+        return std::make_shared<CAsioReadRegistration>(CReactor::Get(), std::move(connection),
+                                                       handle, observer, waitedOn);
+    } catch (const std::exception&) {
+        close(waitedOn);
+        return nullptr;
+    }
+}
+
+std::shared_ptr<CListener> CListener::Make(const char* address, std::uint16_t port,
+                                           CListenSocketObserver* observer) {
+    try {
+        auto listener = std::make_shared<CAsioListener>(CReactor::Get(), observer);
+        return listener->Open(address, port) ? listener : nullptr;
+    } catch (const std::exception&) {
+        return nullptr;
+    }
+}
+
+bool InLayerCallback() {
+    return callbackDepth > 0;
+}
+
+void StopReactor() {
+    CReactor::Stop();
+}
+
+}  // namespace onvif_client

@@ -1,0 +1,161 @@
+#include <arpa/inet.h>
+#include <netinet/in.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <climits>
+
+#include "platform/Connections.h"
+#include "platform/Reactor.h"
+#include "platform/SocketLayer.h"
+#include "platform/Wirelink.h"
+
+namespace onvif_client {
+
+namespace {
+
+constexpr int kSendWaitMs = 100;
+constexpr std::uint32_t kWirelinkBroken = 0x20000001;
+
+thread_local std::uint32_t lastError = 0;
+
+/// What an int can count.
+std::size_t Bounded(std::uint32_t length) {
+    return std::min<std::size_t>(length, INT_MAX);
+}
+
+}  // namespace
+
+std::uint32_t WIRELINK_AddConnect(std::uint32_t, const char* ip, unsigned short port) {
+    sockaddr_in address = {};
+    address.sin_family = AF_INET;
+    address.sin_port = htons(port);
+    const CSocketLayer::CVisit visit = CSocketLayer::Instance().Enter();
+    if (!visit || ip == nullptr || inet_pton(AF_INET, ip, &address.sin_addr) != 1) {
+        return 0;
+    }
+    const int descriptor = socket(AF_INET, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0);
+    if (descriptor < 0) {
+        return 0;
+    }
+    auto connection = std::make_shared<CConnection>(descriptor, CConnection::State::kConnecting);
+    if (connect(descriptor, reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0 &&
+        errno != EINPROGRESS) {
+        connection->Break();
+    }
+    return CConnectionTable::Instance().Add(std::move(connection));
+}
+
+bool WIRELINK_PopConnectResult(std::uint32_t handle, int& result, std::uint32_t) {
+    result = 0;
+    const auto connection = CConnectionTable::Instance().Find(handle);
+    if (connection == nullptr) {
+        return false;
+    }
+    const CConnection::State state = connection->Poll();
+    if (state != CConnection::State::kConnecting) {
+        result = state == CConnection::State::kEstablished ? 1 : -1;
+    }
+    return true;
+}
+
+bool WIRELINK_DelConnect(std::uint32_t handle) {
+    const auto connection = CConnectionTable::Instance().Find(handle);
+    if (connection == nullptr) {
+        return false;
+    }
+    connection->Break();
+    return true;
+}
+
+int WIRELINK_Send_Immediate(std::uint32_t handle, const char* data, std::uint32_t length,
+                            bool& error) {
+    error = true;
+    const auto connection = CConnectionTable::Instance().Find(handle);
+    if (connection == nullptr || data == nullptr) {
+        return 0;
+    }
+    return static_cast<int>(connection->Send(data, Bounded(length), kSendWaitMs, error));
+}
+
+int WIRELINK_Recv_Immediate(std::uint32_t handle, char* buffer, std::uint32_t capacity,
+                            bool* closed) {
+    bool ended = true;
+    std::size_t received = 0;
+    const auto connection = CConnectionTable::Instance().Find(handle);
+    if (connection != nullptr && buffer != nullptr) {
+        received = connection->Receive(buffer, Bounded(capacity), ended);
+    }
+    if (closed != nullptr) {
+        *closed = ended;
+    }
+    return static_cast<int>(received);
+}
+
+bool WIRELINK_RegisterNode(std::uint32_t handle, CSocketDataObserver* observer,
+                           CSocketDataObserver*, int, int) {
+    const CSocketLayer::CVisit visit = CSocketLayer::Instance().Enter();
+    auto connection = CConnectionTable::Instance().Find(handle);
+    if (!visit || observer == nullptr || connection == nullptr ||
+        connection->Poll() != CConnection::State::kEstablished) {
+        return false;
+    }
+    auto registration = CReadRegistration::Make(std::move(connection), handle, observer);
+    return registration != nullptr &&
+           CConnectionTable::Instance().SetRegistration(handle, std::move(registration));
+}
+
+bool WIRELINK_Start(std::uint32_t handle) {
+    const auto registration = CConnectionTable::Instance().FindRegistration(handle);
+    if (registration == nullptr) {
+        return false;
+    }
+    registration->Start();
+    return true;
+}
+
+bool WIRELINK_Stop(std::uint32_t handle) {
+    const auto registration = CConnectionTable::Instance().FindRegistration(handle);
+    if (registration == nullptr) {
+        return false;
+    }
+    registration->Stop();
+    return true;
+}
+
+bool WIRELINK_UnRegisterNode(std::uint32_t handle) {
+    const auto registration = CConnectionTable::Instance().TakeRegistration(handle);
+    if (registration == nullptr) {
+        return false;
+    }
+    registration->End();
+    return true;
+}
+
+int WIRELINK_Send(std::uint32_t handle, const char* data, std::uint32_t length) {
+    const auto connection = CConnectionTable::Instance().Find(handle);
+    bool broken = true;
+    std::size_t sent = 0;
+    if (connection != nullptr && data != nullptr) {
+        sent = connection->Send(data, Bounded(length), 0, broken);
+    }
+    if (sent > 0 || (length == 0 && !broken)) {
+        return static_cast<int>(sent);
+    }
+    lastError = broken ? kWirelinkBroken : kWirelinkWouldBlock;
+    return -1;
+}
+
+std::uint32_t WIRELINK_GetLastError() {
+    return lastError;
+}
+
+bool WIRELINK_DestroyHNetCommunication(std::uint32_t handle) {
+    const ConnectionEntry entry = CConnectionTable::Instance().Take(handle);
+    EndConnection(entry);
+    return entry.connection != nullptr;
+}
+
+}  // namespace onvif_client

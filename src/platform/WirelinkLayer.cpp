@@ -1,0 +1,92 @@
+#include <map>
+#include <memory>
+#include <mutex>
+#include <utility>
+
+#include "platform/Connections.h"
+#include "platform/Reactor.h"
+#include "platform/SocketLayer.h"
+#include "platform/Wirelink.h"
+
+namespace onvif_client {
+
+namespace {
+
+/// The listeners by port.
+class CListenerTable {
+ public:
+    static CListenerTable& Instance() {
+        static CListenerTable table;
+        return table;
+    }
+
+    bool Add(std::uint16_t port, CListenSocketObserver* observer) {
+        const std::lock_guard guard(lock_);
+        if (listeners_.contains(port)) {
+            return false;
+        }
+        auto listener = CListener::Make("0.0.0.0", port, observer);
+        return listener != nullptr && listeners_.emplace(port, std::move(listener)).second;
+    }
+
+    std::shared_ptr<CListener> Take(std::uint16_t port) {
+        const std::lock_guard guard(lock_);
+        auto node = listeners_.extract(port);
+        return node.empty() ? nullptr : std::move(node.mapped());
+    }
+
+    std::map<std::uint16_t, std::shared_ptr<CListener>> TakeAll() {
+        const std::lock_guard guard(lock_);
+        return std::exchange(listeners_, {});
+    }
+
+ private:
+    std::mutex lock_;  // guards listeners_; before the reactor's locks
+    std::map<std::uint16_t, std::shared_ptr<CListener>> listeners_;
+};
+
+/// Ends everything in the background. Connections are broken off first, so that whoever waits in a
+/// callback on one goes on.
+void EndAll() {
+    const auto listeners = CListenerTable::Instance().TakeAll();
+    auto entries = CConnectionTable::Instance().TakeAll();
+    for (const auto& [handle, entry] : entries) {
+        entry.connection->Break();
+    }
+    for (const auto& [port, listener] : listeners) {
+        listener->Stop();
+    }
+    // A listener may have accepted one more before it stopped.
+    entries.merge(CConnectionTable::Instance().TakeAll());
+    for (const auto& [handle, entry] : entries) {
+        EndConnection(entry);
+    }
+    StopReactor();
+}
+
+}  // namespace
+
+bool WIRELINK_Initial(int, int, const char*, unsigned int) {
+    return CSocketLayer::Instance().Start();
+}
+
+void WIRELINK_Quit() {
+    CSocketLayer::Instance().Stop(EndAll);
+}
+
+bool WIRELINK_StartListen(unsigned short port, CListenSocketObserver* observer, std::uint32_t,
+                          bool) {
+    const CSocketLayer::CVisit visit = CSocketLayer::Instance().Enter();
+    return visit && observer != nullptr && CListenerTable::Instance().Add(port, observer);
+}
+
+bool WIRELINK_StopListen(unsigned short port) {
+    const auto listener = CListenerTable::Instance().Take(port);
+    if (listener == nullptr) {
+        return false;
+    }
+    listener->Stop();
+    return true;
+}
+
+}  // namespace onvif_client

@@ -1,0 +1,271 @@
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <functional>
+#include <mutex>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "platform/Reactor.h"
+#include "platform/Wirelink.h"
+#include "support/ScriptedPeer.h"
+
+namespace onvif_client {
+namespace {
+
+using client_test::CPeerConnection;
+using client_test::CScriptedPeer;
+
+/// Keeps what it hears; may do something about it.
+class CKeepingObserver final : public CSocketDataObserver {
+ public:
+    std::uint32_t OnData(std::uint32_t handle, const char* data, std::uint32_t length,
+                         std::uint32_t* wanted) override {
+        inside_ = ++running_ == 1;
+        *wanted = 0;
+        {
+            const std::lock_guard guard(lock_);
+            heard_.append(data, length);
+        }
+        if (onData) {
+            onData(handle);
+        }
+        --running_;
+        ++calls;
+        return length;
+    }
+    std::string Heard() const {
+        const std::lock_guard guard(lock_);
+        return heard_;
+    }
+    bool AlwaysAlone() const { return inside_; }
+
+    std::function<void(std::uint32_t)> onData;
+    std::atomic<int> calls = 0;
+
+ private:
+    mutable std::mutex lock_;
+    std::string heard_;
+    std::atomic<int> running_ = 0;
+    std::atomic<bool> inside_ = true;
+};
+
+template <typename Condition>
+void WaitUntil(const Condition& condition) {
+    while (!condition()) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
+}
+
+class Connections : public testing::Test {
+ protected:
+    Connections() { WIRELINK_Initial(1, 1, nullptr, 0); }
+    ~Connections() override { WIRELINK_Quit(); }
+
+    static std::uint32_t Connect(std::uint16_t port) {
+        const std::uint32_t handle = WIRELINK_AddConnect(0, "127.0.0.1", port);
+        int result = 0;
+        WaitUntil([&] { return !WIRELINK_PopConnectResult(handle, result, 0) || result != 0; });
+        EXPECT_EQ(result, 1);
+        return handle;
+    }
+};
+
+TEST_F(Connections, SendAndReceiveWithoutWaiting) {
+    CScriptedPeer peer(
+        [](CPeerConnection& connection) { connection.Send("hello " + connection.Read(5)); });
+    const std::uint32_t handle = Connect(peer.Port());
+    bool broken = true;
+    bool closed = true;
+    char buffer[64] = {};
+    EXPECT_EQ(WIRELINK_Recv_Immediate(handle, buffer, sizeof buffer, &closed), 0);
+    EXPECT_FALSE(closed);
+    EXPECT_EQ(WIRELINK_Send_Immediate(handle, "world", 5, broken), 5);
+    EXPECT_FALSE(broken);
+    std::string heard;
+    WaitUntil([&] {
+        const int received = WIRELINK_Recv_Immediate(handle, buffer, sizeof buffer, &closed);
+        heard.append(buffer, static_cast<std::size_t>(received));
+        return closed;
+    });
+    EXPECT_EQ(heard, "hello world");
+    EXPECT_TRUE(WIRELINK_DelConnect(handle));
+    EXPECT_EQ(WIRELINK_Send_Immediate(handle, "x", 1, broken), 0);
+    EXPECT_TRUE(broken);
+    EXPECT_TRUE(WIRELINK_DestroyHNetCommunication(handle));
+}
+
+TEST_F(Connections, AFullSystemIsToldFromABrokenConnection) {
+    std::atomic<bool> done = false;
+    CScriptedPeer deaf([&](CPeerConnection&) { WaitUntil([&] { return done.load(); }); });
+    const std::string block(1 << 20, 'x');
+    const std::uint32_t handle = Connect(deaf.Port());
+    while (WIRELINK_Send(handle, block.data(), static_cast<std::uint32_t>(block.size())) > 0) {
+    }
+    EXPECT_EQ(WIRELINK_GetLastError(), kWirelinkWouldBlock);
+    WIRELINK_DelConnect(handle);
+    EXPECT_EQ(WIRELINK_Send(handle, "x", 1), -1);
+    EXPECT_NE(WIRELINK_GetLastError(), kWirelinkWouldBlock);
+    done = true;
+}
+
+TEST_F(Connections, DeadHandlesFailQuietly) {
+    CScriptedPeer peer([](CPeerConnection& connection) { connection.WaitForClose(); });
+    const std::uint32_t dead = Connect(peer.Port());
+    EXPECT_TRUE(WIRELINK_DestroyHNetCommunication(dead));
+    EXPECT_GT(Connect(peer.Port()), dead);
+    CKeepingObserver observer;
+    for (const std::uint32_t handle : {dead, 0U, 4000000000U}) {
+        int result = 7;
+        bool flag = false;
+        char byte = 0;
+        EXPECT_FALSE(WIRELINK_PopConnectResult(handle, result, 0));
+        EXPECT_FALSE(WIRELINK_DelConnect(handle));
+        EXPECT_EQ(WIRELINK_Send_Immediate(handle, "x", 1, flag), 0);
+        EXPECT_TRUE(flag);
+        EXPECT_EQ(WIRELINK_Recv_Immediate(handle, &byte, 1, nullptr), 0);
+        EXPECT_FALSE(WIRELINK_RegisterNode(handle, &observer, &observer, 1, 1));
+        EXPECT_FALSE(WIRELINK_Start(handle));
+        EXPECT_FALSE(WIRELINK_Stop(handle));
+        EXPECT_FALSE(WIRELINK_UnRegisterNode(handle));
+        EXPECT_EQ(WIRELINK_Send(handle, "x", 1), -1);
+        EXPECT_FALSE(WIRELINK_DestroyHNetCommunication(handle));
+    }
+    EXPECT_EQ(WIRELINK_AddConnect(0, "nonsense", 80), 0U);
+}
+
+TEST_F(Connections, DataComesInOrderToOneCallbackAtATime) {
+    std::string all;
+    for (int i = 0; i < 20000; ++i) {
+        all += std::to_string(i) + " ";
+    }
+    CScriptedPeer peer([&](CPeerConnection& connection) {
+        for (std::size_t at = 0; at < all.size(); at += 1000) {
+            connection.Send(std::string_view(all).substr(at, 1000));
+        }
+        connection.WaitForClose();
+    });
+    std::vector<CKeepingObserver> observers(8);
+    std::vector<std::uint32_t> handles;
+    for (CKeepingObserver& observer : observers) {
+        handles.push_back(Connect(peer.Port()));
+        EXPECT_TRUE(WIRELINK_RegisterNode(handles.back(), &observer, &observer, 1, 1));
+        EXPECT_FALSE(WIRELINK_RegisterNode(handles.back(), &observer, &observer, 1, 1));
+        EXPECT_TRUE(WIRELINK_Start(handles.back()));
+    }
+    for (std::size_t i = 0; i < observers.size(); ++i) {
+        WaitUntil([&] { return observers[i].Heard().size() >= all.size(); });
+        EXPECT_TRUE(observers[i].Heard() == all);
+        EXPECT_TRUE(observers[i].AlwaysAlone());
+        EXPECT_TRUE(WIRELINK_Stop(handles[i]));
+        EXPECT_TRUE(WIRELINK_DestroyHNetCommunication(handles[i]));
+    }
+}
+
+TEST_F(Connections, NoCallbackFollowsItsUnregistration) {
+    CScriptedPeer peer([](CPeerConnection& connection) {
+        while (connection.Send("x")) {
+        }
+    });
+    for (int round = 0; round < 20; ++round) {
+        auto observer = std::make_unique<CKeepingObserver>();
+        const bool inside = round % 2 == 0;
+        if (inside) {
+            observer->onData = [](std::uint32_t handle) {
+                EXPECT_TRUE(WIRELINK_UnRegisterNode(handle));
+            };
+        }
+        const std::uint32_t handle = Connect(peer.Port());
+        WIRELINK_RegisterNode(handle, observer.get(), observer.get(), 1, 1);
+        WIRELINK_Start(handle);
+        WaitUntil([&] { return observer->calls > 0; });
+        EXPECT_EQ(WIRELINK_UnRegisterNode(handle), !inside);
+        const int calls = observer->calls;
+        WIRELINK_DestroyHNetCommunication(handle);
+        EXPECT_EQ(observer->calls, calls);
+        observer.reset();  // a callback from here on would be found by the sanitizers
+    }
+}
+
+/// Answers every connection with what it sent; counts how many it does at once.
+class CEcho final : public CListenSocketObserver {
+ public:
+    void OnAccept(std::uint32_t handle) override {
+        const int now = ++running_;
+        most = std::max(most.load(), now);
+        char buffer[64] = {};
+        int received = 0;
+        for (bool closed = false; received == 0 && !closed;) {
+            received = WIRELINK_Recv_Immediate(handle, buffer, sizeof buffer, &closed);
+        }
+        bool broken = false;
+        WIRELINK_Send_Immediate(handle, buffer, static_cast<std::uint32_t>(received), broken);
+        WIRELINK_DestroyHNetCommunication(handle);
+        --running_;
+    }
+
+    std::atomic<int> most = 0;
+
+ private:
+    std::atomic<int> running_ = 0;
+};
+
+std::string Ask(std::uint16_t port, const std::string& text) {
+    char buffer[64] = {};
+    WIRELINK_SimpleClientComm("127.0.0.1", port, text.data(),
+                              static_cast<unsigned int>(text.size()), buffer, 63, nullptr, 20000);
+    return buffer;
+}
+
+TEST_F(Connections, AListenerServesManyAndStops) {
+    CEcho echo;
+    const auto listener = CListener::Make("127.0.0.1", 0, &echo);
+    ASSERT_NE(listener, nullptr);
+    EXPECT_EQ(CListener::Make("127.0.0.1", listener->Port(), &echo), nullptr);
+    std::atomic<int> answered = 0;
+    {
+        std::vector<std::jthread> clients;
+        for (int i = 0; i < 40; ++i) {
+            clients.emplace_back([&, i] {
+                answered += Ask(listener->Port(), std::to_string(i)) == std::to_string(i);
+            });
+        }
+    }
+    EXPECT_EQ(answered, 40);
+    EXPECT_LE(echo.most, 16);
+    listener->Stop();
+    EXPECT_EQ(Ask(listener->Port(), "x"), "");
+}
+
+TEST_F(Connections, QuitMayComeFromACallbackOrFromManyThreads) {
+    CScriptedPeer peer([](CPeerConnection& connection) {
+        while (connection.Send("x")) {
+        }
+    });
+    for (int round = 0; round < 10; ++round) {
+        WIRELINK_Initial(1, 1, nullptr, 0);
+        CKeepingObserver observer;
+        if (round % 2 == 0) {
+            observer.onData = [](std::uint32_t) { WIRELINK_Quit(); };
+        }
+        std::vector<std::uint32_t> handles;
+        for (int i = 0; i < 4; ++i) {
+            handles.push_back(Connect(peer.Port()));
+            WIRELINK_RegisterNode(handles.back(), &observer, &observer, 1, 1);
+        }
+        for (const std::uint32_t handle : handles) {
+            WIRELINK_Start(handle);
+        }
+        WaitUntil([&] { return observer.calls > 0; });
+        {
+            std::jthread first(WIRELINK_Quit);
+            std::jthread second(WIRELINK_Quit);
+        }
+        EXPECT_EQ(WIRELINK_AddConnect(0, "127.0.0.1", peer.Port()), 0U);
+        EXPECT_FALSE(WIRELINK_DestroyHNetCommunication(handles.front()));
+    }
+}
+
+}  // namespace
+}  // namespace onvif_client

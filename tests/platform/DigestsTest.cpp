@@ -1,0 +1,38 @@
+#include "platform/Digests.h"
+
+#include <gtest/gtest.h>
+
+#include "platform/LocalAddresses.h"
+
+namespace onvif_client {
+namespace {
+
+// The vectors of RFC 1321 and RFC 3174, and of RFC 4648.
+TEST(Digests, GiveTheStandardsResults) {
+    EXPECT_EQ(LowerHex(Md5(Bytes(""))), "d41d8cd98f00b204e9800998ecf8427e");
+    EXPECT_EQ(LowerHex(Md5(Bytes("message digest"))), "f96b697d7cb7938d525a2f31aaf161d0");
+    EXPECT_EQ(LowerHex(Sha1(Bytes("abc"))), "a9993e364706816aba3e25717850c26c9cd0d89d");
+    EXPECT_EQ(LowerHex(Sha1(Bytes(""))), "da39a3ee5e6b4b0d3255bfef95601890afd80709");
+    const std::pair<const char*, const char*> base64[] = {{"", ""},
+                                                          {"f", "Zg=="},
+                                                          {"fo", "Zm8="},
+                                                          {"foo", "Zm9v"},
+                                                          {"foob", "Zm9vYg=="},
+                                                          {"fooba", "Zm9vYmE="},
+                                                          {"foobar", "Zm9vYmFy"}};
+    for (const auto& [text, encoded] : base64) {
+        EXPECT_EQ(Base64(Bytes(text)), encoded);
+    }
+    EXPECT_EQ(Base64(Bytes("\xFB\xFF")), "+/8=");
+}
+
+TEST(LocalAddresses, AreDottedAndNotLoopbackUnlessAlone) {
+    const auto addresses = LocalIpv4Addresses();
+    for (const std::string& address : addresses) {
+        EXPECT_EQ(std::count(address.begin(), address.end(), '.'), 3) << address;
+        EXPECT_TRUE(addresses.size() == 1 || !address.starts_with("127.")) << address;
+    }
+}
+
+}  // namespace
+}  // namespace onvif_client
