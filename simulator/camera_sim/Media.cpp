@@ -11,11 +11,11 @@ using Scope = XmlWriter::Scope;
 
 constexpr std::string_view kSessionTimeout = "PT60S";
 
-void WriteVideoEncoder(XmlWriter& out, std::string_view name, const Media& media,
+void WriteVideoEncoder(XmlWriter& out, Ns ns, std::string_view name, const Media& media,
                        const VideoEncoder& encoder) {
     // This version knows nothing newer than H.264.
     const bool jpeg = encoder.encoding == "JPEG";
-    const Scope element(out, Ns::kSchema, name);
+    const Scope element(out, ns, name);
     WriteEntityToken(out, encoder.token);
     WriteEntityName(out, encoder.name, UseCount(media, &Profile::videoEncoder, encoder.token));
     out.Element(Ns::kSchema, "Encoding", jpeg ? "JPEG" : "H264");
@@ -48,36 +48,110 @@ void WriteAudioEncoder(XmlWriter& out, std::string_view name, const Media& media
     out.Element(Ns::kSchema, "SessionTimeout", kSessionTimeout);
 }
 
-Answer GetProfiles(Call& call) {
+void WriteProfile(Call& call, std::string_view name, const Profile& profile) {
     const Media& media = call.state.media;
     XmlWriter& out = call.out;
-    for (const Profile& profile : media.profiles) {
-        const Scope element(out, Ns::kMedia, "Profiles");
-        out.Attribute("token", profile.token);
-        out.Attribute("fixed", profile.fixed);
-        out.Element(Ns::kSchema, "Name", profile.name);
-        if (const auto* source = FindByToken(media.videoSourceConfigurations, profile.videoSource))
-            WriteVideoSource(out, Ns::kSchema, "VideoSourceConfiguration", media, *source);
-        if (const auto* source = FindByToken(media.audioSourceConfigurations, profile.audioSource))
-            WriteAudioSource(out, Ns::kSchema, "AudioSourceConfiguration", media, *source);
-        if (const auto* encoder = FindByToken(media.videoEncoders, profile.videoEncoder))
-            WriteVideoEncoder(out, "VideoEncoderConfiguration", media, *encoder);
-        if (const auto* encoder = FindByToken(media.audioEncoders, profile.audioEncoder))
-            WriteAudioEncoder(out, "AudioEncoderConfiguration", media, *encoder);
-        const auto* analytics = FindByToken(media.analytics, profile.analytics);
-        if (analytics != nullptr && call.options.analytics)
-            WriteAnalytics(out, Ns::kSchema, "VideoAnalyticsConfiguration", media, *analytics);
-        const auto* ptz = FindByToken(media.ptz, profile.ptz);
-        if (ptz != nullptr && Offers(call.options, Ns::kPtz))
-            WritePtz(out, Ns::kSchema, "PTZConfiguration", media, *ptz);
-        if (const auto* metadata = FindByToken(media.metadata, profile.metadata))
-            WriteMetadata(out, Ns::kSchema, "MetadataConfiguration", media, *metadata);
+    const Scope element(out, Ns::kMedia, name);
+    out.Attribute("token", profile.token);
+    out.Attribute("fixed", profile.fixed);
+    out.Element(Ns::kSchema, "Name", profile.name);
+    if (const auto* source = FindByToken(media.videoSourceConfigurations, profile.videoSource))
+        WriteVideoSource(out, Ns::kSchema, "VideoSourceConfiguration", media, *source);
+    if (const auto* source = FindByToken(media.audioSourceConfigurations, profile.audioSource))
+        WriteAudioSource(out, Ns::kSchema, "AudioSourceConfiguration", media, *source);
+    if (const auto* encoder = FindByToken(media.videoEncoders, profile.videoEncoder))
+        WriteVideoEncoder(out, Ns::kSchema, "VideoEncoderConfiguration", media, *encoder);
+    if (const auto* encoder = FindByToken(media.audioEncoders, profile.audioEncoder))
+        WriteAudioEncoder(out, "AudioEncoderConfiguration", media, *encoder);
+    const auto* analytics = FindByToken(media.analytics, profile.analytics);
+    if (analytics != nullptr && call.options.analytics)
+        WriteAnalytics(out, Ns::kSchema, "VideoAnalyticsConfiguration", media, *analytics);
+    const auto* ptz = FindByToken(media.ptz, profile.ptz);
+    if (ptz != nullptr && Offers(call.options, Ns::kPtz))
+        WritePtz(out, Ns::kSchema, "PTZConfiguration", media, *ptz);
+    if (const auto* metadata = FindByToken(media.metadata, profile.metadata))
+        WriteMetadata(out, Ns::kSchema, "MetadataConfiguration", media, *metadata);
+}
+
+Answer GetProfiles(Call& call) {
+    for (const Profile& profile : call.state.media.profiles)
+        WriteProfile(call, "Profiles", profile);
+    return kDone;
+}
+
+Answer GetProfile(Call& call) {
+    const auto* profile = FindByToken(call.state.media.profiles, call.Argument("ProfileToken"));
+    if (profile == nullptr) return InvalidArgument("NoProfile", "No such profile");
+    WriteProfile(call, "Profile", *profile);
+    return kDone;
+}
+
+Answer GetStreamUri(Call& call) {
+    const auto* profile = FindByToken(call.state.media.profiles, call.Argument("ProfileToken"));
+    if (profile == nullptr) return InvalidArgument("NoProfile", "No such profile");
+    const XmlElement* setup = Child(&call.request, "StreamSetup");
+    const std::string_view stream = ChildText(setup, "Stream");
+    const std::string_view protocol = ChildText(Child(setup, "Transport"), "Protocol");
+    if (stream != "RTP-Unicast" || protocol != "RTSP")
+        return InvalidArgument("InvalidStreamSetup", "Only RTP-Unicast over RTSP is offered");
+    int port = 554;
+    for (const NetworkProtocol& each : call.state.network.protocols) {
+        if (each.name == "RTSP" && !each.ports.empty()) port = each.ports.front();
     }
+    const Scope uri(call.out, Ns::kMedia, "MediaUri");
+    call.out.Element(Ns::kSchema, "Uri",
+                     "rtsp://127.0.0.1:" + std::to_string(port) + "/stream/" + profile->token);
+    call.out.Element(Ns::kSchema, "InvalidAfterConnect", false);
+    call.out.Element(Ns::kSchema, "InvalidAfterReboot", false);
+    call.out.Element(Ns::kSchema, "Timeout", kSessionTimeout);
+    return kDone;
+}
+
+Answer GetVideoEncoderConfiguration(Call& call) {
+    const Media& media = call.state.media;
+    const auto* encoder = FindByToken(media.videoEncoders, call.Argument("ConfigurationToken"));
+    if (encoder == nullptr) return InvalidArgument("NoConfig", "No such configuration");
+    WriteVideoEncoder(call.out, Ns::kMedia, "Configuration", media, *encoder);
+    return kDone;
+}
+
+/// The options of one codec; those below the extension tell the bit rate as well.
+void WriteCodecOptions(XmlWriter& out, const EncoderLimits& limits, bool h264, bool withBitrate) {
+    const Scope codec(out, Ns::kSchema, h264 ? "H264" : "JPEG");
+    for (const Resolution& resolution : limits.resolutions)
+        WriteResolution(out, resolution, "ResolutionsAvailable");
+    if (h264) WriteRange(out, "GovLengthRange", limits.govLength);
+    WriteRange(out, "FrameRateRange", {limits.frameRates.front(), limits.frameRates.back()});
+    WriteRange(out, "EncodingIntervalRange", {1, 1});
+    if (h264) {
+        for (const std::string_view profile : limits.profiles)
+            out.Element(Ns::kSchema, "H264ProfilesSupported", profile);
+    }
+    if (withBitrate) WriteRange(out, "BitrateRange", limits.bitrate);
+}
+
+Answer GetVideoEncoderConfigurationOptions(Call& call) {
+    const auto* encoder =
+        FindByToken(call.state.media.videoEncoders, call.Argument("ConfigurationToken"));
+    if (encoder == nullptr) return InvalidArgument("NoConfig", "No such configuration");
+    const EncoderLimits limits = LimitsOf(*encoder);
+    XmlWriter& out = call.out;
+    const Scope options(out, Ns::kMedia, "Options");
+    WriteRange(out, "QualityRange", limits.quality);
+    WriteCodecOptions(out, limits, false, false);
+    WriteCodecOptions(out, limits, true, false);
+    const Scope extension(out, Ns::kSchema, "Extension");
+    WriteCodecOptions(out, limits, false, true);
+    WriteCodecOptions(out, limits, true, true);
     return kDone;
 }
 
 constexpr std::array kOperations = {
     Operation{"GetProfiles", GetProfiles},
+    Operation{"GetProfile", GetProfile},
+    Operation{"GetStreamUri", GetStreamUri},
+    Operation{"GetVideoEncoderConfiguration", GetVideoEncoderConfiguration},
+    Operation{"GetVideoEncoderConfigurationOptions", GetVideoEncoderConfigurationOptions},
 };
 
 }  // namespace

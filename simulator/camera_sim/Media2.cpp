@@ -105,8 +105,43 @@ Answer GetProfiles(Call& call) {
     return kDone;
 }
 
+/// A list separated by blanks.
+template <typename List, typename ToText>
+std::string Joined(const List& list, const ToText& toText) {
+    std::string joined;
+    for (const auto& each : list) joined.append(joined.empty() ? "" : " ").append(toText(each));
+    return joined;
+}
+
+Answer GetVideoEncoderConfigurationOptions(Call& call) {
+    const auto* encoder =
+        FindByToken(call.state.media.videoEncoders, call.Argument("ConfigurationToken"));
+    if (encoder == nullptr) return InvalidArgument("NoConfig", "No such configuration");
+    const EncoderLimits limits = LimitsOf(*encoder);
+    XmlWriter& out = call.out;
+    for (const std::string_view encoding : {"JPEG", "H264", "H265"}) {
+        const Scope options(out, Ns::kMedia2, "Options");
+        if (encoding != "JPEG") {
+            out.Attribute("GovLengthRange", XmlWriter::NumberText(limits.govLength.minimum) + " " +
+                                                XmlWriter::NumberText(limits.govLength.maximum));
+        }
+        out.Attribute("FrameRatesSupported", Joined(limits.frameRates, XmlWriter::NumberText));
+        if (encoding != "JPEG") {
+            out.Attribute("ProfilesSupported",
+                          Joined(limits.profiles, [](std::string_view text) { return text; }));
+        }
+        out.Element(Ns::kSchema, "Encoding", encoding);
+        WriteRange(out, "QualityRange", limits.quality);
+        for (const Resolution& resolution : limits.resolutions)
+            WriteResolution(out, resolution, "ResolutionsAvailable");
+        WriteRange(out, "BitrateRange", limits.bitrate);
+    }
+    return kDone;
+}
+
 constexpr std::array kOperations = {
     Operation{"GetProfiles", GetProfiles},
+    Operation{"GetVideoEncoderConfigurationOptions", GetVideoEncoderConfigurationOptions},
 };
 
 }  // namespace

@@ -66,8 +66,8 @@ void WriteMulticast(XmlWriter& out, const Multicast& multicast) {
     out.Element(Ns::kSchema, "AutoStart", false);
 }
 
-void WriteResolution(XmlWriter& out, Resolution resolution) {
-    const Scope element(out, Ns::kSchema, "Resolution");
+void WriteResolution(XmlWriter& out, Resolution resolution, std::string_view name) {
+    const Scope element(out, Ns::kSchema, name);
     out.Element(Ns::kSchema, "Width", resolution.width);
     out.Element(Ns::kSchema, "Height", resolution.height);
 }
@@ -165,6 +165,22 @@ void WriteMetadata(XmlWriter& out, Ns ns, std::string_view name, const Media& me
     out.Element(Ns::kSchema, "Analytics", true);
     WriteMulticast(out, configuration.multicast);
     out.Element(Ns::kSchema, "SessionTimeout", "PT60S");
+}
+
+EncoderLimits LimitsOf(const VideoEncoder& encoder) {
+    // The encoder's own resolution is the largest of its stream.
+    std::vector<Resolution> resolutions;
+    for (const Resolution& each :
+         {Resolution{2560, 1440}, Resolution{1920, 1080}, Resolution{1280, 720},
+          Resolution{704, 576}, Resolution{352, 288}}) {
+        if (each.width <= encoder.resolution.width) resolutions.push_back(each);
+    }
+    return {std::move(resolutions),
+            {1, 5, 10, 15, 20, 25, 30},
+            {"Baseline", "Main", "High"},
+            {0, 6},
+            {1, 300},
+            {32, 8192}};
 }
 
 std::string DurationText(std::chrono::seconds duration) {

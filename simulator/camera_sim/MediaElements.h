@@ -4,6 +4,7 @@
 #define CAMERA_SIM_MEDIAELEMENTS_H
 
 #include <string_view>
+#include <vector>
 
 #include "camera_sim/CameraState.h"
 #include "camera_sim/XmlWriter.h"
@@ -18,7 +19,7 @@ void WriteEntityToken(XmlWriter& out, std::string_view token);
 void WriteEntityName(XmlWriter& out, std::string_view name, int useCount);
 
 void WriteMulticast(XmlWriter& out, const Multicast& multicast);
-void WriteResolution(XmlWriter& out, Resolution resolution);
+void WriteResolution(XmlWriter& out, Resolution resolution, std::string_view name = "Resolution");
 void WriteRange(XmlWriter& out, std::string_view name, Range range);
 
 /// Each writes the element @p ns:@p name with its content.
@@ -32,6 +33,17 @@ void WritePtz(XmlWriter& out, Ns ns, std::string_view name, const Media& media,
               const PtzConfiguration& configuration);
 void WriteMetadata(XmlWriter& out, Ns ns, std::string_view name, const Media& media,
                    const MetadataConfiguration& configuration);
+
+/// What a video encoder can be set to.
+struct EncoderLimits {
+    std::vector<Resolution> resolutions;
+    std::vector<double> frameRates;  ///< ascending
+    std::vector<std::string_view> profiles;
+    Range quality;
+    Range govLength;
+    Range bitrate;
+};
+EncoderLimits LimitsOf(const VideoEncoder& encoder);
 
 /// "PT10S".
 std::string DurationText(std::chrono::seconds duration);

@@ -35,6 +35,22 @@ constexpr CommandSteps kProfiles20 = {{{.build = BuildGetProfiles20,
                                         .clock = SigningClock::kDevice,
                                         .learn = LearnProfiles}}};
 
+constexpr std::uint32_t kEncoderOptionsCapacity = 15360;
+
+constexpr CommandSteps kEncoderOptions10 = {{{.build = BuildGetVideoEncoderOptions10,
+                                              .serviceKey = "media",
+                                              .result = &kVideoEncoderOptionsResult,
+                                              .replyCapacity = kEncoderOptionsCapacity,
+                                              .clock = SigningClock::kDevice}}};
+constexpr CommandSteps kEncoderOptions20 = {{{.build = BuildGetVideoEncoderOptions20,
+                                              .serviceKey = "media2",
+                                              .result = &kVideoEncoderOptionsResult,
+                                              .replyCapacity = kEncoderOptionsCapacity,
+                                              .clock = SigningClock::kDevice}}};
+
+constexpr Completion kIndexedProfile = {TokenSource::kIndexedProfile, "profiletoken"};
+constexpr FixedChild kStreamChildren[] = {{"multicast", "false"}, {"transport", "tcp"}};
+
 constexpr CommandRow kGetRows[] = {
     {.name = "ipv4",
      .steps = {{{BuildGetNetworkInterfaces, "device", &kNetworkInterfacesResult},
@@ -44,7 +60,24 @@ constexpr CommandRow kGetRows[] = {
      .steps = {{{BuildGetNetworkProtocols, "device", &kNetworkProtocolsResult}}}},
     {.name = "dateAndTime",
      .steps = {{{BuildGetSystemDateAndTime, "device", &kDateAndTimeResult}}}},
+    {.name = "streamURI",
+     .completion = {TokenSource::kIndexedProfile, "profiletoken", kStreamChildren},
+     .steps = {{{.build = BuildGetStreamUri,
+                 .serviceKey = "media",
+                 .result = &kStreamUriResult,
+                 .clock = SigningClock::kDevice}}}},
     {.name = "profiles", .steps = kProfiles10, .media2 = &kProfiles20},
+    {.name = "profile",
+     .completion = kIndexedProfile,
+     .steps = {{{BuildGetProfile, "media", &kProfileResult, 10240}}},
+     .loop = ProfileLoop::kIndexes},
+    {.name = "videoEncoderCfgOpts",
+     .steps = kEncoderOptions10,
+     .media2 = &kEncoderOptions20,
+     .loop = ProfileLoop::kIndexes},
+    {.name = "videoEncoderCfg",
+     .steps = {{{BuildGetVideoEncoder, "media", &kVideoEncoderResult}}},
+     .loop = ProfileLoop::kIndexes},
     {.name = "devInfo",
      .steps = {{{BuildGetDeviceInformation, "device", &kDeviceInformationResult}}}},
     {.name = "alarmout", .steps = {{{BuildGetRelayOutputs, "device", &kRelayOutputsResult}}}},

@@ -12,6 +12,12 @@ namespace onvif_client {
 // MediaRequests.cpp
 std::string BuildGetProfiles10(const CommandRequest&);
 std::string BuildGetProfiles20(const CommandRequest&);
+std::string BuildGetStreamUri(const CommandRequest& request);
+// The following are sent once per profile chosen: CommandRequest::profile is there.
+std::string BuildGetProfile(const CommandRequest& request);
+std::string BuildGetVideoEncoder(const CommandRequest& request);
+std::string BuildGetVideoEncoderOptions10(const CommandRequest& request);
+std::string BuildGetVideoEncoderOptions20(const CommandRequest& request);
 
 // PtzRequests.cpp
 /// GetConfigurationOptions of the PTZ service.

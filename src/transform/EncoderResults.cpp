@@ -31,7 +31,20 @@ constexpr CopiedValue kCodecAttributes[] = {{"@GovLength", "IFrameInterval"},
 constexpr CopiedValue kBehindCodec[] = {{"Multicast", "multicast", kMulticast},
                                         {"SessionTimeout", "sessionTimeout"}};
 
+void CopyVideoEncoder(const ReplyValues& reply, XMLElement* command) {
+    const XMLElement* configuration = FindElement(
+        reply.envelope, "Envelope/Body/GetVideoEncoderConfigurationResponse/Configuration");
+    if (configuration != nullptr) {
+        XMLElement* item = Append(command, "item");
+        Append(item, "index", reply.index);
+        CopyVideoEncoderConfiguration(configuration, item);
+    }
+}
+
 }  // namespace
+
+constinit const ResultFrame kVideoEncoderResult = {"GetResponse", "videoEncoderCfg",
+                                                   CopyVideoEncoder};
 
 void CopyVideoEncoderConfiguration(const XMLElement* configuration, XMLElement* item) {
     CopyValues(configuration, item, kBeforeCodec);

@@ -9,8 +9,17 @@ namespace onvif_client {
 
 // ProfileResults.cpp
 extern const ResultFrame kProfilesResult;
+extern const ResultFrame kProfileResult;
+
+// StreamResults.cpp
+extern const ResultFrame kStreamUriResult;
+
+// EncoderOptionsResults.cpp
+/// The same shape for both media services.
+extern const ResultFrame kVideoEncoderOptionsResult;
 
 // EncoderResults.cpp
+extern const ResultFrame kVideoEncoderResult;
 /// Writes the values of a video encoder configuration of either media service below @p item.
 void CopyVideoEncoderConfiguration(const XMLElement* configuration, XMLElement* item);
 

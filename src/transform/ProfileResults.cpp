@@ -65,8 +65,17 @@ void CopyProfiles(const ReplyValues& reply, XMLElement* command) {
     }
 }
 
+void CopyChosenProfile(const ReplyValues& reply, XMLElement* command) {
+    const XMLElement* profile =
+        FindElement(reply.envelope, "Envelope/Body/GetProfileResponse/Profile");
+    if (profile != nullptr) {
+        CopyProfile(profile, reply.index, command);
+    }
+}
+
 }  // namespace
 
 constinit const ResultFrame kProfilesResult = {"GetResponse", "profiles", CopyProfiles};
+constinit const ResultFrame kProfileResult = {"GetResponse", "profile", CopyChosenProfile};
 
 }  // namespace onvif_client
