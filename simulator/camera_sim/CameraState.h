@@ -208,6 +208,44 @@ struct Media {
     std::vector<Profile> profiles;
 };
 
+struct PtzPosition {
+    double pan = 0;
+    double tilt = 0;
+    double zoom = 0;
+
+    bool operator==(const PtzPosition&) const = default;
+};
+
+struct PtzPreset {
+    std::string token;
+    std::string name;
+    PtzPosition position;
+};
+
+struct PtzTourSpot {
+    std::string preset;
+    std::chrono::seconds stay{0};
+};
+
+struct PtzTour {
+    std::string token;
+    std::string name;
+    std::string state = "Idle";  ///< "Idle", "Touring" or "Paused"
+    std::vector<PtzTourSpot> spots;
+};
+
+/// The dome's head. It moves on by itself: ask Position.
+struct PtzHead {
+    PtzPosition start;     ///< where it was when it last got an order
+    PtzPosition velocity;  ///< units per second; the full range takes two seconds at 1
+    std::chrono::steady_clock::time_point since{};
+    std::vector<PtzPreset> presets;
+    std::vector<PtzTour> tours;
+    int lastNumber = 0;  ///< of presets and tours, for their tokens
+
+    PtzPosition Position(std::chrono::steady_clock::time_point now) const;
+};
+
 struct CameraState {
     DeviceInformation information;
     CameraClock clock;
@@ -216,6 +254,7 @@ struct CameraState {
     std::vector<RelayOutput> relays;
     std::vector<DigitalInput> inputs;
     Media media;
+    PtzHead ptz;
 };
 
 /// The element of @p list that carries @p token, or null.
