@@ -2,6 +2,8 @@
 
 #include <array>
 
+using namespace std::chrono_literals;
+
 namespace camera_sim {
 namespace {
 
@@ -81,6 +83,15 @@ void AddPtz(Media& media) {
     media.ptz.push_back(std::move(ptz));
 }
 
+PtzHead MakeHead() {
+    PtzHead head;
+    head.presets = {{"Preset_1", "Entrance", {-0.5, 0.1, 0}},
+                    {"Preset_2", "Yard", {0.6, -0.2, 0.4}}};
+    head.tours = {{"Tour_3", "Round", "Idle", {{"Preset_1", 10s}, {"Preset_2", 20s}}}};
+    head.lastNumber = 3;
+    return head;
+}
+
 Network MakeNetwork(const std::string& hostname, const std::string& hwAddress) {
     NetworkInterface interface;
     interface.token = "eth0";
@@ -152,7 +163,10 @@ std::optional<CameraState> MakeModel(CameraOptions& options) {
         state.user = {options.user, options.password};
         options.media2 = options.media2.value_or(model.media2);
         options.ptz = options.ptz.value_or(model.ptz);
-        if (*options.ptz) AddPtz(state.media);
+        if (*options.ptz) {
+            AddPtz(state.media);
+            state.ptz = MakeHead();
+        }
         return state;
     }
     return std::nullopt;

@@ -2,6 +2,7 @@
 #include <algorithm>
 #include <array>
 #include <charconv>
+#include <utility>
 
 #include "camera_sim/MediaElements.h"
 #include "camera_sim/Operations.h"
@@ -65,17 +66,18 @@ Answer CheckProfile(const Call& call) {
     return kDone;
 }
 
+/// Whatever moves the head ends the tour that it is on.
 void MoveOn(PtzHead& head, const PtzPosition& velocity) {
     const auto now = Now();
     head.start = head.Position(now);
     head.since = now;
     head.velocity = velocity;
+    for (PtzTour& tour : head.tours) tour.state = "Idle";
 }
 
 void JumpTo(PtzHead& head, const PtzPosition& position) {
+    MoveOn(head, {});
     head.start = position;
-    head.since = Now();
-    head.velocity = {};
 }
 
 Answer ContinuousMove(Call& call) {
@@ -240,24 +242,20 @@ Answer RemovePresetTour(Call& call) {
     return kDone;
 }
 
-/// A started tour goes to its first spot; this camera does not travel on by itself.
 Answer OperatePresetTour(Call& call) {
+    constexpr std::pair<std::string_view, const char*> kStates[] = {
+        {"Start", "Touring"}, {"Stop", "Idle"}, {"Pause", "Paused"}};
     if (auto fault = CheckProfile(call)) return fault;
-    PtzTour* tour = FindByToken(call.state.ptz.tours, call.Argument("PresetTourToken"));
+    PtzHead& head = call.state.ptz;
+    PtzTour* tour = FindByToken(head.tours, call.Argument("PresetTourToken"));
     if (tour == nullptr) return InvalidArgument("NoToken", "No such tour");
-    const std::string_view operation = call.Argument("Operation");
-    if (operation == "Start") {
-        if (!tour->spots.empty()) {
-            const auto* first = FindByToken(call.state.ptz.presets, tour->spots.front().preset);
-            if (first != nullptr) JumpTo(call.state.ptz, first->position);
-        }
-        tour->state = "Touring";
-    } else if (operation == "Stop" || operation == "Pause") {
-        tour->state = operation == "Stop" ? "Idle" : "Paused";
-    } else {
-        return InvalidArgument("InvalidPresetTour", "No such operation");
+    for (const auto& [operation, state] : kStates) {
+        if (call.Argument("Operation") != operation) continue;
+        MoveOn(head, {});
+        tour->state = state;
+        return kDone;
     }
-    return kDone;
+    return InvalidArgument("InvalidPresetTour", "No such operation");
 }
 
 /// The vendor's move to what a rectangle on the picture (0 to 255 either way) shows.
@@ -293,9 +291,28 @@ constexpr std::array kOperations = {
     Operation{"3DControl", Control3d},
 };
 
+/// Where a tour that started `elapsed` ago has come; it begins again behind its last spot.
+const PtzPreset* PresetOnTour(const PtzHead& head, const PtzTour& tour,
+                              std::chrono::steady_clock::duration elapsed) {
+    std::chrono::seconds round{0};
+    for (const PtzTourSpot& spot : tour.spots) round += spot.stay;
+    if (round.count() > 0) elapsed %= round;
+    for (const PtzTourSpot& spot : tour.spots) {
+        if (elapsed < spot.stay || round.count() == 0)
+            return FindByToken(head.presets, spot.preset);
+        elapsed -= spot.stay;
+    }
+    return nullptr;
+}
+
 }  // namespace
 
 PtzPosition PtzHead::Position(std::chrono::steady_clock::time_point now) const {
+    for (const PtzTour& tour : tours) {
+        if (tour.state != "Touring") continue;
+        const PtzPreset* preset = PresetOnTour(*this, tour, now - since);
+        return preset == nullptr ? start : preset->position;
+    }
     const double seconds = std::chrono::duration<double>(now - since).count();
     const auto at = [seconds](double from, double speed, double least) {
         return std::clamp(from + speed * seconds, least, 1.0);

@@ -63,6 +63,7 @@ class CHttpClient final : public ICommandSession {
     void ReplaceProfiles(ProfileList profiles) override;
     ServiceTable Services() const override;
     bool HasMedia2() const override;
+    PtzRanges SpeedRanges() const override { return ptzRanges_.value_or(PtzRanges{}); }
     Reply Exchange(const SignedRequest& request) override;
 
  private:

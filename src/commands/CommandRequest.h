@@ -19,6 +19,8 @@ struct CommandRequest {
     const MediaProfile* profile = nullptr;
     /// The element of an item loop that is at work; null for commands without one.
     const XMLElement* item = nullptr;
+    /// The device's ranges of continuous velocity.
+    PtzRanges speedRanges = {};
 
     bool Has(std::string_view path) const { return FindElement(command, path) != nullptr; }
     /// The parameter's text; empty when it is absent.

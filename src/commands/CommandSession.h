@@ -47,6 +47,8 @@ class ICommandSession {
     virtual ServiceTable Services() const = 0;
     /// True when the device offers the ver20 media service.
     virtual bool HasMedia2() const = 0;
+    /// The ranges of the continuous pan, tilt and zoom velocity.
+    virtual PtzRanges SpeedRanges() const = 0;
 
     /// Signs the envelope, posts it and waits for the answer, 8 s at most.
     virtual Reply Exchange(const SignedRequest& request) = 0;

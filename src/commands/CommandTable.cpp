@@ -7,6 +7,7 @@
 #include "commands/ServiceRequests.h"
 #include "transform/DeviceResults.h"
 #include "transform/MediaResults.h"
+#include "transform/PtzResults.h"
 #include "transform/SetResults.h"
 
 namespace onvif_client {
@@ -48,6 +49,9 @@ constexpr CommandSteps kEncoderOptions20 = {{{.build = BuildGetVideoEncoderOptio
                                               .replyCapacity = kEncoderOptionsCapacity,
                                               .clock = SigningClock::kDevice}}};
 
+constexpr std::uint32_t kPresetsCapacity = 40960;
+
+constexpr Completion kFirstProfile = {TokenSource::kFirstProfile, "profileToken"};
 constexpr Completion kIndexedProfile = {TokenSource::kIndexedProfile, "profiletoken"};
 constexpr FixedChild kStreamChildren[] = {{"multicast", "false"}, {"transport", "tcp"}};
 
@@ -84,6 +88,12 @@ constexpr CommandRow kGetRows[] = {
     {.name = "alarmin", .steps = {{{BuildGetDigitalInputs, "deviceIO", &kDigitalInputsResult}}}},
     {.name = "streamCount", .answerLocally = AnswerStreamCount},
     {.name = "serviceUrl", .answerLocally = AnswerServiceUrl},
+    {.name = "presets",
+     .completion = kFirstProfile,
+     .steps = {{{BuildGetPresets, "ptz", &kPresetsResult, kPresetsCapacity}}}},
+    {.name = "cruises",
+     .completion = kFirstProfile,
+     .steps = {{{BuildGetCruises, "ptz", &kCruisesResult}}}},
 };
 
 constexpr CommandRow kSetRows[] = {
@@ -102,10 +112,47 @@ constexpr CommandRow kSetRows[] = {
                  .serviceKey = "device",
                  .result = &kSetDateAndTimeResult,
                  .clock = SigningClock::kDevice}}}},
+    {.name = "continuousMove",
+     .completion = kFirstProfile,
+     .steps = {{{BuildContinuousMove, "ptz", &kSetContinuousMoveResult}}}},
+    {.name = "ptzStop",
+     .completion = kFirstProfile,
+     .steps = {{{BuildPtzStop, "ptz", &kSetPtzStopResult}}}},
+    {.name = "addPreset",
+     .completion = kFirstProfile,
+     .steps = {{{BuildAddPreset, "ptz", &kAddPresetResult}}}},
+    {.name = "modifyPresetName",
+     .completion = kFirstProfile,
+     .steps = {{{BuildModifyPresetName, "ptz", &kSetModifyPresetNameResult}}}},
+    {.name = "removePreset",
+     .completion = kFirstProfile,
+     .steps = {{{BuildRemovePreset, "ptz", &kSetRemovePresetResult}}}},
+    {.name = "gotoPreset",
+     .completion = kFirstProfile,
+     .steps = {{{BuildGotoPreset, "ptz", &kSetGotoPresetResult}}}},
     {.name = "alarmout",
      .steps = {{{BuildSetRelayOutputSettings, "device", &kSetRelayOutputSettingsResult}}}},
     {.name = "manualAlarmout",
      .steps = {{{BuildSetRelayOutputState, "deviceIO", &kSetRelayOutputStateResult}}}},
+    {.name = "addCruise",
+     .completion = kFirstProfile,
+     .steps = {{{BuildAddCruise, "ptz", &kAddCruiseResult}}}},
+    {.name = "modifyCruise",
+     .completion = kFirstProfile,
+     .steps = {{{BuildModifyCruise, "ptz", &kSetModifyCruiseResult}}}},
+    {.name = "delCruise",
+     .completion = kFirstProfile,
+     .steps = {{{BuildDelCruise, "ptz", &kSetDelCruiseResult}}}},
+    {.name = "startCruise",
+     .completion = kFirstProfile,
+     .steps = {{{BuildStartCruise, "ptz", &kSetStartCruiseResult}}}},
+    {.name = "stopCruise",
+     .completion = kFirstProfile,
+     .steps = {{{BuildStopCruise, "ptz", &kSetStopCruiseResult}}}},
+    {.name = "pauseCruise",
+     .completion = kFirstProfile,
+     .steps = {{{BuildPauseCruise, "ptz", &kSetPauseCruiseResult}}}},
+    {.name = "ptz3dcontrol", .steps = {{{BuildPtz3dControl, "ptz"}}}},
 };
 
 }  // namespace

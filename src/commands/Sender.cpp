@@ -66,8 +66,8 @@ int SendLoop(ICommandSession& session, const CommandRow& row, const CommandSteps
         if (overItems) {
             Append(each, "encodeToken", profile->videoEncoderConfigurationToken);
         }
-        loopStatus =
-            SendSteps(session, steps, {command, profile, each}, ToInt(TextOf(index)), result);
+        loopStatus = SendSteps(session, steps, {command, profile, each, session.SpeedRanges()},
+                               ToInt(TextOf(index)), result);
         if (loopStatus != status::kSuccess) {
             break;
         }
@@ -90,7 +90,7 @@ int SendCommand(ICommandSession& session, const CommandRow& row, XMLElement* com
         return SendLoop(session, row, steps, *profiles, command, result);
     }
     const MediaProfile* first = profiles->empty() ? nullptr : &profiles->front();
-    return SendSteps(session, steps, {command, first, nullptr}, 0, result);
+    return SendSteps(session, steps, {command, first, nullptr, session.SpeedRanges()}, 0, result);
 }
 
 const MediaProfile* SelectProfile(const ProfileList& profiles, const XMLElement* index) {

@@ -22,6 +22,24 @@ std::string BuildGetVideoEncoderOptions20(const CommandRequest& request);
 // PtzRequests.cpp
 /// GetConfigurationOptions of the PTZ service.
 std::string BuildGetPtzOptions(const std::string& ptzConfigurationToken);
+/// Percents of the full speed become velocities in the device's ranges.
+std::string BuildContinuousMove(const CommandRequest& request);
+std::string BuildPtzStop(const CommandRequest& request);
+std::string BuildPtz3dControl(const CommandRequest& request);
+
+// PresetRequests.cpp: presets, and tours from one to the next ("cruises")
+std::string BuildGetPresets(const CommandRequest& request);
+std::string BuildAddPreset(const CommandRequest& request);
+std::string BuildModifyPresetName(const CommandRequest& request);
+std::string BuildRemovePreset(const CommandRequest& request);
+std::string BuildGotoPreset(const CommandRequest& request);
+std::string BuildGetCruises(const CommandRequest& request);
+std::string BuildAddCruise(const CommandRequest& request);
+std::string BuildModifyCruise(const CommandRequest& request);
+std::string BuildDelCruise(const CommandRequest&);
+std::string BuildStartCruise(const CommandRequest& request);
+std::string BuildStopCruise(const CommandRequest& request);
+std::string BuildPauseCruise(const CommandRequest& request);
 
 // ImagingRequests.cpp
 std::string BuildGetMoveOptions(const std::string& videoSourceToken);

@@ -12,6 +12,16 @@ inline constexpr ResultFrame kSetNetworkProtocolsResult = {"SetResponse", "netwo
 inline constexpr ResultFrame kSetDateAndTimeResult = {"SetResponse", "dateAndTime"};
 inline constexpr ResultFrame kSetRelayOutputSettingsResult = {"SetResponse", "alarmout"};
 inline constexpr ResultFrame kSetRelayOutputStateResult = {"SetResponse", "manualAlarmout"};
+inline constexpr ResultFrame kSetContinuousMoveResult = {"SetResponse", "continuousMove"};
+inline constexpr ResultFrame kSetPtzStopResult = {"SetResponse", "ptzStop"};
+inline constexpr ResultFrame kSetModifyPresetNameResult = {"SetResponse", "modifyPresetName"};
+inline constexpr ResultFrame kSetRemovePresetResult = {"SetResponse", "removePreset"};
+inline constexpr ResultFrame kSetGotoPresetResult = {"SetResponse", "gotoPreset"};
+inline constexpr ResultFrame kSetModifyCruiseResult = {"SetResponse", "modifyCruise"};
+inline constexpr ResultFrame kSetDelCruiseResult = {"SetResponse", "delCruise"};
+inline constexpr ResultFrame kSetStartCruiseResult = {"SetResponse", "startCruise"};
+inline constexpr ResultFrame kSetStopCruiseResult = {"SetResponse", "stopCruise"};
+inline constexpr ResultFrame kSetPauseCruiseResult = {"SetResponse", "pauseCruise"};
 
 }  // namespace onvif_client
 

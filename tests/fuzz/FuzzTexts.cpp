@@ -30,6 +30,7 @@ class CEchoSession final : public ICommandSession {
         return services;
     }
     bool HasMedia2() const override { return reply_.size() % 2 == 0; }
+    PtzRanges SpeedRanges() const override { return {}; }
     Reply Exchange(const SignedRequest&) override { return {0, reply_}; }
 
  private:

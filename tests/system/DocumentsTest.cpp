@@ -11,7 +11,8 @@ namespace {
 
 using tinyxml2::XMLElement;
 
-/// The XML blocks of docs/commands.md: request, result, request, result ...
+/// The XML blocks of docs/commands.md: a request, its result, the next request ... A request that
+/// has no result stands alone.
 std::vector<std::string> Examples() {
     std::ifstream stream(DOCUMENTS_FOLDER "/commands.md");
     std::string text(std::istreambuf_iterator<char>(stream), {});
@@ -56,18 +57,21 @@ TEST(Documents, TheExamplesGiveTheResultsThatStandBesideThem) {
     camera_sim::Camera& camera = host.Add({});
     const std::vector<std::string> examples = Examples();
     ASSERT_GE(examples.size(), 32U);
-    ASSERT_EQ(examples.size() % 2, 0U);
-    for (std::size_t i = 0; i < examples.size(); i += 2) {
+    for (std::size_t i = 0; i < examples.size(); ++i) {
         const unsigned int id = Login(camera);  // every example finds the clock set
         char* response = nullptr;
         int length = 0;
         const bool success = examples[i].starts_with("<Get")
                                  ? ONVIF_CLIENT_GetCfg(id, examples[i].c_str(), response, &length)
                                  : ONVIF_CLIENT_SetCfg(id, examples[i].c_str(), response);
-        ASSERT_TRUE(success) << examples[i];
+        const bool hasResult = i + 1 < examples.size() && examples[i + 1].starts_with("<?xml");
+        ASSERT_EQ(success, hasResult) << examples[i];
+        if (!hasResult) {
+            continue;
+        }
         tinyxml2::XMLDocument documented;
         tinyxml2::XMLDocument real;
-        ASSERT_EQ(documented.Parse(examples[i + 1].c_str()), tinyxml2::XML_SUCCESS) << examples[i];
+        ASSERT_EQ(documented.Parse(examples[++i].c_str()), tinyxml2::XML_SUCCESS);
         ASSERT_EQ(real.Parse(response), tinyxml2::XML_SUCCESS);
         ExpectSame(documented.RootElement(), real.RootElement());
         ONVIF_CLIENT_DelResponseBuff(response);

@@ -17,6 +17,7 @@ class CScriptedSession final : public ICommandSession {
     }
     ServiceTable Services() const override { return {{"device", "d"}, {"ptz", ""}}; }
     bool HasMedia2() const override { return media2; }
+    PtzRanges SpeedRanges() const override { return {}; }
     Reply Exchange(const SignedRequest& request) override {
         log += std::string(request.envelope) + (request.clock == SigningClock::kDevice ? "*" : "") +
                "@" + std::string(request.serviceKey) + " ";
