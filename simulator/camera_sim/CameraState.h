@@ -10,6 +10,8 @@
 #include <utility>
 #include <vector>
 
+#include "camera_sim/ImagingState.h"
+
 namespace camera_sim {
 
 struct DeviceInformation {
@@ -109,6 +111,8 @@ struct VideoSource {
     std::string token;
     Resolution resolution;
     bool motorizedFocus = false;
+    ImagingSettings imaging{};
+    FocusLens lens{};
 };
 
 struct VideoSourceConfiguration {

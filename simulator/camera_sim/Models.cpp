@@ -49,7 +49,7 @@ void AddStreams(Media& media, const std::vector<Stream>& streams, bool audio) {
 Media MakeMedia(Resolution sensor, bool motorizedFocus) {
     constexpr Resolution kCells{22, 18};
     Media media;
-    media.videoSources.push_back({"VideoSource_1", sensor, motorizedFocus});
+    media.videoSources.push_back({"VideoSource_1", sensor, motorizedFocus, {}, {}});
     media.videoSourceConfigurations.push_back(
         {"VideoSourceConfig_1", "Sensor", "VideoSource_1", sensor});
     media.analytics.push_back(

@@ -1,7 +1,6 @@
 // PTZ service.
 #include <algorithm>
 #include <array>
-#include <charconv>
 #include <utility>
 
 #include "camera_sim/MediaElements.h"
@@ -50,12 +49,8 @@ std::chrono::steady_clock::time_point Now() {
 std::optional<double> ReadShare(const XmlElement* element, const char* attribute) {
     const char* text = element == nullptr ? nullptr : element->Attribute(attribute);
     if (text == nullptr) return std::nullopt;
-    double value = 0;
-    const std::string_view view(text);
-    const auto [end, error] = std::from_chars(view.data(), view.data() + view.size(), value);
-    if (error != std::errc() || end != view.data() + view.size() || value < -1 || value > 1)
-        return std::nullopt;
-    return value;
+    const auto value = ToDouble(text);
+    return value && *value >= -1 && *value <= 1 ? value : std::nullopt;
 }
 
 /// The fault for a profile that cannot move; nothing for one that can.

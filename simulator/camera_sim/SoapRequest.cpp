@@ -1,6 +1,7 @@
 #include "camera_sim/SoapRequest.h"
 
 #include <charconv>
+#include <cmath>
 
 #include "camera_sim/Namespaces.h"
 
@@ -61,6 +62,14 @@ std::optional<int> ToInt(std::string_view text) {
     int value = 0;
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
     if (error != std::errc() || end != text.data() + text.size()) return std::nullopt;
+    return value;
+}
+
+std::optional<double> ToDouble(std::string_view text) {
+    double value = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
+    if (error != std::errc() || end != text.data() + text.size() || !std::isfinite(value))
+        return std::nullopt;
     return value;
 }
 

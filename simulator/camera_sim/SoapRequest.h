@@ -28,6 +28,8 @@ std::string_view ChildText(const XmlElement* parent, std::string_view localName)
 
 /// Nothing unless the whole text is such a value.
 std::optional<int> ToInt(std::string_view text);
+/// Finite numbers only.
+std::optional<double> ToDouble(std::string_view text);
 std::optional<bool> ToBool(std::string_view text);
 
 /// A received envelope.
