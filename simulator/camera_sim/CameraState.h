@@ -186,6 +186,20 @@ struct MetadataConfiguration {
     Multicast multicast;
 };
 
+/// A text on the picture.
+struct Osd {
+    std::string token;
+    std::string source;                  ///< a video source configuration
+    std::string position = "UpperLeft";  ///< a corner, or "Custom"
+    double x = 0;                        ///< where a custom text stands, -1 to 1 left to right
+    double y = 0;                        ///< the same bottom to top
+    std::string textType = "Plain";      ///< "Plain", "Date", "Time" or "DateAndTime"
+    std::string plainText;
+    std::string dateFormat = "MM/dd/yyyy";
+    std::string timeFormat = "HH:mm:ss";
+    std::optional<std::string> channelName;  ///< a vendor's addition, kept as it came
+};
+
 /// A media profile: the tokens of its configurations, empty where there is none.
 struct Profile {
     std::string token;
@@ -210,6 +224,8 @@ struct Media {
     std::vector<PtzConfiguration> ptz;
     std::vector<MetadataConfiguration> metadata;
     std::vector<Profile> profiles;
+    std::vector<Osd> osds;
+    int lastOsdNumber = 0;  ///< for the tokens of new ones
 };
 
 struct PtzPosition {

@@ -92,6 +92,14 @@ PtzHead MakeHead() {
     return head;
 }
 
+void AddOsd(Media& media, const std::string& text) {
+    Osd osd;
+    osd.token = "OSD_" + std::to_string(++media.lastOsdNumber);
+    osd.source = media.videoSourceConfigurations.front().token;
+    osd.plainText = text;
+    media.osds.push_back(std::move(osd));
+}
+
 Network MakeNetwork(const std::string& hostname, const std::string& hwAddress) {
     NetworkInterface interface;
     interface.token = "eth0";
@@ -123,6 +131,7 @@ CameraState MakeDome() {
                 {"SubStream", "H264", {704, 576}, 25, 768},
                 {"MobileStream", "JPEG", {352, 288}, 10, 512}},
                true);
+    AddOsd(state.media, state.information.model);
     return state;
 }
 

@@ -18,6 +18,7 @@ constexpr std::array kGroups = {
     OperationGroup{Ns::kDevice, RelayOperations},
     OperationGroup{Ns::kDeviceIo, DeviceIoOperations},
     OperationGroup{Ns::kMedia, MediaOperations},
+    OperationGroup{Ns::kMedia, OsdOperations},
     OperationGroup{Ns::kMedia2, Media2Operations},
     OperationGroup{Ns::kPtz, PtzOperations},
     OperationGroup{Ns::kImaging, ImagingOperations},

@@ -63,6 +63,7 @@ std::span<const Operation> DeviceNetworkOperations();
 std::span<const Operation> RelayOperations();
 std::span<const Operation> DeviceIoOperations();
 std::span<const Operation> MediaOperations();
+std::span<const Operation> OsdOperations();
 std::span<const Operation> Media2Operations();
 std::span<const Operation> PtzOperations();
 std::span<const Operation> ImagingOperations();
