@@ -11,7 +11,6 @@ namespace {
 
 constexpr std::size_t kRememberedNonces = 10000;
 constexpr std::size_t kLongestNonce = 1024;
-constexpr std::size_t kSha1Size = 20;
 
 const unsigned char* Bytes(std::string_view text) {
     return reinterpret_cast<const unsigned char*>(text.data());
@@ -39,9 +38,16 @@ std::string PasswordDigest(std::string_view nonce, std::string_view created,
     std::array<unsigned char, EVP_MAX_MD_SIZE> digest{};
     unsigned size = 0;
     EVP_Digest(input.data(), input.size(), digest.data(), &size, EVP_sha1(), nullptr);
-    std::array<unsigned char, kSha1Size * 2> text{};
-    const int length = EVP_EncodeBlock(text.data(), digest.data(), kSha1Size);
-    return {reinterpret_cast<const char*>(text.data()), static_cast<std::size_t>(length)};
+    return EncodeBase64({reinterpret_cast<const char*>(digest.data()), size});
+}
+
+std::string EncodeBase64(std::string_view bytes) {
+    // One character more, for the zero byte that the encoder adds.
+    std::string text((bytes.size() + 2) / 3 * 4 + 1, '\0');
+    EVP_EncodeBlock(reinterpret_cast<unsigned char*>(text.data()), Bytes(bytes),
+                    static_cast<int>(bytes.size()));
+    text.pop_back();
+    return text;
 }
 
 std::optional<std::string> DecodeBase64(std::string_view text) {

@@ -19,6 +19,7 @@ namespace camera_sim {
 /// Base64 (SHA-1 (nonce, created, password)), the nonce as bytes.
 std::string PasswordDigest(std::string_view nonce, std::string_view created,
                            std::string_view password);
+std::string EncodeBase64(std::string_view bytes);
 /// Nothing when @p text is not Base64.
 std::optional<std::string> DecodeBase64(std::string_view text);
 /// The point in time that a UTC dateTime ("2024-05-06T07:08:09Z", fractions allowed) names.

@@ -150,12 +150,23 @@ struct AudioEncoder {
     Multicast multicast;
 };
 
+/// How the cells lie on the picture, from -1 to 1 either way.
+struct PictureVector {
+    double x = 0;
+    double y = 0;
+};
+struct CellTransformation {
+    PictureVector translate{-1, -1};
+    PictureVector scale;
+};
+
 /// One analytics module or rule.
 struct AnalyticsItem {
     std::string name;
     std::string type;  ///< local name in the schema namespace, e.g. "CellMotionEngine"
     std::vector<std::pair<std::string, std::string>> parameters;
     std::optional<Resolution> cells;  ///< columns and rows of a cell layout
+    std::optional<CellTransformation> transformation{};  ///< unset: the cells fill the picture
 };
 
 struct AnalyticsConfiguration {

@@ -7,25 +7,33 @@ namespace {
 
 using Scope = XmlWriter::Scope;
 
-void WriteCellLayout(XmlWriter& out, Resolution cells) {
+void WriteVector(XmlWriter& out, std::string_view name, const PictureVector& vector) {
+    const Scope element(out, Ns::kSchema, name);
+    out.Attribute("x", XmlWriter::NumberText(vector.x));
+    out.Attribute("y", XmlWriter::NumberText(vector.y));
+}
+
+void WriteCellLayout(XmlWriter& out, const AnalyticsItem& module) {
     const Scope item(out, Ns::kSchema, "ElementItem");
     out.Attribute("Name", "Layout");
     const Scope layout(out, Ns::kSchema, "CellLayout");
-    out.Attribute("Columns", cells.width);
-    out.Attribute("Rows", cells.height);
+    out.Attribute("Columns", module.cells->width);
+    out.Attribute("Rows", module.cells->height);
+    const CellTransformation cells = TransformationOf(module);
     const Scope transformation(out, Ns::kSchema, "Transformation");
-    {
-        const Scope translate(out, Ns::kSchema, "Translate");
-        out.Attribute("x", "-1");
-        out.Attribute("y", "-1");
-    }
-    const Scope scale(out, Ns::kSchema, "Scale");
-    out.Attribute("x", XmlWriter::NumberText(2.0 / cells.width));
-    out.Attribute("y", XmlWriter::NumberText(2.0 / cells.height));
+    WriteVector(out, "Translate", cells.translate);
+    WriteVector(out, "Scale", cells.scale);
 }
 
-void WriteAnalyticsItem(XmlWriter& out, std::string_view name, const AnalyticsItem& item) {
-    const Scope element(out, Ns::kSchema, name);
+}  // namespace
+
+CellTransformation TransformationOf(const AnalyticsItem& item) {
+    return item.transformation.value_or(
+        CellTransformation{{-1, -1}, {2.0 / item.cells->width, 2.0 / item.cells->height}});
+}
+
+void WriteAnalyticsItem(XmlWriter& out, Ns ns, std::string_view name, const AnalyticsItem& item) {
+    const Scope element(out, ns, name);
     out.Attribute("Name", item.name);
     out.Attribute("Type", out.QualifiedName(Ns::kSchema, item.type));
     const Scope parameters(out, Ns::kSchema, "Parameters");
@@ -34,10 +42,8 @@ void WriteAnalyticsItem(XmlWriter& out, std::string_view name, const AnalyticsIt
         out.Attribute("Name", key);
         out.Attribute("Value", value);
     }
-    if (item.cells) WriteCellLayout(out, *item.cells);
+    if (item.cells) WriteCellLayout(out, item);
 }
-
-}  // namespace
 
 int UseCount(const Media& media, std::string Profile::*member, std::string_view token) {
     return static_cast<int>(
@@ -110,10 +116,11 @@ void WriteAnalytics(XmlWriter& out, Ns ns, std::string_view name, const Media& m
     {
         const Scope modules(out, Ns::kSchema, "AnalyticsEngineConfiguration");
         for (const AnalyticsItem& item : configuration.modules)
-            WriteAnalyticsItem(out, "AnalyticsModule", item);
+            WriteAnalyticsItem(out, Ns::kSchema, "AnalyticsModule", item);
     }
     const Scope rules(out, Ns::kSchema, "RuleEngineConfiguration");
-    for (const AnalyticsItem& item : configuration.rules) WriteAnalyticsItem(out, "Rule", item);
+    for (const AnalyticsItem& item : configuration.rules)
+        WriteAnalyticsItem(out, Ns::kSchema, "Rule", item);
 }
 
 void WritePtz(XmlWriter& out, Ns ns, std::string_view name, const Media& media,

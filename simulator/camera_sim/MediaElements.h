@@ -29,6 +29,9 @@ void WriteAudioSource(XmlWriter& out, Ns ns, std::string_view name, const Media&
                       const AudioSourceConfiguration& configuration);
 void WriteAnalytics(XmlWriter& out, Ns ns, std::string_view name, const Media& media,
                     const AnalyticsConfiguration& configuration);
+/// Only for an item that has cells.
+CellTransformation TransformationOf(const AnalyticsItem& item);
+void WriteAnalyticsItem(XmlWriter& out, Ns ns, std::string_view name, const AnalyticsItem& item);
 void WritePtz(XmlWriter& out, Ns ns, std::string_view name, const Media& media,
               const PtzConfiguration& configuration);
 void WriteMetadata(XmlWriter& out, Ns ns, std::string_view name, const Media& media,

@@ -2,6 +2,8 @@
 
 #include <array>
 
+#include "camera_sim/ActiveCells.h"
+
 using namespace std::chrono_literals;
 
 namespace camera_sim {
@@ -46,6 +48,19 @@ void AddStreams(Media& media, const std::vector<Stream>& streams, bool audio) {
     }
 }
 
+/// The cells in the middle half of the picture, either way.
+Cells MiddleOf(Resolution layout) {
+    Cells cells;
+    for (int row = 0; row < layout.height; ++row) {
+        for (int column = 0; column < layout.width; ++column) {
+            const bool inside = 4 * row >= layout.height && 4 * row < 3 * layout.height &&
+                                4 * column >= layout.width && 4 * column < 3 * layout.width;
+            cells.push_back(inside);
+        }
+    }
+    return cells;
+}
+
 Media MakeMedia(Resolution sensor, bool motorizedFocus) {
     constexpr Resolution kCells{22, 18};
     Media media;
@@ -55,14 +70,15 @@ Media MakeMedia(Resolution sensor, bool motorizedFocus) {
     media.analytics.push_back(
         {"Analytics_1",
          "Analytics",
-         {{"CellMotion", "CellMotionEngine", {{"Sensitivity", "60"}}, kCells}},
+         {{"CellMotion", "CellMotionEngine", {{"Sensitivity", "60"}}, kCells, {}}},
          {{"MotionRule",
            "CellMotionDetector",
            {{"MinCount", "5"},
             {"AlarmOnDelay", "100"},
             {"AlarmOffDelay", "100"},
-            {"ActiveCells", "zwA="}},
-           std::nullopt}}});
+            {"ActiveCells", EncodeCells(MiddleOf(kCells))}},
+           {},
+           {}}}});
     media.metadata.push_back({"Metadata_1", "Metadata", {"239.255.42.100", 32100, 16}});
     return media;
 }

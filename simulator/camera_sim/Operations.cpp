@@ -22,6 +22,7 @@ constexpr std::array kGroups = {
     OperationGroup{Ns::kMedia2, Media2Operations},
     OperationGroup{Ns::kPtz, PtzOperations},
     OperationGroup{Ns::kImaging, ImagingOperations},
+    OperationGroup{Ns::kAnalytics, AnalyticsOperations},
 };
 
 void Replace(std::string& text, std::string_view placeholder, std::string_view value) {

@@ -67,6 +67,7 @@ std::span<const Operation> OsdOperations();
 std::span<const Operation> Media2Operations();
 std::span<const Operation> PtzOperations();
 std::span<const Operation> ImagingOperations();
+std::span<const Operation> AnalyticsOperations();
 
 /// Null when there is none. A service that the camera does not offer has no operations.
 const Operation* FindOperation(const CameraOptions& options, Ns ns, std::string_view name);
