@@ -6,6 +6,7 @@
 #include <cstdio>
 #include <exception>
 #include <iostream>
+#include <map>
 #include <string>
 #include <thread>
 #include <utility>
@@ -57,6 +58,7 @@ void AddFlags(CLI::App& app, Arguments& arguments) {
 }
 
 void AddOptions(CLI::App& app, Arguments& arguments) {
+    using camera_sim::HttpScheme;
     auto& camera = arguments.camera;
     app.add_option("--model", camera.model, "dome or fixed")
         ->check(CLI::IsMember({"dome", "fixed"}))
@@ -83,6 +85,18 @@ void AddOptions(CLI::App& app, Arguments& arguments) {
         ->check(CLI::IsMember(camera_sim::PrefixStyleNames()))
         ->capture_default_str();
     app.add_option("--address", camera.addressShape, "form of the advertised addresses")
+        ->capture_default_str();
+    const std::map<std::string, HttpScheme> schemes = {{"none", HttpScheme::kNone},
+                                                       {"basic", HttpScheme::kBasic},
+                                                       {"digest", HttpScheme::kDigest}};
+    app.add_option("--snapshot-auth", camera.snapshotAuthentication,
+                   "none, basic or digest; otherwise as the model has it")
+        ->transform(CLI::CheckedTransformer(schemes).description("{none,basic,digest}"));
+    app.add_option("--snapshot-realm", camera.snapshotRealm)->capture_default_str();
+    app.add_option("--snapshot-qop", camera.snapshotQop, "auth, auth,auth-int or empty")
+        ->capture_default_str();
+    app.add_option("--snapshot-address", camera.snapshotAddressShape,
+                   "form of the pictures' addresses")
         ->capture_default_str();
     app.add_option("--fault", arguments.faults, "a misbehaviour, see below; may be repeated")
         ->allow_extra_args(false);

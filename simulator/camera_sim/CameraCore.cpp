@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <utility>
 
+#include "camera_sim/Snapshot.h"
+
 namespace camera_sim {
 namespace {
 
@@ -37,17 +39,17 @@ CameraCore::CameraCore(CameraOptions options, CameraState state, const PrefixSty
     : options_(std::move(options)),
       style_(style),
       state_(std::move(state)),
-      authenticator_(options_.createdWindow, options_.refuseReplays) {}
+      authenticator_(options_.createdWindow, options_.refuseReplays),
+      snapshotAuthenticator_(SnapshotAuthentication(options_)) {}
 
 Reply CameraCore::Handle(HttpRequest request) {
-    Understood understood{SoapRequest(request.body),
-                          request.method == "POST",
-                          PathOf(request.target),
-                          {},
-                          {},
-                          {},
-                          {}};
-    if (const XmlElement* operation = understood.soap.Operation()) {
+    Understood understood{
+        SoapRequest(request.body),        request.method, PathOf(request.target), {}, {}, {}, {},
+        IsSnapshotRequest(request.target)};
+    if (understood.isSnapshot) {
+        understood.service = kSnapshotService;
+        understood.operation = kSnapshotOperation;
+    } else if (const XmlElement* operation = understood.soap.Operation()) {
         understood.ns = FindNamespace(NamespaceUri(*operation));
         understood.operation = LocalName(*operation);
         if (understood.ns) understood.service = NamespaceOf(*understood.ns).usualPrefix;
@@ -55,8 +57,7 @@ Reply CameraCore::Handle(HttpRequest request) {
 
     const std::scoped_lock guard(lock_);
     CountLocked(understood);
-    understood.credentials = authenticator_.Check(understood.soap.Header(), state_.user,
-                                                  SystemTime() + state_.clock.offset);
+    CheckCredentialsLocked(request, understood);
     const auto fault = faults_.Take(understood.service, understood.operation);
     Reply reply =
         fault ? DisturbLocked(understood, *fault) : AnswerLocked(understood, options_.xmlProlog);
@@ -67,9 +68,31 @@ Reply CameraCore::Handle(HttpRequest request) {
     return reply;
 }
 
+void CameraCore::CheckCredentialsLocked(const HttpRequest& http, Understood& request) {
+    if (!request.isSnapshot) {
+        request.credentials = authenticator_.Check(request.soap.Header(), state_.user,
+                                                   SystemTime() + state_.clock.offset);
+        return;
+    }
+    auto result = snapshotAuthenticator_.Check(http, state_.user, std::chrono::steady_clock::now());
+    request.credentials = std::move(result.credentials);
+    request.staleNonce = result.stale;
+}
+
+Reply CameraCore::AnswerSnapshotLocked(const Understood& request) {
+    const SnapshotTime time{SystemTime(), std::chrono::steady_clock::now()};
+    if (request.credentials.valid)
+        return SnapshotReply(state_, options_, request.method, request.path, time);
+    const std::string field =
+        "WWW-Authenticate: " + snapshotAuthenticator_.Challenge(request.staleNonce, time.steady) +
+        "\r\n";
+    return HttpReply(401, field, {}, {});
+}
+
 Reply CameraCore::AnswerLocked(const Understood& request, bool xmlProlog) {
+    if (request.isSnapshot) return AnswerSnapshotLocked(request);
     if (!IsServicePath(request.path)) return HttpReply(404);
-    if (!request.isPost) return HttpReply(405);
+    if (request.method != "POST") return HttpReply(405);
     XmlWriter out(style_, options_.prettyXml);
     if (const Answer fault = RunLocked(request, out)) return FaultReply(*fault, xmlProlog);
     return HttpReply(200, kSoapType, out.Envelope(xmlProlog));
@@ -137,7 +160,7 @@ Reply CameraCore::DisturbLocked(const Understood& request, const Fault& fault) {
             reply = FaultReply(fault.soapFault, options_.xmlProlog);
             break;
         case Kind::kUnauthorized:
-            reply = HttpReply(401);
+            reply = request.isSnapshot ? HttpReply(401, {}, {}, {}) : HttpReply(401);
             break;
         case Kind::kRawReply:
             reply.bytes = fault.reply;

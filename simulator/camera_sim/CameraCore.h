@@ -16,6 +16,7 @@
 #include "camera_sim/CameraSim.h"
 #include "camera_sim/FaultPlan.h"
 #include "camera_sim/Http.h"
+#include "camera_sim/HttpAuthentication.h"
 #include "camera_sim/Operations.h"
 
 namespace camera_sim {
@@ -47,13 +48,18 @@ class CameraCore {
     /// A request as far as it could be read.
     struct Understood {
         SoapRequest soap;
-        bool isPost = false;
+        std::string_view method;
         std::string_view path;
         std::optional<Ns> ns;
         std::string_view service;
         std::string_view operation;
         Credentials credentials;
+        bool isSnapshot = false;
+        bool staleNonce = false;  ///< of a snapshot's credentials
     };
+
+    void CheckCredentialsLocked(const HttpRequest& http, Understood& request);
+    Reply AnswerSnapshotLocked(const Understood& request);
 
     Reply AnswerLocked(const Understood& request, bool xmlProlog);
     Reply DisturbLocked(const Understood& request, const Fault& fault);
@@ -71,6 +77,7 @@ class CameraCore {
     mutable std::mutex lock_;  // guards everything below; leaf
     CameraState state_;
     Authenticator authenticator_;
+    HttpAuthenticator snapshotAuthenticator_;
     FaultPlan faults_;
     Counters counters_;
     std::deque<RecordedRequest> requests_;

@@ -10,7 +10,8 @@
 /// The camera checks authentication by itself, answers with documents that the official schemas
 /// accept and does not validate what it receives beyond what it needs. A refused change leaves its
 /// state as it was. Every answer ends its connection. Besides the services under /onvif/ it serves
-/// control requests under /control/; GET /control/ lists them.
+/// a picture of each profile under /snapshot/ and control requests under /control/, which GET
+/// /control/ lists.
 ///
 /// Threads: everything here may be called from any thread, except the destruction of a CameraHost,
 /// which must be the last call to it and its cameras.
@@ -30,6 +31,9 @@
 #include "camera_sim/CameraState.h"
 
 namespace camera_sim {
+
+/// How a camera protects its pictures.
+enum class HttpScheme { kNone, kBasic, kDigest };
 
 /// How a camera is made. What a Set operation can change afterwards is in CameraState.
 struct CameraOptions {
@@ -66,7 +70,16 @@ struct CameraOptions {
     /// Advertised service addresses; {host}, {port} and {path} are replaced. Without {path} every
     /// service answers at "/" too.
     std::string addressShape = "http://{host}:{port}{path}";
-    /// False: any service answers at any path outside /control/.
+    /// The address of a picture; {host}, {port} and {path} (/snapshot/PROFILE) are replaced.
+    std::string snapshotAddressShape = "http://{host}:{port}{path}";
+    /// Unset: dome has Digest (MD5), fixed Basic. Without a user there is never any.
+    std::optional<HttpScheme> snapshotAuthentication{};
+    std::string snapshotRealm = "onvif-camera-sim";  ///< any text, commas and quotes included
+    std::string snapshotQop = "auth";  ///< of Digest: also "auth,auth-int"; empty: none offered
+    /// A nonce is good for that long and for that many requests (0: any number).
+    std::chrono::seconds snapshotNonceLifetime{300};
+    std::uint32_t snapshotNonceUses = 0;
+    /// False: any service answers at any path outside /control/ and /snapshot/.
     bool strictPaths = true;
     /// How many requests are kept as evidence (the oldest go first; also at most 16 MiB).
     std::size_t recordLimit = 1000;
@@ -84,7 +97,8 @@ struct SoapFault {
     std::string reason{};
 };
 
-/// A misbehaviour that meets requests. Every kind waits `delay` first.
+/// A misbehaviour that meets requests. Every kind waits `delay` first. An HTTP 401 in place of a
+/// picture has no challenge.
 struct Fault {
     enum class Kind {
         kDelay,         ///< answers properly, only late
@@ -110,7 +124,8 @@ struct Fault {
 /// A fault and the requests that it meets.
 struct PlannedFault {
     /// An operation ("GetProfiles"), an operation of one service by its usual prefix
-    /// ("tr2:GetProfiles"), or "*" for all requests, unreadable ones included.
+    /// ("tr2:GetProfiles"), "http:snapshot" for pictures, or "*" for all requests, unreadable ones
+    /// included.
     std::string operation;
     Fault fault;
 };
@@ -122,7 +137,7 @@ std::string_view FaultSyntax();
 
 /// Evidence of one request.
 struct RecordedRequest {
-    std::string service;    ///< the usual prefix of the operation's namespace, e.g. "tds"
+    std::string service;    ///< usual prefix of the operation's namespace, "tds"; pictures: "http"
     std::string operation;  ///< empty when the request could not be read
     std::string path;
     std::string head;  ///< request line and header fields as received, with the empty line

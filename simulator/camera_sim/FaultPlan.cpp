@@ -101,7 +101,8 @@ constexpr std::array kKinds = {
 
 std::string_view FaultSyntax() {
     return R"(OPERATION[@COUNT]=KIND[:ARGUMENT]
-OPERATION is a name (GetProfiles), one of one service (tr2:GetProfiles) or * for all requests.
+OPERATION is a name (GetProfiles), one of one service (tr2:GetProfiles), http:snapshot
+for pictures or * for all requests.
 COUNT is how many requests it meets; all when it is left out.
   delay:MS             answer late
   silence[:MS]         never answer, keep the connection open

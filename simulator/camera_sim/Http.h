@@ -13,7 +13,8 @@ namespace camera_sim {
 struct HttpRequest {
     std::string method;
     std::string target;
-    std::string head;  ///< as received, with the empty line
+    std::string head;           ///< as received, with the empty line
+    std::string authorization;  ///< the value of that header field
     std::string body;
 };
 
@@ -32,7 +33,10 @@ inline constexpr std::string_view kSoapType = "application/soap+xml; charset=utf
 inline constexpr std::string_view kJsonType = "application/json";
 inline constexpr std::string_view kTextType = "text/plain; charset=utf-8";
 
-/// A complete message that ends the connection.
+/// A complete message that ends the connection. @p fields are whole header lines.
+Reply HttpReply(unsigned status, std::string_view fields, std::string_view contentType,
+                std::string_view body);
+/// The same with the fields that the status needs.
 Reply HttpReply(unsigned status, std::string_view contentType, std::string_view body);
 /// The same without a body.
 Reply HttpReply(unsigned status);

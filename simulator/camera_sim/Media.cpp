@@ -107,6 +107,18 @@ Answer GetStreamUri(Call& call) {
     return kDone;
 }
 
+Answer GetSnapshotUri(Call& call) {
+    const auto* profile = FindByToken(call.state.media.profiles, call.Argument("ProfileToken"));
+    if (profile == nullptr) return InvalidArgument("NoProfile", "No such profile");
+    if (profile->videoEncoder.empty()) return IncompleteProfile();
+    const Scope uri(call.out, Ns::kMedia, "MediaUri");
+    call.out.Element(Ns::kSchema, "Uri", AdvertisedSnapshot(call.options, *profile));
+    call.out.Element(Ns::kSchema, "InvalidAfterConnect", false);
+    call.out.Element(Ns::kSchema, "InvalidAfterReboot", false);
+    call.out.Element(Ns::kSchema, "Timeout", kSessionTimeout);
+    return kDone;
+}
+
 Answer GetVideoEncoderConfiguration(Call& call) {
     const Media& media = call.state.media;
     const auto* encoder = FindByToken(media.videoEncoders, call.Argument("ConfigurationToken"));
@@ -150,6 +162,7 @@ constexpr std::array kOperations = {
     Operation{"GetProfiles", GetProfiles},
     Operation{"GetProfile", GetProfile},
     Operation{"GetStreamUri", GetStreamUri},
+    Operation{"GetSnapshotUri", GetSnapshotUri},
     Operation{"GetVideoEncoderConfiguration", GetVideoEncoderConfiguration},
     Operation{"GetVideoEncoderConfigurationOptions", GetVideoEncoderConfigurationOptions},
 };

@@ -105,6 +105,14 @@ Answer GetProfiles(Call& call) {
     return kDone;
 }
 
+Answer GetSnapshotUri(Call& call) {
+    const auto* profile = FindByToken(call.state.media.profiles, call.Argument("ProfileToken"));
+    if (profile == nullptr) return InvalidArgument("NoProfile", "No such profile");
+    if (profile->videoEncoder.empty()) return IncompleteProfile();
+    call.out.Element(Ns::kMedia2, "Uri", AdvertisedSnapshot(call.options, *profile));
+    return kDone;
+}
+
 /// A list separated by blanks.
 template <typename List, typename ToText>
 std::string Joined(const List& list, const ToText& toText) {
@@ -141,6 +149,7 @@ Answer GetVideoEncoderConfigurationOptions(Call& call) {
 
 constexpr std::array kOperations = {
     Operation{"GetProfiles", GetProfiles},
+    Operation{"GetSnapshotUri", GetSnapshotUri},
     Operation{"GetVideoEncoderConfigurationOptions", GetVideoEncoderConfigurationOptions},
 };
 

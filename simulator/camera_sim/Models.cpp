@@ -170,11 +170,12 @@ struct Model {
     CameraState (*make)();
     bool media2;
     bool ptz;
+    HttpScheme snapshotAuthentication;
 };
 
 constexpr std::array kModels = {
-    Model{"dome", MakeDome, true, true},
-    Model{"fixed", MakeFixed, false, false},
+    Model{"dome", MakeDome, true, true, HttpScheme::kDigest},
+    Model{"fixed", MakeFixed, false, false, HttpScheme::kBasic},
 };
 
 }  // namespace
@@ -192,6 +193,8 @@ std::optional<CameraState> MakeModel(CameraOptions& options) {
             AddPtz(state.media);
             state.ptz = MakeHead();
         }
+        options.snapshotAuthentication =
+            options.snapshotAuthentication.value_or(model.snapshotAuthentication);
         return state;
     }
     return std::nullopt;

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <array>
 
+#include "camera_sim/Snapshot.h"
+
 namespace camera_sim {
 namespace {
 
@@ -30,6 +32,13 @@ void Replace(std::string& text, std::string_view placeholder, std::string_view v
     if (position != std::string::npos) text.replace(position, placeholder.size(), value);
 }
 
+std::string FillIn(std::string address, std::uint16_t port, std::string_view path) {
+    Replace(address, "{host}", "127.0.0.1");
+    Replace(address, "{port}", std::to_string(port));
+    Replace(address, "{path}", path);
+    return address;
+}
+
 }  // namespace
 
 bool Offers(const CameraOptions& options, Ns ns) {
@@ -55,11 +64,11 @@ bool Offers(const CameraOptions& options, Ns ns) {
 }
 
 std::string AdvertisedAddress(const CameraOptions& options, const Service& service) {
-    std::string address = options.addressShape;
-    Replace(address, "{host}", "127.0.0.1");
-    Replace(address, "{port}", std::to_string(options.port));
-    Replace(address, "{path}", service.path);
-    return address;
+    return FillIn(options.addressShape, options.port, service.path);
+}
+
+std::string AdvertisedSnapshot(const CameraOptions& options, const Profile& profile) {
+    return FillIn(options.snapshotAddressShape, options.port, SnapshotPath(profile.token));
 }
 
 const Operation* FindOperation(const CameraOptions& options, Ns ns, std::string_view name) {
@@ -80,6 +89,10 @@ SoapFault InvalidArgument(std::string detailCode, std::string reason) {
 
 SoapFault NotSupported(std::string reason) {
     return {"Receiver", "ActionNotSupported", {}, std::move(reason)};
+}
+
+SoapFault IncompleteProfile() {
+    return {"Receiver", "Action", "IncompleteConfiguration", "The profile has no video encoder"};
 }
 
 SoapFault NotAuthorized() {

@@ -33,6 +33,9 @@ bool Offers(const CameraOptions& options, Ns ns);
 /// The service's address as the camera advertises it.
 std::string AdvertisedAddress(const CameraOptions& options, const Service& service);
 
+/// The address of a profile's picture.
+std::string AdvertisedSnapshot(const CameraOptions& options, const Profile& profile);
+
 /// What a handler gets.
 struct Call {
     CameraState& state;
@@ -74,6 +77,8 @@ const Operation* FindOperation(const CameraOptions& options, Ns ns, std::string_
 
 SoapFault InvalidArgument(std::string detailCode, std::string reason);
 SoapFault NotSupported(std::string reason);
+/// For a profile without what the operation needs.
+SoapFault IncompleteProfile();
 SoapFault NotAuthorized();
 void WriteFault(XmlWriter& out, const SoapFault& fault);
 

@@ -76,6 +76,7 @@ class Session : public std::enable_shared_from_this<Session> {
         const auto& head = parser.get();
         request_.method = std::string(head.method_string());
         request_.target = std::string(head.target());
+        request_.authorization = std::string(head["Authorization"]);
         request_.head = input_.substr(0, headSize);
         request_.body = input_.substr(headSize, length);
         unread_ = input_.size() > headSize + request_.body.size();
