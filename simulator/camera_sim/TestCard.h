@@ -30,13 +30,13 @@ struct MotionCells {
 
 /// What a test card shows.
 struct TestCard {
-    Resolution size;         ///< both sides from 1 to kLargestCardSide
+    Resolution size{};       ///< both sides from 1 to kLargestCardSide
     double brightness = 50;  ///< 0..100
-    std::string cameraName;
-    std::string clock;
-    std::vector<CardText> texts;
-    std::optional<PtzPosition> position;  ///< of a camera that can move: -1..1, zoom 0..1
-    std::optional<MotionCells> motion;
+    std::string cameraName{};
+    std::string clock{};
+    std::vector<CardText> texts{};
+    std::optional<PtzPosition> position{};  ///< of a camera that can move: -1..1, zoom 0..1
+    std::optional<MotionCells> motion{};
 };
 
 inline constexpr int kLargestCardSide = 640;

@@ -5,31 +5,12 @@
 #include <chrono>
 #include <string>
 #include <thread>
-#include <utility>
 #include <vector>
-// Asio uses std::exchange without including it.
-#include <boost/asio/io_context.hpp>
-#include <boost/asio/ip/tcp.hpp>
-#include <boost/asio/read.hpp>
-#include <boost/asio/write.hpp>
 
+#include "Exchange.h"
 #include "camera_sim/CameraSim.h"
 
 namespace {
-
-using boost::asio::ip::tcp;
-
-/// All that comes back until the camera closes.
-std::string Exchange(std::uint16_t port, const std::string& bytes) {
-    boost::asio::io_context io;
-    tcp::socket socket(io);
-    socket.connect(tcp::endpoint(boost::asio::ip::address_v4::loopback(), port));
-    boost::asio::write(socket, boost::asio::buffer(bytes));
-    std::string reply;
-    boost::system::error_code end;
-    boost::asio::read(socket, boost::asio::dynamic_buffer(reply), end);
-    return reply;
-}
 
 struct Token {
     std::string user = "user";

@@ -1,0 +1,373 @@
+// The pictures of the simulated camera: who gets them, and what they show.
+#include <gtest/gtest.h>
+#include <openssl/evp.h>
+
+#include <array>
+#include <cstdio>
+#include <cstdlib>
+#include <string>
+#include <vector>
+// The library's header uses what it does not include.
+#include <jpeglib.h>
+
+#include "Exchange.h"
+#include "camera_sim/CameraSim.h"
+#include "camera_sim/Snapshot.h"
+
+namespace {
+
+using camera_sim::HttpScheme;
+
+std::string Md5(const std::string& text) {
+    std::array<unsigned char, EVP_MAX_MD_SIZE> digest{};
+    unsigned size = 0;
+    EVP_Digest(text.data(), text.size(), digest.data(), &size, EVP_md5(), nullptr);
+    std::string hex;
+    for (unsigned i = 0; i < size; ++i) {
+        std::array<char, 3> digits{};
+        std::snprintf(digits.data(), digits.size(), "%02x", static_cast<unsigned>(digest[i]));
+        hex += digits.data();
+    }
+    return hex;
+}
+
+/// What stands between the quotes after @p name.
+std::string Quoted(const std::string& text, const std::string& name) {
+    const auto start = text.find(name + "=\"");
+    if (start == std::string::npos) return {};
+    const auto from = start + name.size() + 2;
+    return text.substr(from, text.find('"', from) - from);
+}
+
+/// What a client answers to a Digest challenge, with room for mistakes.
+struct Digest {
+    std::string user = "admin";
+    std::string password = "camera-1";
+    std::string realm = "Hall, north";
+    std::string uri = "/snapshot/Profile_1?size=full";
+    std::string qop = "auth";
+    std::string nc = "00000001";
+    std::string cnonce = "0a4f113b";
+    std::string nonce{};  // empty: the challenge's
+    std::string extra{};  // further fields, with a comma in front
+    std::string scheme = "Digest ";
+
+    std::string Response(const std::string& usedNonce) const {
+        const std::string bodyHash = qop == "auth-int" ? ":d41d8cd98f00b204e9800998ecf8427e" : "";
+        const std::string middle = qop.empty() ? ":" : ":" + nc + ":" + cnonce + ":" + qop + ":";
+        return Md5(Md5(user + ":" + realm + ":" + password) + ":" + usedNonce + middle +
+                   Md5("GET:" + uri + bodyHash));
+    }
+
+    std::string Header(const std::string& challengeNonce) const {
+        const std::string used = nonce.empty() ? challengeNonce : nonce;
+        std::string text = scheme + "username=\"" + user + "\", realm=\"" + realm + "\",nonce=\"" +
+                           used + "\", uri=\"" + uri + "\", response=\"" + Response(used) + "\"";
+        if (!qop.empty()) text += ", qop=" + qop + ", nc=" + nc + ", cnonce=\"" + cnonce + "\"";
+        return text + extra;
+    }
+};
+
+std::string Get(const camera_sim::Camera& camera, const std::string& authorization = "",
+                const std::string& target = "/snapshot/Profile_1?size=full") {
+    const std::string field =
+        authorization.empty() ? "" : "Authorization: " + authorization + "\r\n";
+    return Exchange(camera.Port(), "GET " + target + " HTTP/1.1\r\nHost: c\r\n" + field + "\r\n");
+}
+
+bool HasPicture(const std::string& reply) {
+    return reply.starts_with("HTTP/1.1 200 OK\r\n") &&
+           reply.find("\r\nContent-Type: image/jpeg\r\n") != std::string::npos;
+}
+
+TEST(Snapshot, ComputesDigestsAsPublished) {
+    const Digest published{.user = "Mufasa",
+                           .password = "Circle Of Life",
+                           .realm = "testrealm@host.com",
+                           .uri = "/dir/index.html"};
+    EXPECT_EQ(published.Response("dcd98b7102dd2f0e8b11d0f600bfb0c093"),
+              "6629fae49393a05397450978507c4ef1");
+}
+
+TEST(Snapshot, ChecksDigestCredentials) {
+    struct Case {
+        const char* name;
+        Digest digest;
+        const char* refusal;  // null: accepted
+        bool stale = false;
+        const char* offered = "auth,auth-int";
+    };
+    const std::vector<Case> cases = {
+        {"right", {}, nullptr},
+        {"right with protected body", {.qop = "auth-int"}, nullptr},
+        {"right without any qop", {.qop = ""}, nullptr, false, ""},
+        {"right in other words", {.extra = " , Algorithm=\"md5\"", .scheme = "dIGEST  "}, nullptr},
+        {"other password", {.password = "camera-2"}, "wrong response"},
+        {"other password and nonce", {.password = "x", .nonce = "0"}, "wrong response"},
+        {"nonce of another camera", {.nonce = "0"}, "unknown nonce", true},
+        {"other user", {.user = "root"}, "unknown user"},
+        {"realm cut at its comma", {.realm = "Hall"}, "another realm"},
+        {"uri without its query", {.uri = "/snapshot/Profile_1"}, "another uri"},
+        {"other opaque", {.extra = ", opaque=\"0\""}, "another opaque"},
+        {"other algorithm", {.extra = ", algorithm=SHA-256"}, "another algorithm"},
+        {"qop that was not offered", {.qop = "auth-int"}, "qop not offered", false, "auth"},
+        {"qop left out", {.qop = ""}, "qop not offered"},
+        {"no cnonce", {.cnonce = ""}, "no cnonce"},
+        {"short nonce count", {.nc = "1"}, "no readable nonce count"},
+        {"field twice", {.extra = ", realm=\"Hall, north\""}, "unreadable credentials"},
+        {"open quote", {.extra = ", opaque=\"0"}, "unreadable credentials"},
+        {"no fields", {.scheme = "Digest"}, "another scheme"},
+        {"other scheme", {.scheme = "Basic "}, "another scheme"},
+    };
+    for (const Case& test : cases) {
+        SCOPED_TRACE(test.name);
+        camera_sim::CameraHost host;
+        camera_sim::Camera& camera =
+            host.Add({.snapshotRealm = "Hall, north", .snapshotQop = test.offered});
+        const std::string challenge = Get(camera);
+        EXPECT_TRUE(challenge.starts_with("HTTP/1.1 401 Unauthorized\r\n"));
+        EXPECT_EQ(Quoted(challenge, "realm"), "Hall, north");
+        EXPECT_EQ(Quoted(challenge, "qop"), test.offered);
+        const std::string reply = Get(camera, test.digest.Header(Quoted(challenge, " nonce")));
+        EXPECT_EQ(HasPicture(reply), test.refusal == nullptr);
+        EXPECT_EQ(reply.find("stale=true") != std::string::npos, test.stale);
+        const auto requests = camera.Requests();
+        ASSERT_EQ(requests.size(), 2U);
+        EXPECT_EQ(requests[0].refusal, "");
+        EXPECT_EQ(requests[1].refusal, test.refusal == nullptr ? "" : test.refusal);
+        EXPECT_EQ(requests[1].authenticated, test.refusal == nullptr);
+    }
+}
+
+TEST(Snapshot, WearsNoncesOut) {
+    camera_sim::CameraHost host;
+    camera_sim::Camera& twice = host.Add({.snapshotRealm = "Hall, north", .snapshotNonceUses = 2});
+    const std::string nonce = Quoted(Get(twice), " nonce");
+    EXPECT_TRUE(HasPicture(Get(twice, Digest{}.Header(nonce))));
+    EXPECT_NE(Get(twice, Digest{}.Header(nonce)).find("stale=true"), std::string::npos);
+    EXPECT_EQ(twice.Requests().back().refusal, "nonce count used before");
+    EXPECT_TRUE(HasPicture(Get(twice, Digest{.nc = "0000000A"}.Header(nonce))));
+    const std::string worn = Get(twice, Digest{.nc = "0000000b"}.Header(nonce));
+    EXPECT_EQ(twice.Requests().back().refusal, "outdated nonce");
+    const std::string fresh = Quoted(worn, " nonce");
+    EXPECT_NE(fresh, nonce);
+    EXPECT_TRUE(HasPicture(Get(twice, Digest{}.Header(fresh))));
+
+    camera_sim::Camera& brief = host.Add(
+        {.snapshotRealm = "Hall, north", .snapshotNonceLifetime = std::chrono::seconds(0)});
+    EXPECT_NE(Get(brief, Digest{}.Header(Quoted(Get(brief), " nonce"))).find("stale=true"),
+              std::string::npos);
+}
+
+TEST(Snapshot, ChecksBasicCredentialsOrNone) {
+    struct Case {
+        const char* name;
+        camera_sim::CameraOptions options;
+        const char* authorization;
+        const char* refusal;  // null: accepted
+    };
+    const std::string digest = Digest{}.Header("0");
+    const std::vector<Case> cases = {
+        {"open", {.snapshotAuthentication = HttpScheme::kNone}, "", nullptr},
+        {"no user", {.user = ""}, "", nullptr},
+        {"right", {.model = "fixed"}, "Basic YWRtaW46Y2FtZXJhLTE=", nullptr},
+        {"none", {.model = "fixed"}, "", ""},
+        {"other password", {.model = "fixed"}, "Basic YWRtaW46Y2FtZXJhLTI=", "wrong password"},
+        {"other user", {.model = "fixed"}, "Basic cm9vdDpjYW1lcmEtMQ==", "unknown user"},
+        {"not Base64", {.model = "fixed"}, "Basic ???", "unreadable credentials"},
+        {"no colon", {.model = "fixed"}, "Basic YWRtaW4=", "unreadable credentials"},
+        {"Digest", {.model = "fixed"}, digest.c_str(), "another scheme"},
+    };
+    for (const Case& test : cases) {
+        SCOPED_TRACE(test.name);
+        camera_sim::CameraHost host;
+        camera_sim::Camera& camera = host.Add(test.options);
+        const std::string reply = Get(camera, test.authorization);
+        EXPECT_EQ(HasPicture(reply), test.refusal == nullptr);
+        EXPECT_EQ(reply.find("\r\nWWW-Authenticate: Basic realm=\"onvif-camera-sim\"\r\n") !=
+                      std::string::npos,
+                  test.refusal != nullptr);
+        EXPECT_EQ(camera.Requests().back().refusal, test.refusal == nullptr ? "" : test.refusal);
+    }
+}
+
+TEST(Snapshot, MeetsFaultsAndUnknownPictures) {
+    camera_sim::CameraHost host;
+    camera_sim::Camera& camera = host.Add({.user = ""});
+    using Kind = camera_sim::Fault::Kind;
+    camera.Inject("http:snapshot", {.kind = Kind::kUnauthorized, .remaining = 1});
+    camera.Inject("snapshot", {.kind = Kind::kTruncate, .remaining = 1, .bytes = 12});
+    const std::string bare = Get(camera);
+    EXPECT_TRUE(bare.starts_with("HTTP/1.1 401 Unauthorized\r\n"));
+    EXPECT_EQ(bare.find("WWW-Authenticate"), std::string::npos);
+    EXPECT_EQ(Get(camera), "HTTP/1.1 200");
+    EXPECT_TRUE(Get(camera, "", "/snapshot/Profile_9").starts_with("HTTP/1.1 404 Not Found\r\n"));
+    EXPECT_TRUE(Get(camera, "", "/snapshot/").starts_with("HTTP/1.1 404 Not Found\r\n"));
+    camera.Change([](auto& state) { state.media.profiles[0].videoEncoder.clear(); });
+    EXPECT_TRUE(Get(camera).starts_with("HTTP/1.1 404 Not Found\r\n"));
+    EXPECT_EQ(camera.Count("http:snapshot"), 5U);
+}
+
+TEST(Snapshot, TellsAddresses) {
+    camera_sim::CameraHost host;
+    camera_sim::Camera& camera =
+        host.Add({.user = "", .snapshotAddressShape = "http://camera.example:{port}{path}?{host}"});
+    const auto ask = [&](const std::string& version, const std::string& path,
+                         const std::string& profile) {
+        const std::string body =
+            "<e:Envelope xmlns:e='http://www.w3.org/2003/05/soap-envelope'><e:Body>"
+            "<GetSnapshotUri xmlns='http://www.onvif.org/" +
+            version + "/media/wsdl'><ProfileToken>" + profile +
+            "</ProfileToken></GetSnapshotUri></e:Body></e:Envelope>";
+        return Exchange(camera.Port(), "POST /onvif/" + path +
+                                           " HTTP/1.1\r\nHost: c\r\nContent-Length: " +
+                                           std::to_string(body.size()) + "\r\n\r\n" + body);
+    };
+    const std::string address = "Uri>http://camera.example:" + std::to_string(camera.Port()) +
+                                "/snapshot/Profile_2?127.0.0.1</";
+    camera.Change([](auto& state) { state.media.profiles[2].videoEncoder.clear(); });
+    for (const auto& [version, path] :
+         {std::pair("ver10", "media_service"), std::pair("ver20", "media2_service")}) {
+        SCOPED_TRACE(version);
+        EXPECT_NE(ask(version, path, "Profile_2").find(address), std::string::npos);
+        EXPECT_NE(ask(version, path, "Profile_9").find("NoProfile"), std::string::npos);
+        EXPECT_NE(ask(version, path, "Profile_3").find("IncompleteConfiguration"),
+                  std::string::npos);
+    }
+}
+
+struct Pixel {
+    int red, green, blue;
+};
+
+/// A picture as a viewer sees it; empty when the file is damaged.
+struct Decoded {
+    int width = 0;
+    int height = 0;
+    std::vector<unsigned char> pixels;
+
+    Pixel At(int x, int y) const {
+        const auto at = static_cast<std::size_t>(y * width + x) * 3;
+        return {pixels[at], pixels[at + 1], pixels[at + 2]};
+    }
+};
+
+// The library's default handler ends the test on errors; damage counts as a warning.
+Decoded Decode(std::string file) {
+    jpeg_error_mgr errors{};
+    jpeg_decompress_struct codec{};
+    codec.err = jpeg_std_error(&errors);
+    jpeg_create_decompress(&codec);
+    jpeg_mem_src(&codec, reinterpret_cast<unsigned char*>(file.data()), file.size());
+    jpeg_read_header(&codec, TRUE);
+    jpeg_start_decompress(&codec);
+    Decoded picture{
+        static_cast<int>(codec.output_width), static_cast<int>(codec.output_height),
+        std::vector<unsigned char>(std::size_t{3} * codec.output_width * codec.output_height)};
+    while (codec.output_scanline < codec.output_height) {
+        JSAMPLE* row =
+            picture.pixels.data() + std::size_t{3} * codec.output_width * codec.output_scanline;
+        jpeg_read_scanlines(&codec, &row, 1);
+    }
+    jpeg_finish_decompress(&codec);
+    jpeg_destroy_decompress(&codec);
+    return errors.num_warnings == 0 ? picture : Decoded{};
+}
+
+bool IsAim(Pixel pixel) {
+    return pixel.red > 180 && pixel.green < 130 && pixel.blue < 110;
+}
+
+TEST(Snapshot, ShowsTheEncodersPictureAndWhereTheDomeLooks) {
+    camera_sim::CameraHost host;
+    camera_sim::Camera& camera = host.Add({.user = ""});
+    const auto take = [&camera](const std::string& profile) {
+        const std::string reply = Get(camera, "", "/snapshot/" + profile);
+        const auto head = reply.find("\r\n\r\n");
+        EXPECT_NE(reply.find("\r\nContent-Length: " + std::to_string(reply.size() - head - 4)),
+                  std::string::npos);
+        return Decode(reply.substr(head + 4));
+    };
+    // 2560 by 1440 is shown at a quarter, 352 by 288 as it is.
+    const Decoded ahead = take("Profile_1");
+    ASSERT_EQ(std::pair(ahead.width, ahead.height), std::pair(640, 360));
+    const Decoded small = take("Profile_3");
+    EXPECT_EQ(std::pair(small.width, small.height), std::pair(352, 288));
+
+    camera.Change([](auto& state) { state.ptz.start = {-0.5, 0.5, 1}; });
+    const Decoded aside = take("Profile_1");
+    ASSERT_EQ(aside.width, 640);
+    EXPECT_TRUE(IsAim(ahead.At(320, 179)));
+    EXPECT_FALSE(IsAim(aside.At(320, 179)));
+    EXPECT_TRUE(IsAim(aside.At(160, 90)));
+    EXPECT_FALSE(IsAim(ahead.At(160, 90)));
+    // Zoomed in, the ring is a quarter of the height away.
+    EXPECT_TRUE(IsAim(aside.At(160 + 64, 90 + 64)));
+}
+
+TEST(Snapshot, DrawsWhatTheCardSays) {
+    const auto at = [](const camera_sim::TestCard& card, int x, int y) {
+        const camera_sim::Picture picture = camera_sim::Draw(card);
+        const auto offset = static_cast<std::size_t>(y * card.size.width + x) * 3;
+        return std::vector<int>(picture.pixels.begin() + static_cast<std::ptrdiff_t>(offset),
+                                picture.pixels.begin() + static_cast<std::ptrdiff_t>(offset) + 3);
+    };
+    using Rgb = std::vector<int>;
+    constexpr camera_sim::Resolution kSize{80, 64};
+    const camera_sim::TestCard plain{.size = kSize};
+    EXPECT_EQ(at(plain, 5, 30), (Rgb{192, 192, 192}));
+    EXPECT_EQ(at({.size = kSize, .brightness = 0}, 5, 30), (Rgb{0, 0, 0}));
+    EXPECT_EQ(at({.size = kSize, .brightness = 100}, 5, 30), (Rgb{255, 255, 255}));
+    EXPECT_GT(at({.size = kSize, .brightness = 70}, 5, 30), at(plain, 5, 30));
+
+    // Two by two cells, the lower left one watched: only there less green than red.
+    camera_sim::TestCard watched = plain;
+    watched.motion = camera_sim::MotionCells{2, 2, {false, false, true}};
+    EXPECT_EQ(at(watched, 5, 30), at(plain, 5, 30));
+    EXPECT_LT(at(watched, 5, 40)[1], at(watched, 5, 40)[0]);
+
+    // The left stroke of an L, one dot into its dark strip, in the middle of the left edge.
+    camera_sim::TestCard lettered = plain;
+    lettered.texts = {{"L", -1, 0}};
+    EXPECT_EQ(at(lettered, 1, 32), (Rgb{255, 255, 255}));
+    EXPECT_LT(at(lettered, 2, 32)[0], 100);
+
+    // Nothing a card can say lies outside its picture.
+    camera_sim::TestCard odd{.size = {1, 1}, .brightness = 1e9, .cameraName = "\xC3\xA4\xFF"};
+    odd.texts = {{std::string(1000, 'x'), 9, -9}};
+    odd.position = camera_sim::PtzPosition{1e300, -7, 50};
+    odd.motion = camera_sim::MotionCells{100000, -1, {}};
+    EXPECT_EQ(camera_sim::Draw(odd).pixels.size(), 3U);
+    const camera_sim::Resolution narrow = camera_sim::CardSize({100000, 0});
+    EXPECT_EQ(std::pair(narrow.width, narrow.height), std::pair(640, 1));
+}
+
+TEST(Snapshot, ReportsPicturesThatCannotBeCompressed) {
+    EXPECT_FALSE(camera_sim::CompressJpeg(camera_sim::Picture({70000, 1}), 80));
+    EXPECT_TRUE(camera_sim::CompressJpeg(camera_sim::Picture({1, 1}), 100));
+}
+
+TEST(Snapshot, ReadsActiveCells) {
+    struct Case {
+        const char* text;
+        std::size_t count;
+        std::vector<std::size_t> active;
+        std::size_t size;
+    };
+    const std::vector<Case> cases = {
+        {"zwA=", 396, {}, 396},         // 50 times 00
+        {"/gE=", 20, {7, 15}, 20},      // three times 01
+        {"gAGAAQ==", 99, {0, 15}, 16},  // nothing, then 80 01 as they are
+        {"BQE=", 396, {}, 0},           // six bytes promised, one there
+        {"gQ==", 396, {}, 0},           // nothing to repeat
+        {"not Base64", 396, {}, 0},
+    };
+    for (const Case& test : cases) {
+        SCOPED_TRACE(test.text);
+        std::vector<bool> expected(test.size);
+        for (const std::size_t index : test.active) expected[index] = true;
+        EXPECT_EQ(camera_sim::ReadActiveCells(test.text, test.count), expected);
+    }
+}
+
+}  // namespace
