@@ -89,9 +89,13 @@ void AddOptions(CLI::App& app, Arguments& arguments) {
     const std::map<std::string, HttpScheme> schemes = {{"none", HttpScheme::kNone},
                                                        {"basic", HttpScheme::kBasic},
                                                        {"digest", HttpScheme::kDigest}};
-    app.add_option("--snapshot-auth", camera.snapshotAuthentication,
-                   "none, basic or digest; otherwise as the model has it")
-        ->transform(CLI::CheckedTransformer(schemes).description("{none,basic,digest}"));
+    app.add_option_function<std::string>(
+           "--snapshot-auth",
+           [&camera, schemes](const std::string& name) {
+               camera.snapshotAuthentication = schemes.at(name);
+           },
+           "protection of pictures; otherwise as the model has it")
+        ->check(CLI::IsMember({"none", "basic", "digest"}));
     app.add_option("--snapshot-realm", camera.snapshotRealm)->capture_default_str();
     app.add_option("--snapshot-qop", camera.snapshotQop, "auth, auth,auth-int or empty")
         ->capture_default_str();

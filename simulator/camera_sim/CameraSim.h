@@ -74,7 +74,7 @@ struct CameraOptions {
     std::string snapshotAddressShape = "http://{host}:{port}{path}";
     /// Unset: dome has Digest (MD5), fixed Basic. Without a user there is never any.
     std::optional<HttpScheme> snapshotAuthentication{};
-    std::string snapshotRealm = "onvif-camera-sim";  ///< any text, commas and quotes included
+    std::string snapshotRealm = "onvif-camera-sim";  ///< any text without line breaks
     std::string snapshotQop = "auth";  ///< of Digest: also "auth,auth-int"; empty: none offered
     /// A nonce is good for that long and for that many requests (0: any number).
     std::chrono::seconds snapshotNonceLifetime{300};
@@ -190,7 +190,7 @@ class CameraHost {
     CameraHost& operator=(const CameraHost&) = delete;
 
     /// Starts a camera; it lives as long as the host. Null on failure (unknown model or prefix
-    /// style, port in use); @p error then says why.
+    /// style, line break in the realm, port in use); @p error then says why.
     Camera* TryAdd(CameraOptions options, std::string& error);
     /// The same for tests: a failure is thrown as std::runtime_error.
     Camera& Add(CameraOptions options);

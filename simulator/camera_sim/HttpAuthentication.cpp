@@ -117,6 +117,7 @@ std::optional<Fields> ReadFields(std::string_view text) {
 
 bool Lists(std::string_view list, std::string_view word) {
     while (!list.empty()) {
+        SkipBlanks(list);
         const auto end = std::min(list.find(','), list.size());
         if (list.substr(0, end) == word) return true;
         list.remove_prefix(std::min(end + 1, list.size()));

@@ -39,8 +39,7 @@ std::size_t Compress(const Picture& picture, int quality, std::span<unsigned cha
     codec.err = jpeg_std_error(&errors.base);
     errors.base.error_exit = Leave;
     errors.base.output_message = Ignore;
-    // NOLINTNEXTLINE(cert-err52-cpp): see ErrorManager
-    if (setjmp(errors.leave) != 0) {
+    if (setjmp(errors.leave) != 0) {  // see ErrorManager
         jpeg_destroy_compress(&codec);
         return 0;
     }

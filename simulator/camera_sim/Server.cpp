@@ -230,6 +230,10 @@ class CameraHost::Impl {
             error = "unknown prefix style \"" + options.prefixStyle + "\"";
             return nullptr;
         }
+        if (options.snapshotRealm.find_first_of("\r\n") != std::string::npos) {
+            error = "the realm of snapshots holds a line break";
+            return nullptr;
+        }
         auto state = MakeModel(options);
         if (!state) {
             error = "unknown model \"" + options.model + "\"";

@@ -95,7 +95,7 @@ TEST(Snapshot, ChecksDigestCredentials) {
         Digest digest;
         const char* refusal;  // null: accepted
         bool stale = false;
-        const char* offered = "auth,auth-int";
+        const char* offered = "auth, auth-int";
     };
     const std::vector<Case> cases = {
         {"right", {}, nullptr},
@@ -152,6 +152,10 @@ TEST(Snapshot, WearsNoncesOut) {
     const std::string fresh = Quoted(worn, " nonce");
     EXPECT_NE(fresh, nonce);
     EXPECT_TRUE(HasPicture(Get(twice, Digest{}.Header(fresh))));
+
+    std::string error;
+    EXPECT_EQ(host.TryAdd({.snapshotRealm = "Hall\r\nServer: x"}, error), nullptr);
+    EXPECT_NE(error, "");
 
     camera_sim::Camera& brief = host.Add(
         {.snapshotRealm = "Hall, north", .snapshotNonceLifetime = std::chrono::seconds(0)});
