@@ -4,7 +4,7 @@
 #include <array>
 #include <cstdio>
 
-#include "camera_sim/Authentication.h"
+#include "camera_sim/ActiveCells.h"
 #include "camera_sim/Operations.h"
 
 namespace camera_sim {
@@ -15,38 +15,49 @@ constexpr std::string_view kJpegType = "image/jpeg";
 constexpr int kJpegQuality = 80;
 constexpr int kMostCells = 640;  // in either direction
 
-std::string ClockText(std::chrono::sys_seconds time) {
+/// Writes a time as a pattern of yyyy, MM, dd, HH, H, hh, h, mm, ss and tt (AM or PM) says.
+std::string TimeText(std::string text, std::chrono::sys_seconds time) {
     using namespace std::chrono;
     const auto day = floor<days>(time);
     const year_month_day date(day);
     const hh_mm_ss clock(time - day);
-    std::array<char, 64> text{};
-    std::snprintf(text.data(), text.size(), "%04d-%02u-%02u %02d:%02d:%02d",
-                  static_cast<int>(date.year()), static_cast<unsigned>(date.month()),
-                  static_cast<unsigned>(date.day()), static_cast<int>(clock.hours().count()),
-                  static_cast<int>(clock.minutes().count()),
-                  static_cast<int>(clock.seconds().count()));
-    return text.data();
+    const auto hour = static_cast<unsigned>(clock.hours().count());
+    const std::pair<std::string_view, unsigned> fields[] = {
+        {"yyyy", static_cast<unsigned>(static_cast<int>(date.year()))},
+        {"MM", static_cast<unsigned>(date.month())},
+        {"dd", static_cast<unsigned>(date.day())},
+        {"HH", hour},
+        {"hh", (hour + 11) % 12 + 1},
+        {"H", hour},
+        {"h", (hour + 11) % 12 + 1},
+        {"mm", static_cast<unsigned>(clock.minutes().count())},
+        {"ss", static_cast<unsigned>(clock.seconds().count())},
+    };
+    for (const auto& [field, value] : fields) {
+        const auto at = text.find(field);
+        std::string digits = std::to_string(value);
+        digits.insert(0, field.size() - std::min(field.size(), digits.size()), '0');
+        if (at != std::string::npos) text.replace(at, field.size(), digits);
+    }
+    const auto half = text.find("tt");
+    if (half != std::string::npos) text.replace(half, 2, hour < 12 ? "AM" : "PM");
+    return text;
 }
 
-/// Undoes PackBits: a byte below 128 says how many bytes follow, less one; one above 128 how often
-/// the next byte is repeated, 257 less that. Nothing when @p packed ends too early.
-std::optional<std::string> Unpack(std::string_view packed, std::size_t limit) {
-    std::string bytes;
-    while (!packed.empty() && bytes.size() < limit) {
-        const std::size_t control = static_cast<unsigned char>(packed.front());
-        packed.remove_prefix(1);
-        if (control == 128) continue;
-        const std::size_t taken = control < 128 ? control + 1 : 1;
-        if (packed.size() < taken) return std::nullopt;
-        if (control < 128) {
-            bytes.append(packed.substr(0, taken));
-        } else {
-            bytes.append(257 - control, packed.front());
-        }
-        packed.remove_prefix(taken);
+std::string OsdText(const Osd& osd, std::chrono::sys_seconds time) {
+    if (osd.textType == "Date") return TimeText(osd.dateFormat, time);
+    if (osd.textType == "Time") return TimeText(osd.timeFormat, time);
+    if (osd.textType == "DateAndTime") return TimeText(osd.dateFormat + " " + osd.timeFormat, time);
+    return osd.plainText;
+}
+
+CardText OsdOnCard(const Osd& osd, std::chrono::sys_seconds time) {
+    CardText text{OsdText(osd, time), osd.x, osd.y};
+    if (osd.position != "Custom") {
+        text.x = osd.position.ends_with("Left") ? -1 : 1;
+        text.y = osd.position.starts_with("Upper") ? 1 : -1;
     }
-    return bytes;
+    return text;
 }
 
 std::optional<MotionCells> CellsOf(const AnalyticsConfiguration& analytics) {
@@ -60,8 +71,8 @@ std::optional<MotionCells> CellsOf(const AnalyticsConfiguration& analytics) {
     for (const AnalyticsItem& rule : analytics.rules) {
         for (const auto& [name, value] : rule.parameters) {
             if (name != "ActiveCells") continue;
-            cells.active = ReadActiveCells(value, static_cast<std::size_t>(cells.columns) *
-                                                      static_cast<std::size_t>(cells.rows));
+            cells.active =
+                DecodeCells(value, {cells.columns, cells.rows}).value_or(std::vector<bool>{});
         }
     }
     return cells;
@@ -82,19 +93,6 @@ HttpAuthenticationSettings SnapshotAuthentication(const CameraOptions& options) 
             options.snapshotQop, options.snapshotNonceLifetime, options.snapshotNonceUses};
 }
 
-std::vector<bool> ReadActiveCells(std::string_view text, std::size_t count) {
-    constexpr std::size_t kBits = 8;
-    const auto packed = DecodeBase64(text);
-    const auto bytes = packed ? Unpack(*packed, (count + kBits - 1) / kBits) : std::nullopt;
-    if (!bytes) return {};
-    std::vector<bool> cells(std::min(count, bytes->size() * kBits));
-    for (std::size_t i = 0; i < cells.size(); ++i) {
-        const unsigned byte = static_cast<unsigned char>((*bytes)[i / kBits]);
-        cells[i] = (byte >> (kBits - 1 - i % kBits) & 1U) != 0;
-    }
-    return cells;
-}
-
 std::optional<TestCard> MakeTestCard(const CameraState& state, const CameraOptions& options,
                                      const Profile& profile, SnapshotTime time) {
     const auto* encoder = FindByToken(state.media.videoEncoders, profile.videoEncoder);
@@ -103,7 +101,15 @@ std::optional<TestCard> MakeTestCard(const CameraState& state, const CameraOptio
     card.size = CardSize(encoder->resolution);
     card.cameraName =
         state.information.model + ":" + std::to_string(options.port) + " " + profile.name;
-    card.clock = ClockText(time.system + state.clock.offset);
+    const auto* source = FindByToken(state.media.videoSourceConfigurations, profile.videoSource);
+    const auto* video =
+        source == nullptr ? nullptr : FindByToken(state.media.videoSources, source->source);
+    if (video != nullptr) card.brightness = video->imaging.brightness;
+    const auto now = time.system + state.clock.offset;
+    card.clock = TimeText("yyyy-MM-dd HH:mm:ss", now);
+    for (const Osd& osd : state.media.osds) {
+        if (osd.source == profile.videoSource) card.texts.push_back(OsdOnCard(osd, now));
+    }
     if (!profile.ptz.empty() && Offers(options, Ns::kPtz))
         card.position = state.ptz.Position(time.steady);
     const auto* analytics = FindByToken(state.media.analytics, profile.analytics);

@@ -39,10 +39,6 @@ std::optional<TestCard> MakeTestCard(const CameraState& state, const CameraOptio
 Reply SnapshotReply(const CameraState& state, const CameraOptions& options, std::string_view method,
                     std::string_view path, SnapshotTime time);
 
-/// Cells as rules carry them: Base64 of run-length coded bits, the highest bit of a byte first.
-/// Empty when @p text is not of that form; never more than @p count.
-std::vector<bool> ReadActiveCells(std::string_view text, std::size_t count);
-
 }  // namespace camera_sim
 
 #endif

@@ -203,7 +203,7 @@ Picture Draw(const TestCard& card) {
     DrawBackground(canvas, card.brightness);
     if (card.motion) DrawMotionCells(canvas, *card.motion);
     if (card.position) DrawAim(canvas, *card.position);
-    DrawText(canvas, {card.cameraName, -1, 1});
+    DrawText(canvas, {card.cameraName, -1, -1});
     DrawText(canvas, {card.clock, 1, -1});
     if (card.position) DrawText(canvas, {PositionText(*card.position), -1, -0.85});
     for (const CardText& text : card.texts) DrawText(canvas, text);

@@ -351,27 +351,4 @@ TEST(Snapshot, ReportsPicturesThatCannotBeCompressed) {
     EXPECT_TRUE(camera_sim::CompressJpeg(camera_sim::Picture({1, 1}), 100));
 }
 
-TEST(Snapshot, ReadsActiveCells) {
-    struct Case {
-        const char* text;
-        std::size_t count;
-        std::vector<std::size_t> active;
-        std::size_t size;
-    };
-    const std::vector<Case> cases = {
-        {"zwA=", 396, {}, 396},         // 50 times 00
-        {"/gE=", 20, {7, 15}, 20},      // three times 01
-        {"gAGAAQ==", 99, {0, 15}, 16},  // nothing, then 80 01 as they are
-        {"BQE=", 396, {}, 0},           // six bytes promised, one there
-        {"gQ==", 396, {}, 0},           // nothing to repeat
-        {"not Base64", 396, {}, 0},
-    };
-    for (const Case& test : cases) {
-        SCOPED_TRACE(test.text);
-        std::vector<bool> expected(test.size);
-        for (const std::size_t index : test.active) expected[index] = true;
-        EXPECT_EQ(camera_sim::ReadActiveCells(test.text, test.count), expected);
-    }
-}
-
 }  // namespace
