@@ -93,10 +93,12 @@ std::string EncodeCells(const Cells& cells) {
 
 Cells MoveCells(const Cells& cells, Resolution from, Resolution to) {
     Cells moved(CellCount(to));
-    for (int row = 0; row < std::min(from.height, to.height); ++row) {
-        for (int column = 0; column < std::min(from.width, to.width); ++column) {
-            moved[static_cast<std::size_t>(row * to.width + column)] =
-                cells[static_cast<std::size_t>(row * from.width + column)];
+    const auto rows = static_cast<std::size_t>(std::min(from.height, to.height));
+    const auto columns = static_cast<std::size_t>(std::min(from.width, to.width));
+    for (std::size_t row = 0; row < rows; ++row) {
+        for (std::size_t column = 0; column < columns; ++column) {
+            moved[row * static_cast<std::size_t>(to.width) + column] =
+                cells[row * static_cast<std::size_t>(from.width) + column];
         }
     }
     return moved;

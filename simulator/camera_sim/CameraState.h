@@ -105,6 +105,7 @@ struct Multicast {
     std::string address = "0.0.0.0";
     int port = 0;
     int ttl = 0;
+    bool autoStart = false;
 };
 
 struct VideoSource {
@@ -125,13 +126,18 @@ struct VideoSourceConfiguration {
 struct VideoEncoder {
     std::string token;
     std::string name;
-    std::string encoding = "H264";  ///< "JPEG", "H264" or, on the second media service, "H265"
+    /// "JPEG", "MPEG4", "H264" or "H265". The first media service does not know the last.
+    std::string encoding = "H264";
     Resolution resolution;
+    Resolution largest;  ///< that the encoder can be set to
     double quality = 4;
     int frameRate = 25;
     int bitrate = 2048;  ///< kbit/s
     int govLength = 50;
     std::string profile = "Main";
+    int encodingInterval = 1;  ///< every so many frames are sent; not with the second service
+    bool constantBitrate = false;
+    std::string sessionTimeout = "PT60S";
     Multicast multicast;
 };
 
@@ -165,7 +171,7 @@ struct AnalyticsItem {
     std::string name;
     std::string type;  ///< local name in the schema namespace, e.g. "CellMotionEngine"
     std::vector<std::pair<std::string, std::string>> parameters;
-    std::optional<Resolution> cells;  ///< columns and rows of a cell layout
+    std::optional<Resolution> cells;                     ///< columns and rows of a cell layout
     std::optional<CellTransformation> transformation{};  ///< unset: the cells fill the picture
 };
 

@@ -17,12 +17,6 @@ constexpr int kSmallestMtu = 576;
 constexpr int kLargestMtu = 9000;
 constexpr int kLargestPort = 65535;
 
-bool IsIpv4(std::string_view text) {
-    boost::system::error_code error;
-    boost::asio::ip::make_address_v4(std::string(text), error);
-    return !error;
-}
-
 bool IsIpv6(std::string_view text) {
     boost::system::error_code error;
     boost::asio::ip::make_address_v6(std::string(text), error);
@@ -288,6 +282,12 @@ constexpr std::array kOperations = {
 };
 
 }  // namespace
+
+bool IsIpv4(std::string_view text) {
+    boost::system::error_code error;
+    boost::asio::ip::make_address_v4(std::string(text), error);
+    return !error;
+}
 
 std::span<const Operation> DeviceNetworkOperations() {
     return kOperations;

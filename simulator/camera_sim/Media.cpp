@@ -14,26 +14,28 @@ constexpr std::string_view kSessionTimeout = "PT60S";
 void WriteVideoEncoder(XmlWriter& out, Ns ns, std::string_view name, const Media& media,
                        const VideoEncoder& encoder) {
     // This version knows nothing newer than H.264.
-    const bool jpeg = encoder.encoding == "JPEG";
+    const bool newer = encoder.encoding == "H265";
+    const std::string_view encoding = newer ? "H264" : std::string_view(encoder.encoding);
     const Scope element(out, ns, name);
     WriteEntityToken(out, encoder.token);
     WriteEntityName(out, encoder.name, UseCount(media, &Profile::videoEncoder, encoder.token));
-    out.Element(Ns::kSchema, "Encoding", jpeg ? "JPEG" : "H264");
+    out.Element(Ns::kSchema, "Encoding", encoding);
     WriteResolution(out, encoder.resolution);
     out.Element(Ns::kSchema, "Quality", encoder.quality);
     {
         const Scope rate(out, Ns::kSchema, "RateControl");
         out.Element(Ns::kSchema, "FrameRateLimit", encoder.frameRate);
-        out.Element(Ns::kSchema, "EncodingInterval", 1);
+        out.Element(Ns::kSchema, "EncodingInterval", encoder.encodingInterval);
         out.Element(Ns::kSchema, "BitrateLimit", encoder.bitrate);
     }
-    if (!jpeg) {
-        const Scope h264(out, Ns::kSchema, "H264");
+    if (encoding != "JPEG") {
+        const Scope codec(out, Ns::kSchema, encoding);
         out.Element(Ns::kSchema, "GovLength", encoder.govLength);
-        out.Element(Ns::kSchema, "H264Profile", encoder.profile);
+        out.Element(Ns::kSchema, encoding == "H264" ? "H264Profile" : "Mpeg4Profile",
+                    encoder.profile);
     }
     WriteMulticast(out, encoder.multicast);
-    out.Element(Ns::kSchema, "SessionTimeout", kSessionTimeout);
+    out.Element(Ns::kSchema, "SessionTimeout", encoder.sessionTimeout);
 }
 
 void WriteAudioEncoder(XmlWriter& out, std::string_view name, const Media& media,
@@ -128,16 +130,19 @@ Answer GetVideoEncoderConfiguration(Call& call) {
 }
 
 /// The options of one codec; those below the extension tell the bit rate as well.
-void WriteCodecOptions(XmlWriter& out, const EncoderLimits& limits, bool h264, bool withBitrate) {
-    const Scope codec(out, Ns::kSchema, h264 ? "H264" : "JPEG");
+void WriteCodecOptions(XmlWriter& out, const EncoderLimits& limits, std::string_view encoding,
+                       bool withBitrate) {
+    const Scope codec(out, Ns::kSchema, encoding);
     for (const Resolution& resolution : limits.resolutions)
         WriteResolution(out, resolution, "ResolutionsAvailable");
-    if (h264) WriteRange(out, "GovLengthRange", limits.govLength);
+    const auto profiles = ProfilesOf(encoding);
+    if (!profiles.empty()) WriteRange(out, "GovLengthRange", limits.govLength);
     WriteRange(out, "FrameRateRange", {limits.frameRates.front(), limits.frameRates.back()});
-    WriteRange(out, "EncodingIntervalRange", {1, 1});
-    if (h264) {
-        for (const std::string_view profile : limits.profiles)
-            out.Element(Ns::kSchema, "H264ProfilesSupported", profile);
+    WriteRange(out, "EncodingIntervalRange", IntervalsOf(encoding));
+    for (const std::string_view profile : profiles) {
+        out.Element(Ns::kSchema,
+                    encoding == "H264" ? "H264ProfilesSupported" : "Mpeg4ProfilesSupported",
+                    profile);
     }
     if (withBitrate) WriteRange(out, "BitrateRange", limits.bitrate);
 }
@@ -150,11 +155,11 @@ Answer GetVideoEncoderConfigurationOptions(Call& call) {
     XmlWriter& out = call.out;
     const Scope options(out, Ns::kMedia, "Options");
     WriteRange(out, "QualityRange", limits.quality);
-    WriteCodecOptions(out, limits, false, false);
-    WriteCodecOptions(out, limits, true, false);
+    for (const std::string_view encoding : {"JPEG", "MPEG4", "H264"})
+        WriteCodecOptions(out, limits, encoding, false);
     const Scope extension(out, Ns::kSchema, "Extension");
-    WriteCodecOptions(out, limits, false, true);
-    WriteCodecOptions(out, limits, true, true);
+    for (const std::string_view encoding : {"JPEG", "MPEG4", "H264"})
+        WriteCodecOptions(out, limits, encoding, true);
     return kDone;
 }
 
@@ -164,6 +169,7 @@ constexpr std::array kOperations = {
     Operation{"GetStreamUri", GetStreamUri},
     Operation{"GetSnapshotUri", GetSnapshotUri},
     Operation{"GetVideoEncoderConfiguration", GetVideoEncoderConfiguration},
+    Operation{"SetVideoEncoderConfiguration", SetVideoEncoder10},
     Operation{"GetVideoEncoderConfigurationOptions", GetVideoEncoderConfigurationOptions},
 };
 

@@ -20,11 +20,12 @@ void WriteVideoEncoder(XmlWriter& out, Ns ns, std::string_view name, const Media
         out.Attribute("Profile", encoder.profile);
     }
     WriteEntityName(out, encoder.name, UseCount(media, &Profile::videoEncoder, encoder.token));
-    out.Element(Ns::kSchema, "Encoding", encoder.encoding);
+    out.Element(Ns::kSchema, "Encoding",
+                encoder.encoding == "MPEG4" ? "MPV4-ES" : std::string_view(encoder.encoding));
     WriteResolution(out, encoder.resolution);
     {
         const Scope rate(out, Ns::kSchema, "RateControl");
-        out.Attribute("ConstantBitRate", false);
+        out.Attribute("ConstantBitRate", encoder.constantBitrate);
         out.Element(Ns::kSchema, "FrameRateLimit", encoder.frameRate);
         out.Element(Ns::kSchema, "BitrateLimit", encoder.bitrate);
     }
@@ -136,8 +137,9 @@ Answer GetVideoEncoderConfigurationOptions(Call& call) {
         out.Attribute("FrameRatesSupported", Joined(limits.frameRates, XmlWriter::NumberText));
         if (encoding != "JPEG") {
             out.Attribute("ProfilesSupported",
-                          Joined(limits.profiles, [](std::string_view text) { return text; }));
+                          Joined(ProfilesOf(encoding), [](std::string_view text) { return text; }));
         }
+        out.Attribute("ConstantBitRateSupported", true);
         out.Element(Ns::kSchema, "Encoding", encoding);
         WriteRange(out, "QualityRange", limits.quality);
         for (const Resolution& resolution : limits.resolutions)
@@ -150,6 +152,7 @@ Answer GetVideoEncoderConfigurationOptions(Call& call) {
 constexpr std::array kOperations = {
     Operation{"GetProfiles", GetProfiles},
     Operation{"GetSnapshotUri", GetSnapshotUri},
+    Operation{"SetVideoEncoderConfiguration", SetVideoEncoder20},
     Operation{"GetVideoEncoderConfigurationOptions", GetVideoEncoderConfigurationOptions},
 };
 

@@ -1,6 +1,7 @@
 #include "camera_sim/MediaElements.h"
 
 #include <algorithm>
+#include <array>
 
 namespace camera_sim {
 namespace {
@@ -69,7 +70,7 @@ void WriteMulticast(XmlWriter& out, const Multicast& multicast) {
     }
     out.Element(Ns::kSchema, "Port", multicast.port);
     out.Element(Ns::kSchema, "TTL", multicast.ttl);
-    out.Element(Ns::kSchema, "AutoStart", false);
+    out.Element(Ns::kSchema, "AutoStart", multicast.autoStart);
 }
 
 void WriteResolution(XmlWriter& out, Resolution resolution, std::string_view name) {
@@ -175,19 +176,24 @@ void WriteMetadata(XmlWriter& out, Ns ns, std::string_view name, const Media& me
 }
 
 EncoderLimits LimitsOf(const VideoEncoder& encoder) {
-    // The encoder's own resolution is the largest of its stream.
-    std::vector<Resolution> resolutions;
-    for (const Resolution& each :
-         {Resolution{2560, 1440}, Resolution{1920, 1080}, Resolution{1280, 720},
-          Resolution{704, 576}, Resolution{352, 288}}) {
-        if (each.width <= encoder.resolution.width) resolutions.push_back(each);
+    std::vector<Resolution> resolutions = {encoder.largest};
+    for (const Resolution& each : {Resolution{1920, 1080}, Resolution{1280, 720},
+                                   Resolution{704, 576}, Resolution{352, 288}}) {
+        if (each.width < encoder.largest.width) resolutions.push_back(each);
     }
-    return {std::move(resolutions),
-            {1, 5, 10, 15, 20, 25, 30},
-            {"Baseline", "Main", "High"},
-            {0, 6},
-            {1, 300},
-            {32, 8192}};
+    return {std::move(resolutions), {1, 5, 10, 15, 20, 25, 30}, {0, 6}, {1, 300}, {32, 8192}};
+}
+
+std::span<const std::string_view> ProfilesOf(std::string_view encoding) {
+    static constexpr std::array<std::string_view, 2> kMpeg4 = {"SP", "ASP"};
+    static constexpr std::array<std::string_view, 3> kOthers = {"Baseline", "Main", "High"};
+    if (encoding == "JPEG") return {};
+    if (encoding == "MPEG4") return kMpeg4;
+    return kOthers;
+}
+
+Range IntervalsOf(std::string_view encoding) {
+    return {1, encoding == "JPEG" ? 1.0 : 10.0};
 }
 
 std::string DurationText(std::chrono::seconds duration) {

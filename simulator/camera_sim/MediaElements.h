@@ -3,6 +3,7 @@
 #ifndef CAMERA_SIM_MEDIAELEMENTS_H
 #define CAMERA_SIM_MEDIAELEMENTS_H
 
+#include <span>
 #include <string_view>
 #include <vector>
 
@@ -41,12 +42,15 @@ void WriteMetadata(XmlWriter& out, Ns ns, std::string_view name, const Media& me
 struct EncoderLimits {
     std::vector<Resolution> resolutions;
     std::vector<double> frameRates;  ///< ascending
-    std::vector<std::string_view> profiles;
     Range quality;
     Range govLength;
     Range bitrate;
 };
 EncoderLimits LimitsOf(const VideoEncoder& encoder);
+/// Empty for an encoding without profiles.
+std::span<const std::string_view> ProfilesOf(std::string_view encoding);
+/// The encoding intervals of the first media service.
+Range IntervalsOf(std::string_view encoding);
 
 /// "PT10S".
 std::string DurationText(std::chrono::seconds duration);

@@ -27,6 +27,7 @@ void AddStreams(Media& media, const std::vector<Stream>& streams, bool audio) {
         encoder.name = stream.name + " encoder";
         encoder.encoding = stream.encoding;
         encoder.resolution = stream.resolution;
+        encoder.largest = stream.resolution;
         encoder.frameRate = stream.frameRate;
         encoder.bitrate = stream.bitrate;
         encoder.govLength = stream.frameRate * 2;

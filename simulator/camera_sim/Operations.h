@@ -72,6 +72,10 @@ std::span<const Operation> PtzOperations();
 std::span<const Operation> ImagingOperations();
 std::span<const Operation> AnalyticsOperations();
 
+/// SetVideoEncoderConfiguration of the first and the second media service.
+Answer SetVideoEncoder10(Call& call);
+Answer SetVideoEncoder20(Call& call);
+
 /// Null when there is none. A service that the camera does not offer has no operations.
 const Operation* FindOperation(const CameraOptions& options, Ns ns, std::string_view name);
 
@@ -80,6 +84,10 @@ SoapFault NotSupported(std::string reason);
 /// For a profile without what the operation needs.
 SoapFault IncompleteProfile();
 SoapFault NotAuthorized();
+/// A dotted address.
+bool IsIpv4(std::string_view text);
+/// The days and time part of an XML Schema duration, not negative: "P1DT2H", "PT5S", "PT0.5S".
+bool IsDuration(std::string_view text);
 void WriteFault(XmlWriter& out, const SoapFault& fault);
 
 }  // namespace camera_sim
