@@ -32,7 +32,7 @@ CConnection::State CConnection::Poll() {
 
 std::size_t CConnection::Send(const char* data, std::size_t length, int waitMs,
                               bool& broken) const {
-    broken = state_ != State::kEstablished;
+    broken = state_ == State::kFailed;
     for (bool waited = false; !broken;) {
         const ssize_t sent = send(descriptor_, data, length, MSG_NOSIGNAL | MSG_DONTWAIT);
         if (sent >= 0) {
@@ -53,8 +53,8 @@ std::size_t CConnection::Send(const char* data, std::size_t length, int waitMs,
 }
 
 std::size_t CConnection::Receive(char* buffer, std::size_t capacity, bool& closed) const {
-    closed = state_ != State::kEstablished;
-    while (!closed && capacity > 0) {
+    closed = state_ == State::kFailed;
+    while (state_ == State::kEstablished && capacity > 0) {
         const ssize_t received = recv(descriptor_, buffer, capacity, MSG_DONTWAIT);
         if (received > 0) {
             return static_cast<std::size_t>(received);

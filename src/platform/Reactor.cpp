@@ -28,10 +28,11 @@ constexpr std::size_t kReactorThreads = 2;
 constexpr int kMostAcceptCallbacks = 16;
 constexpr auto kPauseAfterFailedAccept = std::chrono::milliseconds(100);
 constexpr int kCallbackThrewLine = 34;
+constexpr int kHandlerThrewLine = 35;
 
 thread_local int callbackDepth = 0;
 
-/// Runs a callback of the application's; what it throws ends here.
+/// Runs a callback of an observer; what it throws ends here.
 template <typename Callback>
 void RunCallback(const Callback& callback) {
     ++callbackDepth;
@@ -83,11 +84,23 @@ class CReactor : public std::enable_shared_from_this<CReactor> {
         try {
             while (threads_.size() < kReactorThreads) {
                 // Each keeps the reactor alive: the last user may be a callback on it.
-                threads_.emplace_back([self = shared_from_this()] { self->io_.run(); });
+                threads_.emplace_back([self = shared_from_this()] { self->Work(); });
             }
         } catch (const std::system_error&) {
             if (threads_.empty()) {
                 throw;
+            }
+        }
+    }
+
+    /// A handler that runs out of memory loses its connection, not the application.
+    void Work() {
+        for (;;) {
+            try {
+                io_.run();
+                return;
+            } catch (const std::exception&) {
+                COREKIT_AbnormalOutput("ASSERT", "Wirelink", kHandlerThrewLine);
             }
         }
     }

@@ -15,8 +15,9 @@ CSocketLayer::CSocketLayer() : abortDescriptor_(eventfd(0, EFD_CLOEXEC | EFD_NON
 
 bool CSocketLayer::Start() {
     std::unique_lock guard(lock_);
-    changed_.wait(guard, [this] { return !stopping_; });
-    running_ = abortDescriptor_ >= 0;
+    // Whoever stops the layer waits for its callbacks, so these must not wait for the stop.
+    changed_.wait(guard, [this] { return !stopping_ || InLayerCallback(); });
+    running_ = !stopping_ && abortDescriptor_ >= 0;
     return running_;
 }
 

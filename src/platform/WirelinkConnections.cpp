@@ -77,6 +77,7 @@ int WIRELINK_Send_Immediate(std::uint32_t handle, const char* data, std::uint32_
     if (connection == nullptr || data == nullptr) {
         return 0;
     }
+    connection->Poll();
     return static_cast<int>(connection->Send(data, Bounded(length), kSendWaitMs, error));
 }
 
@@ -86,6 +87,7 @@ int WIRELINK_Recv_Immediate(std::uint32_t handle, char* buffer, std::uint32_t ca
     std::size_t received = 0;
     const auto connection = CConnectionTable::Instance().Find(handle);
     if (connection != nullptr && buffer != nullptr) {
+        connection->Poll();
         received = connection->Receive(buffer, Bounded(capacity), ended);
     }
     if (closed != nullptr) {
