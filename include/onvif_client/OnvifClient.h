@@ -24,7 +24,8 @@
 /// time as each other. Every other function may be called from any number of threads at once; a
 /// call runs wholly on its calling thread, network traffic included, and is bounded in time: an
 /// exchange with a device ends after 8 seconds at the latest (2.5 seconds for the service search of
-/// a login), and a command makes between one and a few exchanges.
+/// a login). Most commands make one or two exchanges, some one or two for every profile that they
+/// name; a picture is given up after about ten seconds without data.
 ///
 /// Errors are return values; no exception leaves the library. Texts are UTF-8 and end in a zero
 /// byte. A null pointer is never dereferenced.

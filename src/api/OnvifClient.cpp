@@ -123,5 +123,8 @@ bool ONVIF_SEARCH_StartManual() {
 }
 
 void ONVIF_SEARCH_Quit() {
-    onvif_client::WIRELINK_Quit();
+    Guarded(true, [] {
+        onvif_client::WIRELINK_Quit();
+        return true;
+    });
 }

@@ -105,8 +105,11 @@ std::string CConnection::Send(const std::string& request) const {
     ONVIF_CLIENT_DelResponseBuff(response);
     if (!success) {
         throw CFailure(ExitCode::kRefused,
-                       "the request failed: the device refused it or did not answer, or its first "
-                       "command is unknown");
+                       RootOf(request) == "Get"
+                           ? "the request failed: the device refused it or did not answer, or its "
+                             "first command is unknown"
+                           : "no result: a command was refused or not answered, or none of them is "
+                             "known or reports anything");
     }
     return result;
 }

@@ -15,6 +15,7 @@ enum class ExitCode {
     kWrongCredentials = 3,  // the device refused user or password
     kUnreachable = 4,       // the device does not answer at all
     kLoginFailed = 5,       // the device answered, but the login did not succeed
+    kNoOutput = 6,          // a result could not be written
 };
 
 /// Ends the tool with a message and an exit code.

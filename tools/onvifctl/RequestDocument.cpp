@@ -2,6 +2,7 @@
 
 #include <tinyxml2.h>
 
+#include <cctype>
 #include <fstream>
 #include <iostream>
 #include <iterator>

@@ -15,9 +15,17 @@ using tinyxml2::XMLElement;
 using Line = std::pair<std::string, std::string>;  // path and value
 using Record = std::vector<Line>;
 
+/// A device must not be able to control the terminal.
+std::string Printable(std::string text) {
+    constexpr char kDelete = 0x7F;
+    std::replace_if(
+        text.begin(), text.end(), [](char c) { return (c >= 0 && c < ' ') || c == kDelete; }, ' ');
+    return text;
+}
+
 std::string TextOf(const XMLElement* element) {
     const char* text = element == nullptr ? nullptr : element->GetText();
-    return text == nullptr ? "" : text;
+    return text == nullptr ? "" : Printable(text);
 }
 
 /// How many siblings of the same name stand before it.
@@ -36,7 +44,8 @@ std::string Number(std::size_t position) {
 /// The leaves below an element, its own attributes and text included, repeated ones numbered.
 void Flatten(const XMLElement* element, const std::string& path, Record& record) {
     for (const auto* each = element->FirstAttribute(); each != nullptr; each = each->Next()) {
-        record.emplace_back(path.empty() ? each->Name() : path + " " + each->Name(), each->Value());
+        record.emplace_back(path.empty() ? each->Name() : path + " " + each->Name(),
+                            Printable(each->Value()));
     }
     const std::string text = TextOf(element);
     if (!text.empty() || element->FirstChildElement() == nullptr) {

@@ -5,12 +5,26 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <csignal>
 #include <cstdio>
 #include <iostream>
 
 #include "ExitCode.h"
 
 namespace onvifctl {
+
+namespace {
+
+termios shown = {};  // the terminal as it was before a password was asked for
+
+/// Ctrl-C at the prompt must not leave a terminal that shows nothing.
+void ShowAgainAndEnd(int signal) {
+    tcsetattr(STDIN_FILENO, TCSAFLUSH, &shown);
+    std::signal(signal, SIG_DFL);
+    std::raise(signal);
+}
+
+}  // namespace
 
 CDataOutput::CDataOutput(bool verbose) : descriptor_(dup(STDOUT_FILENO)) {
     std::fflush(stdout);
@@ -33,16 +47,16 @@ void CDataOutput::Write(std::string_view text) const {
         if (written >= 0) {
             text.remove_prefix(static_cast<std::size_t>(written));
         } else if (errno != EINTR) {
-            throw CFailure(ExitCode::kUsage, "cannot write to standard output");
+            throw CFailure(ExitCode::kNoOutput, "cannot write to standard output");
         }
     }
 }
 
 std::optional<std::string> AskForPassword(const std::string& prompt) {
-    termios shown = {};
     if (isatty(STDIN_FILENO) == 0 || tcgetattr(STDIN_FILENO, &shown) != 0) {
         return std::nullopt;
     }
+    const auto interrupted = std::signal(SIGINT, ShowAgainAndEnd);
     termios hidden = shown;
     hidden.c_lflag &= ~static_cast<tcflag_t>(ECHO);
     std::cerr << prompt << std::flush;
@@ -50,6 +64,7 @@ std::optional<std::string> AskForPassword(const std::string& prompt) {
     std::string password;
     std::getline(std::cin, password);
     tcsetattr(STDIN_FILENO, TCSAFLUSH, &shown);
+    std::signal(SIGINT, interrupted);
     std::cerr << '\n';
     return password;
 }

@@ -1,6 +1,6 @@
 // onvifctl: asks and changes ONVIF devices from the command line.
 #include <CLI/CLI.hpp>
-#include <filesystem>
+#include <csignal>
 #include <iostream>
 #include <string>
 #include <vector>
@@ -24,7 +24,7 @@ constexpr const char* kConnectionHelp =
 
 constexpr const char* kExitCodes =
     "\nExit codes: 0 done, 1 refused by the device, 2 bad usage, 3 wrong credentials,\n"
-    "4 unreachable, 5 the login failed otherwise.\n";
+    "4 unreachable, 5 the login failed otherwise, 6 a result could not be written.\n";
 
 /// Everything that the command line can say.
 struct Arguments {
@@ -136,8 +136,10 @@ int Run(int argc, char** argv) {
                 : "Change: COMMAND --NAME VALUE... or a request document");
         command->footer(
             std::string(
-                get ? "\nCommands and their parameters follow the host; a parameter's name may"
-                      " be a path.\n\nExamples:\n"
+                get ? "\nCommands and their parameters follow the host: every --NAME VALUE that is "
+                      "no"
+                      " option of\nthe tool is a parameter of the command before it, and its name"
+                      " may be a path.\n\nExamples:\n"
                       "  onvifctl get 192.168.1.64 devInfo dateAndTime\n"
                       "  onvifctl get 192.168.1.64 profiles --format table\n"
                     : "\nExamples:\n"
@@ -152,8 +154,10 @@ int Run(int argc, char** argv) {
         command->allow_extras();
         command->callback([&arguments, &code, command, root] {
             std::vector<std::string> words = command->remaining();
+            // A command's name has neither.
             const bool namesFile = words.size() == 1 && arguments.file.empty() &&
-                                   (words[0] == "-" || std::filesystem::is_regular_file(words[0]));
+                                   words[0].find_first_of("-./") != std::string::npos &&
+                                   !words[0].starts_with("--");
             if (namesFile) {
                 arguments.file = words[0];
                 words.clear();
@@ -190,6 +194,7 @@ int Run(int argc, char** argv) {
 }  // namespace
 
 int main(int argc, char** argv) {
+    std::signal(SIGPIPE, SIG_IGN);  // a closed pipe is an exit code like others
     try {
         return Run(argc, argv);
     } catch (const CFailure& failure) {
