@@ -3,6 +3,7 @@
 #include <cstring>
 #include <new>
 
+#include "client/SnapshotDownload.h"
 #include "commands/DeviceRequests.h"
 #include "commands/GetCmd.h"
 #include "platform/Corekit.h"
@@ -14,7 +15,6 @@ namespace onvif_client {
 namespace {
 
 constexpr std::size_t kLongestField = 64;
-constexpr std::uint32_t kClockCapacity = 8192;
 constexpr int kOverReleaseLine = 323;
 constexpr int kResponseAllocationLine = 1182;
 
@@ -95,9 +95,20 @@ Reply CHttpClient::Exchange(const SignedRequest& request) {
     const std::string path = ResolvePath(request.serviceKey);
     const Target target{path, request.replyCapacity};
     if (request.clock == SigningClock::kDevice) {
-        return PostSignedByDeviceClock(target, request.envelope, ResolvePath("device"));
+        // A failed fetch is not looked at: the device then refuses the creation time.
+        std::string deviceTime;
+        FetchDeviceClock(ResolvePath("device"), deviceTime);
+        return PostSignedByDeviceClock(target, request.envelope, deviceTime);
     }
     return PostSigned(target, request.envelope);
+}
+
+int CHttpClient::DownloadPicture(const std::string& address, ResponseBuffer& picture) {
+    if (address.empty()) {
+        return status::kNotSent;
+    }
+    CSnapshotDownload(ip_, credentials_, address).Run(picture);
+    return status::kSuccess;
 }
 
 Reply CHttpClient::Post(const Target& target, std::string_view body) const {
@@ -127,11 +138,7 @@ Reply CHttpClient::PostSigned(const Target& target, std::string_view envelope) c
 }
 
 Reply CHttpClient::PostSignedByDeviceClock(const Target& target, std::string_view envelope,
-                                           std::string_view clockPath) const {
-    // A failed fetch is not looked at: the device then refuses the creation time.
-    std::string deviceTime;
-    FetchDeviceClock(clockPath, deviceTime);
-
+                                           const std::string& deviceTime) const {
     CXmlTransform document(envelope);
     if (!Authentication_UseIPCTime(credentials_, document, deviceTime)) {
         return {status::kNotSent, {}};
@@ -140,7 +147,7 @@ Reply CHttpClient::PostSignedByDeviceClock(const Target& target, std::string_vie
 }
 
 int CHttpClient::FetchDeviceClock(std::string_view path, std::string& deviceTimeResult) const {
-    const Reply reply = Post({path, kClockCapacity}, BareClockEnvelope());
+    const Reply reply = Post({path, kOrdinaryReplyCapacity}, BareClockEnvelope());
     if (reply.status == status::kSuccess) {
         TransGetSystemDateAndTimeForAuthentication(reply.soap, deviceTimeResult);
     }

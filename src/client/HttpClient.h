@@ -65,6 +65,7 @@ class CHttpClient final : public ICommandSession {
     bool HasMedia2() const override;
     PtzRanges SpeedRanges() const override { return ptzRanges_.value_or(PtzRanges{}); }
     Reply Exchange(const SignedRequest& request) override;
+    int DownloadPicture(const std::string& address, ResponseBuffer& picture) override;
 
  private:
     /// Where and how an exchange goes.
@@ -77,9 +78,11 @@ class CHttpClient final : public ICommandSession {
     // HttpClient.cpp: exchanges
     Reply Post(const Target& target, std::string_view body) const;
     Reply PostSigned(const Target& target, std::string_view envelope) const;
+    /// @param deviceTime  what FetchDeviceClock gave.
     Reply PostSignedByDeviceClock(const Target& target, std::string_view envelope,
-                                  std::string_view clockPath) const;
+                                  const std::string& deviceTime) const;
     /// Asks for the device's clock without a security header.
+    /// @param deviceTimeResult  stays as it is when the device does not answer properly.
     int FetchDeviceClock(std::string_view path, std::string& deviceTimeResult) const;
     /// The path of a service key. A key that is not in the table gets the device's path and stays.
     std::string ResolvePath(std::string_view serviceKey);

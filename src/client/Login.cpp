@@ -9,7 +9,6 @@ namespace onvif_client {
 
 namespace {
 
-constexpr std::uint32_t kProbeCapacity = 8192;
 constexpr std::uint32_t kServicesCapacity = 30720;
 
 constexpr int kMedia2TraceLine = 2619;
@@ -47,15 +46,17 @@ int CHttpClient::CheckDeviceClock() const {
     }
     // Some devices tell their clock only to those who can log in.
     const Reply reply =
-        PostSigned({kDefaultDevicePath, kProbeCapacity}, BuildGetSystemDateAndTime({}));
+        PostSigned({kDefaultDevicePath, kOrdinaryReplyCapacity}, BuildGetSystemDateAndTime({}));
     return reply.status == status::kSuccess ? status::kSuccess : status::kNoReply;
 }
 
 int CHttpClient::SetDeviceClock() const {
+    std::string deviceTime;
+    FetchDeviceClock(kDefaultDevicePath, deviceTime);
+    // Our time is read last, so that a slow answer does not make it late.
+    const std::string setting = BuildLoginClockSetting(UtcNow(), ReadLocalTimeZone());
     const int answered =
-        PostSignedByDeviceClock({kDefaultDevicePath, kProbeCapacity},
-                                BuildLoginClockSetting(UtcNow(), ReadLocalTimeZone()),
-                                kDefaultDevicePath)
+        PostSignedByDeviceClock({kDefaultDevicePath, kOrdinaryReplyCapacity}, setting, deviceTime)
             .status;
     const bool fatal = answered == status::kNotAuthorized || answered == status::kNoReply;
     return fatal ? answered : status::kSuccess;
@@ -95,8 +96,9 @@ int CHttpClient::GetServersUrl(ServiceTable& services) {
 }
 
 int CHttpClient::ReadAllCapabilities(ServiceTable& services) {
-    const Reply reply = PostSigned({kDefaultDevicePath, kProbeCapacity, kDiscoveryTimeoutMs},
-                                   BuildGetCapabilities("All"));
+    const Reply reply =
+        PostSigned({kDefaultDevicePath, kOrdinaryReplyCapacity, kDiscoveryTimeoutMs},
+                   BuildGetCapabilities("All"));
     if (reply.status == status::kSuccess) {
         ReadCapabilities(reply.soap, services, eventCapabilities_);
     }
@@ -104,8 +106,9 @@ int CHttpClient::ReadAllCapabilities(ServiceTable& services) {
 }
 
 int CHttpClient::ProbeCapability(const CapabilityCategory& category, ServiceTable& services) {
-    const Reply reply = PostSigned({kDefaultDevicePath, kProbeCapacity, kDiscoveryTimeoutMs},
-                                   BuildGetCapabilities(category.name));
+    const Reply reply =
+        PostSigned({kDefaultDevicePath, kOrdinaryReplyCapacity, kDiscoveryTimeoutMs},
+                   BuildGetCapabilities(category.name));
     if (reply.status == status::kSuccess) {
         if (const auto path = ReadCapability(reply.soap, category)) {
             services.emplace(category.key, *path);
@@ -159,8 +162,8 @@ int CHttpClient::ReadOptions() {
     const MediaProfile& first = profiles->front();
     const ServiceTable services = Services();
     if (services.contains("ptz") && !first.ptzConfigurationToken.empty()) {
-        const Reply reply =
-            Exchange({BuildGetPtzOptions(first.ptzConfigurationToken), "ptz", kProbeCapacity});
+        const Reply reply = Exchange(
+            {BuildGetPtzOptions(first.ptzConfigurationToken), "ptz", kOrdinaryReplyCapacity});
         if (reply.status == status::kNoReply) {
             return reply.status;
         }
@@ -169,8 +172,8 @@ int CHttpClient::ReadOptions() {
         }
     }
     if (services.contains("imaging") && !first.videoSourceToken.empty()) {
-        const Reply reply =
-            Exchange({BuildGetMoveOptions(first.videoSourceToken), "imaging", kProbeCapacity});
+        const Reply reply = Exchange(
+            {BuildGetMoveOptions(first.videoSourceToken), "imaging", kOrdinaryReplyCapacity});
         if (reply.status == status::kSuccess) {
             ReadFocusSpeedRange(reply.soap, focusSpeedRange_.emplace());
         }

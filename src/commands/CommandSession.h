@@ -8,6 +8,7 @@
 #include <string>
 #include <string_view>
 
+#include "commands/ResponseBuffer.h"
 #include "common/Status.h"
 #include "transform/MediaProfile.h"
 #include "transform/ServiceAddresses.h"
@@ -19,6 +20,9 @@ enum class SigningClock {
     kLocal,
     kDevice,  // asked of the device just before the request
 };
+
+/// Bytes that are enough for the replies of most operations.
+constexpr std::uint32_t kOrdinaryReplyCapacity = 8192;
 
 /// The request of one exchange.
 struct SignedRequest {
@@ -52,6 +56,11 @@ class ICommandSession {
 
     /// Signs the envelope, posts it and waits for the answer, 8 s at most.
     virtual Reply Exchange(const SignedRequest& request) = 0;
+
+    /// Fetches a picture over HTTP from the device, whatever host @p address names.
+    /// @return 0 when it was tried, also without success (@p picture then has no data); 1 for an
+    ///         empty address.
+    virtual int DownloadPicture(const std::string& address, ResponseBuffer& picture) = 0;
 };
 
 }  // namespace onvif_client

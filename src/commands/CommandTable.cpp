@@ -6,7 +6,9 @@
 #include "commands/LocalAnswers.h"
 #include "commands/ServiceRequests.h"
 #include "transform/DeviceResults.h"
+#include "transform/ImagingResults.h"
 #include "transform/MediaResults.h"
+#include "transform/MotionResults.h"
 #include "transform/PtzResults.h"
 #include "transform/SetResults.h"
 
@@ -49,9 +51,23 @@ constexpr CommandSteps kEncoderOptions20 = {{{.build = BuildGetVideoEncoderOptio
                                               .replyCapacity = kEncoderOptionsCapacity,
                                               .clock = SigningClock::kDevice}}};
 
+constexpr CommandSteps kSetEncoder10 = {{{.build = BuildSetVideoEncoder10,
+                                          .serviceKey = "media",
+                                          .result = &kSetVideoEncoderResult,
+                                          .clock = SigningClock::kDevice}}};
+constexpr CommandSteps kSetEncoder20 = {{{.build = BuildSetVideoEncoder20,
+                                          .serviceKey = "media2",
+                                          .result = &kSetVideoEncoderResult,
+                                          .clock = SigningClock::kDevice}}};
+
+int FetchSnapshot(ICommandSession& session, const std::string& result, ResponseBuffer& picture) {
+    return session.DownloadPicture(SnapshotAddressIn(result), picture);
+}
+
 constexpr std::uint32_t kPresetsCapacity = 40960;
 
 constexpr Completion kFirstProfile = {TokenSource::kFirstProfile, "profileToken"};
+constexpr Completion kFirstVideoSource = {TokenSource::kFirstVideoSource, "videoSourceToken"};
 constexpr Completion kIndexedProfile = {TokenSource::kIndexedProfile, "profiletoken"};
 constexpr FixedChild kStreamChildren[] = {{"multicast", "false"}, {"transport", "tcp"}};
 
@@ -70,6 +86,10 @@ constexpr CommandRow kGetRows[] = {
                  .serviceKey = "media",
                  .result = &kStreamUriResult,
                  .clock = SigningClock::kDevice}}}},
+    {.name = "snapshotURI",
+     .completion = kIndexedProfile,
+     .steps = {{{BuildGetSnapshotUri, "media", &kSnapshotUriResult}}},
+     .fetchPicture = FetchSnapshot},
     {.name = "profiles", .steps = kProfiles10, .media2 = &kProfiles20},
     {.name = "profile",
      .completion = kIndexedProfile,
@@ -82,18 +102,33 @@ constexpr CommandRow kGetRows[] = {
     {.name = "videoEncoderCfg",
      .steps = {{{BuildGetVideoEncoder, "media", &kVideoEncoderResult}}},
      .loop = ProfileLoop::kIndexes},
+    {.name = "imageOpts",
+     .completion = kFirstVideoSource,
+     .steps = {{{BuildGetImageOptions, "imaging", &kImageOptionsResult}}}},
+    {.name = "imageSettings",
+     .completion = kFirstVideoSource,
+     .steps = {{{BuildGetImageSettings, "imaging", &kImageSettingsResult}}}},
     {.name = "devInfo",
      .steps = {{{BuildGetDeviceInformation, "device", &kDeviceInformationResult}}}},
     {.name = "alarmout", .steps = {{{BuildGetRelayOutputs, "device", &kRelayOutputsResult}}}},
     {.name = "alarmin", .steps = {{{BuildGetDigitalInputs, "deviceIO", &kDigitalInputsResult}}}},
     {.name = "streamCount", .answerLocally = AnswerStreamCount},
     {.name = "serviceUrl", .answerLocally = AnswerServiceUrl},
+    {.name = "motion",
+     .steps = {{{.build = BuildGetAnalyticsModules,
+                 .serviceKey = "analytics",
+                 .result = &kMotionModuleResult,
+                 .tokenAsked = AnalyticsTokenOf,
+                 .goOn = GoOn::kOnSuccess},
+                {BuildGetRules, "analytics", &kMotionRuleResult}}}},
     {.name = "presets",
      .completion = kFirstProfile,
      .steps = {{{BuildGetPresets, "ptz", &kPresetsResult, kPresetsCapacity}}}},
     {.name = "cruises",
      .completion = kFirstProfile,
      .steps = {{{BuildGetCruises, "ptz", &kCruisesResult}}}},
+    {.name = "osd", .steps = {{{BuildGetOsds, "media", &kOsdResult}}}},
+    {.name = "osdoption", .steps = {{{BuildGetOsdOptions, "media", &kOsdOptionsResult}}}},
 };
 
 constexpr CommandRow kSetRows[] = {
@@ -112,6 +147,13 @@ constexpr CommandRow kSetRows[] = {
                  .serviceKey = "device",
                  .result = &kSetDateAndTimeResult,
                  .clock = SigningClock::kDevice}}}},
+    {.name = "videoEncodeCfg",
+     .steps = kSetEncoder10,
+     .media2 = &kSetEncoder20,
+     .loop = ProfileLoop::kItems},
+    {.name = "imageSettings",
+     .completion = kFirstVideoSource,
+     .steps = {{{BuildSetImageSettings, "imaging", &kSetImageSettingsResult}}}},
     {.name = "continuousMove",
      .completion = kFirstProfile,
      .steps = {{{BuildContinuousMove, "ptz", &kSetContinuousMoveResult}}}},
@@ -130,10 +172,22 @@ constexpr CommandRow kSetRows[] = {
     {.name = "gotoPreset",
      .completion = kFirstProfile,
      .steps = {{{BuildGotoPreset, "ptz", &kSetGotoPresetResult}}}},
+    {.name = "imageStop",
+     .completion = {TokenSource::kFirstVideoSource},
+     .steps = {{{BuildImageStop, "imaging", &kSetImageStopResult}}}},
     {.name = "alarmout",
      .steps = {{{BuildSetRelayOutputSettings, "device", &kSetRelayOutputSettingsResult}}}},
     {.name = "manualAlarmout",
      .steps = {{{BuildSetRelayOutputState, "deviceIO", &kSetRelayOutputStateResult}}}},
+    {.name = "motion",
+     .steps = {{{.build = BuildModifyAnalyticsModules,
+                 .serviceKey = "analytics",
+                 .result = &kSetMotionResult,
+                 .goOn = GoOn::kOnSuccess},
+                {BuildModifyRules, "analytics", &kSetMotionResult}}}},
+    {.name = "continuousFocus",
+     .completion = {TokenSource::kFirstVideoSource, "videoSourcetoken"},
+     .steps = {{{BuildContinuousFocus, "imaging", &kSetContinuousFocusResult}}}},
     {.name = "addCruise",
      .completion = kFirstProfile,
      .steps = {{{BuildAddCruise, "ptz", &kAddCruiseResult}}}},
@@ -152,6 +206,9 @@ constexpr CommandRow kSetRows[] = {
     {.name = "pauseCruise",
      .completion = kFirstProfile,
      .steps = {{{BuildPauseCruise, "ptz", &kSetPauseCruiseResult}}}},
+    {.name = "setOsd", .steps = {{{BuildSetOsd, "media", &kSetOsdResult}}}},
+    {.name = "createOsd", .steps = {{{BuildCreateOsd, "media", &kCreateOsdResult}}}},
+    {.name = "deleteOsd", .steps = {{{BuildDeleteOsd, "media", &kDeleteOsdResult}}}},
     {.name = "ptz3dcontrol", .steps = {{{BuildPtz3dControl, "ptz"}}}},
 };
 

@@ -35,6 +35,7 @@ struct FixedChild {
 /// the one that the command's builder reads.
 struct Completion {
     TokenSource source = TokenSource::kNone;
+    /// Empty: nothing is added, but the profile must be there.
     std::string_view element = {};
     std::span<const FixedChild> fixedChildren = {};
 };
@@ -52,10 +53,12 @@ struct CommandStep {
     std::string_view serviceKey = {};
     /// Writes the answer's values; null: the answer gives no result.
     const ResultFrame* result = nullptr;
-    std::uint32_t replyCapacity = 8192;
+    std::uint32_t replyCapacity = kOrdinaryReplyCapacity;
     SigningClock clock = SigningClock::kLocal;
     /// What the session learns from a successful answer.
     void (*learn)(std::string_view reply, ICommandSession& session) = nullptr;
+    /// The token of what the request is about, when the result shows it.
+    std::string (*tokenAsked)(const CommandRequest& request) = nullptr;
     /// Not empty: the step runs only for a request with this child.
     std::string_view onlyWith = {};
     GoOn goOn = GoOn::kUnlessFailed;

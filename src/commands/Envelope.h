@@ -38,9 +38,17 @@ inline constexpr FixedText kTds = " xmlns:tds=\"http://www.onvif.org/ver10/devic
 inline constexpr FixedText kTt = " xmlns:tt=\"http://www.onvif.org/ver10/schema\"";
 inline constexpr FixedText kDio = " xmlns:dio=\"http://www.onvif.org/ver10/deviceIO/wsdl\"";
 inline constexpr FixedText kMdw = " xmlns:mdw=\"http://www.onvif.org/ver10/media/wsdl\"";
+inline constexpr FixedText kTrt = " xmlns:trt=\"http://www.onvif.org/ver10/media/wsdl\"";
 inline constexpr FixedText kTrt2 = " xmlns:trt2=\"http://www.onvif.org/ver20/media/wsdl\"";
 inline constexpr FixedText kPtzw = " xmlns:ptzw=\"http://www.onvif.org/ver20/ptz/wsdl\"";
 inline constexpr FixedText kImg = " xmlns:img=\"http://www.onvif.org/ver20/imaging/wsdl\"";
+inline constexpr FixedText kAna = " xmlns:ana=\"http://www.onvif.org/ver20/analytics/wsdl\"";
+
+// Namespaces that stand as the default one on an element of a body.
+inline constexpr const char* kDeviceNamespace = "http://www.onvif.org/ver10/device/wsdl";
+inline constexpr const char* kMediaNamespace = "http://www.onvif.org/ver10/media/wsdl";
+inline constexpr const char* kMedia2Namespace = "http://www.onvif.org/ver20/media/wsdl";
+inline constexpr const char* kSchemaNamespace = "http://www.onvif.org/ver10/schema";
 
 /// Filled by the session just before sending (WS-Security UsernameToken Profile 1.0).
 inline constexpr FixedText kSecurityHeader =

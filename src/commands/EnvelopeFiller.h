@@ -46,6 +46,12 @@ class CEnvelopeFiller {
     XMLElement* operation_;
 };
 
+/// Declares the prefixes of XML Schema, as requests whose body has a default namespace do.
+inline void DeclareSchemaInstance(XMLElement* body) {
+    body->SetAttribute("xmlns:xsi", "http://www.w3.org/2001/XMLSchema-instance");
+    body->SetAttribute("xmlns:xsd", "http://www.w3.org/2001/XMLSchema");
+}
+
 }  // namespace onvif_client
 
 #endif

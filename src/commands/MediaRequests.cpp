@@ -20,6 +20,9 @@ constexpr auto kGetStreamUri = SoapEnvelope(
               "<tt:Protocol>RTSP</tt:Protocol></tt:Transport></mdw:StreamSetup>"
               "<mdw:ProfileToken/></mdw:GetStreamUri>"));
 
+constexpr auto kGetSnapshotUri =
+    SoapEnvelope(kMdw, FixedText("<mdw:GetSnapshotUri><mdw:ProfileToken/></mdw:GetSnapshotUri>"));
+
 constexpr auto kGetVideoEncoder =
     SoapEnvelope(kMdw, FixedText("<mdw:GetVideoEncoderConfiguration><mdw:ConfigurationToken/>"
                                  "</mdw:GetVideoEncoderConfiguration>"));
@@ -52,6 +55,12 @@ std::string BuildGetProfile(const CommandRequest& request) {
 std::string BuildGetStreamUri(const CommandRequest& request) {
     // Always unicast over RTSP: "multicast" and "transport" of the request change nothing.
     CEnvelopeFiller envelope(kGetStreamUri, "mdw:GetStreamUri");
+    envelope.Copy(request, "profiletoken", "mdw:ProfileToken");
+    return envelope.Print();
+}
+
+std::string BuildGetSnapshotUri(const CommandRequest& request) {
+    CEnvelopeFiller envelope(kGetSnapshotUri, "mdw:GetSnapshotUri");
     envelope.Copy(request, "profiletoken", "mdw:ProfileToken");
     return envelope.Print();
 }

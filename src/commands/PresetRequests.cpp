@@ -111,7 +111,7 @@ std::string BuildModifyCruise(const CommandRequest& request) {
 }
 
 std::string BuildDelCruise(const CommandRequest&) {
-    // Both tokens go out empty, as applications of this interface have always had it.
+    // Both tokens go out empty: the interface wants it so, and a device that refuses is right.
     return std::string(kRemoveTour);
 }
 

@@ -1,4 +1,3 @@
-#include <cstdio>
 #include <cstdlib>
 
 #include "commands/Envelope.h"
@@ -37,9 +36,7 @@ std::string Velocity(int percent, const SpeedRange& range) {
     const int bound = percent < 1 ? range.minimum : range.maximum;
     const double velocity =
         percent == 0 ? 0 : std::abs(static_cast<double>(bound)) * (percent * 0.01);
-    char text[64];
-    std::snprintf(text, sizeof text, "%4.8f", static_cast<double>(static_cast<float>(velocity)));
-    return text;
+    return DecimalText(static_cast<double>(static_cast<float>(velocity)), 8);
 }
 
 }  // namespace

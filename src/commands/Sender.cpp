@@ -18,7 +18,8 @@ int SendStep(ICommandSession& session, const CommandStep& step, const CommandReq
         step.learn(reply.soap, session);
     }
     if (step.result != nullptr) {
-        BuildResult(*step.result, reply.soap, index, result);
+        const std::string token = step.tokenAsked == nullptr ? "" : step.tokenAsked(request);
+        BuildResult(*step.result, reply.soap, {index, token}, result);
     }
     return reply.status;
 }
@@ -94,11 +95,11 @@ int SendCommand(ICommandSession& session, const CommandRow& row, XMLElement* com
 }
 
 const MediaProfile* SelectProfile(const ProfileList& profiles, const XMLElement* index) {
-    const int selected = index == nullptr ? -1 : ToInt(TextOf(index));
-    if (selected < 0 || static_cast<std::size_t>(selected) >= profiles.size()) {
+    const auto selected = ReadInt(TextOf(index));
+    if (!selected || *selected < 0 || static_cast<std::size_t>(*selected) >= profiles.size()) {
         return nullptr;
     }
-    return &profiles[static_cast<std::size_t>(selected)];
+    return &profiles[static_cast<std::size_t>(*selected)];
 }
 
 }  // namespace onvif_client

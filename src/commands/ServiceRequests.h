@@ -1,5 +1,5 @@
 /// @file
-/// Request builders of the media, PTZ and imaging services.
+/// Request builders of the media, PTZ, imaging and analytics services.
 #ifndef ONVIF_CLIENT_COMMANDS_SERVICEREQUESTS_H
 #define ONVIF_CLIENT_COMMANDS_SERVICEREQUESTS_H
 
@@ -13,11 +13,23 @@ namespace onvif_client {
 std::string BuildGetProfiles10(const CommandRequest&);
 std::string BuildGetProfiles20(const CommandRequest&);
 std::string BuildGetStreamUri(const CommandRequest& request);
+std::string BuildGetSnapshotUri(const CommandRequest& request);
 // The following are sent once per profile chosen: CommandRequest::profile is there.
 std::string BuildGetProfile(const CommandRequest& request);
 std::string BuildGetVideoEncoder(const CommandRequest& request);
 std::string BuildGetVideoEncoderOptions10(const CommandRequest& request);
 std::string BuildGetVideoEncoderOptions20(const CommandRequest& request);
+
+// EncoderRequests.cpp: one request per item of the command; item and profile are there
+std::string BuildSetVideoEncoder10(const CommandRequest& request);
+std::string BuildSetVideoEncoder20(const CommandRequest& request);
+
+// OsdRequests.cpp: on-screen texts of the first profile's video source configuration
+std::string BuildGetOsds(const CommandRequest& request);
+std::string BuildGetOsdOptions(const CommandRequest& request);
+std::string BuildCreateOsd(const CommandRequest& request);
+std::string BuildSetOsd(const CommandRequest& request);
+std::string BuildDeleteOsd(const CommandRequest& request);
 
 // PtzRequests.cpp
 /// GetConfigurationOptions of the PTZ service.
@@ -43,6 +55,20 @@ std::string BuildPauseCruise(const CommandRequest& request);
 
 // ImagingRequests.cpp
 std::string BuildGetMoveOptions(const std::string& videoSourceToken);
+std::string BuildGetImageOptions(const CommandRequest& request);
+std::string BuildGetImageSettings(const CommandRequest& request);
+std::string BuildSetImageSettings(const CommandRequest& request);
+/// Stops the focus of the first profile's video source; CommandRequest::profile is there.
+std::string BuildImageStop(const CommandRequest& request);
+std::string BuildContinuousFocus(const CommandRequest& request);
+
+// AnalyticsRequests.cpp: cell motion detection, a module (how) and a rule (where)
+/// The configuration that a motion command is about: its "token", else the first profile's.
+std::string AnalyticsTokenOf(const CommandRequest& request);
+std::string BuildGetAnalyticsModules(const CommandRequest& request);
+std::string BuildGetRules(const CommandRequest& request);
+std::string BuildModifyAnalyticsModules(const CommandRequest& request);
+std::string BuildModifyRules(const CommandRequest& request);
 
 }  // namespace onvif_client
 

@@ -10,9 +10,6 @@ namespace onvif_client {
 
 namespace {
 
-constexpr const char* kDeviceNamespace = "http://www.onvif.org/ver10/device/wsdl";
-constexpr const char* kSchemaNamespace = "http://www.onvif.org/ver10/schema";
-
 constexpr FixedText kClockBody = "<tds:GetSystemDateAndTime/>";
 constexpr auto kGetSystemDateAndTime = SoapEnvelope(kTds + kTt, kClockBody);
 constexpr auto kBareClock = BareSoapEnvelope(kTds + kTt, kClockBody);
@@ -49,8 +46,7 @@ std::string_view BareClockEnvelope() {
 std::string BuildSetSystemDateAndTime(const CommandRequest& request) {
     CEnvelopeFiller envelope(kSetSystemDateAndTime, "");
     XMLElement* body = envelope.Operation();
-    body->SetAttribute("xmlns:xsi", "http://www.w3.org/2001/XMLSchema-instance");
-    body->SetAttribute("xmlns:xsd", "http://www.w3.org/2001/XMLSchema");
+    DeclareSchemaInstance(body);
 
     XMLElement* setting = envelope.Add(body, "SetSystemDateAndTime");
     setting->SetAttribute("xmlns", kDeviceNamespace);

@@ -1,5 +1,5 @@
 /// @file
-/// Formatted log lines and traces.
+/// Formatted log lines.
 #ifndef ONVIF_CLIENT_COMMON_LOGTEXT_H
 #define ONVIF_CLIENT_COMMON_LOGTEXT_H
 

@@ -2,6 +2,9 @@
 
 #include <openssl/evp.h>
 
+#include <algorithm>
+#include <climits>
+#include <iterator>
 #include <memory>
 
 namespace onvif_client {
@@ -46,6 +49,29 @@ std::string Base64(std::span<const std::uint8_t> data) {
     EVP_EncodeBlock(reinterpret_cast<unsigned char*>(text.data()), data.data(),
                     static_cast<int>(data.size()));
     return text;
+}
+
+std::optional<std::vector<std::uint8_t>> DecodeBase64(std::string_view text) {
+    std::string digits;
+    std::copy_if(text.begin(), text.end(), std::back_inserter(digits),
+                 [](char c) { return c != ' ' && (c < '\t' || c > '\r'); });
+    const std::size_t given = std::min(digits.find('='), digits.size());
+    const std::size_t padding = (4 - given % 4) % 4;
+    const bool onlyPaddingBehind = digits.find_first_not_of('=', given) == std::string::npos;
+    if (padding == 3 || digits.size() - given > padding || !onlyPaddingBehind ||
+        digits.size() > INT_MAX / 2) {
+        return std::nullopt;
+    }
+    digits.resize(given + padding, '=');
+    std::vector<std::uint8_t> bytes(digits.size() / 4 * 3);
+    const int decoded =
+        EVP_DecodeBlock(bytes.data(), reinterpret_cast<const unsigned char*>(digits.data()),
+                        static_cast<int>(digits.size()));
+    if (decoded != static_cast<int>(bytes.size())) {
+        return std::nullopt;
+    }
+    bytes.resize(bytes.size() - padding);
+    return bytes;
 }
 
 std::string LowerHex(std::span<const std::uint8_t> data) {

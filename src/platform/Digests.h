@@ -5,9 +5,11 @@
 
 #include <array>
 #include <cstdint>
+#include <optional>
 #include <span>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace onvif_client {
 
@@ -22,6 +24,9 @@ std::array<std::uint8_t, 16> Md5(std::span<const std::uint8_t> data);
 std::array<std::uint8_t, 20> Sha1(std::span<const std::uint8_t> data);
 /// RFC 4648 section 4: the standard alphabet with "=" padding.
 std::string Base64(std::span<const std::uint8_t> data);
+/// The reverse; white space is skipped, and the padding may be missing.
+/// @return nothing for a text that is not Base64.
+std::optional<std::vector<std::uint8_t>> DecodeBase64(std::string_view text);
 /// Two lower-case hexadecimal digits a byte.
 std::string LowerHex(std::span<const std::uint8_t> data);
 

@@ -4,6 +4,7 @@
 #include <array>
 #include <bit>
 #include <charconv>
+#include <cmath>
 #include <limits>
 
 namespace onvif_client {
@@ -14,35 +15,39 @@ bool IsBlank(char c) {
     return c == ' ' || (c >= '\t' && c <= '\r');
 }
 
-/// Reads a decimal number as "%d" does and moves @p text behind it; false when there is none.
-bool ReadInt(std::string_view& text, int& value) {
+void SkipBlanks(std::string_view& text) {
     while (!text.empty() && IsBlank(text.front())) {
         text.remove_prefix(1);
     }
+}
+
+/// As ReadInt; moves @p text behind the number.
+std::optional<int> TakeInt(std::string_view& text) {
+    SkipBlanks(text);
     const bool negative = text.starts_with('-');
     if (negative || text.starts_with('+')) {
         text.remove_prefix(1);
     }
     if (text.empty() || text.front() < '0' || text.front() > '9') {
-        return false;
+        return std::nullopt;
     }
     int magnitude = 0;
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), magnitude);
-    if (error == std::errc::result_out_of_range) {
-        value = negative ? std::numeric_limits<int>::min() : std::numeric_limits<int>::max();
-    } else {
-        value = negative ? -magnitude : magnitude;
-    }
     text.remove_prefix(static_cast<std::size_t>(end - text.data()));
-    return true;
+    if (error == std::errc::result_out_of_range) {
+        return negative ? std::numeric_limits<int>::min() : std::numeric_limits<int>::max();
+    }
+    return negative ? -magnitude : magnitude;
 }
 
 }  // namespace
 
+std::optional<int> ReadInt(std::string_view text) {
+    return TakeInt(text);
+}
+
 int ToInt(std::string_view text) {
-    int value = 0;
-    ReadInt(text, value);
-    return value;
+    return ReadInt(text).value_or(0);
 }
 
 std::string PrefixLengthToNetmask(int length) {
@@ -69,7 +74,8 @@ int NetmaskToPrefixLength(const std::string& netmask) {
     std::array<int, 4> octets = {};
     std::string_view rest = netmask;
     for (int& octet : octets) {
-        if (!ReadInt(rest, octet) || !rest.starts_with('.')) {
+        octet = TakeInt(rest).value_or(0);
+        if (!rest.starts_with('.')) {
             break;
         }
         rest.remove_prefix(1);
@@ -104,6 +110,23 @@ std::int64_t DurationToSeconds(const std::string& duration) {
         }
     }
     return total;
+}
+
+double ToReal(std::string_view text) {
+    SkipBlanks(text);
+    if (text.starts_with('+')) {
+        text.remove_prefix(1);
+    }
+    double value = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
+    return error == std::errc() && std::isfinite(value) ? value : 0;
+}
+
+std::string DecimalText(double value, int decimals) {
+    char text[400];
+    const auto [end, error] =
+        std::to_chars(text, text + sizeof text, value, std::chars_format::fixed, decimals);
+    return error == std::errc() ? std::string(text, end) : std::string("0");
 }
 
 }  // namespace onvif_client

@@ -4,6 +4,7 @@
 #define ONVIF_CLIENT_TRANSFORM_CONVERSIONS_H
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -20,8 +21,16 @@ int NetmaskToPrefixLength(const std::string& netmask);
 /// text that does not start with "P" gives 0, no text -1.
 std::int64_t DurationToSeconds(const std::string& duration);
 
-/// The decimal number that @p text starts with, after blanks, held within 32 bits; 0 without one.
+/// The decimal number that @p text starts with, after blanks, held within 32 bits.
+std::optional<int> ReadInt(std::string_view text);
+/// The same; 0 without one.
 int ToInt(std::string_view text);
+
+/// The same for a real number ("0.5", "-1e2"); 0 without one and for one that no double holds.
+double ToReal(std::string_view text);
+/// A number with that many decimals, as "%.*f" writes it in the C locale: an application's locale
+/// must not reach the device.
+std::string DecimalText(double value, int decimals);
 
 }  // namespace onvif_client
 

@@ -1,8 +1,8 @@
 #include <algorithm>
-#include <cstdlib>
 #include <string>
 #include <vector>
 
+#include "transform/Conversions.h"
 #include "transform/MediaResults.h"
 
 namespace onvif_client {
@@ -13,11 +13,14 @@ constexpr CopiedValue kRange[] = {{"Min", "min"}, {"Max", "max"}};
 constexpr CopiedValue kSize[] = {{"Width", "width"}, {"Height", "height"}};
 
 constexpr CopiedValue kQuality[] = {{"QualityRange", "quality", kRange}};
+constexpr CopiedValue kResolutions[] = {{"ResolutionsAvailable*", "resolution", kSize}};
 constexpr CopiedValue kBitrate[] = {{"BitrateRange", "bitrate", kRange}};
 // Of a codec in the answer of a ver10 service.
 constexpr CopiedValue kFrameRates[] = {{"FrameRateRange", "frameRate", kRange},
                                        {"EncodingIntervalRange", "encodingInterval", kRange}};
-constexpr CopiedValue kGovLength[] = {{"GovLengthRange", "IFrameInterval", kRange}};
+constexpr CopiedValue kStreamForm[] = {{"GovLengthRange", "IFrameInterval", kRange},
+                                       {"H264ProfilesSupported*", "profile"},
+                                       {"Mpeg4ProfilesSupported*", "profile"}};
 
 /// A list separated by blanks.
 std::vector<std::string> Entries(const char* list) {
@@ -34,29 +37,13 @@ std::vector<std::string> Entries(const char* list) {
     }
 }
 
-void CopyEach(const XMLElement* from, std::string_view source, XMLElement* option,
-              const char* element) {
-    for (const XMLElement* each = FirstChild(from, source); each != nullptr;
-         each = NextSibling(each, source)) {
-        Append(option, element, TextOf(each));
-    }
-}
-
-void CopyResolutions(const XMLElement* from, XMLElement* option) {
-    constexpr std::string_view kSource = "ResolutionsAvailable";
-    for (const XMLElement* each = FirstChild(from, kSource); each != nullptr;
-         each = NextSibling(each, kSource)) {
-        CopyValues(each, Append(option, "resolution"), kSize);
-    }
-}
-
 /// The bounds of a list of numbers, as written, and its entries.
 void AddFrameRates(const std::vector<std::string>& rates, XMLElement* option) {
     if (rates.empty()) {
         return;
     }
     const auto less = [](const std::string& a, const std::string& b) {
-        return std::strtod(a.c_str(), nullptr) < std::strtod(b.c_str(), nullptr);
+        return ToReal(a) < ToReal(b);
     };
     const auto [least, greatest] = std::minmax_element(rates.begin(), rates.end(), less);
     XMLElement* frameRate = Append(option, "frameRate");
@@ -73,7 +60,7 @@ void CopyOption20(const XMLElement* options, XMLElement* item) {
     XMLElement* option = Append(item, "option");
     CopyValues(options, option, kEncoding);
     CopyValues(options, option, kQuality);
-    CopyResolutions(options, option);
+    CopyValues(options, option, kResolutions);
     AddFrameRates(Entries(AttributeOf(options, "FrameRatesSupported")), option);
     CopyValues(options, option, kBitrate);
     if (const auto range = Entries(AttributeOf(options, "GovLengthRange")); !range.empty()) {
@@ -97,12 +84,10 @@ void CopyOption10(const XMLElement* options, std::string_view codec, XMLElement*
     XMLElement* option = Append(item, "option");
     Append(option, "encode", codec);
     CopyValues(options, option, kQuality);
-    CopyResolutions(source, option);
+    CopyValues(source, option, kResolutions);
     CopyValues(source, option, kFrameRates);
     CopyValues(FirstChild(FirstChild(options, "Extension"), codec), option, kBitrate);
-    CopyValues(source, option, kGovLength);
-    CopyEach(source, "H264ProfilesSupported", option, "profile");
-    CopyEach(source, "Mpeg4ProfilesSupported", option, "profile");
+    CopyValues(source, option, kStreamForm);
 }
 
 void CopyVideoEncoderOptions(const ReplyValues& reply, XMLElement* command) {
@@ -113,7 +98,7 @@ void CopyVideoEncoderOptions(const ReplyValues& reply, XMLElement* command) {
         return;
     }
     XMLElement* item = Append(command, "item");
-    Append(item, "index", reply.index);
+    Append(item, "index", reply.subject.index);
     if (FirstChild(options, "Encoding") == nullptr) {
         for (const std::string_view codec : {"JPEG", "MPEG4", "H264"}) {
             CopyOption10(options, codec, item);

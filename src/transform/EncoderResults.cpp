@@ -36,7 +36,7 @@ void CopyVideoEncoder(const ReplyValues& reply, XMLElement* command) {
         reply.envelope, "Envelope/Body/GetVideoEncoderConfigurationResponse/Configuration");
     if (configuration != nullptr) {
         XMLElement* item = Append(command, "item");
-        Append(item, "index", reply.index);
+        Append(item, "index", reply.subject.index);
         CopyVideoEncoderConfiguration(configuration, item);
     }
 }

@@ -13,6 +13,14 @@ extern const ResultFrame kProfileResult;
 
 // StreamResults.cpp
 extern const ResultFrame kStreamUriResult;
+extern const ResultFrame kSnapshotUriResult;
+/// The picture's address in a result document of snapshotURI; empty when the device gave none.
+std::string SnapshotAddressIn(const std::string& result);
+
+// OsdResults.cpp
+extern const ResultFrame kOsdResult;
+extern const ResultFrame kOsdOptionsResult;
+extern const ResultFrame kCreateOsdResult;
 
 // EncoderOptionsResults.cpp
 /// The same shape for both media services.

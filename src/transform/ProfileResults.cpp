@@ -69,7 +69,7 @@ void CopyChosenProfile(const ReplyValues& reply, XMLElement* command) {
     const XMLElement* profile =
         FindElement(reply.envelope, "Envelope/Body/GetProfileResponse/Profile");
     if (profile != nullptr) {
-        CopyProfile(profile, reply.index, command);
+        CopyProfile(profile, reply.subject.index, command);
     }
 }
 

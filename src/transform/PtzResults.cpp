@@ -10,6 +10,7 @@ constexpr CopiedValue kPosition[] = {{"PanTilt/@x", "x"}, {"PanTilt/@y", "y"}, {
 // The preset's identity bears the name that all preset commands read.
 constexpr CopiedValue kPreset[] = {
     {"@token", "presetToken"}, {"Name", "presetName"}, {"PTZPosition", "position", kPosition}};
+constexpr CopiedValue kPresets[] = {{"Preset*", "item", kPreset}};
 
 constexpr CopiedValue kTour[] = {
     {"@token", "token"}, {"Name", "name"}, {"Status/State", "state"}, {"AutoStart", "autoStart"}};
@@ -17,12 +18,7 @@ constexpr CopiedValue kSpot[] = {{"PresetDetail/PresetToken", "token"},
                                  {"PresetDetail/Home", "home"}};
 
 void CopyPresets(const ReplyValues& reply, XMLElement* command) {
-    constexpr std::string_view kPresets = "Preset";
-    const XMLElement* response = FindElement(reply.envelope, "Envelope/Body/GetPresetsResponse");
-    for (const XMLElement* each = FirstChild(response, kPresets); each != nullptr;
-         each = NextSibling(each, kPresets)) {
-        CopyValues(each, Append(command, "item"), kPreset);
-    }
+    CopyValues(FindElement(reply.envelope, "Envelope/Body/GetPresetsResponse"), command, kPresets);
 }
 
 void CopySeconds(const XMLElement* from, const char* source, XMLElement* to, const char* element) {

@@ -19,27 +19,6 @@ XMLElement* StatusParent(const ResultFrame& frame, XMLElement* command) {
     return command;
 }
 
-void CopyValue(const XMLElement* from, XMLElement* to, const CopiedValue& row) {
-    const std::string_view source = row.source;
-    const std::size_t at = source.find('@');
-    if (at != std::string_view::npos) {
-        const XMLElement* owner = at == 0 ? from : FindElement(from, source.substr(0, at - 1));
-        if (const char* value = AttributeOf(owner, row.source + at + 1)) {
-            Append(to, row.element, value);
-        }
-        return;
-    }
-    const XMLElement* found = FindElement(from, source);
-    if (found == nullptr) {
-        return;
-    }
-    if (row.parts.empty()) {
-        Append(to, row.element, TextOf(found));
-    } else {
-        CopyValues(found, Append(to, row.element), row.parts);
-    }
-}
-
 }  // namespace
 
 CResultDocument::CResultDocument(const std::string& result, std::string_view root)
@@ -55,7 +34,8 @@ XMLElement* CResultDocument::CommandElement(std::string_view name) {
     return element == nullptr ? Append(root_, name) : element;
 }
 
-void BuildResult(const ResultFrame& frame, std::string_view reply, int index, std::string& result) {
+void BuildResult(const ResultFrame& frame, std::string_view reply, const Subject& subject,
+                 std::string& result) {
     CResultDocument document(result, frame.root);
     XMLElement* command = document.CommandElement(frame.element);
 
@@ -65,15 +45,9 @@ void BuildResult(const ResultFrame& frame, std::string_view reply, int index, st
                              ? ParseFaultCode(trimmed.Root(), statusParent) == 0
                              : ParseFault(trimmed.Root(), statusParent);
     if (success && frame.copyValues != nullptr) {
-        frame.copyValues({trimmed.Root(), index}, command);
+        frame.copyValues({trimmed.Root(), subject}, command);
     }
     result = document.Print();
-}
-
-void CopyValues(const XMLElement* from, XMLElement* to, std::span<const CopiedValue> rows) {
-    for (const CopiedValue& row : rows) {
-        CopyValue(from, to, row);
-    }
 }
 
 }  // namespace onvif_client

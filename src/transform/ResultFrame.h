@@ -11,20 +11,28 @@
 #ifndef ONVIF_CLIENT_TRANSFORM_RESULTFRAME_H
 #define ONVIF_CLIENT_TRANSFORM_RESULTFRAME_H
 
-#include <span>
 #include <string>
 #include <string_view>
 
 #include "common/XmlDocument.h"
+#include "transform/CopiedValues.h"
 
 namespace onvif_client {
+
+/// What a request was about, for answers that do not repeat it.
+struct Subject {
+    /// Position of the profile that was asked about, from 0; only for commands that ask by profile.
+    int index = 0;
+    /// The token of the configuration that was asked about; only for commands that show it.
+    std::string token = {};
+};
 
 /// What a builder copies from.
 struct ReplyValues {
     /// The root of the trimmed reply; null when the reply did not parse.
     const XMLElement* envelope;
-    /// Position of the profile that was asked about, from 0; only for commands that ask by profile.
-    int index;
+    /// What the request was about.
+    Subject subject;
 };
 
 /// Where a builder's `status` stands.
@@ -50,7 +58,8 @@ struct ResultFrame {
 /// Adds a command's answer to the result document.
 /// @param reply   the SOAP text as the device sent it.
 /// @param result  in: what earlier commands produced, or nothing; out: the whole document.
-void BuildResult(const ResultFrame& frame, std::string_view reply, int index, std::string& result);
+void BuildResult(const ResultFrame& frame, std::string_view reply, const Subject& subject,
+                 std::string& result);
 
 /// The result document of a request under construction: its command element, found or made.
 class CResultDocument {
@@ -68,19 +77,6 @@ class CResultDocument {
     CXmlDocument document_;
     XMLElement* root_;
 };
-
-/// One row of a copying table. @p source is a path from the element that the table is applied to;
-/// its last step may be an attribute ("Bounds/@width"), and a path that is only "@token" is an
-/// attribute of that element itself.
-struct CopiedValue {
-    const char* source;
-    const char* element;
-    /// Not empty: @p element is a group, written when the source element exists, and these are its
-    /// rows, relative to the source.
-    std::span<const CopiedValue> parts = {};
-};
-
-void CopyValues(const XMLElement* from, XMLElement* to, std::span<const CopiedValue> rows);
 
 }  // namespace onvif_client
 

@@ -31,6 +31,7 @@ class CEchoSession final : public ICommandSession {
     }
     bool HasMedia2() const override { return reply_.size() % 2 == 0; }
     PtzRanges SpeedRanges() const override { return {}; }
+    int DownloadPicture(const std::string&, ResponseBuffer&) override { return status::kSuccess; }
     Reply Exchange(const SignedRequest&) override { return {0, reply_}; }
 
  private:

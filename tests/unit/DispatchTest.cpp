@@ -18,6 +18,11 @@ class CScriptedSession final : public ICommandSession {
     ServiceTable Services() const override { return {{"device", "d"}, {"ptz", ""}}; }
     bool HasMedia2() const override { return media2; }
     PtzRanges SpeedRanges() const override { return {}; }
+    int DownloadPicture(const std::string& address, ResponseBuffer& picture) override {
+        picture.data = std::make_unique<char[]>(1);
+        picture.size = 1;
+        return address.empty() ? status::kNotSent : status::kSuccess;
+    }
     Reply Exchange(const SignedRequest& request) override {
         log += std::string(request.envelope) + (request.clock == SigningClock::kDevice ? "*" : "") +
                "@" + std::string(request.serviceKey) + " ";

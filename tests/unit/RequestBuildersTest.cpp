@@ -5,21 +5,12 @@
 
 #include "commands/DeviceRequests.h"
 #include "commands/ServiceRequests.h"
+#include "unit/Texts.h"
 
 namespace onvif_client {
 namespace {
 
-/// What stands in the body of an envelope, without white space between elements.
-std::string Body(const std::string& envelope) {
-    CXmlDocument document(envelope);
-    const XMLElement* body = document.Find("s:Envelope/s:Body");
-    tinyxml2::XMLPrinter printer(nullptr, true);
-    for (const auto* each = body == nullptr ? nullptr : body->FirstChild(); each != nullptr;
-         each = each->NextSibling()) {
-        each->Accept(&printer);
-    }
-    return printer.CStr();
-}
+using client_test::Body;
 
 TEST(RequestBuilders, WriteTheParametersOfTheRequest) {
     const std::string schema = "xmlns=\"http://www.onvif.org/ver10/schema\"";

@@ -4,23 +4,13 @@
 #include "transform/MediaResults.h"
 #include "transform/SetResults.h"
 #include "transform/TimeResults.h"
+#include "unit/Texts.h"
 
 namespace onvif_client {
 namespace {
 
-std::string Envelope(const std::string& body) {
-    return "<?xml version=\"1.0\"?><env:Envelope xmlns:env=\"e\"><env:Body>" + body +
-           "</env:Body></env:Envelope>";
-}
-
-/// The document without white space between its elements.
-std::string Compact(const std::string& text) {
-    tinyxml2::XMLDocument document;
-    document.Parse(text.c_str());
-    tinyxml2::XMLPrinter printer(nullptr, true);
-    document.RootElement()->Accept(&printer);
-    return printer.CStr();
-}
+using client_test::Compact;
+using client_test::Envelope;
 
 struct ResultCase {
     const ResultFrame* frame;
@@ -116,7 +106,7 @@ TEST(Results, CopyWhatTheDeviceAnswered) {
     };
     for (const ResultCase& each : cases) {
         std::string result;
-        BuildResult(*each.frame, Envelope(each.body), 0, result);
+        BuildResult(*each.frame, Envelope(each.body), {}, result);
         EXPECT_EQ(Compact(result), each.expected);
         EXPECT_TRUE(result.starts_with("<?xml version=\"1.0\" encoding=\"UTF-8\"?>")) << result;
     }
@@ -124,10 +114,10 @@ TEST(Results, CopyWhatTheDeviceAnswered) {
 
 TEST(Results, OneDocumentCarriesAllAnswers) {
     std::string result;
-    BuildResult(kDnsResult, "unparsable", 0, result);
-    BuildResult(kDigitalInputsResult, Envelope("<a:Fault/>"), 0, result);
-    BuildResult(kDnsResult, Envelope(""), 0, result);
-    BuildResult(kSetDnsResult, Envelope(""), 0, result);  // a second root finds its place below
+    BuildResult(kDnsResult, "unparsable", {}, result);
+    BuildResult(kDigitalInputsResult, Envelope("<a:Fault/>"), {}, result);
+    BuildResult(kDnsResult, Envelope(""), {}, result);
+    BuildResult(kSetDnsResult, Envelope(""), {}, result);  // a second root finds its place below
     EXPECT_EQ(Compact(result),
               "<GetResponse><dns><status>success</status><status>success</status></dns><alarmin>"
               "<status>fail<errorCode>6</errorCode></status></alarmin><SetResponse><dns><status>"
@@ -178,7 +168,7 @@ TEST(Results, ProfilesOfBothMediaServices) {
     for (const auto& each : cases) {
         std::string result;
         BuildResult(kProfilesResult,
-                    Envelope("<GetProfilesResponse>" + each.profile + "</GetProfilesResponse>"), 0,
+                    Envelope("<GetProfilesResponse>" + each.profile + "</GetProfilesResponse>"), {},
                     result);
         EXPECT_EQ(Compact(result), "<GetResponse><profiles><status>success</status>" +
                                        std::string(each.expected) + "</profiles></GetResponse>");

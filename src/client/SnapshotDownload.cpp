@@ -1,0 +1,172 @@
+#include "client/SnapshotDownload.h"
+
+#include <algorithm>
+#include <climits>
+#include <cstring>
+#include <new>
+
+#include "common/LogText.h"
+#include "platform/Clock.h"
+#include "platform/Wirelink.h"
+
+namespace onvif_client {
+
+namespace {
+
+constexpr int kAttempts = 2;
+constexpr int kConnectPolls = 15;
+constexpr std::uint32_t kConnectPollMs = 50;
+constexpr std::uint32_t kReceivePollMs = 250;
+constexpr std::uint32_t kAttemptMs = 5000;
+constexpr std::size_t kChunk = 8191;
+constexpr std::size_t kLongestHeader = 65536;
+constexpr std::uint64_t kLimitWithoutLength = 1048576;
+constexpr std::string_view kHeaderEnd = "\r\n\r\n";
+
+constexpr const char* kSource = "HttpClient";
+constexpr int kConnectLine = 1295;
+constexpr int kUnknownChallengeLine = 1432;
+constexpr int kNoLengthLine = 1457;
+constexpr int kAllocationLine = 1473;
+constexpr int kTooLongLine = 1523;
+
+}  // namespace
+
+/// The connection of one attempt.
+class CSnapshotDownload::CConnection {
+ public:
+    CConnection(const char* ip, std::uint16_t port) : handle_(WIRELINK_AddConnect(0, ip, port)) {
+        if (handle_ < 1) {
+            COREKIT_AbnormalOutput("ASSERT", kSource, kConnectLine);
+        }
+        int result = 0;
+        for (int poll = 0; poll < kConnectPolls; ++poll) {
+            if (!WIRELINK_PopConnectResult(handle_, result, 0) || result != 0) {
+                break;
+            }
+            SleepMilliseconds(kConnectPollMs);
+        }
+    }
+    ~CConnection() {
+        WIRELINK_DelConnect(handle_);
+        WIRELINK_DestroyHNetCommunication(handle_);
+    }
+    CConnection(const CConnection&) = delete;
+    CConnection& operator=(const CConnection&) = delete;
+
+    std::uint32_t Handle() const { return handle_; }
+
+ private:
+    const std::uint32_t handle_;
+};
+
+CSnapshotDownload::CSnapshotDownload(const std::string& ip, const Credentials& credentials,
+                                     std::string_view address)
+    : ip_(ip), credentials_(credentials), address_(ParseSnapshotAddress(address)) {}
+
+void CSnapshotDownload::Run(ResponseBuffer& picture) {
+    for (int attempt = 0; attempt < kAttempts && !final_; ++attempt) {
+        Attempt(picture);
+    }
+}
+
+void CSnapshotDownload::Attempt(ResponseBuffer& picture) {
+    CConnection connection(ip_.c_str(), address_.port);
+    if (SendRequest(connection)) {
+        Receive(connection, picture);
+    }
+}
+
+bool CSnapshotDownload::SendRequest(CConnection& connection) const {
+    const std::string request = BuildSnapshotRequest(address_, credentials_, challenge_);
+    const std::uint32_t began = TickCount();
+    std::size_t sent = 0;
+    while (sent < request.size()) {
+        bool error = false;
+        sent += static_cast<std::size_t>(
+            WIRELINK_Send_Immediate(connection.Handle(), request.data() + sent,
+                                    static_cast<std::uint32_t>(request.size() - sent), error));
+        if (error || TickCount() - began > kAttemptMs) {
+            return false;
+        }
+    }
+    return true;
+}
+
+void CSnapshotDownload::Receive(CConnection& connection, ResponseBuffer& picture) {
+    const std::uint32_t began = TickCount();
+    std::string header;
+    char chunk[kChunk];
+    for (bool goesOn = true; goesOn;) {
+        bool closed = false;
+        const int received = WIRELINK_Recv_Immediate(connection.Handle(), chunk, kChunk, &closed);
+        if (received >= 1) {
+            const std::string_view bytes(chunk, static_cast<std::size_t>(received));
+            goesOn = final_ ? AddToPicture(bytes, picture) : AddToHeader(bytes, header, picture);
+        } else if (closed || TickCount() - began > kAttemptMs) {
+            goesOn = false;
+        } else {
+            SleepMilliseconds(kReceivePollMs);
+        }
+    }
+}
+
+bool CSnapshotDownload::AddToHeader(std::string_view bytes, std::string& header,
+                                    ResponseBuffer& picture) {
+    const std::size_t searched = std::max(header.size(), kHeaderEnd.size()) - kHeaderEnd.size();
+    header += bytes;
+    const std::size_t end = header.find(kHeaderEnd, searched);
+    if (end == std::string::npos) {
+        return header.size() <= kLongestHeader;
+    }
+    return ReadHeader(std::string_view(header).substr(0, end), picture) &&
+           AddToPicture(std::string_view(header).substr(end + kHeaderEnd.size()), picture);
+}
+
+bool CSnapshotDownload::ReadHeader(std::string_view header, ResponseBuffer& picture) {
+    const SnapshotHeader read = ReadSnapshotHeader(header);
+    if (read.unauthorized) {
+        if (read.challenge) {
+            challenge_ = *read.challenge;
+        } else {
+            LogNormal(kSource, kUnknownChallengeLine, "unkown authenticate:%s. \n",
+                      address_.host.c_str());
+        }
+        return false;
+    }
+    if (read.notFound) {
+        return false;
+    }
+    limit_ = read.contentLength;
+    if (limit_ == 0) {
+        LogNormal(kSource, kNoLengthLine, " can't pare content-length from device : %s. \n",
+                  ip_.c_str());
+        limit_ = kLimitWithoutLength;
+    }
+    final_ = true;
+    // The application counts a picture's bytes in an int.
+    if (limit_ <= INT_MAX) {
+        // NOLINTNEXTLINE(cppcoreguidelines-owning-memory): without memory there is no picture
+        picture.data.reset(new (std::nothrow) char[static_cast<std::size_t>(limit_)]);
+    }
+    if (picture.data == nullptr) {
+        COREKIT_AbnormalOutput("ASSERT", kSource, kAllocationLine);
+        return false;
+    }
+    return true;
+}
+
+bool CSnapshotDownload::AddToPicture(std::string_view bytes, ResponseBuffer& picture) const {
+    const auto size = static_cast<std::size_t>(picture.size);
+    const std::size_t room = static_cast<std::size_t>(limit_) - size;
+    if (bytes.size() > room) {
+        LogNormal(kSource, kTooLongLine, "device : %s, pic data more than content-length. \n",
+                  ip_.c_str());
+        bytes = bytes.substr(0, room);
+    }
+    std::memcpy(picture.data.get() + size, bytes.data(), bytes.size());
+    picture.size += static_cast<int>(bytes.size());
+    return bytes.size() < room;
+}
+
+}  // namespace onvif_client

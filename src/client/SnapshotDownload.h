@@ -1,0 +1,54 @@
+/// @file
+/// Fetches a picture from a device over HTTP, answering one Basic or Digest challenge.
+#ifndef ONVIF_CLIENT_CLIENT_SNAPSHOTDOWNLOAD_H
+#define ONVIF_CLIENT_CLIENT_SNAPSHOTDOWNLOAD_H
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+#include "client/SnapshotRequest.h"
+#include "commands/ResponseBuffer.h"
+
+namespace onvif_client {
+
+/// One download: at most two attempts, each on a connection of its own, the second with the
+/// credentials that the first was asked for. Runs on the calling thread; an attempt takes at most
+/// 0.75 s to connect, 5 s to send and, once nothing more is there to read, 5 s to receive.
+///
+/// The picture goes into one buffer of exactly its Content-Length (1 MiB when the device does not
+/// state it); what is longer is cut.
+class CSnapshotDownload {
+ public:
+    /// @param ip  connected to in place of the address's host, whatever that is. The texts must
+    ///            outlive the download.
+    CSnapshotDownload(const std::string& ip, const Credentials& credentials,
+                      std::string_view address);
+
+    /// @param picture  has no data when nothing came; else its size tells how many bytes did.
+    void Run(ResponseBuffer& picture);
+
+ private:
+    class CConnection;
+
+    void Attempt(ResponseBuffer& picture);
+    bool SendRequest(CConnection& connection) const;
+    void Receive(CConnection& connection, ResponseBuffer& picture);
+    /// Looks at the reply once its header is complete.
+    /// @return true when a picture follows, and @p picture is ready for it.
+    bool ReadHeader(std::string_view header, ResponseBuffer& picture);
+    // Both return false once nothing more is wanted.
+    bool AddToHeader(std::string_view bytes, std::string& header, ResponseBuffer& picture);
+    bool AddToPicture(std::string_view bytes, ResponseBuffer& picture) const;
+
+    const std::string& ip_;
+    const Credentials& credentials_;
+    const SnapshotAddress address_;
+    HttpChallenge challenge_;  // what the device asked for; none at first
+    std::uint64_t limit_ = 0;
+    bool final_ = false;  // a picture, or what was to be one, has come: no further attempt
+};
+
+}  // namespace onvif_client
+
+#endif

@@ -1,0 +1,209 @@
+#include "client/SnapshotRequest.h"
+
+#include <algorithm>
+#include <charconv>
+#include <limits>
+
+#include "platform/Digests.h"
+
+namespace onvif_client {
+
+namespace {
+
+constexpr std::size_t kLongestRequest = 8191;
+constexpr std::size_t kLongestDigestText = 511;
+constexpr std::string_view kNonceCount = "00000001";
+constexpr std::string_view kQop = "auth";
+constexpr std::string_view kLineEnd = "\r\n";
+constexpr std::string_view kBlanks = " \t";
+
+bool SameLetters(std::string_view a, std::string_view b) {
+    const auto lower = [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c; };
+    return std::equal(a.begin(), a.end(), b.begin(), b.end(),
+                      [lower](char x, char y) { return lower(x) == lower(y); });
+}
+
+std::string_view Trim(std::string_view text) {
+    text.remove_prefix(std::min(text.find_first_not_of(kBlanks), text.size()));
+    return text.substr(0, text.find_last_not_of(kBlanks) + 1);
+}
+
+/// Takes the text up to @p separator, and the separator, off the front.
+std::string_view TakeUntil(std::string_view& text, std::string_view separator) {
+    const std::size_t end = text.find(separator);
+    const std::string_view taken = text.substr(0, end);
+    text.remove_prefix(end == std::string_view::npos ? text.size() : end + separator.size());
+    return taken;
+}
+
+std::string_view TakeName(std::string_view& text) {
+    text.remove_prefix(std::min(text.find_first_not_of(" \t,"), text.size()));
+    return Trim(TakeUntil(text, "="));
+}
+
+/// A quoted value keeps its commas; a quote behind a backslash belongs to it.
+std::string_view TakeValue(std::string_view& text) {
+    text.remove_prefix(std::min(text.find_first_not_of(kBlanks), text.size()));
+    if (!text.starts_with('"')) {
+        return Trim(TakeUntil(text, ","));
+    }
+    text.remove_prefix(1);
+    std::size_t end = 0;
+    while (end < text.size() && text[end] != '"') {
+        end += text[end] == '\\' ? 2U : 1U;
+    }
+    end = std::min(end, text.size());
+    const std::string_view value = text.substr(0, end);
+    text.remove_prefix(std::min(end + 1, text.size()));
+    return value;
+}
+
+/// @return nothing for a scheme, or an algorithm, that this client does not speak.
+std::optional<HttpChallenge> ReadChallenge(std::string_view field) {
+    const std::string_view scheme = TakeUntil(field, " ");
+    HttpChallenge challenge;
+    if (SameLetters(scheme, "Basic")) {
+        challenge.scheme = AuthorizationScheme::kBasic;
+        return challenge;
+    }
+    if (!SameLetters(scheme, "Digest")) {
+        return std::nullopt;
+    }
+    challenge.scheme = AuthorizationScheme::kDigest;
+    const std::pair<std::string_view, std::string*> parameters[] = {{"realm", &challenge.realm},
+                                                                    {"nonce", &challenge.nonce},
+                                                                    {"qop", &challenge.qop},
+                                                                    {"opaque", &challenge.opaque}};
+    while (!field.empty()) {
+        const std::string_view name = TakeName(field);
+        const std::string_view value = TakeValue(field);
+        if (SameLetters(name, "algorithm") && !SameLetters(value, "MD5")) {
+            return std::nullopt;
+        }
+        for (const auto& [known, place] : parameters) {
+            if (SameLetters(name, known)) {
+                *place = value;
+            }
+        }
+    }
+    return challenge;
+}
+
+/// "401" of "HTTP/1.1 401 Unauthorized"; devices choose the words behind it.
+std::string_view StatusCode(std::string_view statusLine) {
+    TakeUntil(statusLine, " ");
+    return TakeUntil(statusLine, " ");
+}
+
+std::uint64_t ReadLength(std::string_view field) {
+    std::uint64_t length = 0;
+    const auto [end, error] = std::from_chars(field.data(), field.data() + field.size(), length);
+    return error == std::errc::result_out_of_range ? std::numeric_limits<std::uint64_t>::max()
+                                                   : length;
+}
+
+/// The MD5 digits of texts joined by colons.
+std::string HashJoined(std::initializer_list<std::string_view> texts) {
+    std::string joined;
+    for (const std::string_view text : texts) {
+        joined.append(text).append(":");
+    }
+    joined.pop_back();
+    joined.resize(std::min(joined.size(), kLongestDigestText));
+    return LowerHex(Md5(Bytes(joined)));
+}
+
+std::string BasicRequest(const SnapshotAddress& address, const Credentials& credentials) {
+    return "GET " + address.path + " HTTP/1.1\r\nHost: " + address.host +
+           "\r\nAuthorization: Basic " +
+           Base64(Bytes(credentials.user + ":" + credentials.password)) +
+           "\r\nAccept: text/html, application/xhtml+xml, */*\r\n"
+           "Accept-Language: zh-CN,ja;q=0.8,zh;q=0.6,en-US;q=0.4,en;q=0.2\r\n"
+           "Accept-Encoding: gzip, deflate\r\nUser-Agent: ApiTool\r\n\r\n";
+}
+
+std::string DigestRequest(const SnapshotAddress& address, const Credentials& credentials,
+                          const HttpChallenge& challenge) {
+    const std::string cnonce = MakeNonceText();
+    const std::string response =
+        DigestResponse(credentials, challenge, kQop, cnonce, kNonceCount, address.path);
+    std::string request = "GET " + address.path + " HTTP/1.1\r\nAuthorization: Digest username=\"";
+    request.append(credentials.user).append("\",realm=\"").append(challenge.realm);
+    request.append("\",nonce=\"").append(challenge.nonce).append("\",uri=\"").append(address.path);
+    request.append("\",algorithm=\"MD5\",cnonce=\"").append(cnonce).append("\",nc=");
+    request.append(kNonceCount).append(",qop=\"").append(kQop).append("\",response=\"");
+    request.append(response).append("\",opaque=\"").append(challenge.opaque);
+    return request + "\"\r\nHost: " + address.host + "\r\nConnection: Close\r\n\r\n";
+}
+
+}  // namespace
+
+SnapshotAddress ParseSnapshotAddress(std::string_view address) {
+    constexpr std::string_view kBehindScheme = "//";
+    if (const std::size_t scheme = address.find(kBehindScheme); scheme != std::string_view::npos) {
+        address.remove_prefix(scheme + kBehindScheme.size());
+    }
+    const std::size_t slash = std::min(address.find('/'), address.size());
+    SnapshotAddress parsed;
+    parsed.host = address.substr(0, slash);
+    parsed.path = slash == address.size() ? "/" : address.substr(slash);
+    if (const std::size_t colon = parsed.host.find(':'); colon != std::string::npos) {
+        parsed.port = 0;
+        std::from_chars(parsed.host.data() + colon + 1, parsed.host.data() + parsed.host.size(),
+                        parsed.port);
+    }
+    return parsed;
+}
+
+SnapshotHeader ReadSnapshotHeader(std::string_view header) {
+    SnapshotHeader read;
+    const std::string_view statusLine = TakeUntil(header, kLineEnd);
+    read.unauthorized = StatusCode(statusLine) == "401";
+    read.notFound = StatusCode(statusLine) == "404";
+    while (!header.empty()) {
+        std::string_view value = TakeUntil(header, kLineEnd);
+        const std::string_view name = Trim(TakeUntil(value, ":"));
+        value = Trim(value);
+        if (SameLetters(name, "Content-Length") && read.contentLength == 0) {
+            read.contentLength = ReadLength(value);
+        } else if (SameLetters(name, "WWW-Authenticate")) {
+            // Of several offers Digest is taken before Basic.
+            const auto offered = ReadChallenge(value);
+            if (offered &&
+                (!read.challenge || (offered->scheme == AuthorizationScheme::kDigest &&
+                                     read.challenge->scheme != AuthorizationScheme::kDigest))) {
+                read.challenge = offered;
+            }
+        }
+    }
+    return read;
+}
+
+std::string DigestResponse(const Credentials& credentials, const HttpChallenge& challenge,
+                           std::string_view qop, std::string_view cnonce, std::string_view nc,
+                           std::string_view path) {
+    const std::string ha1 = HashJoined({credentials.user, challenge.realm, credentials.password});
+    const std::string ha2 = HashJoined({"GET", path});
+    return HashJoined({ha1, challenge.nonce, nc, cnonce, qop, ha2});
+}
+
+std::string BuildSnapshotRequest(const SnapshotAddress& address, const Credentials& credentials,
+                                 const HttpChallenge& challenge) {
+    std::string request;
+    switch (challenge.scheme) {
+        case AuthorizationScheme::kNone:
+            request = "GET " + address.path + " HTTP/1.1\r\nHost: " + address.host +
+                      "\r\nConnection: Close\r\n\r\n";
+            break;
+        case AuthorizationScheme::kBasic:
+            request = BasicRequest(address, credentials);
+            break;
+        case AuthorizationScheme::kDigest:
+            request = DigestRequest(address, credentials, challenge);
+            break;
+    }
+    request.resize(std::min(request.size(), kLongestRequest));
+    return request;
+}
+
+}  // namespace onvif_client

@@ -1,0 +1,157 @@
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <chrono>
+#include <numeric>
+#include <thread>
+#include <vector>
+
+#include "client/SnapshotDownload.h"
+#include "platform/Clock.h"
+#include "platform/Wirelink.h"
+#include "support/ScriptedPeer.h"
+
+namespace onvif_client {
+namespace {
+
+using client_test::CPeerConnection;
+using client_test::CScriptedPeer;
+
+/// Time that passes by sleeping only: waits of seconds take milliseconds.
+class CSleptClock final : public IClock {
+ public:
+    std::uint32_t TickCount() const override { return slept_; }
+    std::int64_t CalendarSeconds() const override { return 0; }
+    void Sleep(std::uint32_t milliseconds) const override {
+        slept_ += milliseconds;
+        std::this_thread::sleep_for(std::chrono::milliseconds(2));
+    }
+    std::uint32_t Slept() const { return slept_; }
+
+ private:
+    mutable std::atomic<std::uint32_t> slept_ = 0;
+};
+
+/// What a device does with one connection.
+struct Answer {
+    std::vector<std::string> pieces;
+    bool closes = true;
+};
+
+const std::string kOk = "HTTP/1.1 200 OK\r\nContent-Length: ";
+const std::string kUnauthorized = "HTTP/1.1 401 Unauthorized\r\nWWW-Authenticate: ";
+
+class SnapshotDownload : public testing::Test {
+ protected:
+    SnapshotDownload() { WIRELINK_Initial(1, 1, nullptr, 0); }
+    ~SnapshotDownload() override { WIRELINK_Quit(); }
+
+    /// The picture that a device gives which treats its connections so, one after the other;
+    /// "(none)" for no data.
+    std::string Fetch(const std::vector<Answer>& answers) {
+        requests_.clear();
+        CScriptedPeer peer([&](CPeerConnection& connection) {
+            const std::string request = connection.Read(kShortestRequest);
+            const std::size_t number = requests_.size();
+            requests_.push_back(request);
+            if (number < answers.size()) {
+                for (const std::string& piece : answers[number].pieces) {
+                    connection.Send(piece);
+                    std::this_thread::sleep_for(std::chrono::milliseconds(1));
+                }
+                if (!answers[number].closes) {
+                    connection.WaitForClose();
+                }
+            }
+        });
+        return FetchFrom(peer.Port());
+    }
+
+    std::string FetchFrom(std::uint16_t port) {
+        const std::string ip = "127.0.0.1";
+        const Credentials credentials{"user", "pass"};
+        ResponseBuffer picture;
+        CSnapshotDownload(ip, credentials,
+                          "http://elsewhere.invalid:" + std::to_string(port) + "/p")
+            .Run(picture);
+        return picture.data == nullptr
+                   ? "(none)"
+                   : std::string(picture.data.get(), static_cast<std::size_t>(picture.size));
+    }
+
+    static constexpr std::size_t kShortestRequest = 60;
+    CSleptClock clock_;
+    const CScopedClock replaced_{clock_};
+    std::vector<std::string> requests_;  // of one connection after the other
+};
+
+TEST_F(SnapshotDownload, GivesWhatTheDeviceSends) {
+    std::string large(20'000'000, '\0');
+    std::iota(large.begin(), large.end(), '\0');
+    const std::string header = kOk + "4\r\nX: y\r\n\r\n";
+    const struct {
+        std::vector<Answer> answers;
+        std::string picture;
+        std::size_t connections;
+    } cases[] = {
+        {{{{header + "pict"}, false}}, "pict", 1},
+        {{{{header, "pi", "ct"}, false}}, "pict", 1},
+        {{{{header.substr(0, 5), header.substr(5, header.size() - 7),
+            header.substr(header.size() - 2) + "p", "ict"},
+           false}},
+         "pict",
+         1},
+        {{{{header + "picture"}, false}}, "pict", 1},            // too long, at once
+        {{{{header + "pic", "ture"}, false}}, "pict", 1},        // too long, later
+        {{{{header + "pi"}}}, "pi", 1},                          // shorter than stated
+        {{{{"HTTP/1.1 200 OK\r\n\r\npicture"}}}, "picture", 1},  // no length
+        {{{{"HTTP/1.1 200 OK\r\n\r\n" + std::string(1048577, 'x')}, false}},
+         std::string(1048576, 'x'),
+         1},
+        {{{{kOk + "20000000\r\n\r\n", large}, false}}, large, 1},
+        {{{{kOk + "99999999999\r\n\r\nx"}}}, "(none)", 1},  // more than can be had
+        {{{{"HTTP/1.1 404 Not Found\r\n\r\n"}}, {{header + "pict"}}}, "pict", 2},
+        {{{{kUnauthorized + "Bearer x\r\n\r\n"}}, {{header + "pict"}}}, "pict", 2},
+        {{{{}}, {{header + "pict"}}}, "pict", 2},  // closes without a word
+        {{{{"HTTP/1.1 200 OK\r\n" + std::string(70000, 'h')}, false}, {{header + "pict"}}},
+         "pict",
+         2},
+        {{{{kUnauthorized + "Basic\r\n\r\n"}}, {{kUnauthorized + "Basic\r\n\r\n"}}}, "(none)", 2},
+    };
+    for (const auto& each : cases) {
+        const std::string picture = Fetch(each.answers);
+        EXPECT_TRUE(picture == each.picture)
+            << picture.substr(0, 20) << " " << picture.size() << " for "
+            << testing::PrintToString(each.answers.front().pieces).substr(0, 200);
+        EXPECT_EQ(requests_.size(), each.connections);
+    }
+}
+
+TEST_F(SnapshotDownload, AnswersTheChallengeThatItGets) {
+    const std::string digest = "Digest realm=\"r\", nonce=\"n\"\r\n\r\n";
+    const struct {
+        std::string challenge;
+        const char* expected;
+    } cases[] = {
+        {"Basic realm=\"r\"\r\n\r\n", "Authorization: Basic dXNlcjpwYXNz\r\n"},
+        {digest, "Authorization: Digest username=\"user\",realm=\"r\",nonce=\"n\",uri=\"/p\""},
+    };
+    for (const auto& each : cases) {
+        EXPECT_EQ(Fetch({{{kUnauthorized + each.challenge}}, {{kOk + "1\r\n\r\nx"}}}), "x");
+        ASSERT_EQ(requests_.size(), 2U);
+        EXPECT_EQ(requests_[0].find("Authorization"), std::string::npos);
+        EXPECT_NE(requests_[1].find(each.expected), std::string::npos) << requests_[1];
+    }
+}
+
+TEST_F(SnapshotDownload, EndsWithoutADevice) {
+    EXPECT_EQ(Fetch({{{}, false}, {{}, false}}), "(none)");  // silent
+    EXPECT_GT(clock_.Slept(), 10000U);
+    EXPECT_LT(clock_.Slept(), 12000U);
+    EXPECT_EQ(FetchFrom(1), "(none)");  // nobody listens
+    WIRELINK_Quit();
+    EXPECT_EQ(FetchFrom(1), "(none)");
+}
+
+}  // namespace
+}  // namespace onvif_client

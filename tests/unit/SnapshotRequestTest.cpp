@@ -1,0 +1,120 @@
+#include <gtest/gtest.h>
+
+#include <regex>
+
+#include "client/SnapshotRequest.h"
+
+namespace onvif_client {
+namespace {
+
+TEST(SnapshotRequest, TakesAddressesApart) {
+    const struct {
+        const char* address;
+        SnapshotAddress parsed;
+    } cases[] = {
+        {"http://192.0.2.7/snap.jpg?channel=1", {"192.0.2.7", "/snap.jpg?channel=1", 80}},
+        {"http://host:8080/a//b", {"host:8080", "/a//b", 8080}},
+        {"host/x", {"host", "/x", 80}},
+        {"http://host", {"host", "/", 80}},
+        {"http://host:99999/x", {"host:99999", "/x", 0}},
+        {"http://host:/x", {"host:", "/x", 0}},
+        {"", {"", "/", 80}},
+    };
+    for (const auto& each : cases) {
+        const SnapshotAddress parsed = ParseSnapshotAddress(each.address);
+        EXPECT_EQ(parsed.host, each.parsed.host) << each.address;
+        EXPECT_EQ(parsed.path, each.parsed.path) << each.address;
+        EXPECT_EQ(parsed.port, each.parsed.port) << each.address;
+    }
+}
+
+TEST(SnapshotRequest, ReadsWhatAHeaderSays) {
+    using enum AuthorizationScheme;
+    const struct {
+        const char* header;
+        AuthorizationScheme scheme;
+        const char* realm;
+        const char* nonce;
+        const char* qop;
+        const char* opaque;
+        std::uint64_t length;
+    } cases[] = {
+        {"HTTP/1.1 401 Unauthorized\r\nWWW-Authenticate: Digest realm=\"a, \\\"b\\\"=c\", "
+         "qop=\"auth,auth-int\", nonce=\"n,1\", opaque=\"o\", stale=TRUE\r\nContent-Length: 5",
+         kDigest, "a, \\\"b\\\"=c", "n,1", "auth,auth-int", "o", 5},
+        {"HTTP/1.1 401 No\r\nwww-authenticate:digest nonce=n,realm=\"r\",algorithm=md5", kDigest,
+         "r", "n", "", "", 0},
+        {"HTTP/1.0 401 Unauthorized\r\nWWW-Authenticate: Basic realm=\"x\"\r\nWWW-Authenticate: "
+         "Digest realm=\"r\", nonce=\"n\"",
+         kDigest, "r", "n", "", "", 0},
+        {"HTTP/1.1 401 Unauthorized\r\nWWW-Authenticate: Digest realm=\"r\", algorithm=SHA-256, "
+         "nonce=\"1\"\r\nWWW-Authenticate: Digest realm=\"r\", algorithm=\"MD5\", nonce=\"2\"",
+         kDigest, "r", "2", "", "", 0},
+        {"HTTP/1.1 401 Unauthorized\r\nWWW-Authenticate: Digest realm=\"unending, nonce=\"",
+         kDigest, "unending, nonce=", "", "", "", 0},
+        {"HTTP/1.1 401 Unauthorized\r\nWWW-Authenticate: Basic", kBasic, "", "", "", "", 0},
+        {"HTTP/1.1 401 Unauthorized\r\nWWW-Authenticate: Bearer realm=\"x\"", kNone, "", "", "", "",
+         0},
+        {"HTTP/1.1 401 Unauthorized\r\nWWW-Authenticate:", kNone, "", "", "", "", 0},
+        {"HTTP/1.1 200 OK\r\nContent-length: 12\r\nX: 401 Unauthorized", kNone, "", "", "", "", 12},
+        {"HTTP/1.1 200 OK\r\nContent-Length: -5", kNone, "", "", "", "", 0},
+        {"HTTP/1.1 200 OK\r\nContent-Length: 99999999999999999999999", kNone, "", "", "", "",
+         UINT64_MAX},
+        {"HTTP/1.1 ", kNone, "", "", "", "", 0},
+    };
+    for (const auto& each : cases) {
+        const SnapshotHeader read = ReadSnapshotHeader(each.header);
+        const HttpChallenge challenge = read.challenge.value_or(HttpChallenge{});
+        EXPECT_EQ(read.unauthorized, std::string(each.header).substr(9, 3) == "401") << each.header;
+        EXPECT_EQ(read.challenge.has_value(), each.scheme != kNone) << each.header;
+        EXPECT_EQ(challenge.scheme, each.scheme) << each.header;
+        EXPECT_EQ(challenge.realm, each.realm) << each.header;
+        EXPECT_EQ(challenge.nonce, each.nonce) << each.header;
+        EXPECT_EQ(challenge.qop, each.qop) << each.header;
+        EXPECT_EQ(challenge.opaque, each.opaque) << each.header;
+        EXPECT_EQ(read.contentLength, each.length) << each.header;
+    }
+    EXPECT_TRUE(ReadSnapshotHeader("HTTP/1.1 404 Not Found").notFound);
+}
+
+TEST(SnapshotRequest, AnswersAsTheStandardDoes) {
+    // The example of RFC 2617, section 3.5.
+    const HttpChallenge challenge = {AuthorizationScheme::kDigest, "testrealm@host.com",
+                                     "dcd98b7102dd2f0e8b11d0f600bfb0c093", "auth,auth-int", ""};
+    EXPECT_EQ(DigestResponse({"Mufasa", "Circle Of Life"}, challenge, "auth", "0a4f113b",
+                             "00000001", "/dir/index.html"),
+              "6629fae49393a05397450978507c4ef1");
+}
+
+TEST(SnapshotRequest, IsWrittenForEachScheme) {
+    const SnapshotAddress address = {"cam:8080", "/p?x=1", 8080};
+    const Credentials credentials = {"Aladdin", "open sesame"};
+    EXPECT_EQ(BuildSnapshotRequest(address, credentials, {}),
+              "GET /p?x=1 HTTP/1.1\r\nHost: cam:8080\r\nConnection: Close\r\n\r\n");
+    EXPECT_EQ(
+        BuildSnapshotRequest(address, credentials, {AuthorizationScheme::kBasic, "", "", "", ""}),
+        "GET /p?x=1 HTTP/1.1\r\nHost: cam:8080\r\nAuthorization: Basic "
+        "QWxhZGRpbjpvcGVuIHNlc2FtZQ==\r\nAccept: text/html, application/xhtml+xml, */*\r\n"
+        "Accept-Language: zh-CN,ja;q=0.8,zh;q=0.6,en-US;q=0.4,en;q=0.2\r\n"
+        "Accept-Encoding: gzip, deflate\r\nUser-Agent: ApiTool\r\n\r\n");
+
+    const HttpChallenge challenge = {AuthorizationScheme::kDigest, "r, s", "n", "auth,auth-int",
+                                     "o"};
+    const std::string digest = BuildSnapshotRequest(address, credentials, challenge);
+    const std::regex form(
+        "GET /p\\?x=1 HTTP/1\\.1\r\nAuthorization: Digest username=\"Aladdin\",realm=\"r, s\","
+        "nonce=\"n\",uri=\"/p\\?x=1\",algorithm=\"MD5\",cnonce=\"([0-9a-f]{32})\",nc=00000001,"
+        "qop=\"auth\",response=\"([0-9a-f]{32})\",opaque=\"o\"\r\nHost: cam:8080\r\n"
+        "Connection: Close\r\n\r\n");
+    std::smatch found;
+    ASSERT_TRUE(std::regex_match(digest, found, form)) << digest;
+    EXPECT_EQ(found[2],
+              DigestResponse(credentials, challenge, "auth", found[1].str(), "00000001", "/p?x=1"));
+    EXPECT_NE(digest, BuildSnapshotRequest(address, credentials, challenge));  // a new cnonce
+
+    const SnapshotAddress endless = {"h", "/" + std::string(20000, 'x'), 80};
+    EXPECT_EQ(BuildSnapshotRequest(endless, credentials, {}).size(), 8191U);
+}
+
+}  // namespace
+}  // namespace onvif_client
