@@ -71,6 +71,13 @@ unsigned BitOf(std::size_t cell) {
 
 }  // namespace
 
+Resolution LayoutOf(const AnalyticsConfiguration& configuration) {
+    for (const AnalyticsItem& module : configuration.modules) {
+        if (module.cells) return *module.cells;
+    }
+    return {};
+}
+
 std::optional<Cells> DecodeCells(std::string_view text, Resolution layout) {
     const auto packed = DecodeBase64(text);
     if (!packed) return std::nullopt;

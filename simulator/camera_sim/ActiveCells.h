@@ -16,6 +16,9 @@ namespace camera_sim {
 /// One entry a cell, row by row; the size is that of the layout.
 using Cells = std::vector<bool>;
 
+/// The cell layout of the motion module, which the cells of the rules refer to; none: no cells.
+Resolution LayoutOf(const AnalyticsConfiguration& configuration);
+
 /// Nothing when @p text does not hold exactly the cells of @p layout.
 std::optional<Cells> DecodeCells(std::string_view text, Resolution layout);
 std::string EncodeCells(const Cells& cells);

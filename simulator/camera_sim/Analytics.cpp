@@ -63,14 +63,6 @@ std::string_view AttributeText(const XmlElement* element, const char* name) {
     return text == nullptr ? "" : text;
 }
 
-/// The cell layout of the motion module, which the rule's cells refer to.
-Resolution LayoutOf(const AnalyticsConfiguration& configuration) {
-    for (const AnalyticsItem& module : configuration.modules) {
-        if (module.cells) return *module.cells;
-    }
-    return {};
-}
-
 bool IsValidParameter(std::string_view name, std::string_view value, Resolution layout) {
     if (value.size() > kLongestValue) return false;
     if (name == kCellsParameter) return DecodeCells(value, layout).has_value();

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 
+#include "camera_sim/ControlState.h"
 #include "camera_sim/JsonWriter.h"
 
 namespace camera_sim {
@@ -117,6 +118,12 @@ Reply GetState(CameraCore& core, const HttpRequest&) {
         WriteConnectors(json, state.relays);
         json.Key("inputs");
         WriteConnectors(json, state.inputs);
+        json.Key("imaging");
+        WriteImaging(json, state.media);
+        json.Key("osds");
+        WriteOsds(json, state.media);
+        json.Key("motion");
+        WriteMotion(json, state.media);
         json.Key("profiles");
         const auto profiles = json.Array();
         for (const Profile& profile : state.media.profiles) json.Value(profile.token);

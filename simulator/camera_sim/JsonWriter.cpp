@@ -1,6 +1,7 @@
 #include "camera_sim/JsonWriter.h"
 
 #include <array>
+#include <charconv>
 #include <cstddef>
 
 namespace camera_sim {
@@ -27,6 +28,13 @@ std::size_t CharacterLength(std::string_view text) {
 }
 
 }  // namespace
+
+void JsonWriter::Value(double value) {
+    Begin();
+    std::array<char, 32> digits{};
+    text_.append(digits.data(),
+                 std::to_chars(digits.data(), digits.data() + digits.size(), value).ptr);
+}
 
 void JsonWriter::Begin() {
     if (!first_) text_ += ',';

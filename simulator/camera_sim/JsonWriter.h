@@ -48,6 +48,8 @@ class JsonWriter {
         Begin();
         text_ += std::to_string(value);
     }
+    /// Finite numbers only.
+    void Value(double value);
     const std::string& Text() const { return text_; }
 
  private:
