@@ -24,12 +24,18 @@ namespace {
 constexpr int kFailure = 1;
 constexpr int kMostCameras = 1000;
 constexpr int kMostSeconds = 10 * 366 * 24 * 3600;
+constexpr int kMostMilliseconds = 24 * 3600 * 1000;
+constexpr int kMostMessages = 1000000;
 
 struct Arguments {
     camera_sim::CameraOptions camera;
     int cameras = 1;
     int clockOffset = 0;
     int createdWindow = 300;
+    int motionPeriod = 0;
+    int inputPeriod = 0;
+    int maxPullTimeout = 120;
+    int maxTermination = 24 * 3600;
     bool noMedia2 = false;
     bool noPtz = false;
     bool exitWithStdin = false;
@@ -53,6 +59,8 @@ void AddFlags(CLI::App& app, Arguments& arguments) {
     without("--allow-replays", camera.refuseReplays, "accept a nonce more than once");
     without("--no-prolog", camera.xmlProlog, "answers without the XML declaration");
     without("--any-path", camera.strictPaths, "every service answers at every path");
+    app.add_flag("--numeric-states", camera.numericStates, "digital inputs report 1 and 0");
+    app.add_flag("--pulls-renew", camera.pullsRenew, "every pull extends its subscription");
     app.add_flag("--pretty", camera.prettyXml, "answers with line breaks and indentation");
     app.add_flag("--exit-with-stdin", arguments.exitWithStdin, "end when standard input is closed");
 }
@@ -106,6 +114,34 @@ void AddOptions(CLI::App& app, Arguments& arguments) {
         ->allow_extra_args(false);
 }
 
+void AddEventOptions(CLI::App& app, Arguments& arguments) {
+    auto& camera = arguments.camera;
+    const auto number = [&app](const std::string& name, int& value, int least, int most,
+                               const std::string& help) {
+        app.add_option(name, value, help)->check(CLI::Range(least, most))->capture_default_str();
+    };
+    app.add_option("--topic-style", camera.topicStyle, "topics of motion and digital inputs")
+        ->check(CLI::IsMember(camera_sim::TopicStyleNames()))
+        ->capture_default_str();
+    app.add_option("--subscription-style", camera.subscriptionStyle,
+                   "how a subscription is referred to: by an address of its own, by an id in the "
+                   "reference parameters, or by an address with other parameters")
+        ->check(CLI::IsMember(camera_sim::SubscriptionStyleNames()))
+        ->capture_default_str();
+    app.add_option("--max-subscriptions", camera.maxSubscriptions, "subscriptions at the same time")
+        ->capture_default_str();
+    number("--max-termination", arguments.maxTermination, 1, kMostSeconds,
+           "seconds that a subscription may live without renewal");
+    number("--max-pull-timeout", arguments.maxPullTimeout, 0, kMostSeconds,
+           "seconds that a pull may wait");
+    number("--max-message-limit", camera.maxMessageLimit, 1, kMostMessages,
+           "messages that a pull may ask for");
+    number("--motion-period", arguments.motionPeriod, 0, kMostMilliseconds,
+           "milliseconds after which motion begins or ends, again and again; 0: never");
+    number("--input-period", arguments.inputPeriod, 0, kMostMilliseconds,
+           "the same for every digital input");
+}
+
 /// False when a camera cannot be started; says why.
 bool StartCameras(camera_sim::CameraHost& host, const Arguments& arguments,
                   const std::vector<camera_sim::PlannedFault>& faults) {
@@ -150,6 +186,7 @@ int Run(int argc, char** argv) {
     Arguments arguments;
     CLI::App app("Simulated ONVIF cameras on 127.0.0.1.", "onvif-camera-sim");
     AddOptions(app, arguments);
+    AddEventOptions(app, arguments);
     AddFlags(app, arguments);
     app.footer("\nFaults:\n" + std::string(camera_sim::FaultSyntax()) + "\n" +
                std::string(camera_sim::ControlHelp()));
@@ -166,6 +203,10 @@ int Run(int argc, char** argv) {
     if (arguments.noPtz) arguments.camera.ptz = false;
     arguments.camera.clockOffset = std::chrono::seconds(arguments.clockOffset);
     arguments.camera.createdWindow = std::chrono::seconds(arguments.createdWindow);
+    arguments.camera.motionPeriod = std::chrono::milliseconds(arguments.motionPeriod);
+    arguments.camera.inputPeriod = std::chrono::milliseconds(arguments.inputPeriod);
+    arguments.camera.maxPullTimeout = std::chrono::seconds(arguments.maxPullTimeout);
+    arguments.camera.maxTermination = std::chrono::seconds(arguments.maxTermination);
 
     static boost::asio::io_context io(1);
     boost::asio::signal_set signals(io, SIGINT, SIGTERM);

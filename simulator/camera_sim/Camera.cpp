@@ -39,4 +39,11 @@ void Camera::Change(const std::function<void(CameraState&)>& change) {
     core_->Change(change);
 }
 
+std::vector<SubscriptionInfo> Camera::Subscriptions() const {
+    return core_->Subscriptions();
+}
+void Camera::Reboot() {
+    core_->Reboot();
+}
+
 }  // namespace camera_sim

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "camera_sim/EventReplies.h"
 #include "camera_sim/Snapshot.h"
 
 namespace camera_sim {
@@ -33,6 +34,16 @@ std::size_t Size(const RecordedRequest& request) {
            request.body.size();
 }
 
+bool IsEventService(Ns ns) {
+    return ns == Ns::kEvents || ns == Ns::kNotification;
+}
+
+/// The common address of all subscriptions or one below it.
+bool IsSubscriptionPath(std::string_view path) {
+    return path == kSubscriptionPath ||
+           (path.starts_with(kSubscriptionPath) && path[kSubscriptionPath.size()] == '/');
+}
+
 }  // namespace
 
 CameraCore::CameraCore(CameraOptions options, CameraState state, const PrefixStyle& style)
@@ -40,9 +51,12 @@ CameraCore::CameraCore(CameraOptions options, CameraState state, const PrefixSty
       style_(style),
       state_(std::move(state)),
       authenticator_(options_.createdWindow, options_.refuseReplays),
-      snapshotAuthenticator_(SnapshotAuthentication(options_)) {}
+      snapshotAuthenticator_(SnapshotAuthentication(options_)),
+      events_(options_) {
+    events_.Observe(state_);
+}
 
-Reply CameraCore::Handle(HttpRequest request) {
+Reply CameraCore::Handle(HttpRequest request, std::function<void()> wake) {
     Understood understood{
         SoapRequest(request.body),        request.method, PathOf(request.target), {}, {}, {}, {},
         IsSnapshotRequest(request.target)};
@@ -61,10 +75,18 @@ Reply CameraCore::Handle(HttpRequest request) {
     const auto fault = faults_.Take(understood.service, understood.operation);
     Reply reply =
         fault ? DisturbLocked(understood, *fault) : AnswerLocked(understood, options_.xmlProlog);
-    RecordLocked({std::string(understood.service), std::string(understood.operation),
-                  std::string(understood.path), std::move(request.head), std::move(request.body),
-                  understood.credentials.valid, std::move(understood.credentials.refusal),
-                  reply.status});
+    const std::uint64_t record = RecordLocked(
+        {std::string(understood.service), std::string(understood.operation),
+         std::string(understood.path), std::move(request.head), std::move(request.body),
+         understood.credentials.valid, std::move(understood.credentials.refusal), reply.status});
+    if (reply.ending == Reply::Ending::kDeferred) {
+        Deferred& deferred = deferred_.at(reply.ticket);
+        deferred.fault = fault;
+        deferred.wake = std::move(wake);
+        deferred.record = record;
+        reply = ResumeLocked(reply.ticket);
+    }
+    PublishLocked();
     return reply;
 }
 
@@ -94,11 +116,14 @@ Reply CameraCore::AnswerLocked(const Understood& request, bool xmlProlog) {
     if (!IsServicePath(request.path)) return HttpReply(404);
     if (request.method != "POST") return HttpReply(405);
     XmlWriter out(style_, options_.prettyXml);
-    if (const Answer fault = RunLocked(request, out)) return FaultReply(*fault, xmlProlog);
+    std::optional<PullWait> wait;
+    if (const Answer fault = RunLocked(request, out, wait)) return FaultReply(*fault, xmlProlog);
+    if (wait) return DeferLocked(*std::move(wait));
     return HttpReply(200, kSoapType, out.Envelope(xmlProlog));
 }
 
-Answer CameraCore::RunLocked(const Understood& request, XmlWriter& out) {
+Answer CameraCore::RunLocked(const Understood& request, XmlWriter& out,
+                             std::optional<PullWait>& wait) {
     switch (request.soap.GetProblem()) {
         case SoapRequest::Problem::kNone:
             break;
@@ -119,9 +144,18 @@ Answer CameraCore::RunLocked(const Understood& request, XmlWriter& out) {
     if (!ServedAt(*request.ns, request.path))
         return NotSupported("The action belongs to another service address");
 
-    Call call{state_, options_, *request.soap.Operation(), out, SystemTime()};
-    const XmlWriter::Scope response(out, *request.ns, std::string(operation->name) + "Response");
-    return operation->handler(call);
+    const XmlElement* header = request.soap.Header();
+    Call call{state_, options_,    *request.soap.Operation(), out, SystemTime(), events_,
+              header, request.path};
+    if (IsEventService(*request.ns))
+        WriteAddressing(out, AnswerAction(header), ChildText(header, "MessageID"));
+    const XmlWriter::Scope response(out, *request.ns,
+                                    operation->response.empty()
+                                        ? std::string(operation->name) + "Response"
+                                        : std::string(operation->response));
+    Answer answer = operation->handler(call);
+    wait = std::move(call.wait);
+    return answer;
 }
 
 Reply CameraCore::FaultReply(const SoapFault& fault, bool xmlProlog) const {
@@ -138,14 +172,11 @@ Reply CameraCore::DisturbLocked(const Understood& request, const Fault& fault) {
     switch (fault.kind) {
         case Kind::kDelay:
         case Kind::kSegments:
+        case Kind::kTruncate:
             reply = AnswerLocked(request, options_.xmlProlog);
             break;
         case Kind::kNoProlog:
             reply = AnswerLocked(request, false);
-            break;
-        case Kind::kTruncate:
-            reply = AnswerLocked(request, options_.xmlProlog);
-            reply.bytes.resize(std::min(reply.bytes.size(), fault.bytes));
             break;
         case Kind::kSilence:
             reply.ending = Reply::Ending::kSilence;
@@ -166,17 +197,25 @@ Reply CameraCore::DisturbLocked(const Understood& request, const Fault& fault) {
             reply.bytes = fault.reply;
             break;
     }
+    DisturbReply(reply, fault);
+    return reply;
+}
+
+void DisturbReply(Reply& reply, const Fault& fault) {
     reply.delay = fault.delay;
-    if (fault.kind == Kind::kSegments) {
+    if (fault.kind == Fault::Kind::kTruncate)
+        reply.bytes.resize(std::min(reply.bytes.size(), fault.bytes));
+    if (fault.kind == Fault::Kind::kSegments) {
         reply.segment = fault.bytes;
         reply.pause = fault.pause;
     }
-    return reply;
 }
 
 bool CameraCore::ServedAt(Ns ns, std::string_view path) const {
     const bool shared = options_.addressShape.find(kPathPlaceholder) == std::string::npos;
     if (!options_.strictPaths || (shared && path == "/")) return true;
+    if (IsEventService(ns))
+        return path == FindService(Ns::kEvents)->path || IsSubscriptionPath(path);
     // Relays of the device service are asked for at device I/O as well.
     return path == FindService(ns)->path ||
            (ns == Ns::kDevice && options_.deviceIo && path == FindService(Ns::kDeviceIo)->path);
@@ -186,6 +225,7 @@ bool CameraCore::IsServicePath(std::string_view path) const {
     const auto services = AllServices();
     const bool shared = options_.addressShape.find(kPathPlaceholder) == std::string::npos;
     return !options_.strictPaths || (shared && path == "/") ||
+           (options_.events && IsSubscriptionPath(path)) ||
            std::any_of(services.begin(), services.end(),
                        [&](const Service& service) { return service.path == path; });
 }
@@ -203,14 +243,16 @@ void CameraCore::CountLocked(const Understood& request) {
     }
 }
 
-void CameraCore::RecordLocked(RecordedRequest request) {
-    if (options_.recordLimit == 0) return;
+std::uint64_t CameraCore::RecordLocked(RecordedRequest request) {
+    const std::uint64_t number = forgottenRequests_ + requests_.size();
     recordedBytes_ += Size(request);
     requests_.push_back(std::move(request));
     while (requests_.size() > options_.recordLimit || recordedBytes_ > kRecordedBytesLimit) {
         recordedBytes_ -= Size(requests_.front());
         requests_.pop_front();
+        ++forgottenRequests_;
     }
+    return number;
 }
 
 void CameraCore::Inject(PlannedFault fault) {
@@ -256,6 +298,7 @@ std::vector<RecordedRequest> CameraCore::Requests() const {
 void CameraCore::ClearEvidence() {
     const std::scoped_lock guard(lock_);
     counters_.clear();
+    forgottenRequests_ += requests_.size();
     requests_.clear();
     recordedBytes_ = 0;
 }
@@ -268,6 +311,7 @@ CameraState CameraCore::State() const {
 void CameraCore::Change(const std::function<void(CameraState&)>& change) {
     const std::scoped_lock guard(lock_);
     change(state_);
+    PublishLocked();
 }
 
 }  // namespace camera_sim

@@ -8,12 +8,15 @@
 #include <functional>
 #include <map>
 #include <mutex>
+#include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "camera_sim/Authentication.h"
 #include "camera_sim/CameraSim.h"
+#include "camera_sim/EventHub.h"
 #include "camera_sim/FaultPlan.h"
 #include "camera_sim/Http.h"
 #include "camera_sim/HttpAuthentication.h"
@@ -29,8 +32,29 @@ class CameraCore {
     /// @p options must be complete, @p style must outlive the camera.
     CameraCore(CameraOptions options, CameraState state, const PrefixStyle& style);
 
-    /// What the camera answers to a request for one of its services.
-    Reply Handle(HttpRequest request);
+    /// What the camera does to the world by itself. Called with the camera's lock held, from any
+    /// thread: they must neither wait nor call the camera.
+    struct Outlets {
+        std::function<void()> dropConnections;
+        /// Sends an HTTP request body and calls NotificationSent.
+        std::function<void(std::uint64_t subscription, NotifyTarget target, std::string body)>
+            notify;
+    };
+    /// Must come before everything else.
+    void Attach(Outlets outlets) { outlets_ = std::move(outlets); }
+
+    /// What the camera answers to a request for one of its services. @p wake is called, from any
+    /// thread and with the camera's lock held, when a deferred reply may be ready; it must neither
+    /// wait nor call the camera.
+    Reply Handle(HttpRequest request, std::function<void()> wake);
+    /// The reply that was deferred; it may be deferred again.
+    Reply Resume(std::uint64_t ticket);
+    /// Nobody waits for that reply any more.
+    void Abandon(std::uint64_t ticket);
+    void NotificationSent(std::uint64_t subscription, bool accepted);
+    /// Forgets all subscriptions and drops all connections.
+    void Reboot();
+    std::vector<SubscriptionInfo> Subscriptions() const;
 
     const CameraOptions& Options() const { return options_; }
     void Inject(PlannedFault fault);
@@ -58,21 +82,37 @@ class CameraCore {
         bool staleNonce = false;  ///< of a snapshot's credentials
     };
 
+    struct Deferred {
+        PullWait pull;
+        std::optional<Fault> fault;  ///< meets the reply
+        std::function<void()> wake;
+        std::uint64_t record = 0;
+    };
+
     void CheckCredentialsLocked(const HttpRequest& http, Understood& request);
     Reply AnswerSnapshotLocked(const Understood& request);
 
     Reply AnswerLocked(const Understood& request, bool xmlProlog);
+    Reply DeferLocked(PullWait pull);
+    Reply ResumeLocked(std::uint64_t ticket);
+    Reply PulledLocked(const PullWait& pull, Subscription& subscription, bool xmlProlog);
+    /// Queues the messages for what has changed and sees to it that they are delivered.
+    void PublishLocked();
+    void NotifyLocked(Subscription& subscription);
+    void CountEventsLocked(std::string_view what, std::size_t count);
     Reply DisturbLocked(const Understood& request, const Fault& fault);
     /// Runs the operation; @p out holds the body of the answer when there is no fault.
-    Answer RunLocked(const Understood& request, XmlWriter& out);
+    Answer RunLocked(const Understood& request, XmlWriter& out, std::optional<PullWait>& wait);
     Reply FaultReply(const SoapFault& fault, bool xmlProlog) const;
     bool ServedAt(Ns ns, std::string_view path) const;
     bool IsServicePath(std::string_view path) const;
     void CountLocked(const Understood& request);
-    void RecordLocked(RecordedRequest request);
+    /// The record's number.
+    std::uint64_t RecordLocked(RecordedRequest request);
 
     const CameraOptions options_;
     const PrefixStyle& style_;
+    Outlets outlets_;
 
     mutable std::mutex lock_;  // guards everything below; leaf
     CameraState state_;
@@ -82,7 +122,14 @@ class CameraCore {
     Counters counters_;
     std::deque<RecordedRequest> requests_;
     std::size_t recordedBytes_ = 0;
+    std::uint64_t forgottenRequests_ = 0;  // the number of requests_.front()
+    mutable EventHub events_;              // drops expired subscriptions whenever it is asked
+    std::map<std::uint64_t, Deferred> deferred_;  // by ticket, oldest first
+    std::uint64_t lastTicket_ = 0;
 };
+
+/// What a fault does to a reply that is otherwise sent properly.
+void DisturbReply(Reply& reply, const Fault& fault);
 
 }  // namespace camera_sim
 

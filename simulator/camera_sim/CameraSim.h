@@ -83,18 +83,52 @@ struct CameraOptions {
     bool strictPaths = true;
     /// How many requests are kept as evidence (the oldest go first; also at most 16 MiB).
     std::size_t recordLimit = 1000;
+
+    /// Events.
+    std::string topicStyle = "cell-motion";  ///< one of TopicStyleNames()
+    bool numericStates = false;              ///< LogicalState is "1" or "0", not "true" or "false"
+    std::string subscriptionStyle = "address";  ///< one of SubscriptionStyleNames()
+    std::size_t maxSubscriptions = 32;
+    std::chrono::seconds defaultTermination{60};  ///< of a subscription that asks for no time
+    std::chrono::seconds maxTermination{24 * 3600};
+    /// A pull extends its subscription to the time that was first asked for; false: only Renew
+    /// does.
+    bool pullsRenew = false;
+    std::chrono::seconds maxPullTimeout{120};
+    int maxMessageLimit = 1024;
+    /// Messages that wait in one subscription; beyond it the oldest are dropped.
+    std::size_t messageQueueLimit = 1000;
+    /// How often motion, or every digital input, changes by itself; 0: never.
+    std::chrono::milliseconds motionPeriod{0};
+    std::chrono::milliseconds inputPeriod{0};
 };
 
 /// The names that CameraOptions::prefixStyle takes.
 std::vector<std::string> PrefixStyleNames();
 
+/// The names that CameraOptions::topicStyle takes:
+/// "cell-motion"    tns1:RuleEngine/CellMotionDetector/Motion, tns1:Device/Trigger/DigitalInput
+/// "motion-region"  tns1:RuleEngine/MotionRegionDetector/Motion and the same for inputs
+/// "source-alarm"   tns1:VideoSource/MotionAlarm and the same for inputs
+/// "qualified"      the topics of "cell-motion" with a prefix at every level
+std::vector<std::string> TopicStyleNames();
+
+/// The names that CameraOptions::subscriptionStyle takes:
+/// "address"        every subscription has its own address
+/// "id"             one address; the reference parameters hold a SubscriptionId, which requests
+///                  must carry in their header
+/// "address-other"  an address each, and reference parameters without such an id
+std::vector<std::string> SubscriptionStyleNames();
+
 /// A SOAP 1.2 fault.
 struct SoapFault {
     std::string code = "Sender";  ///< "Sender" or "Receiver"
-    /// Below the ONVIF error namespace, e.g. "NotAuthorized"; empty: none.
+    /// Below the ONVIF error namespace, e.g. "NotAuthorized", or with another namespace's usual
+    /// prefix, e.g. "wsrf-rw:ResourceUnknownFault"; empty: none.
     std::string subcode{};
     std::string detailCode{};  ///< the subcode's own subcode, e.g. "NoProfile"; empty: none
     std::string reason{};
+    std::string detail{};  ///< an XML element that declares its namespaces; empty: none
 };
 
 /// A misbehaviour that meets requests. Every kind waits `delay` first. An HTTP 401 in place of a
@@ -147,6 +181,16 @@ struct RecordedRequest {
     unsigned status = 0;         ///< HTTP status of the answer; 0: none, or a raw one
 };
 
+struct SubscriptionInfo {
+    std::uint64_t id = 0;
+    std::string consumer;  ///< empty: a pull point
+    std::chrono::milliseconds rest{0};
+    std::size_t waitingPulls = 0;
+    std::size_t queued = 0;
+    std::uint64_t delivered = 0;
+    std::uint64_t dropped = 0;
+};
+
 class CameraCore;
 
 /// Made by CameraHost.
@@ -165,7 +209,9 @@ class Camera {
     std::vector<PlannedFault> Faults() const;
 
     /// How often an operation was asked for, refused and disturbed requests included. @p operation
-    /// as in PlannedFault; "*" counts everything but control requests.
+    /// as in PlannedFault; "*" counts everything but control requests. Counted beside the
+    /// operations: "event:messages" (made), "event:pulled" and "event:notified" (messages that
+    /// arrived), "event:failed" (that a consumer did not take).
     std::uint64_t Count(std::string_view operation) const;
     /// The kept requests, oldest first.
     std::vector<RecordedRequest> Requests() const;
@@ -174,7 +220,12 @@ class Camera {
 
     CameraState State() const;
     /// Changes the state while no request is being answered. @p change must not call the camera.
+    /// Whatever changes motion or an input, this or a request, every subscription reports it.
     void Change(const std::function<void(CameraState&)>& change);
+
+    std::vector<SubscriptionInfo> Subscriptions() const;
+    /// Drops all connections but those of control requests, and forgets all subscriptions.
+    void Reboot();
 
  private:
     std::unique_ptr<CameraCore> core_;

@@ -114,6 +114,7 @@ struct VideoSource {
     bool motorizedFocus = false;
     ImagingSettings imaging{};
     FocusLens lens{};
+    bool motion = false;
 };
 
 struct VideoSourceConfiguration {

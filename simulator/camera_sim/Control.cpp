@@ -122,8 +122,14 @@ Reply GetState(CameraCore& core, const HttpRequest&) {
         WriteImaging(json, state.media);
         json.Key("osds");
         WriteOsds(json, state.media);
-        json.Key("motion");
+        json.Key("motionCells");
         WriteMotion(json, state.media);
+        json.Key("motion");
+        {
+            const auto sources = json.Object();
+            for (const VideoSource& source : state.media.videoSources)
+                json.Key(source.token).Value(source.motion);
+        }
         json.Key("profiles");
         const auto profiles = json.Array();
         for (const Profile& profile : state.media.profiles) json.Value(profile.token);
@@ -180,9 +186,62 @@ Reply SetClockOffset(CameraCore& core, const HttpRequest& request) {
     return Done();
 }
 
+/// A body of "true" or "false".
+std::optional<bool> ReadSwitch(const HttpRequest& request) {
+    std::string_view text = request.body;
+    while (text.ends_with('\n') || text.ends_with('\r')) text.remove_suffix(1);
+    return ToBool(text);
+}
+
+Reply SetMotion(CameraCore& core, const HttpRequest& request) {
+    const auto motion = ReadSwitch(request);
+    if (!motion) return BadRequest("the body is neither true nor false");
+    core.Change([&](CameraState& state) {
+        for (VideoSource& source : state.media.videoSources) source.motion = *motion;
+    });
+    return Done();
+}
+
+Reply SetInput(CameraCore& core, const HttpRequest& request) {
+    const auto active = ReadSwitch(request);
+    if (!active) return BadRequest("the body is neither true nor false");
+    const std::string_view path = PathOf(request.target);
+    const std::string_view token = path.substr(path.rfind('/') + 1);
+    bool found = false;
+    core.Change([&](CameraState& state) {
+        DigitalInput* input = FindByToken(state.inputs, token);
+        found = input != nullptr;
+        if (found) input->active = *active;
+    });
+    return found ? Done() : HttpReply(404, kTextType, "no such input\n");
+}
+
+Reply GetSubscriptions(CameraCore& core, const HttpRequest&) {
+    JsonWriter json;
+    {
+        const auto array = json.Array();
+        for (const SubscriptionInfo& info : core.Subscriptions()) {
+            const auto object = json.Object();
+            json.Key("id").Value(info.id);
+            json.Key("consumer").Value(info.consumer);
+            json.Key("restMilliseconds").Value(info.rest.count());
+            json.Key("waitingPulls").Value(info.waitingPulls);
+            json.Key("queued").Value(info.queued);
+            json.Key("delivered").Value(info.delivered);
+            json.Key("dropped").Value(info.dropped);
+        }
+    }
+    return Json(json);
+}
+
+Reply Reboot(CameraCore& core, const HttpRequest&) {
+    core.Reboot();
+    return Done();
+}
+
 struct ControlRow {
     std::string_view method;
-    std::string_view name;
+    std::string_view name;  ///< with a slash at the end: and what follows
     Reply (*handler)(CameraCore&, const HttpRequest&);
 };
 
@@ -196,6 +255,10 @@ constexpr std::array kControls = {
     ControlRow{"POST", "faults", AddFaults},
     ControlRow{"DELETE", "faults", ClearFaults},
     ControlRow{"POST", "clock-offset", SetClockOffset},
+    ControlRow{"POST", "motion", SetMotion},
+    ControlRow{"POST", "inputs/", SetInput},
+    ControlRow{"GET", "subscriptions", GetSubscriptions},
+    ControlRow{"POST", "reboot", Reboot},
 };
 
 }  // namespace
@@ -212,6 +275,11 @@ std::string_view ControlHelp() {
                                   curl -d 'GetProfiles@2=delay:500' URL/control/faults
   DELETE /control/faults        remove all faults
   POST   /control/clock-offset  set the camera's time minus this machine's, in seconds
+  POST   /control/motion        begin or end motion: true or false
+  POST   /control/inputs/TOKEN  switch a digital input: true or false
+                                  curl -d true URL/control/inputs/Input_1
+  GET    /control/subscriptions the event subscriptions (JSON)
+  POST   /control/reboot        drop all connections, forget all subscriptions
 )";
 }
 
@@ -223,8 +291,10 @@ Reply HandleControl(CameraCore& core, const HttpRequest& request) {
     const std::string_view name = PathOf(request.target).substr(kPrefix.size());
     bool known = false;
     for (const ControlRow& row : kControls) {
-        known = known || row.name == name;
-        if (row.name == name && row.method == request.method) return row.handler(core, request);
+        const bool matches =
+            row.name == name || (row.name.ends_with('/') && name.starts_with(row.name));
+        known = known || matches;
+        if (matches && row.method == request.method) return row.handler(core, request);
     }
     return HttpReply(known ? 405 : 404, kTextType, ControlHelp());
 }

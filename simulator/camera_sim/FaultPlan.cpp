@@ -4,6 +4,7 @@
 #include <array>
 #include <utility>
 
+#include "camera_sim/Namespaces.h"
 #include "camera_sim/SoapRequest.h"
 
 namespace camera_sim {
@@ -53,13 +54,21 @@ bool ReadSegments(std::string_view argument, Fault& fault) {
     return ReadBytes(bytes, fault) && fault.bytes > 0 && ReadWait(pause, fault.pause);
 }
 
+/// A name, perhaps with a namespace's usual prefix.
+bool IsSubcode(std::string_view text) {
+    const auto colon = text.find(':');
+    return colon == std::string_view::npos
+               ? IsName(text)
+               : FindUsualPrefix(text.substr(0, colon)) && IsName(text.substr(colon + 1));
+}
+
 bool ReadSoapFault(std::string_view argument, Fault& fault) {
     const auto [code, rest] = SplitAt(argument, ',');
     const auto [subcodes, reason] = SplitAt(rest, ',');
     const auto [subcode, detailCode] = SplitAt(subcodes, '/');
-    fault.soapFault = {std::string(code), std::string(subcode), std::string(detailCode),
-                       std::string(reason)};
-    return (code == "Sender" || code == "Receiver") && (subcode.empty() || IsName(subcode)) &&
+    fault.soapFault = {
+        std::string(code), std::string(subcode), std::string(detailCode), std::string(reason), {}};
+    return (code == "Sender" || code == "Receiver") && (subcode.empty() || IsSubcode(subcode)) &&
            (detailCode.empty() || IsName(detailCode));
 }
 

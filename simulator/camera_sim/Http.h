@@ -5,6 +5,7 @@
 
 #include <chrono>
 #include <cstddef>
+#include <cstdint>
 #include <string>
 #include <string_view>
 
@@ -20,13 +21,16 @@ struct HttpRequest {
 
 /// What the server does with a connection.
 struct Reply {
-    enum class Ending { kSend, kSilence, kClose };
+    /// kDeferred: there is no reply yet; CameraCore::Resume has it later.
+    enum class Ending { kSend, kSilence, kClose, kDeferred };
     Ending ending = Ending::kSend;
     std::string bytes{};  ///< everything to send, HTTP head included
     unsigned status = 0;  ///< for the records
     std::chrono::milliseconds delay{0};
     std::size_t segment = 0;  ///< bytes sent at once; 0: all
     std::chrono::milliseconds pause{0};
+    std::uint64_t ticket = 0;                       ///< of a deferred reply
+    std::chrono::steady_clock::time_point until{};  ///< when to ask for it at the latest
 };
 
 inline constexpr std::string_view kSoapType = "application/soap+xml; charset=utf-8";

@@ -22,7 +22,14 @@ enum class Ns {
     kAnalytics,
     kEvents,
     kError,
-    kCount
+    kAddressing,
+    kNotification,
+    kTopicSet,
+    kTopics,
+    kResource,
+    kXmlSchema,
+    kCount,
+    kNone = kCount  ///< elements without a namespace
 };
 inline constexpr std::size_t kNamespaceCount = static_cast<std::size_t>(Ns::kCount);
 
@@ -32,6 +39,7 @@ struct Namespace {
 };
 const Namespace& NamespaceOf(Ns ns);
 std::optional<Ns> FindNamespace(std::string_view uri);
+std::optional<Ns> FindUsualPrefix(std::string_view prefix);
 
 /// One way of naming namespaces. An empty prefix makes it the default namespace of the elements
 /// that are in it.
@@ -39,7 +47,9 @@ struct PrefixStyle {
     std::string_view name;
     std::array<std::string_view, kNamespaceCount> prefixes;
 
-    std::string_view Prefix(Ns ns) const { return prefixes[static_cast<std::size_t>(ns)]; }
+    std::string_view Prefix(Ns ns) const {
+        return ns == Ns::kNone ? std::string_view() : prefixes[static_cast<std::size_t>(ns)];
+    }
 };
 /// Null when there is none of that name.
 const PrefixStyle* FindPrefixStyle(std::string_view name);

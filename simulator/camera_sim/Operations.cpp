@@ -25,6 +25,8 @@ constexpr std::array kGroups = {
     OperationGroup{Ns::kPtz, PtzOperations},
     OperationGroup{Ns::kImaging, ImagingOperations},
     OperationGroup{Ns::kAnalytics, AnalyticsOperations},
+    OperationGroup{Ns::kEvents, EventOperations},
+    OperationGroup{Ns::kNotification, SubscriptionOperations},
 };
 
 void Replace(std::string& text, std::string_view placeholder, std::string_view value) {
@@ -57,6 +59,7 @@ bool Offers(const CameraOptions& options, Ns ns) {
         case Ns::kAnalytics:
             return options.analytics;
         case Ns::kEvents:
+        case Ns::kNotification:
             return options.events;
         default:
             return false;
@@ -106,17 +109,27 @@ void WriteFault(XmlWriter& out, const SoapFault& fault) {
         out.Element(Ns::kSoap, "Value", out.QualifiedName(Ns::kSoap, fault.code));
         if (!fault.subcode.empty()) {
             const XmlWriter::Scope subcode(out, Ns::kSoap, "Subcode");
-            out.Element(Ns::kSoap, "Value", out.QualifiedName(Ns::kError, fault.subcode));
+            const auto colon = fault.subcode.find(':');
+            const auto ns = FindUsualPrefix(std::string_view(fault.subcode).substr(0, colon));
+            const bool foreign = colon != std::string::npos && ns;
+            out.Element(Ns::kSoap, "Value",
+                        foreign ? out.QualifiedName(*ns, fault.subcode.substr(colon + 1))
+                                : out.QualifiedName(Ns::kError, fault.subcode));
             if (!fault.detailCode.empty()) {
                 const XmlWriter::Scope detailCode(out, Ns::kSoap, "Subcode");
                 out.Element(Ns::kSoap, "Value", out.QualifiedName(Ns::kError, fault.detailCode));
             }
         }
     }
-    const XmlWriter::Scope reason(out, Ns::kSoap, "Reason");
-    const XmlWriter::Scope text(out, Ns::kSoap, "Text");
-    out.Attribute("xml:lang", "en");
-    out.Text(fault.reason);
+    {
+        const XmlWriter::Scope reason(out, Ns::kSoap, "Reason");
+        const XmlWriter::Scope text(out, Ns::kSoap, "Text");
+        out.Attribute("xml:lang", "en");
+        out.Text(fault.reason);
+    }
+    if (fault.detail.empty()) return;
+    const XmlWriter::Scope detail(out, Ns::kSoap, "Detail");
+    out.Raw(fault.detail);
 }
 
 }  // namespace camera_sim

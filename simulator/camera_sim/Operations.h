@@ -11,6 +11,7 @@
 #include <string_view>
 
 #include "camera_sim/CameraSim.h"
+#include "camera_sim/EventHub.h"
 #include "camera_sim/Namespaces.h"
 #include "camera_sim/SoapRequest.h"
 #include "camera_sim/XmlWriter.h"
@@ -45,6 +46,12 @@ struct Call {
     /// Stands inside the answer's element; what is written before a fault is dropped.
     XmlWriter& out;
     std::chrono::sys_seconds systemTime;
+    EventHub& events;
+    /// The envelope's header, or null.
+    const XmlElement* header;
+    std::string_view path;
+    /// Set by a handler whose answer has to wait; what it wrote is dropped then.
+    std::optional<PullWait> wait{};
 
     std::string_view Argument(std::string_view name) const { return ChildText(&request, name); }
 };
@@ -57,6 +64,8 @@ using Handler = Answer (*)(Call&);
 struct Operation {
     std::string_view name;
     Handler handler;
+    /// Answers in this element; empty: the name with "Response" behind it.
+    std::string_view response = {};
 };
 
 /// The operations, one file per service or part of one.
@@ -75,6 +84,10 @@ std::span<const Operation> AnalyticsOperations();
 /// SetVideoEncoderConfiguration of the first and the second media service.
 Answer SetVideoEncoder10(Call& call);
 Answer SetVideoEncoder20(Call& call);
+std::span<const Operation> EventOperations();
+std::span<const Operation> SubscriptionOperations();
+
+inline constexpr std::string_view kSubscriptionPath = "/onvif/subscription";
 
 /// Null when there is none. A service that the camera does not offer has no operations.
 const Operation* FindOperation(const CameraOptions& options, Ns ns, std::string_view name);

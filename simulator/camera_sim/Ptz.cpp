@@ -283,7 +283,8 @@ constexpr std::array kOperations = {
     Operation{"ModifyPresetTour", ModifyPresetTour},
     Operation{"RemovePresetTour", RemovePresetTour},
     Operation{"OperatePresetTour", OperatePresetTour},
-    Operation{"3DControl", Control3d},
+    // An element of its own name would not be XML: it starts with a digit.
+    Operation{"3DControl", Control3d, "AbsoluteMoveResponse"},
 };
 
 /// Where a tour that started `elapsed` ago has come; it begins again behind its last spot.

@@ -5,6 +5,7 @@
 #include <mutex>
 #include <stdexcept>
 #include <thread>
+#include <unordered_set>
 #include <utility>
 // Asio uses std::exchange without including it.
 #include <boost/asio/executor_work_guard.hpp>
@@ -23,6 +24,7 @@
 #include "camera_sim/CameraSim.h"
 #include "camera_sim/Control.h"
 #include "camera_sim/Models.h"
+#include "camera_sim/NotifyPost.h"
 
 namespace camera_sim {
 namespace {
@@ -34,17 +36,30 @@ using boost::system::error_code;
 
 constexpr std::size_t kHeadLimit = std::size_t{16} * 1024;
 constexpr std::size_t kBodyLimit = std::size_t{256} * 1024;
+constexpr std::size_t kWatchSize = 64;
 constexpr std::chrono::seconds kIdleLimit{30};
 constexpr std::chrono::seconds kDrainLimit{2};
 constexpr std::chrono::milliseconds kAcceptPause{100};
 constexpr std::string_view kContinue = "HTTP/1.1 100 Continue\r\n\r\n";
 
+class Session;
+/// A camera's open connections. Only the server's thread uses it.
+using Connections = std::unordered_set<Session*>;
+
 /// One connection: reads a request, has it answered, sends the reply. Kept alive by the operation
 /// that it waits for.
 class Session : public std::enable_shared_from_this<Session> {
  public:
-    Session(tcp::socket socket, CameraCore& core)
-        : stream_(std::move(socket)), timer_(stream_.get_executor()), core_(core) {}
+    Session(tcp::socket socket, CameraCore& core, std::shared_ptr<Connections> connections)
+        : stream_(std::move(socket)),
+          timer_(stream_.get_executor()),
+          core_(core),
+          connections_(std::move(connections)) {
+        connections_->insert(this);
+    }
+    ~Session() { connections_->erase(this); }
+    Session(const Session&) = delete;
+    Session& operator=(const Session&) = delete;
 
     void Start() {
         error_code ignored;
@@ -58,6 +73,15 @@ class Session : public std::enable_shared_from_this<Session> {
                                        self->ReadBody(headSize);
                                    }
                                });
+    }
+
+    /// Ends the connection without a further word, unless it serves a control request.
+    void Drop() {
+        if (isControl_) return;
+        waiting_ = false;
+        reply_.ending = Reply::Ending::kClose;  // what is being sent keeps its bytes
+        timer_.cancel();
+        stream_.close();
     }
 
  private:
@@ -109,12 +133,66 @@ class Session : public std::enable_shared_from_this<Session> {
     }
 
     void Process() {
+        isControl_ = IsControlRequest(request_.target);
+        SetReply([this] {
+            return isControl_ ? HandleControl(core_, request_)
+                              : core_.Handle(std::move(request_), MakeWake());
+        });
+        if (reply_.ending != Reply::Ending::kDeferred) return Deliver();
+        waiting_ = true;
+        stream_.expires_never();
+        input_ = std::string(kWatchSize, '\0');
+        Watch();
+        WaitUntilDue();
+    }
+
+    template <typename Source>
+    void SetReply(Source source) {
         try {
-            reply_ = IsControlRequest(request_.target) ? HandleControl(core_, request_)
-                                                       : core_.Handle(std::move(request_));
+            reply_ = source();
         } catch (const std::exception&) {
             reply_ = HttpReply(500);
         }
+    }
+
+    std::function<void()> MakeWake() {
+        return [executor = stream_.get_executor(), session = weak_from_this()] {
+            asio::post(executor, [session] {
+                if (const auto self = session.lock()) self->Resume();
+            });
+        };
+    }
+
+    void WaitUntilDue() {
+        timer_.expires_at(reply_.until);
+        timer_.async_wait([self = shared_from_this()](error_code error) {
+            if (!error) self->Resume();
+        });
+    }
+
+    /// Asks again for the deferred reply. Once it is there, the end of the watch delivers it.
+    void Resume() {
+        if (!waiting_) return;
+        SetReply([this] { return core_.Resume(reply_.ticket); });
+        if (reply_.ending == Reply::Ending::kDeferred) return WaitUntilDue();
+        waiting_ = false;
+        timer_.cancel();
+        stream_.cancel();
+    }
+
+    /// Notices when the client closes while it waits.
+    void Watch() {
+        stream_.async_read_some(asio::buffer(input_),
+                                [self = shared_from_this()](error_code error, std::size_t) {
+                                    if (!self->waiting_) return self->Deliver();
+                                    if (!error) return self->Watch();
+                                    self->waiting_ = false;
+                                    self->timer_.cancel();
+                                    self->core_.Abandon(self->reply_.ticket);
+                                });
+    }
+
+    void Deliver() {
         if (reply_.delay.count() == 0) return Send();
         stream_.expires_never();
         timer_.expires_after(reply_.delay);
@@ -170,11 +248,14 @@ class Session : public std::enable_shared_from_this<Session> {
     beast::tcp_stream stream_;
     asio::steady_timer timer_;
     CameraCore& core_;
+    const std::shared_ptr<Connections> connections_;
     std::string input_;
     HttpRequest request_;
     Reply reply_;
     std::size_t sent_ = 0;
-    bool unread_ = false;  // the client has sent what nobody has read
+    bool unread_ = false;     // the client has sent what nobody has read
+    bool isControl_ = false;  // the request is a control request
+    bool waiting_ = false;    // for a deferred reply
 };
 
 /// Takes a port on the loopback interface; 0: the system chooses one.
@@ -194,10 +275,15 @@ class Listener : public std::enable_shared_from_this<Listener> {
     Listener(tcp::acceptor acceptor, CameraCore& core)
         : acceptor_(std::move(acceptor)), pause_(acceptor_.get_executor()), core_(core) {}
 
+    void DropConnections() {
+        for (Session* session : *connections_) session->Drop();
+    }
+
     void Accept() {
         acceptor_.async_accept([self = shared_from_this()](error_code error, tcp::socket socket) {
             if (!error) {
-                std::make_shared<Session>(std::move(socket), self->core_)->Start();
+                std::make_shared<Session>(std::move(socket), self->core_, self->connections_)
+                    ->Start();
                 return self->Accept();
             }
             // Most likely too many open files: others will close.
@@ -210,7 +296,37 @@ class Listener : public std::enable_shared_from_this<Listener> {
     tcp::acceptor acceptor_;
     asio::steady_timer pause_;
     CameraCore& core_;
+    const std::shared_ptr<Connections> connections_ = std::make_shared<Connections>();
 };
+
+/// Changes something of a camera at regular intervals. Kept alive by its timer.
+class Schedule : public std::enable_shared_from_this<Schedule> {
+ public:
+    Schedule(asio::io_context& io, CameraCore& core, std::chrono::milliseconds period,
+             void (*change)(CameraState&))
+        : timer_(io, period), core_(core), period_(period), change_(change) {}
+
+    void Run() {
+        timer_.async_wait([self = shared_from_this()](error_code) {
+            self->core_.Change(self->change_);
+            self->timer_.expires_after(self->period_);
+            self->Run();
+        });
+    }
+
+ private:
+    asio::steady_timer timer_;
+    CameraCore& core_;
+    const std::chrono::milliseconds period_;
+    void (*const change_)(CameraState&);
+};
+
+void ToggleMotion(CameraState& state) {
+    for (VideoSource& source : state.media.videoSources) source.motion = !source.motion;
+}
+void ToggleInputs(CameraState& state) {
+    for (DigitalInput& input : state.inputs) input.active = !input.active;
+}
 
 }  // namespace
 
@@ -234,6 +350,15 @@ class CameraHost::Impl {
             error = "the realm of snapshots holds a line break";
             return nullptr;
         }
+        if (FindTopicStyle(options.topicStyle) == nullptr) {
+            error = "unknown topic style \"" + options.topicStyle + "\"";
+            return nullptr;
+        }
+        const auto forms = SubscriptionStyleNames();
+        if (std::find(forms.begin(), forms.end(), options.subscriptionStyle) == forms.end()) {
+            error = "unknown subscription style \"" + options.subscriptionStyle + "\"";
+            return nullptr;
+        }
         auto state = MakeModel(options);
         if (!state) {
             error = "unknown model \"" + options.model + "\"";
@@ -249,6 +374,7 @@ class CameraHost::Impl {
         }
         auto core = std::make_unique<CameraCore>(std::move(options), *std::move(state), *style);
         auto listener = std::make_shared<Listener>(std::move(acceptor), *core);
+        Attach(*core, listener);
         auto camera = std::make_unique<Camera>(std::move(core));
         asio::post(io_, [listener] { listener->Accept(); });
         const std::scoped_lock guard(lock_);
@@ -256,6 +382,34 @@ class CameraHost::Impl {
     }
 
  private:
+    void Attach(CameraCore& core, const std::shared_ptr<Listener>& listener) {
+        core.Attach({
+            [this, weak = std::weak_ptr(listener)] {
+                asio::post(io_, [weak] {
+                    if (const auto strong = weak.lock()) strong->DropConnections();
+                });
+            },
+            [this, &core](std::uint64_t subscription, NotifyTarget target, std::string body) {
+                asio::post(io_, [this, &core, subscription, target = std::move(target),
+                                 body = std::move(body)]() mutable {
+                    PostNotification(io_, target, body, [&core, subscription](bool accepted) {
+                        core.NotificationSent(subscription, accepted);
+                    });
+                });
+            },
+        });
+        const CameraOptions& options = core.Options();
+        Repeat(core, options.motionPeriod, ToggleMotion);
+        Repeat(core, options.inputPeriod, ToggleInputs);
+    }
+
+    void Repeat(CameraCore& core, std::chrono::milliseconds period, void (*change)(CameraState&)) {
+        if (period.count() <= 0) return;
+        asio::post(io_, [schedule = std::make_shared<Schedule>(io_, core, period, change)] {
+            schedule->Run();
+        });
+    }
+
     std::mutex lock_;  // guards cameras_; leaf
     std::vector<std::unique_ptr<Camera>> cameras_;
     asio::io_context io_{1};

@@ -71,7 +71,6 @@ void WriteEvents(XmlWriter& out, const CameraState&) {
     const Scope capabilities(out, Ns::kEvents, "Capabilities");
     out.Attribute("WSSubscriptionPolicySupport", true);
     out.Attribute("WSPausableSubscriptionManagerInterfaceSupport", false);
-    out.Attribute("MaxPullPoints", 4);
 }
 
 void WritePtz(XmlWriter& out, const CameraState&) {

@@ -2,6 +2,7 @@
 
 #include <charconv>
 #include <cstddef>
+#include <utility>
 
 namespace camera_sim {
 namespace {
@@ -51,8 +52,7 @@ XmlWriter::XmlWriter(const PrefixStyle& style, bool pretty) : style_(style), pre
 
 void XmlWriter::Open(Ns ns, std::string_view name) {
     CloseStartTag();
-    // kCount stands for "no default namespace yet".
-    const Ns inherited = open_.empty() ? Ns::kCount : open_.back().defaultNamespace;
+    const Ns inherited = open_.empty() ? Ns::kNone : open_.back().defaultNamespace;
     if (!open_.empty()) open_.back().hasChildren = true;
     if (pretty_) NewLine(kBodyDepth + open_.size());
 
@@ -107,6 +107,11 @@ void XmlWriter::Text(std::string_view text) {
     AppendEscaped(text_, text);
 }
 
+void XmlWriter::Raw(std::string_view xml) {
+    CloseStartTag();
+    text_ += xml;
+}
+
 void XmlWriter::Element(Ns ns, std::string_view name, std::string_view text) {
     Open(ns, name);
     Text(text);
@@ -121,10 +126,16 @@ std::string XmlWriter::QualifiedName(Ns ns, std::string_view name) {
     return qualified;
 }
 
+void XmlWriter::EndHeader() {
+    header_ = std::move(text_);
+    text_.clear();
+}
+
 void XmlWriter::Clear() {
     startTagOpen_ = false;
     used_.fill(false);
     open_.clear();
+    header_.clear();
     text_.clear();
 }
 
@@ -133,7 +144,7 @@ std::string XmlWriter::Envelope(bool xmlProlog) const {
     const std::string_view outerBreak = pretty_ ? "\n" : "";
     const std::string_view bodyBreak = pretty_ ? "\n  " : "";
     std::string out;
-    out.reserve(text_.size() + 1024);
+    out.reserve(text_.size() + header_.size() + 1024);
     if (xmlProlog) out.append(kProlog).append(outerBreak);
     out.append("<").append(soap).append(":Envelope");
     for (std::size_t i = 0; i < kNamespaceCount; ++i) {
@@ -141,7 +152,12 @@ std::string XmlWriter::Envelope(bool xmlProlog) const {
         out.append(" xmlns:").append(style_.prefixes[i]).append("=\"");
         out.append(NamespaceOf(static_cast<Ns>(i)).uri).append("\"");
     }
-    out.append(">").append(bodyBreak).append("<").append(soap).append(":Body>");
+    out.append(">").append(bodyBreak);
+    if (!header_.empty()) {
+        out.append("<").append(soap).append(":Header>").append(header_).append(bodyBreak);
+        out.append("</").append(soap).append(":Header>").append(bodyBreak);
+    }
+    out.append("<").append(soap).append(":Body>");
     out.append(text_).append(bodyBreak).append("</").append(soap).append(":Body>");
     out.append(outerBreak).append("</").append(soap).append(":Envelope>");
     return out;

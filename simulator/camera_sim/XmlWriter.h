@@ -49,6 +49,8 @@ class XmlWriter {
     void Attribute(std::string_view name, int value) { Attribute(name, std::to_string(value)); }
 
     void Text(std::string_view text);
+    /// A complete element that declares its own namespaces.
+    void Raw(std::string_view xml);
 
     /// An element that holds only text. No implicit conversions: a pointer is not a truth value.
     void Element(Ns ns, std::string_view name, std::string_view text);
@@ -70,6 +72,9 @@ class XmlWriter {
 
     /// A qualified name for use as a value.
     std::string QualifiedName(Ns ns, std::string_view name);
+
+    /// What was written so far belongs into the envelope's header. All elements must be closed.
+    void EndHeader();
 
     /// Throws away what was written.
     void Clear();
@@ -96,6 +101,7 @@ class XmlWriter {
     bool startTagOpen_ = false;
     std::array<bool, kNamespaceCount> used_{};
     std::vector<OpenElement> open_;
+    std::string header_;
     std::string text_;
 };
 

@@ -1,0 +1,125 @@
+// The camera's part in events: deferred pulls, notifications and the end of everything at a reboot.
+#include <algorithm>
+#include <utility>
+
+#include "camera_sim/CameraCore.h"
+#include "camera_sim/EventReplies.h"
+
+namespace camera_sim {
+
+Reply CameraCore::DeferLocked(PullWait pull) {
+    Reply reply;
+    reply.ending = Reply::Ending::kDeferred;
+    reply.ticket = ++lastTicket_;
+    deferred_[reply.ticket].pull = std::move(pull);
+    return reply;
+}
+
+Reply CameraCore::Resume(std::uint64_t ticket) {
+    const std::scoped_lock guard(lock_);
+    return ResumeLocked(ticket);
+}
+
+Reply CameraCore::ResumeLocked(std::uint64_t ticket) {
+    Reply reply;
+    reply.ending = Reply::Ending::kClose;
+    const auto found = deferred_.find(ticket);
+    if (found == deferred_.end()) return reply;
+    const PullWait& pull = found->second.pull;
+    Subscription* subscription = events_.Find(pull.subscription);
+    if (subscription != nullptr && subscription->queue.empty() &&
+        EventHub::Clock::now() < pull.until) {
+        reply.ending = Reply::Ending::kDeferred;
+        reply.ticket = ticket;
+        reply.until = std::min(pull.until, subscription->end);
+        return reply;
+    }
+
+    const auto& fault = found->second.fault;
+    const bool xmlProlog = options_.xmlProlog && !(fault && fault->kind == Fault::Kind::kNoProlog);
+    reply = subscription == nullptr ? FaultReply(NoSuchSubscription(state_), xmlProlog)
+                                    : PulledLocked(pull, *subscription, xmlProlog);
+    if (fault) DisturbReply(reply, *fault);
+    const std::uint64_t record = found->second.record;
+    if (record >= forgottenRequests_ && record - forgottenRequests_ < requests_.size())
+        requests_[record - forgottenRequests_].status = reply.status;
+    deferred_.erase(found);
+    return reply;
+}
+
+Reply CameraCore::PulledLocked(const PullWait& pull, Subscription& subscription, bool xmlProlog) {
+    XmlWriter out(style_, options_.prettyXml);
+    WriteAddressing(out, pull.action, pull.relatesTo);
+    {
+        const XmlWriter::Scope response(out, Ns::kEvents, "PullMessagesResponse");
+        CountEventsLocked("event:pulled", WritePulled(out, state_, subscription, pull.limit));
+    }
+    return HttpReply(200, kSoapType, out.Envelope(xmlProlog));
+}
+
+void CameraCore::Abandon(std::uint64_t ticket) {
+    const std::scoped_lock guard(lock_);
+    deferred_.erase(ticket);
+}
+
+void CameraCore::PublishLocked() {
+    if (!options_.events) return;
+    CountEventsLocked("event:messages", events_.Observe(state_));
+    for (auto& [id, subscription] : events_.All()) NotifyLocked(subscription);
+    for (auto& [ticket, deferred] : deferred_) {
+        const Subscription* subscription = events_.Find(deferred.pull.subscription);
+        if (deferred.wake && (subscription == nullptr || !subscription->queue.empty()))
+            deferred.wake();
+    }
+}
+
+void CameraCore::NotifyLocked(Subscription& subscription) {
+    if (!subscription.consumer || subscription.posting || subscription.queue.empty()) return;
+    XmlWriter out(style_, options_.prettyXml);
+    WriteNotify(out, options_, subscription);
+    subscription.posting = true;
+    outlets_.notify(subscription.id, *subscription.consumer, out.Envelope(options_.xmlProlog));
+}
+
+void CameraCore::NotificationSent(std::uint64_t subscription, bool accepted) {
+    const std::scoped_lock guard(lock_);
+    CountEventsLocked(accepted ? "event:notified" : "event:failed", 1);
+    Subscription* found = events_.Find(subscription);
+    if (found == nullptr) return;
+    found->posting = false;
+    ++(accepted ? found->delivered : found->dropped);
+    NotifyLocked(*found);
+}
+
+void CameraCore::CountEventsLocked(std::string_view what, std::size_t count) {
+    if (count > 0) counters_[std::string(what)] += count;
+}
+
+void CameraCore::Reboot() {
+    const std::scoped_lock guard(lock_);
+    events_.Clear();
+    deferred_.clear();
+    outlets_.dropConnections();
+}
+
+std::vector<SubscriptionInfo> CameraCore::Subscriptions() const {
+    const std::scoped_lock guard(lock_);
+    std::vector<SubscriptionInfo> list;
+    for (const auto& [id, subscription] : events_.All()) {
+        SubscriptionInfo info;
+        info.id = id;
+        if (subscription.consumer) info.consumer = subscription.consumer->address;
+        info.rest =
+            std::chrono::ceil<std::chrono::milliseconds>(subscription.end - EventHub::Clock::now());
+        info.waitingPulls = static_cast<std::size_t>(std::count_if(
+            deferred_.begin(), deferred_.end(),
+            [id = id](const auto& entry) { return entry.second.pull.subscription == id; }));
+        info.queued = subscription.queue.size();
+        info.delivered = subscription.delivered;
+        info.dropped = subscription.dropped;
+        list.push_back(std::move(info));
+    }
+    return list;
+}
+
+}  // namespace camera_sim

@@ -1,0 +1,487 @@
+// Subscriptions, waiting pulls and notifications of the simulated camera.
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <functional>
+#include <future>
+#include <string>
+#include <thread>
+#include <utility>
+#include <vector>
+// Asio uses std::exchange without including it.
+#include <boost/asio/read_until.hpp>
+
+#include "Exchange.h"
+#include "camera_sim/CameraSim.h"
+
+namespace {
+
+using boost::asio::ip::tcp;
+using camera_sim::Camera;
+using camera_sim::CameraHost;
+using camera_sim::CameraState;
+using namespace std::chrono_literals;
+
+constexpr const char* kEvents = "http://www.onvif.org/ver10/events/wsdl";
+constexpr const char* kNotification = "http://docs.oasis-open.org/wsn/b-2";
+constexpr const char* kServicePath = "/onvif/event_service";
+
+std::string Http(const std::string& method, const std::string& path, const std::string& body) {
+    return method + " " + path +
+           " HTTP/1.1\r\nHost: camera\r\nContent-Length: " + std::to_string(body.size()) +
+           "\r\n\r\n" + body;
+}
+
+std::string Soap(const std::string& path, const std::string& ns, const std::string& operation,
+                 const std::string& arguments, const std::string& header = "") {
+    return Http("POST", path,
+                "<e:Envelope xmlns:e='http://www.w3.org/2003/05/soap-envelope'><e:Header>" +
+                    header + "</e:Header><e:Body><" + operation + " xmlns='" + ns + "'>" +
+                    arguments + "</" + operation + "></e:Body></e:Envelope>");
+}
+
+std::size_t CountOf(const std::string& text, const std::string& part) {
+    std::size_t count = 0;
+    for (auto at = text.find(part); at != std::string::npos; at = text.find(part, at + 1)) ++count;
+    return count;
+}
+bool Contains(const std::string& text, const std::string& part) {
+    return text.find(part) != std::string::npos;
+}
+std::string Between(const std::string& text, const std::string& begin, const std::string& end) {
+    const auto from = text.find(begin);
+    if (from == std::string::npos) return "";
+    return text.substr(from + begin.size(), text.find(end, from) - from - begin.size());
+}
+
+std::string Create(const Camera& camera, const std::string& arguments = "") {
+    return Exchange(camera.Port(),
+                    Soap(kServicePath, kEvents, "CreatePullPointSubscription", arguments));
+}
+std::string Term(const std::string& time) {
+    return "<InitialTerminationTime>" + time + "</InitialTerminationTime>";
+}
+
+/// A subscription as a client sees it.
+struct PullPoint {
+    explicit PullPoint(const Camera& camera, const std::string& term = "PT1H")
+        : port(camera.Port()) {
+        const std::string reply = Create(camera, Term(term));
+        path = "/" + Between(Between(reply, ":Address>", "<"), std::to_string(port) + "/", "<");
+        const std::string parameters =
+            Between(reply, "ReferenceParameters>", "</wsa5:ReferenceParameters>");
+        header = parameters;
+        EXPECT_TRUE(Contains(path, "/onvif/subscription")) << reply;
+    }
+
+    std::string PullBytes(const std::string& timeout, int limit = 100) const {
+        return Soap(path, kEvents, "PullMessages",
+                    "<Timeout>" + timeout + "</Timeout><MessageLimit>" + std::to_string(limit) +
+                        "</MessageLimit>",
+                    header);
+    }
+    std::string Pull(const std::string& timeout, int limit = 100) const {
+        return Exchange(port, PullBytes(timeout, limit));
+    }
+    std::string Ask(const std::string& operation, const std::string& arguments = "") const {
+        return Exchange(port, Soap(path, kNotification, operation, arguments, header));
+    }
+
+    std::uint16_t port;
+    std::string path;
+    std::string header;
+};
+
+void SetMotion(CameraState& state, bool motion) {
+    state.media.videoSources[0].motion = motion;
+}
+
+void WaitUntil(const std::function<bool()>& condition) {
+    while (!condition()) std::this_thread::yield();
+}
+void WaitForPulls(const Camera& camera, std::size_t count) {
+    WaitUntil([&] { return camera.Subscriptions().at(0).waitingPulls == count; });
+}
+
+TEST(CameraEvents, ReportsStateAndChangesInEveryStyle) {
+    struct Case {
+        const char* topics;
+        const char* subscriptions;
+        bool numeric;
+        std::vector<const char*> motion;  // parts of the message
+        std::vector<const char*> input;
+    };
+    const std::vector<Case> cases = {
+        {"cell-motion",
+         "address",
+         false,
+         {">tns1:RuleEngine/CellMotionDetector/Motion<",
+          "\"VideoSourceConfigurationToken\" Value=\"VideoSourceConfig_1\"",
+          "\"VideoAnalyticsConfigurationToken\" Value=\"Analytics_1\"",
+          "\"Rule\" Value=\"MotionRule\"", "\"IsMotion\" Value=\"true\""},
+         {">tns1:Device/Trigger/DigitalInput<", "\"InputToken\" Value=\"Input_2\"",
+          "\"LogicalState\" Value=\"true\""}},
+        {"motion-region",
+         "id",
+         true,
+         {">tns1:RuleEngine/MotionRegionDetector/Motion<",
+          "\"VideoSource\" Value=\"VideoSource_1\"", "\"State\" Value=\"true\""},
+         {"\"LogicalState\" Value=\"1\""}},
+        {"source-alarm",
+         "address-other",
+         false,
+         {">tns1:VideoSource/MotionAlarm<", "\"Source\" Value=\"VideoSource_1\"",
+          "\"State\" Value=\"true\""},
+         {"\"LogicalState\" Value=\"true\""}},
+        {"qualified",
+         "address",
+         false,
+         {">tns1:RuleEngine/tns1:CellMotionDetector/tns1:Motion<"},
+         {">tns1:Device/tns1:Trigger/tns1:DigitalInput<"}},
+    };
+    for (const Case& test : cases) {
+        SCOPED_TRACE(test.topics);
+        CameraHost host;
+        Camera& camera = host.Add({.user = "",
+                                   .topicStyle = test.topics,
+                                   .numericStates = test.numeric,
+                                   .subscriptionStyle = test.subscriptions});
+        const PullPoint other(camera);
+        const PullPoint point(camera);
+        EXPECT_EQ(point.path == other.path, std::string(test.subscriptions) == "id");
+        EXPECT_EQ(CountOf(point.Pull("PT0S"), "PropertyOperation=\"Initialized\""), 3U);
+        camera.Change([](CameraState& state) {
+            SetMotion(state, true);
+            state.inputs[1].active = true;
+        });
+        const std::string first = point.Pull("PT0S", 1);
+        const std::string second = point.Pull("PT0S", 100);
+        EXPECT_EQ(CountOf(first, "PropertyOperation=\"Changed\""), 1U);
+        EXPECT_EQ(CountOf(second, "PropertyOperation=\"Changed\""), 1U);
+        for (const char* part : test.motion) EXPECT_TRUE(Contains(first, part)) << part << first;
+        for (const char* part : test.input) EXPECT_TRUE(Contains(second, part)) << part << second;
+        EXPECT_EQ(CountOf(point.Pull("PT0S"), "NotificationMessage"), 0U);
+        EXPECT_EQ(CountOf(other.Pull("PT0S"), "<wsnt:NotificationMessage>"), 5U);
+        EXPECT_EQ(camera.Count("event:messages"), 2U);
+        EXPECT_EQ(camera.Count("event:pulled"), 10U);
+        const std::string properties =
+            Exchange(camera.Port(), Soap(kServicePath, kEvents, "GetEventProperties", ""));
+        EXPECT_EQ(CountOf(properties, "topic=\"true\""), 2U);
+    }
+}
+
+TEST(CameraEvents, EndsAWaitingPull) {
+    struct Case {
+        const char* name;
+        const char* timeout;
+        bool waits;  // until something is done
+        std::function<void(Camera&, const PullPoint&)> act;
+        const char* expected;  // in the reply; empty: the connection is closed
+        unsigned status;
+    };
+    const auto nothing = [](Camera&, const PullPoint&) {};
+    const char* const kUnknown = "<SOAP-ENV:Value>wsrfr:ResourceUnknownFault<";
+    const std::vector<Case> cases = {
+        {"motion", "PT100S", true,
+         [](Camera& camera, const PullPoint&) {
+             camera.Change([](CameraState& state) { SetMotion(state, true); });
+         },
+         "\"Changed\"", 200},
+        {"input by control request", "PT100S", true,
+         [](Camera& camera, const PullPoint&) {
+             const auto set = [&](const char* path, const char* body) {
+                 return Exchange(camera.Port(), Http("POST", path, body));
+             };
+             EXPECT_TRUE(Contains(set("/control/inputs/Input_9", "true"), " 404 "));
+             EXPECT_TRUE(Contains(set("/control/inputs/Input_1", "on"), " 400 "));
+             EXPECT_TRUE(Contains(set("/control/motion", "on"), " 400 "));
+             EXPECT_TRUE(Contains(set("/control/inputs/Input_1", "true\n"), " 200 "));
+         },
+         "\"LogicalState\" Value=\"true\"", 200},
+        {"timeout", "PT0.05S", false, nothing, "PullMessagesResponse", 200},
+        {"expiry", "PT100S", false, nothing, kUnknown, 400},
+        {"unsubscription", "PT100S", true,
+         [](Camera&, const PullPoint& point) {
+             EXPECT_TRUE(Contains(point.Ask("Unsubscribe"), "UnsubscribeResponse"));
+         },
+         kUnknown, 400},
+        {"reboot", "PT100S", true,
+         [](Camera& camera, const PullPoint&) {
+             EXPECT_TRUE(
+                 Contains(Exchange(camera.Port(), Http("POST", "/control/reboot", "")), " 200 "));
+             EXPECT_TRUE(camera.Subscriptions().empty());
+         },
+         "", 0},
+    };
+    for (const Case& test : cases) {
+        SCOPED_TRACE(test.name);
+        CameraHost host;
+        Camera& camera = host.Add({.user = ""});
+        const PullPoint point(camera);
+        EXPECT_TRUE(Contains(point.Pull("PT0S"), "\"Initialized\""));
+        if (test.name == std::string("expiry"))
+            point.Ask("Renew", "<TerminationTime>PT0.2S</TerminationTime>");
+        auto waiting = std::async(std::launch::async, [&] { return point.Pull(test.timeout); });
+        if (test.waits) WaitForPulls(camera, 1);
+        test.act(camera, point);
+        const std::string reply = waiting.get();
+        EXPECT_TRUE(*test.expected == '\0' ? reply.empty() : Contains(reply, test.expected))
+            << reply;
+        EXPECT_EQ(Contains(reply, "NotificationMessage"), Contains(reply, "\"Changed\""));
+        auto requests = camera.Requests();
+        std::erase_if(requests, [](const auto& r) { return r.operation != "PullMessages"; });
+        EXPECT_EQ(requests.back().status, test.status);
+    }
+}
+
+TEST(CameraEvents, ForgetsThePullOfAClientThatLeft) {
+    CameraHost host;
+    Camera& camera = host.Add({.user = ""});
+    const PullPoint point(camera);
+    point.Pull("PT0S");
+    {
+        boost::asio::io_context io;
+        tcp::socket socket(io);
+        socket.connect(tcp::endpoint(boost::asio::ip::address_v4::loopback(), camera.Port()));
+        boost::asio::write(socket, boost::asio::buffer(point.PullBytes("PT100S")));
+        WaitForPulls(camera, 1);
+    }
+    WaitForPulls(camera, 0);
+    camera.Change([](CameraState& state) { SetMotion(state, true); });
+    EXPECT_TRUE(Contains(point.Pull("PT0S"), "\"Changed\""));
+}
+
+TEST(CameraEvents, RefusesUnknownStyles) {
+    CameraHost host;
+    std::string error;
+    EXPECT_EQ(host.TryAdd({.topicStyle = "none"}, error), nullptr);
+    EXPECT_EQ(error, "unknown topic style \"none\"");
+    EXPECT_EQ(host.TryAdd({.subscriptionStyle = "none"}, error), nullptr);
+    EXPECT_EQ(error, "unknown subscription style \"none\"");
+}
+
+// Both wait; the first one gets what comes first.
+TEST(CameraEvents, AnswersTwoPullsInTurn) {
+    CameraHost host;
+    Camera& camera = host.Add({.user = ""});
+    const PullPoint point(camera);
+    point.Pull("PT0S");
+    auto first = std::async(std::launch::async, [&] { return point.Pull("PT100S"); });
+    WaitForPulls(camera, 1);
+    auto second = std::async(std::launch::async, [&] { return point.Pull("PT100S"); });
+    WaitForPulls(camera, 2);
+    camera.Change([](CameraState& state) { SetMotion(state, true); });
+    EXPECT_TRUE(Contains(first.get(), "\"IsMotion\" Value=\"true\""));
+    WaitForPulls(camera, 1);
+    camera.Change([](CameraState& state) { SetMotion(state, false); });
+    EXPECT_TRUE(Contains(second.get(), "\"IsMotion\" Value=\"false\""));
+}
+
+TEST(CameraEvents, KeepsLimits) {
+    CameraHost host;
+    Camera& camera = host.Add({.user = "",
+                               .maxSubscriptions = 2,
+                               .maxTermination = 3600s,
+                               .maxPullTimeout = 90s,
+                               .maxMessageLimit = 10,
+                               .messageQueueLimit = 4});
+    for (const char* time : {"PT0S", "PT2H", "2001-01-01T00:00:00Z", "soon", "PT", "P1", "-PT5S"}) {
+        EXPECT_TRUE(Contains(Create(camera, Term(time)),
+                             ":UnacceptableInitialTerminationTimeFault</SOAP-ENV:Value>"))
+            << time;
+    }
+    const PullPoint point(camera);
+    for (const std::string& pull :
+         {point.Pull("PT91S", 10), point.Pull("PT1M31S", 1), point.Pull("PT0S", 11)}) {
+        EXPECT_TRUE(Contains(pull,
+                             "<tev:MaxTimeout>PT90S</tev:MaxTimeout>"
+                             "<tev:MaxMessageLimit>10</tev:MaxMessageLimit>"))
+            << pull;
+    }
+    for (const std::string& pull :
+         {point.Pull("PT0S", 0), point.Pull("PT0S", -1), point.Pull("10", 1)})
+        EXPECT_TRUE(Contains(pull, "ter:InvalidArgVal")) << pull;
+    for (const bool motion : {true, false, true})
+        camera.Change([=](CameraState& state) { SetMotion(state, motion); });
+    EXPECT_EQ(camera.Subscriptions()[0].dropped, 2U);
+    EXPECT_EQ(CountOf(point.Pull("PT0S", 10), "<wsnt:NotificationMessage>"), 4U);
+    PullPoint unknown = point;
+    for (const char* path :
+         {"/onvif/subscription/99", "/onvif/subscription/x", "/onvif/subscription", kServicePath}) {
+        unknown.path = path;
+        EXPECT_TRUE(Contains(unknown.Pull("PT0S", 1), ":ResourceUnknownFault")) << path;
+    }
+    const PullPoint last(camera);
+    EXPECT_TRUE(Contains(Create(camera), "SubscribeCreationFailedFault"));
+    last.Ask("Unsubscribe");
+    EXPECT_TRUE(Contains(Create(camera), "CreatePullPointSubscriptionResponse"));
+}
+
+TEST(CameraEvents, RenewsOnRequest) {
+    CameraHost host;
+    Camera& camera = host.Add({.user = ""});
+    const PullPoint point(camera, "PT100S");
+    const auto rest = [&] { return camera.Subscriptions().at(0).rest; };
+    const auto renew = [&](const std::string& time) {
+        return point.Ask("Renew", "<TerminationTime>" + time + "</TerminationTime>");
+    };
+    EXPECT_LE(rest(), 100s);
+    EXPECT_TRUE(Contains(renew("PT2H"), "RenewResponse"));
+    EXPECT_GT(rest(), 3600s);
+    // An absolute time is one of the camera's clock.
+    camera.Change([](CameraState& state) {
+        using namespace std::chrono;
+        const sys_seconds then = sys_days(2030y / January / 1);
+        state.clock.offset = then - floor<seconds>(system_clock::now());
+    });
+    EXPECT_TRUE(Contains(renew("2030-01-01T20:00:00Z"), ">2030-01-01T"));
+    EXPECT_GT(rest(), 19 * 3600s);
+    EXPECT_TRUE(Contains(renew("PT0S"), ":UnacceptableTerminationTimeFault"));
+    EXPECT_GT(rest(), 19 * 3600s);
+
+    point.Pull("PT0S");
+    const auto strictRest = rest();
+    point.Pull("PT0S");
+    EXPECT_LE(rest(), strictRest);
+    Camera& lenient = host.Add({.user = "", .pullsRenew = true});
+    const PullPoint extended(lenient, "PT100S");
+    const auto lenientRest = [&] { return lenient.Subscriptions().at(0).rest; };
+    WaitUntil([&] { return lenientRest() < 100s - 50ms; });
+    WaitUntil([&] {
+        const auto before = lenientRest();
+        extended.Pull("PT0S");
+        return lenientRest() > before;
+    });
+}
+
+TEST(CameraEvents, FiltersTopics) {
+    struct Case {
+        const char* expression;
+        std::size_t messages;
+    };
+    const std::string dialect = "http://www.onvif.org/ver10/tev/topicExpression/ConcreteSet";
+    CameraHost host;
+    Camera& camera = host.Add({.user = ""});
+    const auto filter = [&](const std::string& expression, const std::string& how) {
+        return "<Filter><TopicExpression Dialect='" + how + "'>" + expression +
+               "</TopicExpression></Filter>";
+    };
+    for (const Case& test :
+         {Case{"x:RuleEngine//.", 1}, Case{"x:Device/Trigger/DigitalInput", 2},
+          Case{"x:RuleEngine/CellMotionDetector/Motion|x:Device//.", 3}, Case{"x:Device", 0}}) {
+        Create(camera, filter(test.expression, dialect));
+        EXPECT_EQ(camera.Subscriptions().back().queued, test.messages) << test.expression;
+    }
+    EXPECT_TRUE(Contains(Create(camera, filter("a//b", dialect)), "InvalidTopicExpressionFault"));
+    EXPECT_TRUE(Contains(Create(camera, filter("a", "other")), "DialectUnknownFault"));
+    EXPECT_TRUE(
+        Contains(Create(camera, "<Filter><MessageContent/></Filter>"), "InvalidFilterFault"));
+}
+
+/// Takes one connection at a time and answers with a status.
+class Consumer {
+ public:
+    Consumer() : acceptor_(io_, {boost::asio::ip::address_v4::loopback(), 0}) {}
+    std::string Address() {
+        return "http://127.0.0.1:" + std::to_string(acceptor_.local_endpoint().port()) + "/take";
+    }
+    /// The next request.
+    std::string Take(const std::string& status) {
+        tcp::socket socket = acceptor_.accept();
+        std::string request;
+        const auto buffer = boost::asio::dynamic_buffer(request);
+        boost::asio::read_until(socket, buffer, "</SOAP-ENV:Envelope>");
+        boost::asio::write(socket, boost::asio::buffer("HTTP/1.1 " + status + "\r\n\r\n"));
+        return request;
+    }
+
+ private:
+    boost::asio::io_context io_;
+    tcp::acceptor acceptor_;
+};
+
+TEST(CameraEvents, PostsNotifications) {
+    CameraHost host;
+    Camera& camera = host.Add({.model = "fixed", .user = ""});
+    Consumer consumer;
+    const auto subscribe = [&](const std::string& address) {
+        return Exchange(camera.Port(), Soap(kServicePath, kNotification, "Subscribe",
+                                            "<ConsumerReference><Address>" + address +
+                                                "</Address></ConsumerReference>" + Term("PT60S")));
+    };
+    for (const char* address : {"http://192.0.2.1/", "http://127.0.0.1.example/", "", "https://x",
+                                "http://127.0.0.1:0/", "http://127.0.0.1:80/a&#13;&#10;b"})
+        EXPECT_TRUE(Contains(subscribe(address), "SubscribeCreationFailedFault")) << address;
+    EXPECT_TRUE(Contains(subscribe(consumer.Address()), "SubscribeResponse"));
+    const std::string motion = consumer.Take("200 OK");
+    EXPECT_TRUE(motion.starts_with("POST /take HTTP/1.1\r\n")) << motion;
+    EXPECT_TRUE(Contains(motion, "<wsnt:Notify>") && Contains(motion, "\"IsMotion\"")) << motion;
+    EXPECT_TRUE(Contains(consumer.Take("500 No"), "\"InputToken\""));
+    camera.Change([](CameraState& state) { state.inputs[0].active = true; });
+    EXPECT_TRUE(Contains(consumer.Take("204 None"), "\"Changed\""));
+    WaitUntil([&] { return camera.Count("event:notified") == 2; });
+    EXPECT_EQ(camera.Count("event:failed"), 1U);
+    const auto info = camera.Subscriptions().at(0);
+    EXPECT_EQ(info.consumer, consumer.Address());
+    EXPECT_EQ(info.delivered, 2U);
+    EXPECT_TRUE(Contains(Exchange(camera.Port(), Http("GET", "/control/subscriptions", "")),
+                         "\"consumer\":\"" + consumer.Address() + "\""));
+}
+
+TEST(CameraEvents, DisturbsPullsThatWaited) {
+    using Kind = camera_sim::Fault::Kind;
+    CameraHost host;
+    Camera& camera = host.Add({.user = "", .motionPeriod = 1ms});
+    const PullPoint point(camera);
+    camera.Inject("PullMessages", {.kind = Kind::kTruncate, .remaining = 1, .bytes = 12});
+    camera.Inject("PullMessages", {.kind = Kind::kNoProlog, .remaining = 1});
+    camera.Inject("PullMessages",
+                  {.kind = Kind::kSegments, .remaining = 1, .bytes = 500, .pause = 1ms});
+    camera.Inject("PullMessages", {.kind = Kind::kUnauthorized, .remaining = 1});
+    EXPECT_EQ(point.Pull("PT100S"), "HTTP/1.1 200");
+    const std::string bare = point.Pull("PT100S");
+    EXPECT_TRUE(Contains(bare, "\"Changed\"") && !Contains(bare, "<?xml")) << bare;
+    const std::string pieces = point.Pull("PT100S");
+    EXPECT_TRUE(Contains(pieces, "<?xml") && pieces.ends_with("</SOAP-ENV:Envelope>")) << pieces;
+    EXPECT_TRUE(Contains(point.Pull("PT100S"), " 401 "));
+    EXPECT_EQ(camera.Count("tev:PullMessages"), 4U);
+}
+
+TEST(CameraEvents, HoldsAPullOfEachOfManyCameras) {
+    constexpr std::size_t kCameras = 200;
+    boost::asio::io_context io;
+    std::vector<tcp::socket> sockets;
+    std::vector<Camera*> cameras;
+    CameraHost host;
+    for (std::size_t i = 0; i < kCameras; ++i) {
+        Camera& camera = *cameras.emplace_back(&host.Add({.user = ""}));
+        const PullPoint point(camera);
+        point.Pull("PT0S");
+        tcp::socket& socket = sockets.emplace_back(io);
+        socket.connect(tcp::endpoint(boost::asio::ip::address_v4::loopback(), camera.Port()));
+        boost::asio::write(socket, boost::asio::buffer(point.PullBytes("PT100S")));
+    }
+    for (Camera* camera : cameras) WaitForPulls(*camera, 1);
+    for (Camera* camera : cameras)
+        camera->Change([](CameraState& state) { SetMotion(state, true); });
+    for (tcp::socket& socket : sockets) {
+        std::string reply;
+        boost::system::error_code end;
+        boost::asio::read(socket, boost::asio::dynamic_buffer(reply), end);
+        EXPECT_TRUE(Contains(reply, "\"Changed\"")) << reply;
+    }
+    // The host ends while the pulls of some cameras wait.
+    sockets.clear();
+    for (Camera* camera : cameras) {
+        const PullPoint point(*camera);
+        point.Pull("PT0S");
+        tcp::socket& socket = sockets.emplace_back(io);
+        socket.connect(tcp::endpoint(boost::asio::ip::address_v4::loopback(), camera->Port()));
+        boost::asio::write(socket, boost::asio::buffer(point.PullBytes("PT100S")));
+        if (sockets.size() == 10) break;
+    }
+    for (std::size_t i = 0; i < sockets.size(); ++i)
+        WaitUntil([&] { return cameras[i]->Subscriptions().at(1).waitingPulls == 1; });
+}
+
+}  // namespace
