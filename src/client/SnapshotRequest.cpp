@@ -41,21 +41,30 @@ std::string_view TakeName(std::string_view& text) {
     return Trim(TakeUntil(text, "="));
 }
 
-/// A quoted value keeps its commas; a quote behind a backslash belongs to it.
-std::string_view TakeValue(std::string_view& text) {
+/// A quoted value keeps its commas; a backslash in it stands for what follows.
+std::string TakeValue(std::string_view& text) {
     text.remove_prefix(std::min(text.find_first_not_of(kBlanks), text.size()));
     if (!text.starts_with('"')) {
-        return Trim(TakeUntil(text, ","));
+        return std::string(Trim(TakeUntil(text, ",")));
     }
-    text.remove_prefix(1);
-    std::size_t end = 0;
-    while (end < text.size() && text[end] != '"') {
-        end += text[end] == '\\' ? 2U : 1U;
+    std::string value;
+    std::size_t at = 1;
+    for (; at < text.size() && text[at] != '"'; ++at) {
+        at += text[at] == '\\' && at + 1 < text.size() ? 1U : 0U;
+        value += text[at];
     }
-    end = std::min(end, text.size());
-    const std::string_view value = text.substr(0, end);
-    text.remove_prefix(std::min(end + 1, text.size()));
+    text.remove_prefix(std::min(at + 1, text.size()));
     return value;
+}
+
+/// The reverse, without the quotes around it.
+std::string Quoted(std::string_view text) {
+    std::string quoted;
+    for (const char c : text) {
+        quoted += c == '"' || c == '\\' ? "\\" : "";
+        quoted += c;
+    }
+    return quoted;
 }
 
 /// @return nothing for a scheme, or an algorithm, that this client does not speak.
@@ -76,7 +85,7 @@ std::optional<HttpChallenge> ReadChallenge(std::string_view field) {
                                                                     {"opaque", &challenge.opaque}};
     while (!field.empty()) {
         const std::string_view name = TakeName(field);
-        const std::string_view value = TakeValue(field);
+        const std::string value = TakeValue(field);
         if (SameLetters(name, "algorithm") && !SameLetters(value, "MD5")) {
             return std::nullopt;
         }
@@ -128,11 +137,14 @@ std::string DigestRequest(const SnapshotAddress& address, const Credentials& cre
     const std::string response =
         DigestResponse(credentials, challenge, kQop, cnonce, kNonceCount, address.path);
     std::string request = "GET " + address.path + " HTTP/1.1\r\nAuthorization: Digest username=\"";
-    request.append(credentials.user).append("\",realm=\"").append(challenge.realm);
-    request.append("\",nonce=\"").append(challenge.nonce).append("\",uri=\"").append(address.path);
+    request.append(Quoted(credentials.user)).append("\",realm=\"").append(Quoted(challenge.realm));
+    request.append("\",nonce=\"")
+        .append(Quoted(challenge.nonce))
+        .append("\",uri=\"")
+        .append(address.path);
     request.append("\",algorithm=\"MD5\",cnonce=\"").append(cnonce).append("\",nc=");
     request.append(kNonceCount).append(",qop=\"").append(kQop).append("\",response=\"");
-    request.append(response).append("\",opaque=\"").append(challenge.opaque);
+    request.append(response).append("\",opaque=\"").append(Quoted(challenge.opaque));
     return request + "\"\r\nHost: " + address.host + "\r\nConnection: Close\r\n\r\n";
 }
 
