@@ -56,7 +56,7 @@ inline std::optional<std::string> Set(unsigned int id, const std::string& comman
 }
 
 /// The text at a path of element names below the document's root ("ipv4/item/ip"); a last step
-/// "@name" is an attribute. "(none)" when there is no such element.
+/// "@name" is an attribute, "*" stands for any element. "(none)" when there is no such element.
 inline std::string At(const std::string& document, std::string path) {
     tinyxml2::XMLDocument parsed;
     parsed.Parse(document.c_str());
@@ -67,7 +67,7 @@ inline std::string At(const std::string& document, std::string path) {
             const char* value = element->Attribute(step.c_str() + 1);
             return value == nullptr ? "(none)" : value;
         }
-        element = element->FirstChildElement(step.c_str());
+        element = element->FirstChildElement(step == "*" ? nullptr : step.c_str());
     }
     if (element == nullptr) {
         return "(none)";

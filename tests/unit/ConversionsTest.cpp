@@ -54,5 +54,18 @@ TEST(Conversions, NumbersAsScanfReadsThem) {
     }
 }
 
+TEST(Conversions, RealNumbers) {
+    const std::pair<const char*, double> read[] = {{" +0.5x", 0.5}, {"-1e2", -100}, {"", 0},
+                                                   {"x", 0},        {"inf", 0},     {"1e999", 0}};
+    for (const auto& [text, value] : read) {
+        EXPECT_EQ(ToReal(text), value) << text;
+    }
+    const std::tuple<double, int, const char*> written[] = {
+        {0.5, 8, "0.50000000"}, {-2.0 / 3, 6, "-0.666667"}, {0, 6, "0.000000"}};
+    for (const auto& [value, decimals, text] : written) {
+        EXPECT_EQ(DecimalText(value, decimals), text);
+    }
+}
+
 }  // namespace
 }  // namespace onvif_client

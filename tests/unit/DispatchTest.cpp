@@ -94,6 +94,9 @@ constexpr CommandRow kRows[] = {
     {.name = "source",
      .completion = {TokenSource::kFirstVideoSource, "videoSourcetoken"},
      .steps = {{{BuildChildren, "m"}}}},
+    {.name = "needsProfile",
+     .completion = {TokenSource::kFirstVideoSource},
+     .steps = {{{BuildChildren, "m"}}}},
     {.name = "media", .steps = {{{BuildOne, "media"}}}, .media2 = &kSecondMedia},
     {.name = "indexes", .steps = {{{BuildChosen, "m"}}}, .loop = ProfileLoop::kIndexes},
     {.name = "items", .steps = {{{BuildChosen, "m"}}}, .loop = ProfileLoop::kItems},
@@ -147,9 +150,11 @@ TEST(Dispatch, WalksTheCommandsByTheirRules) {
         {"<indexed><index>2</index></indexed>", {}, false, false, true, ""},
         {"<indexed><index>-1</index></indexed>", {}, false, false, true, ""},
         {"<indexed/>", {}, false, false, true, ""},
+        {"<indexed><index>one</index></indexed>", {}, false, false, true, ""},
         {"<one/><indexed/>", {}, true, true, true, "one@device "},
         {"<first/>", {}, true, false, true, "profileToken=P0;@m "},
         {"<source/>", {}, true, false, true, "videoSourcetoken=S0;@m "},
+        {"<needsProfile><x>1</x></needsProfile>", {}, true, false, true, "x=1;@m "},
         {"<media/>", {}, true, false, true, "one@media "},
         {"<indexes><index>1</index><index>9</index><index>0</index></indexes>",
          {},
@@ -207,7 +212,7 @@ TEST(Dispatch, WithoutProfilesCompletedCommandsArePassedOver) {
     session.profiles = std::make_shared<ProfileList>();
     EXPECT_TRUE(RunGet(session,
                        "<Get><one/><first/><indexes><index>0</index></indexes><source/>"
-                       "<two/></Get>",
+                       "<needsProfile/><two/></Get>",
                        kGetTable)
                     .success);
     EXPECT_EQ(session.log, "one@device two@device ");

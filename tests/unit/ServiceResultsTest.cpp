@@ -26,9 +26,12 @@ void ExpectGetResults(std::span<const ResultCase> cases) {
     for (const ResultCase& each : cases) {
         std::string result;
         BuildResult(*each.frame, Envelope(each.body), {7, "T"}, result);
-        const std::string element = each.element;
-        EXPECT_EQ(Compact(result), "<GetResponse><" + element + "><status>success</status>" +
-                                       each.values + "</" + element + "></GetResponse>");
+        std::string expected = "<GetResponse><@><status>success</status></@></GetResponse>";
+        expected.insert(expected.find("</@>"), each.values);
+        for (auto at = expected.find('@'); at != std::string::npos; at = expected.find('@')) {
+            expected.replace(at, 1, each.element);
+        }
+        EXPECT_EQ(Compact(result), expected);
     }
 }
 
@@ -175,8 +178,9 @@ TEST(ServiceResults, ShowMotionInTwoSteps) {
                                 "<area><item>1111100000</item><item>1111100000</item><item>"
                                 "0000000000</item><item>0000011111</item></area>" +
                                 cells));
+    const std::string noArea = rule + "<area/>" + cells;
     for (const char* rowCount : {"0", "x", "100000000"}) {
-        EXPECT_EQ(result(rowCount, rules), expected(rowCount, rule + "<area/>" + cells));
+        EXPECT_EQ(result(rowCount, rules), expected(rowCount, noArea));
     }
     EXPECT_EQ(
         result("4", "<Fault/>"),

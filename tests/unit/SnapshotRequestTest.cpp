@@ -41,7 +41,7 @@ TEST(SnapshotRequest, ReadsWhatAHeaderSays) {
     } cases[] = {
         {"HTTP/1.1 401 Unauthorized\r\nWWW-Authenticate: Digest realm=\"a, \\\"b\\\"=c\", "
          "qop=\"auth,auth-int\", nonce=\"n,1\", opaque=\"o\", stale=TRUE\r\nContent-Length: 5",
-         kDigest, "a, \\\"b\\\"=c", "n,1", "auth,auth-int", "o", 5},
+         kDigest, "a, \"b\"=c", "n,1", "auth,auth-int", "o", 5},
         {"HTTP/1.1 401 No\r\nwww-authenticate:digest nonce=n,realm=\"r\",algorithm=md5", kDigest,
          "r", "n", "", "", 0},
         {"HTTP/1.0 401 Unauthorized\r\nWWW-Authenticate: Basic realm=\"x\"\r\nWWW-Authenticate: "
