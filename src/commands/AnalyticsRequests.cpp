@@ -46,8 +46,7 @@ void CopyAttribute(const CommandRequest& request, std::string_view parameter, XM
 
 std::vector<std::string> AreaItems(const XMLElement* area) {
     std::vector<std::string> items;
-    for (const XMLElement* item = FirstChild(area, "item"); item != nullptr;
-         item = NextSibling(item, "item")) {
+    for (const XMLElement* item : Children(area, "item")) {
         items.emplace_back(TextOf(item));
     }
     return items;

@@ -103,8 +103,7 @@ std::string BuildModifyCruise(const CommandRequest& request) {
     tour->SetAttribute("token", request.Text("token").c_str());
     envelope.Add(tour, "tt:Name", request.Text("name"));
     const XMLElement* presets = FirstChild(request.command, "presets");
-    for (const XMLElement* item = FirstChild(presets, "item"); item != nullptr;
-         item = NextSibling(item, "item")) {
+    for (const XMLElement* item : Children(presets, "item")) {
         AddTourSpot(envelope, tour, item);
     }
     return envelope.Print();

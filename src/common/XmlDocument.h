@@ -66,6 +66,34 @@ XMLElement* FirstChild(XMLElement* parent, std::string_view name);
 /// The next sibling element with exactly that name, or null.
 const XMLElement* NextSibling(const XMLElement* element, std::string_view name);
 
+/// The children with exactly that name, in document order: for (const XMLElement* each :
+/// Children(...)). The name must outlive the loop; the children must stay where they are.
+class Children {
+ public:
+    class Iterator {
+     public:
+        Iterator(const XMLElement* at, std::string_view name) : at_(at), name_(name) {}
+        const XMLElement* operator*() const { return at_; }
+        Iterator& operator++() {
+            at_ = NextSibling(at_, name_);
+            return *this;
+        }
+        bool operator==(const Iterator& other) const { return at_ == other.at_; }
+
+     private:
+        const XMLElement* at_;
+        std::string_view name_;
+    };
+
+    Children(const XMLElement* parent, std::string_view name) : parent_(parent), name_(name) {}
+    Iterator begin() const { return {FirstChild(parent_, name_), name_}; }
+    Iterator end() const { return {nullptr, name_}; }
+
+ private:
+    const XMLElement* parent_;
+    std::string_view name_;
+};
+
 /// The text of the element's first child when that is a text; else, and for null, "". Valid as long
 /// as the element is unchanged.
 std::string_view TextOf(const XMLElement* element);

@@ -20,8 +20,7 @@ void CopyValue(const XMLElement* from, XMLElement* to, const CopiedValue& row) {
         const bool direct = slash == std::string_view::npos;
         const XMLElement* owner = direct ? from : FindElement(from, source.substr(0, slash));
         source.remove_prefix(direct ? 0 : slash + 1);
-        for (const XMLElement* each = FirstChild(owner, source); each != nullptr;
-             each = NextSibling(each, source)) {
+        for (const XMLElement* each : Children(owner, source)) {
             CopyElement(each, to, row);
         }
         return;

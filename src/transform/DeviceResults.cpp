@@ -33,22 +33,18 @@ void CopyRelayOutput(const XMLElement* relay, XMLElement* alarm) {
 }
 
 void CopyRelayOutputs(const ReplyValues& reply, XMLElement* command) {
-    constexpr std::string_view kRelay = "RelayOutputs";
     const XMLElement* response =
         FindElement(reply.envelope, "Envelope/Body/GetRelayOutputsResponse");
-    for (const XMLElement* relay = FirstChild(response, kRelay); relay != nullptr;
-         relay = NextSibling(relay, kRelay)) {
+    for (const XMLElement* relay : Children(response, "RelayOutputs")) {
         CopyRelayOutput(relay, Append(command, "alarm"));
     }
 }
 
 void CopyDigitalInputs(const ReplyValues& reply, XMLElement* command) {
-    constexpr std::string_view kInput = "DigitalInputs";
     constexpr CopiedValue kRows[] = {{"@token", "token"}};
     const XMLElement* response =
         FindElement(reply.envelope, "Envelope/Body/GetDigitalInputsResponse");
-    for (const XMLElement* input = FirstChild(response, kInput); input != nullptr;
-         input = NextSibling(input, kInput)) {
+    for (const XMLElement* input : Children(response, "DigitalInputs")) {
         CopyValues(input, command, kRows);
     }
 }

@@ -66,8 +66,7 @@ bool ReadProfiles(std::string_view reply, ProfileList& profiles) {
     }
     profiles.clear();
     const XMLElement* response = trimmed.Find("Envelope/Body/GetProfilesResponse");
-    for (const XMLElement* each = FirstChild(response, "Profiles"); each != nullptr;
-         each = NextSibling(each, "Profiles")) {
+    for (const XMLElement* each : Children(response, "Profiles")) {
         profiles.push_back(ReadProfile(each));
     }
     return true;

@@ -15,8 +15,7 @@ std::string_view AttributeText(const XMLElement* element, const char* name) {
 /// The first of several modules or rules whose type has that name in whatever namespace.
 const XMLElement* FindByType(const XMLElement* response, std::string_view element,
                              std::string_view type) {
-    for (const XMLElement* each = FirstChild(response, element); each != nullptr;
-         each = NextSibling(each, element)) {
+    for (const XMLElement* each : Children(response, element)) {
         const std::string_view name = AttributeText(each, "Type");
         if (name.substr(name.rfind(':') + 1) == type) {
             return each;
@@ -26,8 +25,7 @@ const XMLElement* FindByType(const XMLElement* response, std::string_view elemen
 }
 
 const XMLElement* FindItem(const XMLElement* owner, std::string_view kind, std::string_view name) {
-    for (const XMLElement* each = FirstChild(FirstChild(owner, "Parameters"), kind);
-         each != nullptr; each = NextSibling(each, kind)) {
+    for (const XMLElement* each : Children(FirstChild(owner, "Parameters"), kind)) {
         if (AttributeText(each, "Name") == name) {
             return each;
         }

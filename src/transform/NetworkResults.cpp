@@ -34,11 +34,9 @@ void CopyNetworkInterface(const XMLElement* interface, XMLElement* command) {
 }
 
 void CopyNetworkInterfaces(const ReplyValues& reply, XMLElement* command) {
-    constexpr std::string_view kInterfaces = "NetworkInterfaces";
     const XMLElement* response =
         FindElement(reply.envelope, "Envelope/Body/GetNetworkInterfacesResponse");
-    for (const XMLElement* each = FirstChild(response, kInterfaces); each != nullptr;
-         each = NextSibling(each, kInterfaces)) {
+    for (const XMLElement* each : Children(response, "NetworkInterfaces")) {
         CopyNetworkInterface(each, command);
     }
 }
@@ -70,7 +68,6 @@ void CopyDns(const ReplyValues& reply, XMLElement* command) {
 }
 
 void CopyNetworkProtocols(const ReplyValues& reply, XMLElement* command) {
-    constexpr std::string_view kProtocols = "NetworkProtocols";
     constexpr struct {
         std::string_view name;
         std::string_view element;
@@ -79,8 +76,7 @@ void CopyNetworkProtocols(const ReplyValues& reply, XMLElement* command) {
 
     const XMLElement* response =
         FindElement(reply.envelope, "Envelope/Body/GetNetworkProtocolsResponse");
-    for (const XMLElement* each = FirstChild(response, kProtocols); each != nullptr;
-         each = NextSibling(each, kProtocols)) {
+    for (const XMLElement* each : Children(response, "NetworkProtocols")) {
         for (const auto& known : kNames) {
             if (TextAt(each, "Name") == known.name) {
                 CopyValues(each, Append(command, known.element), kRows);

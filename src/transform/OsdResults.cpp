@@ -47,10 +47,8 @@ constexpr CopiedValue kBackground[] = {
 constexpr CopiedValue kImages[] = {{"ImageOption/ImagePath*", "imgPath"}};
 
 void CopyOsds(const ReplyValues& reply, XMLElement* command) {
-    constexpr std::string_view kOsds = "OSDs";
     const XMLElement* response = FindElement(reply.envelope, "Envelope/Body/GetOSDsResponse");
-    for (const XMLElement* osd = FirstChild(response, kOsds); osd != nullptr;
-         osd = NextSibling(osd, kOsds)) {
+    for (const XMLElement* osd : Children(response, "OSDs")) {
         XMLElement* item = Append(command, "item");
         CopyValues(osd, item, kOsd);
         // Devices put the extension at either place.

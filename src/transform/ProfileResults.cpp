@@ -59,8 +59,7 @@ void CopyProfile(const XMLElement* profile, int index, XMLElement* command) {
 void CopyProfiles(const ReplyValues& reply, XMLElement* command) {
     const XMLElement* response = FindElement(reply.envelope, "Envelope/Body/GetProfilesResponse");
     int index = 0;
-    for (const XMLElement* each = FirstChild(response, "Profiles"); each != nullptr;
-         each = NextSibling(each, "Profiles")) {
+    for (const XMLElement* each : Children(response, "Profiles")) {
         CopyProfile(each, index++, command);
     }
 }

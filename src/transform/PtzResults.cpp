@@ -44,8 +44,7 @@ void CopyTour(const XMLElement* tour, XMLElement* item) {
     CopyValues(tour, item, kTour);
     CopyStartingCondition(tour, item);
     XMLElement* presets = Append(item, "presets");
-    for (const XMLElement* spot = FirstChild(tour, "TourSpot"); spot != nullptr;
-         spot = NextSibling(spot, "TourSpot")) {
+    for (const XMLElement* spot : Children(tour, "TourSpot")) {
         XMLElement* copied = Append(presets, "item");
         CopyValues(spot, copied, kSpot);
         CopySeconds(spot, "StayTime", copied, "stayTime");
@@ -53,11 +52,9 @@ void CopyTour(const XMLElement* tour, XMLElement* item) {
 }
 
 void CopyCruises(const ReplyValues& reply, XMLElement* command) {
-    constexpr std::string_view kTours = "PresetTour";
     const XMLElement* response =
         FindElement(reply.envelope, "Envelope/Body/GetPresetToursResponse");
-    for (const XMLElement* each = FirstChild(response, kTours); each != nullptr;
-         each = NextSibling(each, kTours)) {
+    for (const XMLElement* each : Children(response, "PresetTour")) {
         CopyTour(each, Append(command, "item"));
     }
 }

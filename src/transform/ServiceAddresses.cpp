@@ -82,8 +82,7 @@ std::string PathOfAddress(std::string_view address) {
 void ReadServices(std::string_view reply, ServiceTable& services) {
     const CXmlDocument trimmed(CXmlTransform::TrimXmlNamespace(reply));
     const XMLElement* response = trimmed.Find("Envelope/Body/GetServicesResponse");
-    for (const XMLElement* service = FirstChild(response, "Service"); service != nullptr;
-         service = NextSibling(service, "Service")) {
+    for (const XMLElement* service : Children(response, "Service")) {
         const std::string_view uri = TextAt(service, "Namespace");
         const auto* row = std::find_if(std::begin(kNamespaceParts), std::end(kNamespaceParts),
                                        [uri](const NamespacePart& each) {
