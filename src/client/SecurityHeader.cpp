@@ -47,8 +47,9 @@ bool FillToken(const Credentials& credentials, CXmlTransform& envelope,
     const auto digest = Sha1(Bytes(nonce + created + credentials.password));
     XMLElement* token = envelope.FindChild(envelope.Document().Root(), kToken);
     // The digest is made over the nonce's text, and the device hashes what it decodes: the same.
-    return envelope.SetChildText(token, "wsse:Username", credentials.user) &&
-           envelope.SetChildText(token, "wsse:Password", Base64(digest)) &&
+    return !nonce.empty() && digest &&
+           envelope.SetChildText(token, "wsse:Username", credentials.user) &&
+           envelope.SetChildText(token, "wsse:Password", Base64(*digest)) &&
            envelope.SetChildText(token, "wsse:Nonce", Base64(Bytes(nonce))) &&
            envelope.SetChildText(token, "wsu:Created", created);
 }
@@ -60,7 +61,8 @@ std::string MakeNonceText() {
     const std::uint8_t bytes[] = {
         static_cast<std::uint8_t>(value), static_cast<std::uint8_t>(value >> 8U),
         static_cast<std::uint8_t>(value >> 16U), static_cast<std::uint8_t>(value >> 24U)};
-    return LowerHex(Md5(bytes));
+    const auto digest = Md5(bytes);
+    return digest ? LowerHex(*digest) : "";
 }
 
 bool AddSecurityHeader(const Credentials& credentials, CXmlTransform& envelope) {

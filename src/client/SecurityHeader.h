@@ -17,7 +17,8 @@ struct Credentials {
     bool Present() const { return !user.empty() || !password.empty(); }
 };
 
-/// A text that no other call in this process gives: 32 lower-case hexadecimal digits. Any thread.
+/// A text that no other call in this process gives: 32 lower-case hexadecimal digits; empty where
+/// the system has no MD5. Any thread.
 std::string MakeNonceText();
 
 /// Fills the security header, created by this machine's clock. Without credentials the whole SOAP

@@ -119,7 +119,8 @@ std::string HashJoined(std::initializer_list<std::string_view> texts) {
     }
     joined.pop_back();
     joined.resize(std::min(joined.size(), kLongestDigestText));
-    return LowerHex(Md5(Bytes(joined)));
+    const auto digest = Md5(Bytes(joined));
+    return digest ? LowerHex(*digest) : "";
 }
 
 std::string BasicRequest(const SnapshotAddress& address, const Credentials& credentials) {

@@ -7,9 +7,13 @@
 #include <iterator>
 #include <memory>
 
+#include "platform/Corekit.h"
+
 namespace onvif_client {
 
 namespace {
+
+constexpr int kNoDigestLine = 29;
 
 using DigestContext = std::unique_ptr<EVP_MD_CTX, decltype(&EVP_MD_CTX_free)>;
 using DigestMethod = std::unique_ptr<EVP_MD, decltype(&EVP_MD_free)>;
@@ -20,25 +24,29 @@ DigestMethod Fetch(const char* name) {
 }
 
 template <std::size_t Size>
-std::array<std::uint8_t, Size> Digest(const EVP_MD* method, std::span<const std::uint8_t> data) {
+std::optional<std::array<std::uint8_t, Size>> Digest(const EVP_MD* method,
+                                                     std::span<const std::uint8_t> data) {
     thread_local const DigestContext context(EVP_MD_CTX_new(), &EVP_MD_CTX_free);
     std::array<std::uint8_t, Size> digest = {};
-    if (method != nullptr && context != nullptr &&
-        EVP_DigestInit_ex2(context.get(), method, nullptr) == 1 &&
-        EVP_DigestUpdate(context.get(), data.data(), data.size()) == 1) {
-        EVP_DigestFinal_ex(context.get(), digest.data(), nullptr);
+    const bool made = method != nullptr && context != nullptr &&
+                      EVP_DigestInit_ex2(context.get(), method, nullptr) == 1 &&
+                      EVP_DigestUpdate(context.get(), data.data(), data.size()) == 1 &&
+                      EVP_DigestFinal_ex(context.get(), digest.data(), nullptr) == 1;
+    if (!made) {
+        COREKIT_AbnormalOutput("ASSERT", "Digests", kNoDigestLine);
+        return std::nullopt;
     }
     return digest;
 }
 
 }  // namespace
 
-std::array<std::uint8_t, 16> Md5(std::span<const std::uint8_t> data) {
+std::optional<std::array<std::uint8_t, 16>> Md5(std::span<const std::uint8_t> data) {
     static const DigestMethod method = Fetch("MD5");
     return Digest<16>(method.get(), data);
 }
 
-std::array<std::uint8_t, 20> Sha1(std::span<const std::uint8_t> data) {
+std::optional<std::array<std::uint8_t, 20>> Sha1(std::span<const std::uint8_t> data) {
     static const DigestMethod method = Fetch("SHA1");
     return Digest<20>(method.get(), data);
 }

@@ -18,10 +18,10 @@ inline std::span<const std::uint8_t> Bytes(std::string_view text) {
     return {reinterpret_cast<const std::uint8_t*>(text.data()), text.size()};
 }
 
-/// RFC 1321.
-std::array<std::uint8_t, 16> Md5(std::span<const std::uint8_t> data);
-/// FIPS 180, SHA-1.
-std::array<std::uint8_t, 20> Sha1(std::span<const std::uint8_t> data);
+/// RFC 1321. Nothing where the system does not offer it (some are set up to refuse MD5).
+std::optional<std::array<std::uint8_t, 16>> Md5(std::span<const std::uint8_t> data);
+/// FIPS 180, SHA-1. Nothing where the system does not offer it.
+std::optional<std::array<std::uint8_t, 20>> Sha1(std::span<const std::uint8_t> data);
 /// RFC 4648 section 4: the standard alphabet with "=" padding.
 std::string Base64(std::span<const std::uint8_t> data);
 /// The reverse; white space is skipped, and the padding may be missing.
