@@ -2,6 +2,7 @@
 
 #include <tinyxml2.h>
 
+#include <algorithm>
 #include <cctype>
 #include <fstream>
 #include <iostream>
@@ -91,7 +92,7 @@ std::string MakeRequest(const std::string& root, const std::vector<std::string>&
     return Print(document);
 }
 
-std::string ReadRequest(const std::string& file, const std::string& root) {
+std::string ReadDocument(const std::string& file, const std::vector<std::string>& roots) {
     std::string text;
     if (file == "-") {
         text.assign(std::istreambuf_iterator<char>(std::cin), {});
@@ -102,11 +103,12 @@ std::string ReadRequest(const std::string& file, const std::string& root) {
         }
         text.assign(std::istreambuf_iterator<char>(stream), {});
     }
-    const std::string found = RootOf(text);
-    const bool fits = root.empty() ? found == "Get" || found == "Set" : found == root;
-    if (!fits) {
-        throw Usage("'" + file + "' is not a request document with the root " +
-                    (root.empty() ? "Get or Set" : root));
+    if (std::find(roots.begin(), roots.end(), RootOf(text)) == roots.end()) {
+        std::string wanted;
+        for (const std::string& root : roots) {
+            wanted += (wanted.empty() ? "" : " or ") + root;
+        }
+        throw Usage("'" + file + "' is not a request document with the root " + wanted);
     }
     return text;
 }

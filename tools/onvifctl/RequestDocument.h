@@ -13,9 +13,9 @@ namespace onvifctl {
 /// elements. Throws CFailure when a word makes no sense.
 std::string MakeRequest(const std::string& root, const std::vector<std::string>& words);
 
-/// Reads a request document from a file, or from standard input for "-". Throws CFailure when it
-/// cannot be read or is not a document with the root @p root (empty: Get or Set).
-std::string ReadRequest(const std::string& file, const std::string& root);
+/// Reads a document from a file, or from standard input for "-". Throws CFailure when it cannot be
+/// read or its root is none of @p roots.
+std::string ReadDocument(const std::string& file, const std::vector<std::string>& roots);
 
 /// The name of a document's root element; empty when the text is no document.
 std::string RootOf(const std::string& document);

@@ -1,0 +1,75 @@
+#include "CommandLine.h"
+
+#include <algorithm>
+#include <iostream>
+
+#include "ResultTable.h"
+
+namespace onvifctl {
+
+CLI::App* AddCommand(CLI::App& app, CommandLine& line, const char* name,
+                     const std::string& description, const std::vector<std::string>& examples) {
+    CLI::App* command = app.add_subcommand(name, description);
+    std::string footer = examples.size() == 1 ? "\nExample:\n" : "\nExamples:\n";
+    for (const std::string& example : examples) {
+        footer += "  " + example + "\n";
+    }
+    command->footer(footer +
+                    "\nUser and password may also come from the environment (ONVIF_USER,"
+                    " ONVIF_PASSWORD); a missing"
+                    "\npassword is asked for when standard input is a terminal.\n");
+    command->add_option("HOST", line.connection.host, "Address or name, with :PORT if not 80")
+        ->required();
+    command->add_option("-u,--user", line.connection.user, "User name")->envname("ONVIF_USER");
+    command->add_option("-p,--password", line.connection.password, "Password")
+        ->envname("ONVIF_PASSWORD");
+    command->add_flag("-v,--verbose", line.connection.verbose,
+                      "Show the library's log and traces on standard error");
+    return command;
+}
+
+CLI::App* AddAction(CLI::App* command, const char* name, const std::string& description,
+                    const std::string& example) {
+    CLI::App* action = command->add_subcommand(name, description);
+    action->footer("\nExample:\n  " + example + "\n");
+    action->fallthrough();
+    command->require_subcommand(1);
+    return action;
+}
+
+void AddFormatOption(CLI::App* command, CommandLine& line) {
+    command
+        ->add_option_function<std::string>(
+            "--format", [&line](const std::string& format) { line.table = format == "table"; },
+            "xml: the result document (default); table: readable text")
+        ->check(CLI::IsMember({"xml", "table"}));
+}
+
+void Tell(const std::string& message) {
+    std::cerr << "onvifctl: " << message << '\n';
+}
+
+ExitCode Show(const Session& session, const std::string& request, bool table) {
+    const std::string result = session.connection.Send(request);
+    session.output.Write(table ? FormatTable(result) : result);
+    const auto refusals = Refusals(result);
+    for (const std::string& refusal : refusals) {
+        Tell(refusal);
+    }
+    return refusals.empty() ? ExitCode::kDone : ExitCode::kRefused;
+}
+
+std::string SendOrFail(const Session& session, const std::string& request) {
+    std::string result = session.connection.Send(request);
+    const auto refusals = Refusals(result);
+    if (!refusals.empty()) {
+        throw CFailure(ExitCode::kRefused, refusals.front());
+    }
+    return result;
+}
+
+ExitCode Worse(ExitCode one, ExitCode other) {
+    return std::max(one, other);
+}
+
+}  // namespace onvifctl

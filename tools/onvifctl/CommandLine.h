@@ -1,0 +1,61 @@
+/// @file
+/// What all subcommands share: how they appear on the command line, and how they talk to a device.
+#ifndef ONVIFCTL_COMMANDLINE_H
+#define ONVIFCTL_COMMANDLINE_H
+
+#include <CLI/CLI.hpp>
+#include <string>
+#include <vector>
+
+#include "Connection.h"
+#include "ExitCode.h"
+#include "StandardStreams.h"
+
+namespace onvifctl {
+
+/// What one run of the tool was told, and how it ended.
+struct CommandLine {
+    ConnectionOptions connection;
+    bool table = false;
+    ExitCode code = ExitCode::kDone;
+};
+
+/// Adds a subcommand with HOST and the credentials. @p examples: whole command lines.
+CLI::App* AddCommand(CLI::App& app, CommandLine& line, const char* name,
+                     const std::string& description, const std::vector<std::string>& examples);
+
+/// Adds an action of a subcommand ("ptz HOST stop"); the credentials may stand behind it too.
+CLI::App* AddAction(CLI::App* command, const char* name, const std::string& description,
+                    const std::string& example);
+
+void AddFormatOption(CLI::App* command, CommandLine& line);
+
+/// A device to talk to and a place for what it says.
+struct Session {
+    explicit Session(const ConnectionOptions& options)
+        : output(options.verbose), connection(options) {}
+
+    const CDataOutput output;  // before the first call to the library
+    const CConnection connection;
+};
+
+/// Tells on standard error.
+void Tell(const std::string& message);
+
+/// Sends a request, shows the result and tells what the device refused.
+ExitCode Show(const Session& session, const std::string& request, bool table);
+
+/// The result of a request that the device refuses no part of. Throws CFailure otherwise.
+std::string SendOrFail(const Session& session, const std::string& request);
+
+ExitCode Worse(ExitCode one, ExitCode other);
+
+/// The groups of subcommands; each file adds its own.
+void AddRequestCommands(CLI::App& app, CommandLine& line);
+void AddMediaCommands(CLI::App& app, CommandLine& line);
+void AddPtzCommands(CLI::App& app, CommandLine& line);
+void AddImageCommands(CLI::App& app, CommandLine& line);
+
+}  // namespace onvifctl
+
+#endif

@@ -1,0 +1,182 @@
+// The subcommands that send requests as they are: info, get, set, send and demo.
+#include <algorithm>
+#include <memory>
+
+#include "CommandLine.h"
+#include "RequestDocument.h"
+#include "RoundTrip.h"
+
+namespace onvifctl {
+
+namespace {
+
+struct RequestArguments {
+    std::string file;
+    std::vector<std::string> words;
+};
+
+ExitCode SendOne(const CommandLine& line, const std::string& request) {
+    const Session session(line.connection);
+    return Show(session, request, line.table);
+}
+
+/// The document's Set requests without those that would tell the device what it has already.
+std::vector<std::string> NeededRequests(const Session& session, const std::string& document) {
+    RoundTrip wanted = SetRequestsFrom(document);
+    for (const std::string& remark : wanted.remarks) {
+        Tell(remark);
+    }
+    const std::string ask = PresentItemsRequest(document);
+    if (!ask.empty()) {
+        const auto present = SetRequestsFrom(SendOrFail(session, ask)).requests;
+        std::erase_if(wanted.requests, [&present](const std::string& request) {
+            return std::find(present.begin(), present.end(), request) != present.end();
+        });
+    }
+    return wanted.requests;
+}
+
+ExitCode SetWhatWasGot(const CommandLine& line, const std::string& document) {
+    SetRequestsFrom(document);  // a useless document is no reason for a login
+    const Session session(line.connection);
+    const auto requests = NeededRequests(session, document);
+    if (requests.empty()) {
+        Tell("nothing to change");
+    }
+    ExitCode worst = ExitCode::kDone;
+    for (const std::string& request : requests) {
+        try {
+            worst = Worse(worst, Show(session, request, line.table));
+        } catch (const CFailure& failure) {
+            if (failure.Code() != ExitCode::kRefused) {
+                throw;
+            }
+            Tell(failure.what());
+            worst = Worse(worst, failure.Code());
+        }
+    }
+    return worst;
+}
+
+/// A command's name has neither dot nor slash.
+bool NamesFile(const std::vector<std::string>& words) {
+    return words.size() == 1 && words[0].find_first_of("-./") != std::string::npos &&
+           !words[0].starts_with("--");
+}
+
+ExitCode GetOrSet(const CommandLine& line, const std::string& root, RequestArguments arguments) {
+    if (arguments.file.empty() && NamesFile(arguments.words)) {
+        arguments.file = arguments.words[0];
+        arguments.words.clear();
+    }
+    if (!arguments.file.empty() && !arguments.words.empty()) {
+        throw CFailure(ExitCode::kUsage, "give either a file or commands");
+    }
+    if (arguments.file.empty()) {
+        return SendOne(line, MakeRequest(root, arguments.words));
+    }
+    if (root == "Get") {
+        return SendOne(line, ReadDocument(arguments.file, {root}));
+    }
+    const std::string document = ReadDocument(arguments.file, {root, "GetResponse"});
+    return RootOf(document) == root ? SendOne(line, document) : SetWhatWasGot(line, document);
+}
+
+ExitCode Demo(const CommandLine& line) {
+    const struct {
+        const char* heading;
+        std::vector<std::string> commands;
+    } sections[] = {
+        {"Who are you?", {"devInfo"}},
+        {"How are you connected?", {"ipv4", "dns", "networkProtocols"}},
+        {"What time is it?", {"dateAndTime"}},
+        {"Which services do you offer?", {"serviceUrl"}},
+        {"Which inputs and relays do you have?", {"alarmin", "alarmout"}},
+        {"Which streams?", {"streamCount", "profiles"}},
+    };
+    const Session session(line.connection);
+    session.output.Write("Logged in to " + line.connection.host + " as '" + line.connection.user +
+                         "'.\n");
+    ExitCode worst = ExitCode::kDone;
+    for (const auto& section : sections) {
+        session.output.Write(std::string("\n--- ") + section.heading + "\n");
+        worst = Worse(worst, Show(session, MakeRequest("Get", section.commands), true));
+    }
+    return worst;
+}
+
+void AddInfo(CLI::App& app, CommandLine& line) {
+    AddCommand(app, line, "info", "Show what a device is and how it is set up",
+               {"onvifctl info 192.168.1.64 -u admin"})
+        ->callback([&line] {
+            line.table = true;
+            line.code =
+                SendOne(line, MakeRequest("Get", {"devInfo", "ipv4", "dns", "networkProtocols",
+                                                  "dateAndTime", "serviceUrl", "profiles"}));
+        });
+}
+
+/// What get and set have in common.
+void Complete(CLI::App* command, CommandLine& line, const char* root) {
+    auto arguments = std::make_shared<RequestArguments>();
+    AddFormatOption(command, line);
+    command->add_option("-f,--file", arguments->file,
+                        "Request document to send; - for standard input");
+    command->allow_extras();
+    command->callback([&line, command, root, arguments] {
+        arguments->words = command->remaining();
+        line.code = GetOrSet(line, root, *arguments);
+    });
+}
+
+void AddGet(CLI::App& app, CommandLine& line) {
+    CLI::App* get = AddCommand(
+        app, line, "get",
+        "Ask: COMMAND [--NAME VALUE]... any number of times, or a request document.\n"
+        "Every --NAME VALUE that is no option of the tool is a parameter of the command before\n"
+        "it, and its name may be a path",
+        {"onvifctl get 192.168.1.64 devInfo dateAndTime",
+         "onvifctl get 192.168.1.64 streamURI --index 1",
+         "onvifctl get 192.168.1.64 profiles --format table"});
+    Complete(get, line, "Get");
+}
+
+void AddSet(CLI::App& app, CommandLine& line) {
+    CLI::App* set = AddCommand(
+        app, line, "set",
+        "Change: COMMAND --NAME VALUE..., a request document, or what get has shown (" +
+            RoundTripCommands() +
+            ").\nOf what is shown as items, only those that differ from the device's go out",
+        {"onvifctl set 192.168.1.64 manualAlarmout --token R1 --active 1",
+         "onvifctl set 192.168.1.64 networkProtocols --http/port 8080",
+         "onvifctl set 192.168.1.64 -f request.xml",
+         "onvifctl get 192.168.1.64 imageSettings > f.xml; edit f.xml; "
+         "onvifctl set 192.168.1.64 f.xml"});
+    Complete(set, line, "Set");
+}
+
+void AddSend(CLI::App& app, CommandLine& line) {
+    auto arguments = std::make_shared<RequestArguments>();
+    CLI::App* send =
+        AddCommand(app, line, "send", "Send a request document, Get or Set by its root",
+                   {"onvifctl send 192.168.1.64 request.xml"});
+    AddFormatOption(send, line);
+    send->add_option("FILE", arguments->file, "The document; - for standard input")->required();
+    send->callback([&line, arguments] {
+        line.code = SendOne(line, ReadDocument(arguments->file, {"Get", "Set"}));
+    });
+}
+
+}  // namespace
+
+void AddRequestCommands(CLI::App& app, CommandLine& line) {
+    AddInfo(app, line);
+    AddGet(app, line);
+    AddSet(app, line);
+    AddSend(app, line);
+    AddCommand(app, line, "demo", "A guided tour of a device",
+               {"onvifctl demo 127.0.0.1:8080 -u admin -p secret"})
+        ->callback([&line] { line.code = Demo(line); });
+}
+
+}  // namespace onvifctl
