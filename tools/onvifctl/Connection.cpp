@@ -114,4 +114,22 @@ std::string CConnection::Send(const std::string& request) const {
     return result;
 }
 
+std::string CConnection::Picture(unsigned int index) const {
+    const std::string request =
+        MakeRequest("Get", {"snapshotURI", "--index", std::to_string(index)});
+    char* response = nullptr;
+    int length = 0;
+    const bool success = ONVIF_CLIENT_GetCfg(loginId_, request.c_str(), response, &length);
+    std::string picture;
+    if (response != nullptr && length > 0) {
+        picture.assign(response, static_cast<std::size_t>(length));
+    }
+    ONVIF_CLIENT_DelResponseBuff(response);
+    if (!success || picture.empty()) {
+        throw CFailure(ExitCode::kRefused,
+                       "the device gave no picture of profile " + std::to_string(index));
+    }
+    return picture;
+}
+
 }  // namespace onvifctl

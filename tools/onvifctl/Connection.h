@@ -27,6 +27,9 @@ class CConnection {
     /// Sends a request document, Get or Set by its root. Throws CFailure when it fails.
     std::string Send(const std::string& request) const;
 
+    /// The bytes of a picture of the profile with this index. Throws CFailure when there is none.
+    std::string Picture(unsigned int index) const;
+
  private:
     unsigned int loginId_;
 };

@@ -15,14 +15,6 @@ using tinyxml2::XMLElement;
 using Line = std::pair<std::string, std::string>;  // path and value
 using Record = std::vector<Line>;
 
-/// A device must not be able to control the terminal.
-std::string Printable(std::string text) {
-    constexpr char kDelete = 0x7F;
-    std::replace_if(
-        text.begin(), text.end(), [](char c) { return (c >= 0 && c < ' ') || c == kDelete; }, ' ');
-    return text;
-}
-
 std::string TextOf(const XMLElement* element) {
     const char* text = element == nullptr ? nullptr : element->GetText();
     return text == nullptr ? "" : Printable(text);
@@ -63,27 +55,6 @@ void Flatten(const XMLElement* element, const std::string& path, Record& record)
     }
 }
 
-/// Rows of cells, each column as wide as its widest cell.
-std::string Align(const std::vector<std::vector<std::string>>& rows) {
-    std::vector<std::size_t> widths;
-    for (const auto& row : rows) {
-        widths.resize(std::max(widths.size(), row.size()));
-        for (std::size_t i = 0; i < row.size(); ++i) {
-            widths[i] = std::max(widths[i], row[i].size());
-        }
-    }
-    std::string text;
-    for (const auto& row : rows) {
-        std::string line = " ";
-        for (std::size_t i = 0; i < row.size(); ++i) {
-            line += " " + row[i] + std::string(widths[i] - row[i].size() + 1, ' ');
-        }
-        line.erase(line.find_last_not_of(' ') + 1);
-        text += line + "\n";
-    }
-    return text;
-}
-
 std::string ValueOf(const Record& record, const std::string& field) {
     const auto found = std::find_if(record.begin(), record.end(),
                                     [&field](const Line& line) { return line.first == field; });
@@ -114,7 +85,7 @@ std::string FormatRepeated(const XMLElement* first) {
                 row.push_back(ValueOf(records[i], field));
             }
         }
-        return Align(rows);
+        return AlignColumns(rows);
     }
     rows.emplace_back(1, first->Name());
     for (std::size_t i = 0; i < records.size(); ++i) {
@@ -126,7 +97,7 @@ std::string FormatRepeated(const XMLElement* first) {
             row.push_back(ValueOf(record, field));
         }
     }
-    return Align(rows);
+    return AlignColumns(rows);
 }
 
 std::string FormatSection(const XMLElement* command) {
@@ -151,7 +122,7 @@ std::string FormatSection(const XMLElement* command) {
             single.push_back({path, value});
         }
     }
-    return section + Align(single) + repeated;
+    return section + AlignColumns(single) + repeated;
 }
 
 void CollectRefusals(const XMLElement* element, const std::string& command,
@@ -196,6 +167,33 @@ std::vector<std::string> Refusals(const std::string& result) {
         CollectRefusals(command, command->Name(), refusals);
     });
     return refusals;
+}
+
+std::string AlignColumns(const std::vector<std::vector<std::string>>& rows) {
+    std::vector<std::size_t> widths;
+    for (const auto& row : rows) {
+        widths.resize(std::max(widths.size(), row.size()));
+        for (std::size_t i = 0; i < row.size(); ++i) {
+            widths[i] = std::max(widths[i], row[i].size());
+        }
+    }
+    std::string text;
+    for (const auto& row : rows) {
+        std::string line = " ";
+        for (std::size_t i = 0; i < row.size(); ++i) {
+            line += " " + row[i] + std::string(widths[i] - row[i].size() + 1, ' ');
+        }
+        line.erase(line.find_last_not_of(' ') + 1);
+        text += line + "\n";
+    }
+    return text;
+}
+
+std::string Printable(std::string text) {
+    constexpr char kDelete = 0x7F;
+    std::replace_if(
+        text.begin(), text.end(), [](char c) { return (c >= 0 && c < ' ') || c == kDelete; }, ' ');
+    return text;
 }
 
 }  // namespace onvifctl

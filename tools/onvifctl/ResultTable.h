@@ -15,6 +15,12 @@ std::string FormatTable(const std::string& result);
 /// What the device refused: "COMMAND: description (error N)" per status "fail".
 std::vector<std::string> Refusals(const std::string& result);
 
+/// Rows of cells, each column as wide as its widest cell.
+std::string AlignColumns(const std::vector<std::vector<std::string>>& rows);
+
+/// Text without control characters: a device must not be able to control the terminal.
+std::string Printable(std::string text);
+
 }  // namespace onvifctl
 
 #endif

@@ -17,6 +17,7 @@ int Run(int argc, char** argv) {
     app.footer(kExitCodes);
     onvifctl::CommandLine line;
     onvifctl::AddRequestCommands(app, line);
+    onvifctl::AddMediaCommands(app, line);
     try {
         app.parse(argc, argv);
     } catch (const CLI::Success& help) {

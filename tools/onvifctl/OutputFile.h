@@ -1,0 +1,18 @@
+/// @file
+/// Files that are there as a whole or not at all.
+#ifndef ONVIFCTL_OUTPUTFILE_H
+#define ONVIFCTL_OUTPUTFILE_H
+
+#include <string>
+#include <string_view>
+
+namespace onvifctl {
+
+/// Writes a file by way of a temporary one beside it, so that a failure leaves what was there
+/// before. What is no regular file (a pipe, a device) is written directly. Throws CFailure when it
+/// cannot be written.
+void WriteWholeFile(const std::string& file, std::string_view bytes);
+
+}  // namespace onvifctl
+
+#endif
