@@ -18,6 +18,7 @@ int Run(int argc, char** argv) {
     onvifctl::CommandLine line;
     onvifctl::AddRequestCommands(app, line);
     onvifctl::AddMediaCommands(app, line);
+    onvifctl::AddPtzCommands(app, line);
     try {
         app.parse(argc, argv);
     } catch (const CLI::Success& help) {
