@@ -173,7 +173,8 @@ void AddPtzCommands(CLI::App& app, CommandLine& line) {
     CLI::App* ptz = AddCommand(app, line, "ptz", "Move a dome, its presets and tours",
                                {"onvifctl ptz 192.168.1.64 move -50 20 --for 1.5",
                                 "onvifctl ptz 192.168.1.64 preset goto Gate",
-                                "onvifctl ptz 192.168.1.64 tour add Night Gate:20 Yard:30"});
+                                "onvifctl ptz 192.168.1.64 tour add Night Gate:20 Yard:30",
+                                "onvifctl ptz 192.168.1.64 preset --help"});
     AddMove(ptz, line);
     AddAction(ptz, "stop", "Stop what moves", "onvifctl ptz 192.168.1.64 stop")->callback([&line] {
         Stop(Session(line.connection));

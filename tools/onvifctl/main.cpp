@@ -19,6 +19,7 @@ int Run(int argc, char** argv) {
     onvifctl::AddRequestCommands(app, line);
     onvifctl::AddMediaCommands(app, line);
     onvifctl::AddPtzCommands(app, line);
+    onvifctl::AddImageCommands(app, line);
     try {
         app.parse(argc, argv);
     } catch (const CLI::Success& help) {
