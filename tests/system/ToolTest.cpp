@@ -1,8 +1,13 @@
 #include <gtest/gtest.h>
+#include <signal.h>
 
 #include <array>
+#include <chrono>
 #include <cstdio>
 #include <fstream>
+#include <thread>
+#include <utility>
+#include <vector>
 
 #include "system/Client.h"
 
@@ -30,6 +35,32 @@ Outcome RunTool(const std::string& arguments, const std::string& environment) {
     return outcome;
 }
 
+constexpr const char* kRight = "ONVIF_USER=admin ONVIF_PASSWORD=camera-1";
+
+std::string AddressOf(const camera_sim::Camera& camera) {
+    return "127.0.0.1:" + std::to_string(camera.Port());
+}
+
+std::string ReadFile(const std::string& file) {
+    std::ifstream stream(file, std::ios::binary);
+    return {std::istreambuf_iterator<char>(stream), {}};
+}
+
+struct Run {
+    std::string arguments;
+    int code;
+    const char* shows;
+};
+
+void ExpectRuns(const std::vector<Run>& runs) {
+    for (const Run& run : runs) {
+        const Outcome outcome = RunTool(run.arguments, kRight);
+        EXPECT_EQ(outcome.code, run.code) << run.arguments << "\n" << outcome.output;
+        EXPECT_NE(outcome.output.find(run.shows), std::string::npos) << run.arguments << "\n"
+                                                                     << outcome.output;
+    }
+}
+
 TEST(Onvifctl, ItsExitCodesAndOutputTellWhatHappened) {
     camera_sim::CameraHost host;
     camera_sim::Camera& camera = host.Add({});
@@ -38,8 +69,8 @@ TEST(Onvifctl, ItsExitCodesAndOutputTellWhatHappened) {
     auto gone = std::make_unique<camera_sim::CameraHost>();
     const std::string closed = "127.0.0.1:" + std::to_string(gone->Add({}).Port());
     gone.reset();
-    const std::string at = "127.0.0.1:" + std::to_string(camera.Port());
-    const std::string right = "ONVIF_USER=admin ONVIF_PASSWORD=camera-1";
+    const std::string at = AddressOf(camera);
+    const std::string right = kRight;
     const std::string file = testing::TempDir() + "request.xml";
     std::ofstream(file) << "<Set><manualAlarmout><token>Relay_1</token><active>1</active>"
                            "</manualAlarmout></Set>";
@@ -88,6 +119,152 @@ TEST(Onvifctl, ItsExitCodesAndOutputTellWhatHappened) {
 
     camera.Inject("GetProfiles", {.kind = camera_sim::Fault::Kind::kGarbage, .bytes = 100});
     EXPECT_EQ(RunTool("get " + at + " devInfo", right).code, 5);
+}
+
+TEST(Onvifctl, WhatGetShowsCanBeEditedAndSet) {
+    camera_sim::CameraHost host;
+    camera_sim::Camera& camera = host.Add({});
+    const std::string at = AddressOf(camera);
+    const std::string file = testing::TempDir() + "edited.xml";
+    const std::string set = "set " + at + " " + file;
+    // A renamed preset gets the position where the dome looks.
+    camera.Change([](auto& state) { state.ptz.start = state.ptz.presets[1].position; });
+    const struct {
+        const char* get;
+        std::string from;
+        std::string to;
+        const char* operation;
+    } cases[] = {
+        {"imageSettings", "<gain>12", "<gain>14", "SetImagingSettings"},
+        {"motion", "<sensitivity>60", "<sensitivity>61", "ModifyAnalyticsModules"},
+        {"videoEncoderCfg --index 1 --index 2", "<bitrate>768", "<bitrate>700",
+         "SetVideoEncoderConfiguration"},
+        {"videoEncoderCfg --index 1 --index 2", "239.255.42.3", "239.255.42.7",
+         "SetVideoEncoderConfiguration"},
+        {"osd", ">SIM-DOME<", ">Gate &amp; yard<", "SetOSD"},
+        {"presets", ">Yard<", ">Garden<", "SetPreset"},
+        {"cruises", "<stayTime>10", "<stayTime>15", "ModifyPresetTour"},
+    };
+    for (const auto& each : cases) {
+        const std::string get = "get " + at + " " + each.get;
+        std::string text = RunTool(get, kRight).output;
+        const std::size_t place = text.find(each.from);
+        ASSERT_NE(place, std::string::npos) << text;
+        const std::size_t before = camera.Count(each.operation);
+        std::ofstream(file) << text.replace(place, each.from.size(), each.to);
+        ExpectRuns({{set, 0, "<status>success</status>"}});
+        EXPECT_EQ(RunTool(get, kRight).output, text) << each.get;
+        EXPECT_EQ(camera.Count(each.operation), before + 1) << "other items stay untouched";
+    }
+    ExpectRuns({{"set " + at + " -f - <" + file, 0, "nothing to change"}});
+
+    const std::pair<const char*, const char*> useless[] = {
+        {"<osd/><devInfo/><dns/>", "devInfo, dns"},
+        {"<osd><status>fail<errorCode>6</errorCode></status></osd>", "(error 6)"},
+        {"", "no settings"},
+    };
+    for (const auto& [commands, shows] : useless) {
+        std::ofstream(file) << "<GetResponse>" << commands << "</GetResponse>";
+        ExpectRuns({{set, 2, shows}});
+    }
+    // One request is refused, the other one is made all the same.
+    std::ofstream(file) << "<GetResponse><osd><item><token>no</token></item></osd><imageSettings>"
+                           "<contrast>33</contrast></imageSettings></GetResponse>";
+    ExpectRuns({{set, 1, "<imageSettings>"}});
+    EXPECT_EQ(camera.State().media.videoSources[0].imaging.contrast, 33);
+    std::remove(file.c_str());
+}
+
+TEST(Onvifctl, PicturesAndStreams) {
+    camera_sim::CameraHost host;
+    for (const char* model : {"dome", "fixed"}) {
+        camera_sim::Camera& camera = host.Add({.model = model});
+        const std::string at = AddressOf(camera);
+        const std::string file = testing::TempDir() + "picture.jpg";
+        const std::string snapshot = "snapshot " + at + " -o ";
+        ExpectRuns({{snapshot + file + " --index 1", 0, " bytes"}});
+        const std::string picture = ReadFile(file);
+        EXPECT_TRUE(picture.starts_with("\xFF\xD8") && picture.ends_with("\xFF\xD9"));
+        EXPECT_NE(RunTool(snapshot + "-", kRight).output.find("\xFF\xD9"), std::string::npos);
+
+        ExpectRuns({{snapshot + "/nonexistent/x", 6, "cannot write"},
+                    {snapshot + "- >/dev/full", 6, "cannot write"},
+                    {snapshot + file + " --index 9", 1, "no picture"},
+                    {"stream " + at, 0, "0  Profile_1  MainStream"},
+                    {"stream " + at + " --index 9", 1, "failed"}});
+        camera.Inject("http:snapshot", {.kind = camera_sim::Fault::Kind::kTruncate, .bytes = 2000});
+        ExpectRuns({{snapshot + file, 1, ""}});
+        EXPECT_EQ(ReadFile(file), picture) << "a failure keeps what was there";
+        std::remove(file.c_str());
+        EXPECT_EQ(RunTool("stream " + at + " --index 1", kRight).output,
+                  "rtsp://127.0.0.1:554/stream/Profile_2\n");
+    }
+}
+
+TEST(Onvifctl, DomesMoveByNamesOfPresetsAndTours) {
+    camera_sim::CameraHost host;
+    camera_sim::Camera& camera = host.Add({});
+    const std::string ptz = "ptz " + AddressOf(camera) + " ";
+    const auto head = [&camera] { return camera.State().ptz; };
+    ExpectRuns({{ptz + "move -50 20", 0, ""}});
+    EXPECT_EQ(head().velocity, (camera_sim::PtzPosition{-0.5, 0.2, 0}));
+    ExpectRuns({{ptz + "move 10 0 30 --for 0", 0, ""}});
+    EXPECT_EQ(camera.Count("ContinuousMove"), 2U);
+    EXPECT_EQ(head().velocity, camera_sim::PtzPosition{});
+    ExpectRuns({{ptz + "preset goto Yard", 0, ""}});
+    EXPECT_EQ(head().start, head().presets[1].position);
+
+    ExpectRuns(
+        {{ptz + "preset add Gate", 0, "Preset_4\n"},
+         {ptz + "preset rename Yard Gate", 0, ""},
+         {ptz + "preset goto Gate", 2, "Preset_2 Preset_4"},
+         {ptz + "preset remove Preset_2", 0, ""},
+         {ptz + "preset list", 0, "Preset_4  Gate      0.6   -0.2  0.4\n"},
+         {ptz + "preset goto Yard", 2, "no preset 'Yard'"},
+         {ptz + "tour add Night Gate:5 Yard", 2, "no preset 'Yard'"},
+         {ptz + "tour add Night Gate:5 Preset_1", 0, "Tour_5\n"},
+         {ptz + "tour start Night", 0, ""},
+         {ptz + "tour list", 0, "Tour_5  Night  Touring  Preset_4:5 Preset_1:10\n"},
+         {ptz + "tour pause Tour_5", 0, ""},
+         {ptz + "move 101 0", 2, "-100"},
+         {ptz, 2, "subcommand"},
+         {"ptz " + AddressOf(host.Add({.model = "fixed"})) + " move 1 1 --for 9", 1, "not"}});
+    EXPECT_EQ(head().tours[1].state, "Paused");
+}
+
+TEST(Onvifctl, ASignalEndsATimedMoveWithAStop) {
+    camera_sim::CameraHost host;
+    camera_sim::Camera& camera = host.Add({});
+    const std::string command = std::string(kRight) + " " + ONVIFCTL + " ptz " + AddressOf(camera) +
+                                " move 10 0 --for 3000 2>&1 & echo $!; wait $!; echo ended $?";
+    FILE* pipe = popen(command.c_str(), "r");
+    int id = 0;
+    ASSERT_EQ(std::fscanf(pipe, "%d", &id), 1);
+    for (int i = 0; i < 20000 && camera.Count("ContinuousMove") == 0; ++i) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
+    EXPECT_EQ(kill(id, SIGTERM), 0);
+    std::array<char, 400> rest = {};
+    std::fread(rest.data(), 1, rest.size() - 1, pipe);
+    pclose(pipe);
+    EXPECT_NE(std::string(rest.data()).find("ended 143"), std::string::npos) << rest.data();
+    EXPECT_EQ(camera.Count("Stop"), 1U);
+}
+
+TEST(Onvifctl, ImageSettingsByName) {
+    camera_sim::CameraHost host;
+    camera_sim::Camera& camera = host.Add({});
+    const std::string image = "image " + AddressOf(camera) + " ";
+    ExpectRuns({{image + "set brightness 61 wideDynamicRange/level 30", 0, ""},
+                {image + "get", 0, "\n  wideDynamicRange/level       30         0 to 100\n"},
+                {image + "set brightness 300", 1, "warning: the device permits 0 to 100"},
+                {image + "set exposure/window/top 0", 1, "stays 1"},
+                {image + "set shine 1", 2, "wideDynamicRange/level, whiteBalance/mode"},
+                {image + "set brightness", 2, "no value"}});
+    const auto imaging = camera.State().media.videoSources[0].imaging;
+    EXPECT_EQ(imaging.brightness, 61);
+    EXPECT_EQ(imaging.wideDynamicRange.mode, "OFF");
+    EXPECT_EQ(camera.Count("SetImagingSettings"), 3U) << "also what the options do not permit";
 }
 
 }  // namespace

@@ -69,11 +69,13 @@ class CSetRequest {
 
     void CopyChildren(const XMLElement* from) { CopyChildren(from, command_); }
 
+    /// A multicast beside the items goes out with each of them, so there is one item only.
     void CopyItem(const XMLElement* item) {
         CopyChildren(item, command_->InsertNewChildElement("item"));
+        if (const XMLElement* multicast = item->FirstChildElement("multicast")) {
+            command_->InsertEndChild(multicast->DeepClone(&document_));
+        }
     }
-
-    void Copy(const XMLElement* child) { command_->InsertEndChild(child->DeepClone(&document_)); }
 
     std::string Text() const { return Print(document_); }
 
