@@ -56,19 +56,23 @@ CameraCore::CameraCore(CameraOptions options, CameraState state, const PrefixSty
     events_.Observe(state_);
 }
 
-Reply CameraCore::Handle(HttpRequest request, std::function<void()> wake) {
-    Understood understood{
-        SoapRequest(request.body),        request.method, PathOf(request.target), {}, {}, {}, {},
-        IsSnapshotRequest(request.target)};
-    if (understood.isSnapshot) {
-        understood.service = kSnapshotService;
-        understood.operation = kSnapshotOperation;
-    } else if (const XmlElement* operation = understood.soap.Operation()) {
-        understood.ns = FindNamespace(NamespaceUri(*operation));
-        understood.operation = LocalName(*operation);
-        if (understood.ns) understood.service = NamespaceOf(*understood.ns).usualPrefix;
+CameraCore::Understood::Understood(const HttpRequest& request)
+    : soap(request.body),
+      method(request.method),
+      path(PathOf(request.target)),
+      isSnapshot(IsSnapshotRequest(request.target)) {
+    if (isSnapshot) {
+        service = kSnapshotService;
+        operation = kSnapshotOperation;
+    } else if (const XmlElement* element = soap.Operation()) {
+        ns = FindNamespace(NamespaceUri(*element));
+        operation = LocalName(*element);
+        if (ns) service = NamespaceOf(*ns).usualPrefix;
     }
+}
 
+Reply CameraCore::Handle(HttpRequest request, std::function<void()> wake) {
+    Understood understood(request);
     const std::scoped_lock guard(lock_);
     CountLocked(understood);
     CheckCredentialsLocked(request, understood);

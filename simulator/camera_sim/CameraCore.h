@@ -71,6 +71,8 @@ class CameraCore {
  private:
     /// A request as far as it could be read.
     struct Understood {
+        explicit Understood(const HttpRequest& request);
+
         SoapRequest soap;
         std::string_view method;
         std::string_view path;

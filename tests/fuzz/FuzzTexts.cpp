@@ -4,9 +4,11 @@
 #include <string_view>
 
 #include "client/SecurityHeader.h"
+#include "client/SnapshotRequest.h"
 #include "client/SoapExchange.h"
 #include "commands/GetCmd.h"
 #include "transform/FaultReaders.h"
+#include "transform/MotionCells.h"
 #include "transform/TimeResults.h"
 
 namespace {
@@ -63,6 +65,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     TransGetSystemDateAndTimeForAuthentication(text, result);
     PtzRanges ranges;
     ReadPtzRanges(text, ranges);
+
+    BuildSnapshotRequest(ParseSnapshotAddress(text), {"user", "password"},
+                         ReadSnapshotHeader(text).challenge.value_or(HttpChallenge{}));
+    DecodeActiveCells(text, 22, 18);
 
     RunGet(session, text);
     RunSet(session, text, result);

@@ -55,6 +55,10 @@ void AddRequestCommands(CLI::App& app, CommandLine& line);
 void AddMediaCommands(CLI::App& app, CommandLine& line);
 void AddPtzCommands(CLI::App& app, CommandLine& line);
 void AddImageCommands(CLI::App& app, CommandLine& line);
+void AddDemo(CLI::App& app, CommandLine& line);
+
+/// The stream addresses of all profiles, a line each.
+ExitCode ShowStreams(const Session& session);
 
 }  // namespace onvifctl
 

@@ -59,29 +59,6 @@ std::string StreamAddress(const Session& session, unsigned int index) {
     return Printable(address);
 }
 
-/// One line per profile; a profile without an address does not hide the others.
-ExitCode ShowStreams(const Session& session) {
-    const CResultDocument result(
-        SendOrFail(session, MakeRequest("Get", {"profiles", "streamCount"})));
-    const auto profiles = result.Items("profiles");
-    const std::size_t count =
-        std::strtoul(TextAt(result.Command("streamCount"), "").c_str(), nullptr, 10);
-    ExitCode code = ExitCode::kDone;
-    std::vector<std::vector<std::string>> rows;
-    for (unsigned int index = 0; index < count; ++index) {
-        const auto* profile = index < profiles.size() ? profiles[index] : nullptr;
-        try {
-            rows.push_back({std::to_string(index), Printable(TextAt(profile, "token")),
-                            Printable(TextAt(profile, "name")), StreamAddress(session, index)});
-        } catch (const CFailure& failure) {
-            Tell("profile " + std::to_string(index) + ": " + failure.what());
-            code = Worse(code, failure.Code());
-        }
-    }
-    session.output.Write(AlignColumns(rows));
-    return code;
-}
-
 void AddSnapshot(CLI::App& app, CommandLine& line) {
     auto arguments = std::make_shared<SnapshotArguments>();
     CLI::App* snapshot = AddCommand(app, line, "snapshot", "Save a picture",
@@ -110,6 +87,29 @@ void AddStream(CLI::App& app, CommandLine& line) {
 }
 
 }  // namespace
+
+/// One line per profile; a profile without an address does not hide the others.
+ExitCode ShowStreams(const Session& session) {
+    const CResultDocument result(
+        SendOrFail(session, MakeRequest("Get", {"profiles", "streamCount"})));
+    const auto profiles = result.Items("profiles");
+    const std::size_t count =
+        std::strtoul(TextAt(result.Command("streamCount"), "").c_str(), nullptr, 10);
+    ExitCode code = ExitCode::kDone;
+    std::vector<std::vector<std::string>> rows;
+    for (unsigned int index = 0; index < count; ++index) {
+        const auto* profile = index < profiles.size() ? profiles[index] : nullptr;
+        try {
+            rows.push_back({std::to_string(index), Printable(TextAt(profile, "token")),
+                            Printable(TextAt(profile, "name")), StreamAddress(session, index)});
+        } catch (const CFailure& failure) {
+            Tell("profile " + std::to_string(index) + ": " + failure.what());
+            code = Worse(code, failure.Code());
+        }
+    }
+    session.output.Write(AlignColumns(rows));
+    return code;
+}
 
 void AddMediaCommands(CLI::App& app, CommandLine& line) {
     AddSnapshot(app, line);

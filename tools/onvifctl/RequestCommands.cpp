@@ -1,4 +1,4 @@
-// The subcommands that send requests as they are: info, get, set, send and demo.
+// The subcommands that send requests as they are: info, get, set and send.
 #include <algorithm>
 #include <memory>
 
@@ -82,29 +82,6 @@ ExitCode GetOrSet(const CommandLine& line, const std::string& root, RequestArgum
     return RootOf(document) == root ? SendOne(line, document) : SetWhatWasGot(line, document);
 }
 
-ExitCode Demo(const CommandLine& line) {
-    const struct {
-        const char* heading;
-        std::vector<std::string> commands;
-    } sections[] = {
-        {"Who are you?", {"devInfo"}},
-        {"How are you connected?", {"ipv4", "dns", "networkProtocols"}},
-        {"What time is it?", {"dateAndTime"}},
-        {"Which services do you offer?", {"serviceUrl"}},
-        {"Which inputs and relays do you have?", {"alarmin", "alarmout"}},
-        {"Which streams?", {"streamCount", "profiles"}},
-    };
-    const Session session(line.connection);
-    session.output.Write("Logged in to " + line.connection.host + " as '" + line.connection.user +
-                         "'.\n");
-    ExitCode worst = ExitCode::kDone;
-    for (const auto& section : sections) {
-        session.output.Write(std::string("\n--- ") + section.heading + "\n");
-        worst = Worse(worst, Show(session, MakeRequest("Get", section.commands), true));
-    }
-    return worst;
-}
-
 void AddInfo(CLI::App& app, CommandLine& line) {
     AddCommand(app, line, "info", "Show what a device is and how it is set up",
                {"onvifctl info 192.168.1.64 -u admin"})
@@ -174,9 +151,6 @@ void AddRequestCommands(CLI::App& app, CommandLine& line) {
     AddGet(app, line);
     AddSet(app, line);
     AddSend(app, line);
-    AddCommand(app, line, "demo", "A guided tour of a device",
-               {"onvifctl demo 127.0.0.1:8080 -u admin -p secret"})
-        ->callback([&line] { line.code = Demo(line); });
 }
 
 }  // namespace onvifctl
