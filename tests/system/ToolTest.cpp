@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 #include <signal.h>
+#include <unistd.h>
 
 #include <array>
 #include <chrono>
@@ -19,8 +20,13 @@ struct Outcome {
     std::string output;  // standard output, then standard error
 };
 
+/// A name that the tests which run beside this one do not use.
+std::string OwnFile(const char* name) {
+    return testing::TempDir() + std::to_string(getpid()) + "-" + name;
+}
+
 Outcome RunTool(const std::string& arguments, const std::string& environment) {
-    const std::string errors = testing::TempDir() + "onvifctl-errors.txt";
+    const std::string errors = OwnFile("onvifctl-errors.txt");
     const std::string command = environment + " " + ONVIFCTL + " " + arguments + " 2>" + errors;
     Outcome outcome;
     FILE* pipe = popen(command.c_str(), "r");
@@ -71,7 +77,7 @@ TEST(Onvifctl, ItsExitCodesAndOutputTellWhatHappened) {
     gone.reset();
     const std::string at = AddressOf(camera);
     const std::string right = kRight;
-    const std::string file = testing::TempDir() + "request.xml";
+    const std::string file = OwnFile("request.xml");
     std::ofstream(file) << "<Set><manualAlarmout><token>Relay_1</token><active>1</active>"
                            "</manualAlarmout></Set>";
     const struct {
@@ -125,7 +131,7 @@ TEST(Onvifctl, WhatGetShowsCanBeEditedAndSet) {
     camera_sim::CameraHost host;
     camera_sim::Camera& camera = host.Add({});
     const std::string at = AddressOf(camera);
-    const std::string file = testing::TempDir() + "edited.xml";
+    const std::string file = OwnFile("edited.xml");
     const std::string set = "set " + at + " " + file;
     // A renamed preset gets the position where the dome looks.
     camera.Change([](auto& state) { state.ptz.start = state.ptz.presets[1].position; });
@@ -180,7 +186,7 @@ TEST(Onvifctl, PicturesAndStreams) {
     for (const char* model : {"dome", "fixed"}) {
         camera_sim::Camera& camera = host.Add({.model = model});
         const std::string at = AddressOf(camera);
-        const std::string file = testing::TempDir() + "picture.jpg";
+        const std::string file = OwnFile("picture.jpg");
         const std::string snapshot = "snapshot " + at + " -o ";
         ExpectRuns({{snapshot + file + " --index 1", 0, " bytes"}});
         const std::string picture = ReadFile(file);
