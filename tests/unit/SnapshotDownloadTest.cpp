@@ -117,6 +117,11 @@ TEST_F(SnapshotDownload, GivesWhatTheDeviceSends) {
         {{{{"HTTP/1.1 200 OK\r\n" + std::string(70000, 'h')}, false}, {{header + "pict"}}},
          "pict",
          2},
+        {{{{kUnauthorized + "Digest realm=\"r\", nonce=\"1\"\r\n\r\n"}},
+          {{kUnauthorized + "Digest realm=\"r\", nonce=\"2\", stale=true\r\n\r\n"}},
+          {{header + "pict"}}},
+         "(none)",
+         2},
         {{{{kUnauthorized + "Basic\r\n\r\n"}}, {{kUnauthorized + "Basic\r\n\r\n"}}}, "(none)", 2},
     };
     for (const auto& each : cases) {
@@ -141,6 +146,7 @@ TEST_F(SnapshotDownload, AnswersTheChallengeThatItGets) {
         EXPECT_EQ(Fetch({{{kUnauthorized + each.challenge}}, {{kOk + "1\r\n\r\nx"}}}), "x");
         ASSERT_EQ(requests_.size(), 2U);
         EXPECT_EQ(requests_[0].find("Authorization"), std::string::npos);
+        EXPECT_NE(requests_[0].find("\r\nHost: elsewhere.invalid:"), std::string::npos);
         EXPECT_NE(requests_[1].find(each.expected), std::string::npos) << requests_[1];
     }
 }
