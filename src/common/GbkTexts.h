@@ -1,0 +1,24 @@
+/// @file
+/// Log texts in Chinese, as bytes of the GBK code page (936), the encoding that readers of the log
+/// expect.
+#ifndef ONVIF_CLIENT_COMMON_GBKTEXTS_H
+#define ONVIF_CLIENT_COMMON_GBKTEXTS_H
+
+namespace onvif_client {
+
+/// The pool's thread could not be made!
+inline constexpr const char* kPoolThreadNotMade =
+    "\xCF\xDF\xB3\xCC\xB3\xD8\xB5\xC4\xCF\xDF"
+    "\xB3\xCC\xB4\xB4\xBD\xA8\xCA\xA7\xB0\xDC\xA3\xA1";
+/// The pool's thread ends: its argument is wrong!
+inline constexpr const char* kPoolThreadWithoutPool =
+    "\xCF\xDF\xB3\xCC\xB3\xD8\xB5\xC4\xCF\xDF\xB3\xCC\xB2\xCE"
+    "\xCA\xFD\xB4\xED\xCE\xF3\xB5\xBC\xD6\xC2\xCD\xCB\xB3\xF6\xA3\xA1";
+/// The pool's thread ends: the closing event is set!
+inline constexpr const char* kPoolThreadEnds =
+    "\xCF\xDF\xB3\xCC\xB3\xD8\xB5\xC4\xCF\xDF\xB3\xCC\xD3\xC9\xD3\xDA\xB9\xD8"
+    "\xB1\xD5\xCA\xC2\xBC\xFE\xD3\xD0\xD0\xC5\xBA\xC5\xB6\xF8\xCD\xCB\xB3\xF6\xA3\xA1";
+
+}  // namespace onvif_client
+
+#endif

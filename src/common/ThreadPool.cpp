@@ -1,0 +1,151 @@
+#include "common/ThreadPool.h"
+
+#include <utility>
+
+#include "common/GbkTexts.h"
+#include "platform/ManualResetEvent.h"
+
+namespace onvif_client {
+
+namespace {
+
+constexpr const char* kSource = "ThreadPool";
+constexpr int kCreationLine = 33;
+constexpr int kArgumentLine = 34;
+constexpr int kEndLine = 35;
+constexpr int kThrewLine = 36;
+
+}  // namespace
+
+struct CThreadPool::Worker {
+    explicit Worker(bool startsIdle) : idle(startsIdle) {}
+
+    bool idle;
+    CManualResetEvent wake;  // signalled while the worker has, or may have, a task to take
+    CorekitThreadHandle thread = nullptr;
+};
+
+CThreadPool::CThreadPool(int initialThreads) {
+    const std::lock_guard guard(lock_);
+    for (int i = 0; i < initialThreads && CreateWorkerLocked(true); ++i) {
+    }
+}
+
+CThreadPool::~CThreadPool() {
+    Stop();
+}
+
+bool CThreadPool::CreateWorkerLocked(bool idle) {
+    if (workers_.size() >= kMostThreads) {
+        return false;
+    }
+    auto worker = std::make_shared<Worker>(idle);
+    worker->thread = COREKIT_CreateRunOneThread(&CThreadPool::WorkerMain, this, true, kSource,
+                                                kCreationLine, "##Thread Pool Thread##");
+    if (worker->thread == nullptr) {
+        COREKIT_NormalOutput(kPoolThreadNotMade, kSource, kCreationLine);
+        return false;
+    }
+    if (!idle) {
+        worker->wake.Set();
+    }
+    // The thread finds its worker by its own id, so it must not run before the worker is there.
+    const CorekitThreadHandle thread = worker->thread;
+    workers_.emplace(COREKIT_GetThreadID(thread), std::move(worker));
+    COREKIT_ResumeThread(thread);
+    return true;
+}
+
+void CThreadPool::AddTask(TaskFunction function, void* argument) {
+    const std::lock_guard guard(lock_);
+    if (!running_) {
+        return;
+    }
+    tasks_.push_back({function, argument});
+    for (const auto& [id, worker] : workers_) {
+        if (worker->idle) {
+            worker->idle = false;
+            worker->wake.Set();
+            return;
+        }
+    }
+    // At the ceiling the task waits for a busy worker, which looks for tasks before it goes idle.
+    CreateWorkerLocked(false);
+}
+
+void CThreadPool::WorkerMain(void* pool) {
+    if (pool == nullptr) {
+        COREKIT_AbnormalOutput(kPoolThreadWithoutPool, kSource, kArgumentLine);
+        return;
+    }
+    static_cast<CThreadPool*>(pool)->Work();
+    COREKIT_NormalOutput(kPoolThreadEnds, kSource, kEndLine);
+}
+
+void CThreadPool::Work() {
+    const std::shared_ptr<Worker> worker = OwnWorker();
+    while (worker != nullptr && running_) {
+        worker->wake.Wait();
+        if (!running_) {
+            break;
+        }
+        RunTask(TakeTask());
+        GoIdle(*worker);
+    }
+}
+
+std::shared_ptr<CThreadPool::Worker> CThreadPool::OwnWorker() const {
+    const std::lock_guard guard(lock_);
+    const auto found = workers_.find(COREKIT_CurrentThreadID());
+    return found == workers_.end() ? nullptr : found->second;
+}
+
+void CThreadPool::RunTask(const Task& task) {
+    if (task.function == nullptr) {
+        return;
+    }
+    try {
+        task.function(task.argument);
+    } catch (...) {
+        COREKIT_AbnormalOutput("ASSERT", kSource, kThrewLine);
+    }
+}
+
+CThreadPool::Task CThreadPool::TakeTask() {
+    const std::lock_guard guard(lock_);
+    if (tasks_.empty()) {
+        return {};
+    }
+    const Task task = tasks_.front();
+    tasks_.pop_front();
+    return task;
+}
+
+void CThreadPool::GoIdle(Worker& worker) {
+    const std::lock_guard guard(lock_);
+    if (tasks_.empty() && running_) {
+        worker.idle = true;
+        worker.wake.Reset();
+    }
+}
+
+void CThreadPool::Stop() {
+    std::unique_lock guard(lock_);
+    running_ = false;
+    while (!workers_.empty()) {
+        const std::shared_ptr<Worker> worker = workers_.begin()->second;
+        workers_.erase(workers_.begin());
+        worker->wake.Set();
+        guard.unlock();
+        COREKIT_DestroyThread(worker->thread, kSource, kEndLine);
+        guard.lock();
+    }
+    tasks_.clear();
+}
+
+std::size_t CThreadPool::WaitingTasks() const {
+    const std::lock_guard guard(lock_);
+    return tasks_.size();
+}
+
+}  // namespace onvif_client
