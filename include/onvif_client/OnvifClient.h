@@ -130,14 +130,19 @@ ONVIF_CLIENT_API bool ONVIF_CLIENT_Logout(unsigned int loginId);
 /// A device that answers with a SOAP fault has answered: the command's element then holds the
 /// status "fail" with an errorCode and the device's description, and this function returns true.
 ///
+/// The command snapshotURI gives no document but the picture's bytes, without a zero byte behind
+/// them, and ends the request. It returns true when the picture was asked for; none came when the
+/// response is null or the length 0. A picture that the device cut short is shorter than it should
+/// be, and one longer than the device announced is cut.
+///
 /// @param loginId         A login id.
 /// @param request         The request document. Null counts as empty.
 /// @param response        Receives the result in a buffer of the library's, or null. Give it back
 ///                        with ONVIF_CLIENT_DelResponseBuff and nothing else. Not written for an
 ///                        unknown login id; the earlier value is overwritten, not freed.
 /// @param responseLength  Receives the buffer's size in bytes: a result document's length plus one
-///                        for the zero byte that ends it. Not written for an unknown login id. May
-///                        be null.
+///                        for the zero byte that ends it, or a picture's length. Not written for an
+///                        unknown login id. May be null.
 /// @return true when the last command succeeded, and for an unknown login id.
 ONVIF_CLIENT_API bool ONVIF_CLIENT_GetCfg(unsigned int loginId, const char* request,
                                           char*& response, int* responseLength);
@@ -149,7 +154,8 @@ ONVIF_CLIENT_API bool ONVIF_CLIENT_GetCfg(unsigned int loginId, const char* requ
 ///
 /// @param loginId   A login id.
 /// @param request   The request document. Null counts as empty.
-/// @param response  Receives the result document (root "SetResponse") in a buffer that goes back
+/// @param response  Receives the result document (root "SetResponse", or "CreateResponse" and
+///                  "DeleteResponse" for on-screen texts) in a buffer that goes back
 ///                  through ONVIF_CLIENT_DelResponseBuff, or null when the function returns false.
 /// @return false for an unknown login id, when a command failed, and when no command gave a result.
 ONVIF_CLIENT_API bool ONVIF_CLIENT_SetCfg(unsigned int loginId, const char* request,
