@@ -2,6 +2,7 @@
 
 #include <atomic>
 #include <chrono>
+#include <mutex>
 #include <thread>
 #include <vector>
 
@@ -51,8 +52,7 @@ class SnapshotDownload : public testing::Test {
         requests_.clear();
         CScriptedPeer peer([&](CPeerConnection& connection) {
             const std::string request = connection.Read(kShortestRequest);
-            const std::size_t number = requests_.size();
-            requests_.push_back(request);
+            const std::size_t number = Note(request);
             if (number < answers.size()) {
                 for (const std::string& piece : answers[number].pieces) {
                     connection.Send(piece);
@@ -78,9 +78,17 @@ class SnapshotDownload : public testing::Test {
                    : std::string(picture.data.get(), static_cast<std::size_t>(picture.size));
     }
 
+    /// How many requests came before.
+    std::size_t Note(const std::string& request) {
+        const std::lock_guard guard(lock_);
+        requests_.push_back(request);
+        return requests_.size() - 1;
+    }
+
     static constexpr std::size_t kShortestRequest = 60;
     CSleptClock clock_;
     const CScopedClock replaced_{clock_};
+    std::mutex lock_;  // guards requests_ while a peer lives: each connection has its thread
     std::vector<std::string> requests_;  // of one connection after the other
 };
 
