@@ -15,6 +15,7 @@
 #include <boost/asio/steady_timer.hpp>
 
 #include "platform/Corekit.h"
+#include "platform/SocketLayer.h"
 
 namespace onvif_client {
 
@@ -30,18 +31,15 @@ constexpr auto kPauseAfterFailedAccept = std::chrono::milliseconds(100);
 constexpr int kCallbackThrewLine = 34;
 constexpr int kHandlerThrewLine = 35;
 
-thread_local int callbackDepth = 0;
-
 /// Runs a callback of an observer; what it throws ends here.
 template <typename Callback>
 void RunCallback(const Callback& callback) {
-    ++callbackDepth;
+    const CSocketLayer::CCallback running;
     try {
         callback();
     } catch (...) {
         COREKIT_AbnormalOutput("ASSERT", "Wirelink", kCallbackThrewLine);
     }
-    --callbackDepth;
 }
 
 class CReactor : public std::enable_shared_from_this<CReactor> {
@@ -343,10 +341,6 @@ std::shared_ptr<CListener> CListener::Make(const char* address, std::uint16_t po
     } catch (const std::exception&) {
         return nullptr;
     }
-}
-
-bool InLayerCallback() {
-    return callbackDepth > 0;
 }
 
 void StopReactor() {

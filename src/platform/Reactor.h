@@ -46,9 +46,6 @@ class CListener {
     virtual void Stop() = 0;
 };
 
-/// True on a thread that runs a callback of this layer.
-bool InLayerCallback();
-
 /// Ends the background threads; those who wait must have ended before. The next waiter starts new
 /// ones.
 void StopReactor();

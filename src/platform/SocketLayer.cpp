@@ -2,9 +2,13 @@
 
 #include <sys/eventfd.h>
 
-#include "platform/Reactor.h"
-
 namespace onvif_client {
+
+namespace {
+
+thread_local int callbackDepth = 0;
+
+}  // namespace
 
 CSocketLayer& CSocketLayer::Instance() {
     static CSocketLayer layer;
@@ -16,7 +20,7 @@ CSocketLayer::CSocketLayer() : abortDescriptor_(eventfd(0, EFD_CLOEXEC | EFD_NON
 bool CSocketLayer::Start() {
     std::unique_lock guard(lock_);
     // Whoever stops the layer waits for its callbacks, so these must not wait for the stop.
-    changed_.wait(guard, [this] { return !stopping_ || InLayerCallback(); });
+    changed_.wait(guard, [this] { return !stopping_ || callbackDepth > 0; });
     running_ = !stopping_ && abortDescriptor_ >= 0;
     return running_;
 }
@@ -24,7 +28,8 @@ bool CSocketLayer::Start() {
 void CSocketLayer::Stop(const std::function<void()>& cleanUp) {
     std::unique_lock guard(lock_);
     if (!running_) {
-        changed_.wait(guard, [this] { return !stopping_ || InLayerCallback(); });
+        changed_.wait(guard, [this] { return !stopping_ || callbackDepth > 0; });
+        WaitForCallbacks(guard);
         return;
     }
     running_ = false;
@@ -38,6 +43,27 @@ void CSocketLayer::Stop(const std::function<void()>& cleanUp) {
     guard.lock();
     stopping_ = false;
     changed_.notify_all();
+    WaitForCallbacks(guard);
+}
+
+void CSocketLayer::WaitForCallbacks(std::unique_lock<std::mutex>& guard) {
+    changed_.wait(guard, [this] { return callbacks_ == 0 || callbackDepth > 0; });
+}
+
+CSocketLayer::CCallback::CCallback() {
+    ++callbackDepth;
+    CSocketLayer& layer = Instance();
+    const std::lock_guard guard(layer.lock_);
+    ++layer.callbacks_;
+}
+
+CSocketLayer::CCallback::~CCallback() {
+    --callbackDepth;
+    CSocketLayer& layer = Instance();
+    const std::lock_guard guard(layer.lock_);
+    if (--layer.callbacks_ == 0) {
+        layer.changed_.notify_all();
+    }
 }
 
 CSocketLayer::CVisit CSocketLayer::Enter() {

@@ -17,8 +17,8 @@ class CSocketLayer {
     /// @return true when the layer runs afterwards.
     bool Start();
     /// Makes AbortDescriptor readable, waits until nobody is inside, runs @p cleanUp, and leaves
-    /// the layer stopped. A layer that is being stopped already is waited for, unless the caller is
-    /// a callback of the layer: the other stop waits for that one.
+    /// the layer stopped. A layer that is being stopped already is waited for, and so is every
+    /// callback of the layer, unless the caller is one: whoever stops it waits for that one.
     void Stop(const std::function<void()>& cleanUp);
 
     /// Somebody inside; made by Enter.
@@ -37,10 +37,21 @@ class CSocketLayer {
     };
     CVisit Enter();
 
+    /// A callback of the layer, while it runs.
+    class CCallback {
+     public:
+        CCallback();
+        ~CCallback();
+        CCallback(const CCallback&) = delete;
+        CCallback& operator=(const CCallback&) = delete;
+    };
+
     /// Readable from the moment that everybody inside has to leave. Valid while inside.
     int AbortDescriptor() const { return abortDescriptor_; }
 
  private:
+    void WaitForCallbacks(std::unique_lock<std::mutex>& guard);
+
     CSocketLayer();
     ~CSocketLayer() = default;  // threads may still be inside at exit: the descriptor stays open
     CSocketLayer(const CSocketLayer&) = delete;
@@ -52,6 +63,7 @@ class CSocketLayer {
     bool running_ = false;
     bool stopping_ = false;
     unsigned int inside_ = 0;
+    unsigned int callbacks_ = 0;
 };
 
 }  // namespace onvif_client
