@@ -19,9 +19,9 @@ class Snapshots : public testing::Test {
         int length = -1;
         const bool success =
             ONVIF_CLIENT_GetCfg(id, ("<Get>" + commands + "</Get>").c_str(), response, &length);
-        const std::string bytes = success ? std::string(response == nullptr ? "" : response,
-                                                        static_cast<std::size_t>(length))
-                                          : "(failed)";
+        std::string bytes = success ? std::string(response == nullptr ? "" : response,
+                                                  static_cast<std::size_t>(length))
+                                    : "(failed)";
         ONVIF_CLIENT_DelResponseBuff(response);
         return bytes;
     }
