@@ -5,6 +5,7 @@
 #include <array>
 #include <chrono>
 #include <cstdio>
+#include <filesystem>
 #include <fstream>
 #include <thread>
 #include <utility>
@@ -198,6 +199,10 @@ TEST(Onvifctl, PicturesAndStreams) {
                     {snapshot + file + " --index 9", 1, "no picture"},
                     {"stream " + at, 0, "0  Profile_1  MainStream"},
                     {"stream " + at + " --index 9", 1, "failed"}});
+        const std::string folder = OwnFile("pictures");
+        ExpectRuns({{"demo " + at + " --change " + folder, 0, "after.jpg"}});
+        EXPECT_NE(ReadFile(folder + "/before.jpg"), ReadFile(folder + "/after.jpg"));
+        std::filesystem::remove_all(folder);
         camera.Inject("http:snapshot", {.kind = camera_sim::Fault::Kind::kTruncate, .bytes = 2000});
         ExpectRuns({{snapshot + file, 1, ""}});
         EXPECT_EQ(ReadFile(file), picture) << "a failure keeps what was there";

@@ -2,6 +2,7 @@
 #include <algorithm>
 #include <filesystem>
 #include <memory>
+#include <utility>
 
 #include "CommandLine.h"
 #include "NamedItems.h"
@@ -47,7 +48,6 @@ void SavePicture(const Session& session, const std::string& folder, const char* 
 
 /// Turns a dome to its last preset.
 ExitCode GoToAPreset(const Session& session) {
-    Head(session, "Go to a preset");
     const CNamedItems presets(session, kPresetKind);
     if (presets.Items().empty()) {
         session.output.Write("There is none.\n");
@@ -57,9 +57,12 @@ ExitCode GoToAPreset(const Session& session) {
     return Show(session, MakeRequest("Set", {"gotoPreset", "--presetToken", token}), true);
 }
 
+ExitCode MakeItBrighter(const Session& session) {
+    return Show(session, MakeRequest("Set", {"imageSettings", "--brightness", "80"}), true);
+}
+
 /// Writes another text in the place of the first one on the picture, or a new one.
 ExitCode WriteOnThePicture(const Session& session) {
-    Head(session, "Write on the picture");
     const CResultDocument result(SendOrFail(session, MakeRequest("Get", {"osd"})));
     const auto texts = result.Items("osd");
     std::vector<std::string> words = {"createOsd"};
@@ -76,11 +79,21 @@ ExitCode ChangeThePicture(const Session& session, const std::string& folder) {
     std::filesystem::create_directories(folder);
     Head(session, "A picture before");
     SavePicture(session, folder, "before.jpg");
-    ExitCode worst = GoToAPreset(session);
-    Head(session, "Make it brighter");
-    worst = Worse(worst,
-                  Show(session, MakeRequest("Set", {"imageSettings", "--brightness", "80"}), true));
-    worst = Worse(worst, WriteOnThePicture(session));
+    constexpr std::pair<const char*, ExitCode (*)(const Session&)> kSteps[] = {
+        {"Go to a preset", GoToAPreset},
+        {"Make it brighter", MakeItBrighter},
+        {"Write on the picture", WriteOnThePicture},
+    };
+    ExitCode worst = ExitCode::kDone;
+    for (const auto& [heading, step] : kSteps) {
+        Head(session, heading);
+        try {
+            worst = Worse(worst, step(session));
+        } catch (const CFailure& failure) {
+            // What one camera cannot do is no reason not to show the rest.
+            session.output.Write(std::string(failure.what()) + "\n");
+        }
+    }
     Head(session, "A picture afterwards");
     SavePicture(session, folder, "after.jpg");
     return worst;
