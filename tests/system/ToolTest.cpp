@@ -200,7 +200,9 @@ TEST(Onvifctl, PicturesAndStreams) {
                     {"stream " + at, 0, "0  Profile_1  MainStream"},
                     {"stream " + at + " --index 9", 1, "failed"}});
         const std::string folder = OwnFile("pictures");
-        ExpectRuns({{"demo " + at + " --change " + folder, 0, "after.jpg"}});
+        std::string demo = "demo ";
+        demo.append(at).append(" --change ").append(folder);
+        ExpectRuns({{demo, 0, "after.jpg"}});
         EXPECT_NE(ReadFile(folder + "/before.jpg"), ReadFile(folder + "/after.jpg"));
         std::filesystem::remove_all(folder);
         camera.Inject("http:snapshot", {.kind = camera_sim::Fault::Kind::kTruncate, .bytes = 2000});
