@@ -1,3 +1,4 @@
+#include <cstdlib>
 #include <map>
 #include <memory>
 #include <mutex>
@@ -12,6 +13,11 @@ namespace onvif_client {
 
 namespace {
 
+const char* ListenAddress() {
+    const char* chosen = std::getenv("ONVIF_CLIENT_LISTEN_ADDRESS");
+    return chosen == nullptr ? "0.0.0.0" : chosen;
+}
+
 /// The listeners by port.
 class CListenerTable {
  public:
@@ -25,7 +31,7 @@ class CListenerTable {
         if (listeners_.contains(port)) {
             return false;
         }
-        auto listener = CListener::Make("0.0.0.0", port, observer);
+        auto listener = CListener::Make(ListenAddress(), port, observer);
         return listener != nullptr && listeners_.emplace(port, std::move(listener)).second;
     }
 
