@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "platform/Connections.h"
+#include "platform/Immortal.h"
 #include "platform/Reactor.h"
 #include "platform/SocketLayer.h"
 #include "platform/Wirelink.h"
@@ -22,7 +23,7 @@ const char* ListenAddress() {
 class CListenerTable {
  public:
     static CListenerTable& Instance() {
-        static CListenerTable table;
+        static CListenerTable& table = MakeImmortal<CListenerTable>();
         return table;
     }
 
