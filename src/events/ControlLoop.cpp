@@ -29,14 +29,16 @@ void CControlLoop::QueueDueTask(const CDeviceTable::Record& record) {
         return;
     }
     const std::uint32_t now = TickCount();
+    bool queued = false;
     if (record->TakeRenewal(now)) {
-        tasks_.QueueTask(record, DeviceTask::kRenew);
-    } else if (record->ResubscriptionIsDue(CalendarSeconds()) &&
-               tasks_.QueueTask(record, DeviceTask::kResubscribe)) {
-        // Its pull is the next one.
-    } else if (record->TakePull(now)) {
-        tasks_.QueueTask(record, DeviceTask::kPull);
-    } else {
+        queued = tasks_.QueueTask(record, DeviceTask::kRenew);
+    } else if (record->ResubscriptionIsDue(CalendarSeconds())) {
+        queued = tasks_.QueueTask(record, DeviceTask::kResubscribe);
+    }
+    if (!queued && record->TakePull(now)) {
+        queued = tasks_.QueueTask(record, DeviceTask::kPull);
+    }
+    if (!queued) {
         record->Unclaim();
     }
 }

@@ -20,8 +20,8 @@ enum class DeviceTask {
 class ITaskQueue {
  public:
     virtual ~ITaskQueue() = default;
-    /// Takes a record that the caller has claimed; the claim ends with the task.
-    /// @return false when the task cannot run now; the claim has ended.
+    /// Takes a record that the caller has claimed; the claim then ends with the task.
+    /// @return false when the task is not taken: it may be tried again later.
     virtual bool QueueTask(std::shared_ptr<EventDeviceRecord> record, DeviceTask task) = 0;
 };
 

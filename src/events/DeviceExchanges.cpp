@@ -118,8 +118,7 @@ void SendPull(EventDeviceRecord& record, ISessionSource& sessions) {
     record.CloseConnection();
     const HttpRequest request = BuildPullRequest(record, sessions);
     for (int i = 0; i < kConnectionTries && !request.text.empty(); ++i) {
-        const std::uint32_t handle =
-            WIRELINK_AddConnect(0, request.host.c_str(), request.port);
+        const std::uint32_t handle = WIRELINK_AddConnect(0, request.host.c_str(), request.port);
         if (handle == 0 || TryPull(record, handle, request.text)) {
             break;
         }

@@ -69,17 +69,17 @@ std::string CreateDocument(std::string_view callbackAddress) {
 
 std::string PullDocument(const PullPoint& pull) {
     return Document(
-        "Get", Element("pullMessages",
-                       Element("token", Escaped(pull.address)) +
-                           Element("subscriptionId", Escaped(pull.id)) +
-                           Element("subscriptionIdAttribute", Escaped(pull.idAttribute)) +
-                           Element("timeout", Escaped(pull.timeout)) +
-                           Element("messageLimit", std::to_string(pull.messageLimit))));
+        "Get",
+        Element("pullMessages", Element("token", Escaped(pull.address)) +
+                                    Element("subscriptionId", Escaped(pull.id)) +
+                                    Element("subscriptionIdAttribute", Escaped(pull.idAttribute)) +
+                                    Element("timeout", Escaped(pull.timeout)) +
+                                    Element("messageLimit", std::to_string(pull.messageLimit))));
 }
 
 std::string UnsubscribeDocument(std::string_view subscriptionAddress) {
-    return Document("Set", Element("unsubscribe",
-                                   Element("serverAddr", Escaped(subscriptionAddress))));
+    return Document("Set",
+                    Element("unsubscribe", Element("serverAddr", Escaped(subscriptionAddress))));
 }
 
 std::string RenewDocument(std::string_view renewAddress) {

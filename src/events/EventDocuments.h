@@ -1,6 +1,6 @@
 /// @file
-/// The request documents that the alarm side sends, and what it reads in the results. Pure functions
-/// of their arguments; any thread.
+/// The request documents that the alarm side sends, and what it reads in the results. Pure
+/// functions of their arguments; any thread.
 #ifndef ONVIF_CLIENT_EVENTS_EVENTDOCUMENTS_H
 #define ONVIF_CLIENT_EVENTS_EVENTDOCUMENTS_H
 

@@ -46,12 +46,6 @@ std::optional<std::size_t> ParseLength(std::string_view text) {
     return error == std::errc() && parsed == end ? std::optional(length) : std::nullopt;
 }
 
-/// Nothing for a length that cannot be had.
-std::optional<std::size_t> AnnouncedBodySize(std::string_view header) {
-    const auto value = HeaderValue(header, "Content-Length");
-    return value ? ParseLength(*value) : 0;
-}
-
 }  // namespace
 
 MessageState CutMessage(std::string_view buffer, MessageFrame& frame) {
@@ -63,12 +57,14 @@ MessageState CutMessage(std::string_view buffer, MessageFrame& frame) {
                                                    : MessageState::kImpossible;
         }
         const std::size_t headerSize = end + kHeaderEnd.size();
-        const auto bodySize = AnnouncedBodySize(buffer.substr(0, headerSize));
+        const auto announced = HeaderValue(buffer.substr(0, headerSize), "Content-Length");
+        const auto bodySize = announced ? ParseLength(*announced) : 0;
         if (!bodySize || headerSize > kLargestMessage || *bodySize > kLargestMessage - headerSize) {
             return MessageState::kImpossible;
         }
         frame.headerSize = headerSize;
         frame.bodySize = *bodySize;
+        frame.announced = announced.has_value();
     }
     return buffer.size() - frame.headerSize >= frame.bodySize ? MessageState::kComplete
                                                               : MessageState::kIncomplete;

@@ -22,6 +22,7 @@ enum class MessageState {
 struct MessageFrame {
     std::size_t headerSize = 0;  ///< with its blank line; 0: its end is not there yet
     std::size_t bodySize = 0;    ///< as announced by Content-Length; 0 without
+    bool announced = false;      ///< whether there is a Content-Length
     std::size_t searched = 0;    ///< the header does not end before
 };
 
