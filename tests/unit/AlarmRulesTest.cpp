@@ -1,0 +1,200 @@
+#include <gtest/gtest.h>
+
+#include <functional>
+
+#include "events/ControlLoop.h"
+#include "onvif_client/OnvifClient.h"
+#include "platform/Clock.h"
+
+namespace onvif_client {
+namespace {
+
+/// Stands still until it is moved. Starts shortly before the ticks wrap.
+class CStillClock final : public IClock {
+ public:
+    std::uint32_t TickCount() const override { return ticks; }
+    std::int64_t CalendarSeconds() const override { return calendar; }
+    void Sleep(std::uint32_t) const override {}
+
+    std::uint32_t ticks = 0xFFFFFF00U;
+    std::int64_t calendar = 1'700'000'000;
+};
+
+/// Writes down what it hears: "m1 " motion active, "a0 " alarm input inactive.
+class CNotingObserver final : public CONVIFAlarmStateObserver {
+ public:
+    void OnMotionAlarmState(unsigned int loginId, bool state) override {
+        Note('m', loginId, state);
+    }
+    void OnAlarmInState(unsigned int loginId, unsigned int alarmIn, bool state) override {
+        EXPECT_EQ(alarmIn, 1U);
+        Note('a', loginId, state);
+    }
+    std::string Take() { return std::exchange(heard_, ""); }
+
+    std::function<void(unsigned int loginId)> then = [](unsigned int) {};
+
+ private:
+    void Note(char kind, unsigned int loginId, bool state) {
+        heard_ += {kind, state ? '1' : '0', ' '};
+        then(loginId);
+    }
+    std::string heard_;
+};
+
+class CNotedTasks final : public ITaskQueue {
+ public:
+    bool QueueTask(std::shared_ptr<EventDeviceRecord> record, DeviceTask task) override {
+        static constexpr const char* kNames[] = {"pull", "resubscribe", "renew"};
+        if (task == refused) {
+            return false;
+        }
+        noted += kNames[static_cast<int>(task)] + std::to_string(record->LoginId()) + " ";
+        return true;
+    }
+    std::string Take() { return std::exchange(noted, ""); }
+
+    std::optional<DeviceTask> refused;
+    std::string noted;
+};
+
+class CNoSessions final : public ISessionSource {
+ public:
+    CHttpClient* Acquire(std::uint32_t) override { return nullptr; }
+    bool Release(std::uint32_t) override { return false; }
+};
+
+class ControlLoop : public testing::Test {
+ protected:
+    std::shared_ptr<EventDeviceRecord> Add(std::uint32_t loginId) {
+        auto record = std::make_shared<EventDeviceRecord>(sessions_, loginId, &observer_,
+                                                          "http://h/" + std::to_string(loginId));
+        record->MarkSubscribed();
+        devices_.Put(record);
+        return record;
+    }
+    /// What a pass has done @p ticks milliseconds and @p seconds of the calendar later.
+    std::string PassAfter(std::uint32_t ticks, std::int64_t seconds = 0) {
+        clock_.ticks += ticks;
+        clock_.calendar += seconds;
+        loop_.Pass();
+        return tasks_.Take();
+    }
+
+    CStillClock clock_;
+    const CScopedClock scoped_{clock_};
+    CNotingObserver observer_;
+    CNoSessions sessions_;
+    CDeviceTable devices_;
+    CNotedTasks tasks_;
+    CControlLoop loop_{devices_, tasks_};
+};
+
+using Items = std::vector<AlarmItem>;
+constexpr AlarmType kMotion = AlarmType::kMotion;
+constexpr AlarmType kInput = AlarmType::kAlarmInput;
+
+TEST_F(ControlLoop, ObserversHearChangesRepetitionsAndClearing) {
+    const auto record = Add(1);
+    const struct {
+        Items items;
+        std::uint32_t later;
+        const char* heard;
+    } steps[] = {
+        {{{kMotion, false}, {kInput, false}}, 0, ""},
+        {{{kMotion, true}, {kMotion, true}, {AlarmType::kNone, true}}, 0, "m1 "},
+        {{}, 5000, ""},
+        {{}, 1, "m1 "},
+        {{{kInput, true}}, 0, "a1 m1 "},
+        {{{kMotion, true}}, 10, ""},
+        {{}, 5001, "a1 m1 "},
+        {{}, 54989, "a1 m1 "},
+        {{}, 1, "a0 m1 "},  // the input 60001 ms after its item, motion 10 ms younger
+        {{}, 10, "m0 "},
+        {{}, 100000, ""},
+        {{{kMotion, true}, {kInput, true}, {kMotion, false}}, 0, "m1 a1 m0 "},
+    };
+    for (const auto& step : steps) {
+        clock_.ticks += step.later;
+        record->AddPulledItems(step.items);
+        record->PullAtOnce();  // keeps the time-out of pulls out of the way
+        loop_.Pass();
+        record->Unclaim();
+        EXPECT_EQ(observer_.Take(), step.heard) << &step - steps;
+    }
+}
+
+TEST_F(ControlLoop, TasksAreQueuedWhenTheyAreDue) {
+    const auto one = Add(1);
+    const auto two = Add(2);
+    EXPECT_EQ(PassAfter(60000, 99), "");
+    EXPECT_EQ(PassAfter(1), "pull1 pull2 ");
+    EXPECT_EQ(PassAfter(60001), "") << "a pull never runs twice at once";
+    one->Unclaim();
+    one->PullAtOnce();
+    EXPECT_EQ(PassAfter(0), "pull1 ");
+    one->Unclaim();
+    two->Unclaim();
+    EXPECT_EQ(PassAfter(0, 1), "resubscribe1 resubscribe2 ") << "they pull themselves";
+}
+
+TEST_F(ControlLoop, ARefusedResubscriptionDoesNotHoldUpPulls) {
+    const auto record = Add(1);
+    tasks_.refused = DeviceTask::kResubscribe;
+    record->PullAtOnce();
+    EXPECT_EQ(PassAfter(0, 100), "pull1 ");
+    record->Unclaim();
+    EXPECT_EQ(PassAfter(0), "");
+    tasks_.refused.reset();
+    EXPECT_EQ(PassAfter(0), "resubscribe1 ");
+    record->MarkSubscribed();
+    record->Unclaim();
+    EXPECT_EQ(PassAfter(0, 99), "");
+    EXPECT_EQ(PassAfter(0, -3600), "resubscribe1 ") << "the calendar was set back";
+}
+
+TEST_F(ControlLoop, TheFirstSourceSettlesHowMessagesCome) {
+    const Items motion = {{kMotion, true}};
+    const auto pulled = Add(1);
+    pulled->AddNotifiedItems(motion);
+    EXPECT_TRUE(pulled->TakeItems().empty()) << "a device that is pulled from ignores posts";
+
+    const auto posted = Add(2);
+    posted->UseNotifications("http://10.0.0.5/manager");
+    posted->AddNotifiedItems(motion);
+    EXPECT_EQ(posted->TakeItems().size(), 1U);
+    EXPECT_FALSE(posted->Pulls());
+    devices_.Take(1);
+    EXPECT_EQ(PassAfter(592000, 592), "");
+    EXPECT_EQ(PassAfter(1), "renew2 ");
+
+    const auto both = Add(3);
+    both->UseNotifications("http://10.0.0.6/manager");
+    both->AddPulledItems(motion);
+    both->AddNotifiedItems(motion);
+    EXPECT_EQ(both->TakeItems().size(), 1U) << "a pull came first";
+}
+
+TEST_F(ControlLoop, ObserversMayRemoveAndReplaceThemselvesAndOthers) {
+    const auto remove = [this](std::uint32_t loginId) {
+        if (const auto record = devices_.Take(loginId)) {
+            const std::lock_guard visit(record->VisitLock());
+            record->Remove();
+        }
+    };
+    for (std::uint32_t id = 1; id <= 3; ++id) {
+        Add(id)->AddPulledItems(Items{{kMotion, true}, {kInput, true}});
+    }
+    observer_.then = [&](unsigned int id) {
+        if (id == 1) {
+            remove(1);  // hears no more
+            Add(1);
+            remove(2);  // hears nothing at all
+        }
+    };
+    EXPECT_EQ(PassAfter(60001), "pull3 ") << "the new record of 1 is visited in the next pass";
+    EXPECT_EQ(observer_.Take(), "m1 m1 a1 ");
+}
+
+}  // namespace
+}  // namespace onvif_client

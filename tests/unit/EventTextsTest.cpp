@@ -1,0 +1,202 @@
+#include <gtest/gtest.h>
+
+#include "events/CallbackAddress.h"
+#include "events/EventDocuments.h"
+#include "events/EventParse.h"
+#include "events/NotifyDelivery.h"
+#include "platform/Clock.h"
+
+namespace onvif_client {
+namespace {
+
+TEST(EventDocuments, AreTheRequestsOfTheLanguage) {
+    const std::string start = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>";
+    EXPECT_EQ(CreateDocument("http://h:6699/subscription_0"),
+              start +
+                  "<Set version=\"1.0\" systemType=\"ipc\"><createPullPointSubscription><timeout>"
+                  "PT600S</timeout><to>http://h:6699/subscription_0</to>"
+                  "</createPullPointSubscription></Set>");
+    EXPECT_EQ(PullDocument({"http://h/s?a=1&b=<2>", "7", "urn:x", "PT30S", 100}),
+              start +
+                  "<Get version=\"1.0\" systemType=\"ipc\"><pullMessages><token>"
+                  "http://h/s?a=1&amp;b=&lt;2&gt;</token><subscriptionId>7</subscriptionId>"
+                  "<subscriptionIdAttribute>urn:x</subscriptionIdAttribute><timeout>PT30S</timeout>"
+                  "<messageLimit>100</messageLimit></pullMessages></Get>");
+    EXPECT_EQ(UnsubscribeDocument("http://h/s"),
+              start +
+                  "<Set version=\"1.0\" systemType=\"ipc\"><unsubscribe><serverAddr>http://h/s"
+                  "</serverAddr></unsubscribe></Set>");
+    EXPECT_EQ(RenewDocument("http://h/s"),
+              start +
+                  "<Set version=\"1.0\" systemType=\"ipc\"><renew><serverAddr>http://h/s"
+                  "</serverAddr><timeout>PT1M</timeout></renew></Set>");
+}
+
+TEST(CallbackAddress, IsTheOneThatTheDeviceMostLikelyReaches) {
+    const std::vector<std::string> local = {"192.168.1.5", "10.0.0.5", "10.0.0.6"};
+    const std::pair<const char*, const char*> cases[] = {{"192.168.1.64", "192.168.1.5"},
+                                                         {"10.0.0.64", "10.0.0.6"},
+                                                         {"10.0.1.1", "10.0.0.5"},
+                                                         {"2.3.4.5", "192.168.1.5"},
+                                                         {"", "192.168.1.5"}};
+    for (const auto& [device, closest] : cases) {
+        EXPECT_EQ(ClosestAddress(local, device), closest) << device;
+    }
+    EXPECT_EQ(CallbackAddress("10.0.0.5", 6699, 3), "http://10.0.0.5:6699/subscription_3");
+}
+
+/// One session for every login id but 0.
+class COneSession final : public ISessionSource {
+ public:
+    CHttpClient* Acquire(std::uint32_t loginId) override {
+        return loginId == 0 ? nullptr : &session_;
+    }
+    bool Release(std::uint32_t) override { return true; }
+
+ private:
+    CHttpClient session_{"", "", "127.0.0.1", 80};
+};
+
+std::string Message(const std::string& topic, const std::string& items) {
+    return "<wsnt:NotificationMessage><wsnt:Topic>" + topic +
+           "</wsnt:Topic><wsnt:Message><tt:Message>" + items +
+           "</tt:Message></wsnt:Message></wsnt:NotificationMessage>";
+}
+
+std::string Soap(const std::string& body) {
+    return "<?xml version=\"1.0\"?><env:Envelope xmlns:env=\"http://www.w3.org/2003/05/"
+           "soap-envelope\"><env:Body>" +
+           body + "</env:Body></env:Envelope>";
+}
+
+std::string Http(const std::string& body, const std::string& lengthName = "Content-Length") {
+    return "HTTP/1.1 200 OK\r\n" + lengthName + ": " + std::to_string(body.size()) + "\r\n\r\n" +
+           body;
+}
+
+const std::string kReply =
+    Soap("<x:PullMessagesResponse>" +
+         Message("tns1:RuleEngine/CellMotionDetector/Motion",
+                 "<tt:Data><tt:SimpleItem Name=\"IsMotion\" Value=\"true\"/></tt:Data>") +
+         Message("tns1:Device/Trigger/Relay",
+                 "<tt:Key><tt:SimpleItem Name=\"K\" Value=\"false\"/></tt:Key>"
+                 "<tt:Data><tt:SimpleItem Name=\"L\" Value=\"true\"/></tt:Data>") +
+         "</x:PullMessagesResponse>");
+
+/// What a record's parser made of a reply: "1+" motion active, "2-" alarm input inactive, "." the
+/// reply is complete.
+class CFedParser {
+ public:
+    explicit CFedParser(std::uint32_t loginId = 1) : record_(sessions_, loginId, nullptr, "") {}
+
+    std::string Feed(std::string_view block) {
+        std::uint32_t wanted = 7;
+        const auto length = static_cast<std::uint32_t>(block.size());
+        EXPECT_EQ(record_.Parser().OnData(1, block.data(), length, &wanted), length);
+        EXPECT_EQ(wanted, 0U);
+        std::string made;
+        for (const AlarmItem& item : record_.TakeItems()) {
+            made += std::to_string(static_cast<int>(item.type)) + (item.state ? "+" : "-");
+        }
+        return made + (record_.TakePull(TickCount()) ? "." : "");
+    }
+    EventDeviceRecord& Record() { return record_; }
+
+ private:
+    COneSession sessions_;
+    EventDeviceRecord record_;
+};
+
+TEST(EventParse, AReplyIsHandledOnceItIsComplete) {
+    const std::string reply = Http(kReply);
+    for (std::size_t split = 1; split < reply.size(); ++split) {
+        CFedParser parser;
+        ASSERT_EQ(parser.Feed(reply.substr(0, split)), "") << split;
+        ASSERT_EQ(parser.Feed(reply.substr(split)), "1+2-.") << split;
+        ASSERT_EQ(parser.Feed(reply), "") << "ignored until the reset";
+        parser.Record().CloseConnection();
+        ASSERT_EQ(parser.Feed(reply), "1+2-.");
+    }
+}
+
+TEST(EventParse, RepliesOfEveryKindLeadOn) {
+    const std::string tooLong(CEventParse::kCapacity - 100, ' ');
+    const struct {
+        std::string reply;
+        const char* made;
+    } cases[] = {
+        {Http(kReply, "Content-length"), "1+2-."},
+        {Http(kReply, "X"), ""},
+        {Http(kReply + tooLong), ""},
+        {"HTTP/1.1 200 OK\r\nContent-Length: -1\r\n\r\n" + kReply, ""},
+        {"HTTP/1.1 200 OK\r\nContent-Length: 0\r\n\r\n", "."},
+        {Http("no document"), "."},
+        {"HTTP/1.1 400 Bad Request\r\nContent-Length: 0\r\n\r\n", "."},
+        {Http(Soap("<x:PullMessagesResponse/>")), "."},
+        {Http(Soap("<x:PullMessagesResponse>" + Message("tns1:Other", "") +
+                   "</x:PullMessagesResponse>")),
+         "0-."},
+    };
+    for (const auto& each : cases) {
+        CFedParser parser;
+        EXPECT_EQ(parser.Feed(each.reply), each.made) << each.reply.substr(0, 80);
+    }
+    CFedParser unknownSession(0);
+    EXPECT_EQ(unknownSession.Feed(Http(kReply)), ".");
+}
+
+TEST(EventParse, TheNextPullKeepsToTheDevicesLimits) {
+    CFedParser parser;
+    const std::string fault =
+        "<env:Fault><env:Detail><e:PullMessagesFaultResponse xmlns:e=\"http://www.onvif.org/ver10/"
+        "events/wsdl\"><e:MaxTimeout>PT30S</e:MaxTimeout><e:MaxMessageLimit>100"
+        "</e:MaxMessageLimit></e:PullMessagesFaultResponse></env:Detail></env:Fault>";
+    EXPECT_EQ(parser.Record().Pull().messageLimit, 1024);
+    EXPECT_EQ(parser.Feed(Http(Soap(fault))), ".");
+    EXPECT_EQ(parser.Record().Pull().messageLimit, 100);
+    EXPECT_EQ(parser.Record().Pull().timeout, "PT30S");
+}
+
+TEST(NotifyDelivery, PostsReachTheDeviceThatTheyAreAbout) {
+    const auto notify = [](const char* to, const char* reference) {
+        return std::string("<s:Envelope><s:Header><ad:To>") + to +
+               "</ad:To></s:Header><s:Body><wsn:Notify><wsn:NotificationMessage>"
+               "<wsn:SubscriptionReference><ad:Address>" +
+               reference +
+               "</ad:Address></wsn:SubscriptionReference><wsn:Topic>tns1:MotionAlarm</wsn:Topic>"
+               "<wsn:Message><tt:Message><tt:Data><tt:SimpleItem Value=\"1\"/></tt:Data>"
+               "</tt:Message></wsn:Message></wsn:NotificationMessage></wsn:Notify></s:Body>"
+               "</s:Envelope>";
+    };
+    COneSession sessions;
+    CDeviceTable devices;
+    std::shared_ptr<EventDeviceRecord> records[3];
+    for (std::uint32_t id = 0; id < 3; ++id) {
+        records[id] = std::make_shared<EventDeviceRecord>(sessions, id, nullptr,
+                                                          "http://h/" + std::to_string(id));
+        devices.Put(records[id]);
+    }
+    records[1]->UseNotifications("http://10.0.0.5/manager");
+    records[2]->UseNotifications("http://10.0.0.6:8000/manager");
+    CNotifyDelivery delivery(devices);
+    const struct {
+        std::string body;
+        int receiver;  // -1: none
+    } cases[] = {
+        {notify("http://h/1", ""), 1},
+        {notify("http://h/2", "http://10.0.0.5/x"), 2},
+        {notify("http://other", "http://10.0.0.6:8000/x"), 2},
+        {notify("http://h/0", ""), -1},  // is pulled from
+        {notify("http://other", ""), -1},
+        {"garbage", -1},
+    };
+    for (const auto& each : cases) {
+        delivery.OnNotify(each.body);
+        for (int id = 0; id < 3; ++id) {
+            EXPECT_EQ(records[id]->TakeItems().size(), id == each.receiver ? 1U : 0U) << each.body;
+        }
+    }
+}
+
+}  // namespace
+}  // namespace onvif_client
