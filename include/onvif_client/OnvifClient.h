@@ -21,14 +21,20 @@
 /// @endcode
 ///
 /// Threads: ONVIF_CLIENT_Initial and ONVIF_CLIENT_Quit are called from one thread, not at the same
-/// time as each other. Every other function may be called from any number of threads at once; a
-/// call runs wholly on its calling thread, network traffic included, and is bounded in time: an
-/// exchange with a device ends after 8 seconds at the latest (2.5 seconds for the service search of
-/// a login). Most commands make one or two exchanges, some one or two for every profile that they
-/// name; a picture is given up after about ten seconds without data.
+/// time as each other. Every other function may be called from any number of threads at once, and
+/// all of them from inside the callbacks of an alarm observer. A call runs wholly on its calling
+/// thread, network traffic included, and is bounded in time: an exchange with a device ends after 8
+/// seconds at the latest (2.5 seconds for the service search of a login). Most commands make one or
+/// two exchanges, some one or two for every profile that they name; a picture is given up after
+/// about ten seconds without data.
 ///
 /// Errors are return values; no exception leaves the library. Texts are UTF-8 and end in a zero
 /// byte. A null pointer is never dereferenced.
+///
+/// Alarms: a CONVIFAlarmStateObserver hears of motion and of a device's alarm inputs. For devices
+/// that post notifications the library listens on TCP port 6699 while it is started, on all
+/// addresses or on the one that the environment variable ONVIF_CLIENT_LISTEN_ADDRESS names (dotted
+/// IPv4). The observers need no port: the library pulls for messages.
 ///
 /// Diagnostics: the library logs to standard error. The environment variable ONVIF_CLIENT_LOG
 /// chooses what ("off", "error", "info"; "info" when it is not set), ONVIF_CLIENT_LOG_FILE names a
@@ -71,9 +77,19 @@ enum ONVIF_CLIENT_ErrorCode {
 /// The application's ear for alarm states. Derive from it and register an object with
 /// ONVIF_CLIENT_AddAlarmStateObserver.
 ///
+/// What is told: every state that differs from the last one told (inactive at first), in the
+/// device's order. An active state that the device does not confirm is told again and again, about
+/// a hundred times a second, from the sixth second on, and told as inactive after a minute. A state
+/// counts as active when the device says "true", "TRUE" or "1".
+///
+/// All callbacks of all observers run on one thread of the library's, one after the other: one that
+/// takes long delays the others. They may call every function of this library; ONVIF_CLIENT_Quit
+/// then makes that callback the last one. They should throw nothing (what they throw is logged and
+/// dropped).
+///
 /// The library stores the pointer and never owns or deletes the object: it must outlive its
 /// registration, which ends with ONVIF_CLIENT_DelAlarmStateObserver for the same login id or with
-/// the registration of another observer for it. The callbacks may throw nothing.
+/// the registration of another observer for it.
 class CONVIFAlarmStateObserver {
  public:
     virtual ~CONVIFAlarmStateObserver() {}
@@ -81,7 +97,8 @@ class CONVIFAlarmStateObserver {
     /// Motion on the device began (@p state true) or ended.
     virtual void OnMotionAlarmState(unsigned int loginId, bool state) = 0;
 
-    /// Alarm input number @p alarmIn of the device became active (@p state true) or inactive.
+    /// An alarm input of the device became active (@p state true) or inactive. The inputs of a
+    /// device are not told apart: @p alarmIn is always 1. Relays count as well.
     virtual void OnAlarmInState(unsigned int loginId, unsigned int alarmIn, bool state) = 0;
 };
 
@@ -91,7 +108,9 @@ class CONVIFAlarmStateObserver {
 ONVIF_CLIENT_API bool ONVIF_CLIENT_Initial();
 
 /// Stop the library. Exchanges that run on other threads are broken off and fail; every exchange
-/// after it fails at once until the next ONVIF_CLIENT_Initial. Sessions stay logged in.
+/// after it fails at once until the next ONVIF_CLIENT_Initial. Sessions stay logged in and
+/// observers registered, but none is called any more once this has returned; a callback that runs
+/// is waited for. A process may end without it.
 /// @return true always.
 ONVIF_CLIENT_API bool ONVIF_CLIENT_Quit();
 
@@ -165,12 +184,20 @@ ONVIF_CLIENT_API bool ONVIF_CLIENT_SetCfg(unsigned int loginId, const char* requ
 /// null pointer is ignored.
 ONVIF_CLIENT_API void ONVIF_CLIENT_DelResponseBuff(char*& buffer);
 
-/// Register the alarm observer of a device. This version stores no observer and calls none.
+/// Register the alarm observer of a device, in the place of an earlier one.
+///
+/// Subscribes at the device before it returns, which takes an exchange (and up to two seconds more
+/// where the device does not let itself be connected to). A device that does not answer, and a
+/// login id that is unknown yet, are tried again every 100 seconds. The observer may be called
+/// before this has returned.
 /// @return true always, also for an unknown id or a null observer.
 ONVIF_CLIENT_API bool ONVIF_CLIENT_AddAlarmStateObserver(unsigned int loginId,
                                                          CONVIFAlarmStateObserver* observer);
 
-/// Remove the alarm observer of a device. An id without an observer is ignored.
+/// Remove the alarm observer of a device. It is not called any more once this has returned: a
+/// callback of the same login id that runs on the library's thread is waited for, so do not hold a
+/// lock here that the callback takes. An id without an observer is ignored. A line with the time
+/// that it took goes to standard output.
 ONVIF_CLIENT_API void ONVIF_CLIENT_DelAlarmStateObserver(unsigned int loginId);
 
 /// Device discovery is not part of this library; its functions stand here for applications that
