@@ -62,6 +62,7 @@ void AddRequestCommands(CLI::App& app, CommandLine& line);
 void AddMediaCommands(CLI::App& app, CommandLine& line);
 void AddPtzCommands(CLI::App& app, CommandLine& line);
 void AddImageCommands(CLI::App& app, CommandLine& line);
+void AddWatch(CLI::App& app, CommandLine& line);
 void AddDemo(CLI::App& app, CommandLine& line);
 
 /// The stream addresses of all profiles, a line each.
