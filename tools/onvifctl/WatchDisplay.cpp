@@ -65,7 +65,7 @@ std::string Padded(std::string text, std::size_t width) {
 void TellWhatWentWrong(const AlarmNews& news) {
     for (const LoginOutcome& login : news.logins) {
         if (login.failure) {
-            Tell(login.failure->what());
+            Tell(Printable(login.failure->what()));
         }
     }
     if (news.lost > 0) {
