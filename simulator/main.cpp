@@ -89,6 +89,10 @@ void AddOptions(CLI::App& app, Arguments& arguments) {
     app.add_option("--unauthorized-status", camera.unauthorizedStatus, "400 or 401")
         ->check(CLI::IsMember({400, 401}))
         ->capture_default_str();
+    app.add_option("--sender-fault-status", camera.senderFaultStatus,
+                   "HTTP status of other faults of the sender: 400 or 500")
+        ->check(CLI::IsMember({400, 500}))
+        ->capture_default_str();
     app.add_option("--prefix-style", camera.prefixStyle, "namespace prefixes of answers")
         ->check(CLI::IsMember(camera_sim::PrefixStyleNames()))
         ->capture_default_str();

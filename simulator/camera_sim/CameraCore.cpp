@@ -165,7 +165,7 @@ Answer CameraCore::RunLocked(const Understood& request, XmlWriter& out,
 Reply CameraCore::FaultReply(const SoapFault& fault, bool xmlProlog) const {
     XmlWriter out(style_, options_.prettyXml);
     WriteFault(out, fault);
-    unsigned status = fault.code == "Receiver" ? 500 : 400;
+    unsigned status = fault.code == "Receiver" ? 500 : options_.senderFaultStatus;
     if (fault.subcode == "NotAuthorized") status = options_.unauthorizedStatus;
     return HttpReply(status, kSoapType, out.Envelope(xmlProlog));
 }

@@ -62,6 +62,7 @@ struct CameraOptions {
     std::chrono::seconds createdWindow{300};  ///< how far Created may be from the camera's time
     bool refuseReplays = true;                ///< a second use of a nonce is refused
     unsigned unauthorizedStatus = 400;        ///< HTTP status beside NotAuthorized: 400 or 401
+    unsigned senderFaultStatus = 400;  ///< HTTP status of other faults of the sender: 400 or 500
 
     /// Namespace prefixes of answers, one of PrefixStyleNames().
     std::string prefixStyle = "SOAP-ENV";

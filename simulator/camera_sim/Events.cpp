@@ -84,14 +84,22 @@ Answer CreatePullPointSubscription(Call& call) {
     return Create(call, std::nullopt);
 }
 
-/// The subscription that a request is for, or null.
+/// What follows the last "/subscription/" of a path or address.
+std::string_view NumberIn(std::string_view address) {
+    const auto at = address.rfind(kSubscriptionPath);
+    const auto number = at == std::string_view::npos ? at : at + kSubscriptionPath.size() + 1;
+    return number < address.size() ? address.substr(number) : std::string_view();
+}
+
+/// The subscription that a request is for, or null. One that is posted to the event service itself
+/// says so by the header To.
 Subscription* FindSubscription(const Call& call) {
     std::string_view text;
     if (call.options.subscriptionStyle == "id") {
         text = ChildText(call.header, "SubscriptionId");
-    } else if (call.path.starts_with(kSubscriptionPath) &&
-               call.path.size() > kSubscriptionPath.size()) {
-        text = call.path.substr(kSubscriptionPath.size() + 1);
+    } else {
+        const bool own = call.path.starts_with(kSubscriptionPath);
+        text = NumberIn(own ? call.path : ChildText(call.header, "To"));
     }
     const auto id = ToInt(text);
     return id && *id > 0 ? call.events.Find(static_cast<std::uint64_t>(*id)) : nullptr;

@@ -1,7 +1,6 @@
 #include "api/HttpClientManager.h"
 
 #include "common/LogText.h"
-#include "events/EventController.h"
 #include "platform/Clock.h"
 
 namespace onvif_client {
@@ -10,33 +9,7 @@ namespace {
 
 constexpr int kLoginTimeLine = 75;
 
-/// A session in use by a request.
-class CSessionReference {
- public:
-    CSessionReference(CHttpClientManager& registry, std::uint32_t loginId)
-        : registry_(registry), loginId_(loginId), session_(registry.Acquire(loginId)) {}
-    ~CSessionReference() {
-        if (session_ != nullptr) {
-            registry_.Release(loginId_);
-        }
-    }
-    CSessionReference(const CSessionReference&) = delete;
-    CSessionReference& operator=(const CSessionReference&) = delete;
-
-    CHttpClient* Session() const { return session_; }
-
- private:
-    CHttpClientManager& registry_;
-    std::uint32_t loginId_;
-    CHttpClient* session_;
-};
-
 }  // namespace
-
-CHttpClientManager& CHttpClientManager::Instance() {
-    static CHttpClientManager registry;
-    return registry;
-}
 
 std::uint32_t CHttpClientManager::Login(std::uint32_t loginId, const char* ip, std::uint16_t port,
                                         const char* user, const char* password,
@@ -124,17 +97,9 @@ std::unique_ptr<CHttpClient> CHttpClientManager::ReleaseLocked(SessionMap::itera
     return last;
 }
 
-bool CHttpClientManager::AddAlarmObserver(std::uint32_t loginId,
-                                          CONVIFAlarmStateObserver* observer) {
-    std::string deviceAddress;
-    {
-        const std::lock_guard guard(lock_);
-        const auto entry = sessions_.find(loginId);
-        if (entry != sessions_.end()) {
-            deviceAddress = entry->second.session->DeviceAddress();
-        }
-    }
-    return EventController().AddDevice(loginId, observer, deviceAddress);
+std::string CHttpClientManager::DeviceAddress(std::uint32_t loginId) {
+    const CSessionReference reference(*this, loginId);
+    return reference.Session() == nullptr ? "" : reference.Session()->DeviceAddress();
 }
 
 }  // namespace onvif_client

@@ -15,9 +15,7 @@
 #include <string>
 #include <string_view>
 
-#include "client/HttpClient.h"
-
-class CONVIFAlarmStateObserver;
+#include "events/SessionSource.h"
 
 namespace onvif_client {
 
@@ -25,10 +23,8 @@ namespace onvif_client {
 constexpr std::uint32_t kNoLoginId = 0xFFFFFFFFU;
 
 /// All operations may be called from any thread.
-class CHttpClientManager {
+class CHttpClientManager final : public ISessionSource {
  public:
-    static CHttpClientManager& Instance();
-
     /// With kNoLoginId: logs in to a device and registers the session. With any other id: tells
     /// whether that id is registered, without traffic and without writing @p errorCode.
     /// @return the login id; kNoLoginId on failure and for a null address, user or password.
@@ -45,14 +41,12 @@ class CHttpClientManager {
     /// Runs a Set request. An unknown id gives true and no result.
     bool Set(std::uint32_t loginId, std::string_view request, std::string& result);
 
-    /// The session with one more reference, which the caller gives back with Release; null for an
-    /// unknown id.
-    CHttpClient* Acquire(std::uint32_t loginId);
-    /// @return false for an unknown id.
-    bool Release(std::uint32_t loginId);
+    // ISessionSource
+    CHttpClient* Acquire(std::uint32_t loginId) override;
+    bool Release(std::uint32_t loginId) override;
 
-    /// Hands the observer to the event controller together with the device's address.
-    bool AddAlarmObserver(std::uint32_t loginId, CONVIFAlarmStateObserver* observer);
+    /// The address of a session's device; empty for an unknown id.
+    std::string DeviceAddress(std::uint32_t loginId);
 
  private:
     struct Entry {
@@ -60,8 +54,6 @@ class CHttpClientManager {
         bool loggedOut = false;  // the registry's own reference has been given back
     };
     using SessionMap = std::map<std::uint32_t, Entry>;
-
-    CHttpClientManager() = default;
 
     /// Gives one reference back. @return the session when it was the last one, for the caller to
     /// destroy without the lock.

@@ -3,14 +3,14 @@
 #include <cstring>
 #include <string>
 
-#include "api/HttpClientManager.h"
-#include "events/EventController.h"
+#include "api/Singletons.h"
 #include "platform/Corekit.h"
 #include "platform/Wirelink.h"
 
 namespace {
 
-using onvif_client::CHttpClientManager;
+using onvif_client::EventController;
+using onvif_client::SessionRegistry;
 
 constexpr int kExceptionLine = 41;
 
@@ -34,8 +34,8 @@ std::string TextOf(const char* text) {
 bool ONVIF_CLIENT_Initial() {
     return Guarded(true, [] {
         onvif_client::WIRELINK_Initial(1, 1, nullptr, 8989);
-        CHttpClientManager::Instance();
-        onvif_client::EventController().Start();
+        SessionRegistry();
+        EventController().Start();
         return true;
     });
 }
@@ -43,8 +43,8 @@ bool ONVIF_CLIENT_Initial() {
 bool ONVIF_CLIENT_Quit() {
     return Guarded(true, [] {
         onvif_client::WIRELINK_Quit();
-        CHttpClientManager::Instance();
-        onvif_client::EventController().Stop();
+        SessionRegistry();
+        EventController().Stop();
         return true;
     });
 }
@@ -53,14 +53,14 @@ unsigned int ONVIF_CLIENT_Login(unsigned int loginId, const char* ip, unsigned s
                                 const char* user, const char* password, unsigned int* errorCode) {
     return Guarded(onvif_client::kNoLoginId, [&] {
         unsigned int ignored = 0;
-        return CHttpClientManager::Instance().Login(loginId, ip, port, user, password,
-                                                    errorCode == nullptr ? ignored : *errorCode);
+        return SessionRegistry().Login(loginId, ip, port, user, password,
+                                       errorCode == nullptr ? ignored : *errorCode);
     });
 }
 
 bool ONVIF_CLIENT_Logout(unsigned int loginId) {
     return Guarded(true, [&] {
-        CHttpClientManager::Instance().Logout(loginId);
+        SessionRegistry().Logout(loginId);
         return true;
     });
 }
@@ -69,9 +69,8 @@ bool ONVIF_CLIENT_GetCfg(unsigned int loginId, const char* request, char*& respo
                          int* responseLength) {
     return Guarded(false, [&] {
         int ignored = 0;
-        return CHttpClientManager::Instance().Get(
-            loginId, TextOf(request), response,
-            responseLength == nullptr ? ignored : *responseLength);
+        return SessionRegistry().Get(loginId, TextOf(request), response,
+                                     responseLength == nullptr ? ignored : *responseLength);
     });
 }
 
@@ -79,7 +78,7 @@ bool ONVIF_CLIENT_SetCfg(unsigned int loginId, const char* request, char*& respo
     response = nullptr;
     return Guarded(false, [&] {
         std::string result;
-        const bool success = CHttpClientManager::Instance().Set(loginId, TextOf(request), result);
+        const bool success = SessionRegistry().Set(loginId, TextOf(request), result);
         if (!success || result.empty()) {
             return false;
         }
@@ -97,15 +96,15 @@ void ONVIF_CLIENT_DelResponseBuff(char*& buffer) {
 
 bool ONVIF_CLIENT_AddAlarmStateObserver(unsigned int loginId, CONVIFAlarmStateObserver* observer) {
     return Guarded(true, [&] {
-        CHttpClientManager::Instance().AddAlarmObserver(loginId, observer);
+        EventController().AddDevice(loginId, observer, SessionRegistry().DeviceAddress(loginId));
         return true;
     });
 }
 
 void ONVIF_CLIENT_DelAlarmStateObserver(unsigned int loginId) {
     Guarded(true, [&] {
-        CHttpClientManager::Instance();
-        onvif_client::EventController().DeleteDevice(loginId);
+        SessionRegistry();
+        EventController().DeleteDevice(loginId);
         return true;
     });
 }

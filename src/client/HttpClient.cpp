@@ -8,6 +8,7 @@
 #include "commands/GetCmd.h"
 #include "platform/Corekit.h"
 #include "platform/Wirelink.h"
+#include "transform/EventResults.h"
 #include "transform/TimeResults.h"
 
 namespace onvif_client {
@@ -92,8 +93,8 @@ bool CHttpClient::HasMedia2() const {
 }
 
 Reply CHttpClient::Exchange(const SignedRequest& request) {
-    const std::string path = ResolvePath(request.serviceKey);
-    const Target target{path, request.replyCapacity};
+    const std::string path = request.path.empty() ? ResolvePath(request.serviceKey) : request.path;
+    const Target target{path, request.replyCapacity, request.timeoutMs};
     if (request.clock == SigningClock::kDevice) {
         // A failed fetch is not looked at: the device then refuses the creation time.
         std::string deviceTime;
@@ -101,6 +102,26 @@ Reply CHttpClient::Exchange(const SignedRequest& request) {
         return PostSignedByDeviceClock(target, request.envelope, deviceTime);
     }
     return PostSigned(target, request.envelope);
+}
+
+std::string CHttpClient::BuildHttpRequest(std::string_view request) {
+    const auto first = FirstRequest(*this, request);
+    const auto body = first ? Sign(first->envelope) : std::nullopt;
+    if (!body) {
+        return {};
+    }
+    return BuildPost(first->path.empty() ? ResolvePath(first->serviceKey) : first->path, ip_,
+                     *body);
+}
+
+std::string CHttpClient::ReadPullReply(std::string_view reply) const {
+    std::string result;
+    std::string_view soap;
+    reply = reply.substr(0, reply.find('\0'));
+    if (ClassifyReply(ip_, port_, reply, soap) == status::kSuccess) {
+        BuildResult(kPullMessagesResult, soap, {}, result);
+    }
+    return result;
 }
 
 int CHttpClient::DownloadPicture(const std::string& address, ResponseBuffer& picture) {
@@ -129,12 +150,17 @@ Reply CHttpClient::Post(const Target& target, std::string_view body) const {
     return reply;
 }
 
-Reply CHttpClient::PostSigned(const Target& target, std::string_view envelope) const {
+std::optional<std::string> CHttpClient::Sign(std::string_view envelope) const {
     CXmlTransform document(envelope);
     if (!AddSecurityHeader(credentials_, document)) {
-        return {status::kNotSent, {}};
+        return std::nullopt;
     }
-    return Post(target, document.Document().Print());
+    return document.Document().Print();
+}
+
+Reply CHttpClient::PostSigned(const Target& target, std::string_view envelope) const {
+    const auto body = Sign(envelope);
+    return body ? Post(target, *body) : Reply{status::kNotSent, {}};
 }
 
 Reply CHttpClient::PostSignedByDeviceClock(const Target& target, std::string_view envelope,

@@ -45,6 +45,14 @@ class CHttpClient final : public ICommandSession {
     /// @return false when a command failed.
     bool Set(std::string_view request, std::string& result);
 
+    /// The HTTP request, signed, of the first command of a Get request document, for whoever sends
+    /// it over a connection of its own. Empty when there is nothing to send.
+    std::string BuildHttpRequest(std::string_view request);
+
+    /// The result document of a pull for messages whose HTTP reply came over another connection;
+    /// empty when the reply is none.
+    std::string ReadPullReply(std::string_view reply) const;
+
     /// @return the new count.
     int AddReference();
     /// Gives a reference back; the caller that brings the count to 0 destroys the session. A count
@@ -53,6 +61,7 @@ class CHttpClient final : public ICommandSession {
     int ReleaseReference();
 
     const std::string& DeviceAddress() const { return ip_; }
+    std::uint16_t Port() const { return port_; }
     /// True once a login has succeeded.
     bool LoggedIn() const { return loggedIn_; }
     /// What the device said of its event service at login.
@@ -77,6 +86,8 @@ class CHttpClient final : public ICommandSession {
 
     // HttpClient.cpp: exchanges
     Reply Post(const Target& target, std::string_view body) const;
+    /// The envelope with its security header filled; nothing when that fails.
+    std::optional<std::string> Sign(std::string_view envelope) const;
     Reply PostSigned(const Target& target, std::string_view envelope) const;
     /// @param deviceTime  what FetchDeviceClock gave.
     Reply PostSignedByDeviceClock(const Target& target, std::string_view envelope,

@@ -162,8 +162,7 @@ int CHttpClient::ReadOptions() {
     const MediaProfile& first = profiles->front();
     const ServiceTable services = Services();
     if (services.contains("ptz") && !first.ptzConfigurationToken.empty()) {
-        const Reply reply = Exchange(
-            {BuildGetPtzOptions(first.ptzConfigurationToken), "ptz", kOrdinaryReplyCapacity});
+        const Reply reply = Exchange({BuildGetPtzOptions(first.ptzConfigurationToken), "ptz"});
         if (reply.status == status::kNoReply) {
             return reply.status;
         }
@@ -172,8 +171,7 @@ int CHttpClient::ReadOptions() {
         }
     }
     if (services.contains("imaging") && !first.videoSourceToken.empty()) {
-        const Reply reply = Exchange(
-            {BuildGetMoveOptions(first.videoSourceToken), "imaging", kOrdinaryReplyCapacity});
+        const Reply reply = Exchange({BuildGetMoveOptions(first.videoSourceToken), "imaging"});
         if (reply.status == status::kSuccess) {
             ReadFocusSpeedRange(reply.soap, focusSpeedRange_.emplace());
         }

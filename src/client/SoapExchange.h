@@ -13,8 +13,7 @@ namespace onvif_client {
 /// Ends a reply: its length header is not looked at.
 constexpr const char* kReplyEndMarker = ":Envelope>";
 
-/// The default time-out of an exchange, in milliseconds, and that of a login's service search.
-constexpr std::uint32_t kExchangeTimeoutMs = 8000;
+/// The time-out of a login's service search, in milliseconds.
 constexpr std::uint32_t kDiscoveryTimeoutMs = 2500;
 
 /// The path that a device without any better knowledge is addressed by.

@@ -24,12 +24,17 @@ enum class SigningClock {
 /// Bytes that are enough for the replies of most operations.
 constexpr std::uint32_t kOrdinaryReplyCapacity = 8192;
 
+/// The default time-out of an exchange, in milliseconds.
+constexpr std::uint32_t kExchangeTimeoutMs = 8000;
+
 /// The request of one exchange.
 struct SignedRequest {
-    std::string_view envelope;    // with an empty security header
-    std::string_view serviceKey;  // which service of the device
-    std::uint32_t replyCapacity;  // bytes; a longer reply is cut
+    std::string envelope;                                  // with an empty security header
+    std::string_view serviceKey;                           // which service of the device
+    std::uint32_t replyCapacity = kOrdinaryReplyCapacity;  // bytes; a longer reply is cut
     SigningClock clock = SigningClock::kLocal;
+    std::uint32_t timeoutMs = kExchangeTimeoutMs;
+    std::string path = {};  // not empty: posted there instead
 };
 
 /// A device's answer.
@@ -54,7 +59,7 @@ class ICommandSession {
     /// The ranges of the continuous pan, tilt and zoom velocity.
     virtual PtzRanges SpeedRanges() const = 0;
 
-    /// Signs the envelope, posts it and waits for the answer, 8 s at most.
+    /// Signs the envelope, posts it and waits for the answer.
     virtual Reply Exchange(const SignedRequest& request) = 0;
 
     /// Fetches a picture over HTTP from the device, whatever host @p address names.

@@ -6,6 +6,7 @@
 #include "commands/LocalAnswers.h"
 #include "commands/ServiceRequests.h"
 #include "transform/DeviceResults.h"
+#include "transform/EventResults.h"
 #include "transform/ImagingResults.h"
 #include "transform/MediaResults.h"
 #include "transform/MotionResults.h"
@@ -65,6 +66,7 @@ int FetchSnapshot(ICommandSession& session, const std::string& result, ResponseB
 }
 
 constexpr std::uint32_t kPresetsCapacity = 40960;
+constexpr std::uint32_t kRenewTimeoutMs = 2500;
 
 constexpr Completion kFirstProfile = {TokenSource::kFirstProfile, "profileToken"};
 constexpr Completion kFirstVideoSource = {TokenSource::kFirstVideoSource, "videoSourceToken"};
@@ -108,6 +110,11 @@ constexpr CommandRow kGetRows[] = {
     {.name = "imageSettings",
      .completion = kFirstVideoSource,
      .steps = {{{BuildGetImageSettings, "imaging", &kImageSettingsResult}}}},
+    {.name = "pullMessages",
+     .steps = {{{.build = BuildPullMessages,
+                 .serviceKey = "events",
+                 .result = &kPullMessagesResult,
+                 .path = PullPath}}}},
     {.name = "devInfo",
      .steps = {{{BuildGetDeviceInformation, "device", &kDeviceInformationResult}}}},
     {.name = "alarmout", .steps = {{{BuildGetRelayOutputs, "device", &kRelayOutputsResult}}}},
@@ -154,6 +161,17 @@ constexpr CommandRow kSetRows[] = {
     {.name = "imageSettings",
      .completion = kFirstVideoSource,
      .steps = {{{BuildSetImageSettings, "imaging", &kSetImageSettingsResult}}}},
+    {.name = "createPullPointSubscription",
+     .steps = {{{BuildCreatePullPointSubscription, "events",
+                 &kCreatePullPointSubscriptionResult}}}},
+    {.name = "subscribe", .steps = {{{BuildSubscribe, "events", &kSubscribeResult}}}},
+    {.name = "unsubscribe", .steps = {{{BuildUnsubscribe, "events", &kUnsubscribeResult}}}},
+    {.name = "renew",
+     .steps = {{{.build = BuildRenew,
+                 .serviceKey = "events",
+                 .result = &kRenewResult,
+                 .path = RenewPath,
+                 .timeoutMs = kRenewTimeoutMs}}}},
     {.name = "continuousMove",
      .completion = kFirstProfile,
      .steps = {{{BuildContinuousMove, "ptz", &kSetContinuousMoveResult}}}},

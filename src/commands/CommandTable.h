@@ -61,6 +61,9 @@ struct CommandStep {
     std::string (*tokenAsked)(const CommandRequest& request) = nullptr;
     /// Not empty: the step runs only for a request with this child.
     std::string_view onlyWith = {};
+    /// Where the request goes instead of the service; an empty path means the service.
+    std::string (*path)(const CommandRequest& request) = nullptr;
+    std::uint32_t timeoutMs = kExchangeTimeoutMs;
     GoOn goOn = GoOn::kUnlessFailed;
 };
 

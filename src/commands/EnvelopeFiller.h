@@ -41,6 +41,12 @@ class CEnvelopeFiller {
 
     const std::string& Print() { return transform_.Document().Print(); }
 
+ protected:
+    /// The element at @p path below the envelope.
+    XMLElement* Envelope(const std::string& path) {
+        return transform_.FindChild(transform_.Document().Root(), "s:Envelope/" + path);
+    }
+
  private:
     CXmlTransform transform_;
     XMLElement* operation_;

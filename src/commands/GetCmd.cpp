@@ -72,6 +72,18 @@ GetAnswer RunGet(ICommandSession& session, std::string_view request, const Comma
     return answer;
 }
 
+std::optional<SignedRequest> FirstRequest(const ICommandSession& session, std::string_view request,
+                                          const CommandTable& table) {
+    CXmlDocument document(request);
+    XMLElement* root = document.Find(table.root);
+    XMLElement* command = root == nullptr ? nullptr : root->FirstChildElement();
+    const CommandRow* row = command == nullptr ? nullptr : Prepare(session, table, command);
+    if (row == nullptr || row->steps.front().build == nullptr) {
+        return std::nullopt;
+    }
+    return MakeRequest(row->steps.front(), {.command = command});
+}
+
 bool RunSet(ICommandSession& session, std::string_view request, std::string& result,
             const CommandTable& table) {
     CXmlDocument document(request);

@@ -13,6 +13,7 @@
 #ifndef ONVIF_CLIENT_COMMANDS_GETCMD_H
 #define ONVIF_CLIENT_COMMANDS_GETCMD_H
 
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -34,6 +35,11 @@ struct GetAnswer {
 /// completed does the same.
 GetAnswer RunGet(ICommandSession& session, std::string_view request,
                  const CommandTable& table = kGetCommands);
+
+/// The request that the first command of a Get request starts with, for whoever sends it by other
+/// means than the session; nothing when no command can run or it is answered without an exchange.
+std::optional<SignedRequest> FirstRequest(const ICommandSession& session, std::string_view request,
+                                          const CommandTable& table = kGetCommands);
 
 /// Runs a Set request. Commands that are not in the table or cannot be completed are passed over.
 /// @param result  receives the result document; empty when no command gave one.

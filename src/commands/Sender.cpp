@@ -8,9 +8,7 @@ namespace {
 
 int SendStep(ICommandSession& session, const CommandStep& step, const CommandRequest& request,
              int index, std::string& result) {
-    const std::string envelope = step.build(request);
-    const Reply reply =
-        session.Exchange({envelope, step.serviceKey, step.replyCapacity, step.clock});
+    const Reply reply = session.Exchange(MakeRequest(step, request));
     if (reply.status != status::kSuccess) {
         return reply.status;
     }
@@ -92,6 +90,15 @@ int SendCommand(ICommandSession& session, const CommandRow& row, XMLElement* com
     }
     const MediaProfile* first = profiles->empty() ? nullptr : &profiles->front();
     return SendSteps(session, steps, {command, first, nullptr, session.SpeedRanges()}, 0, result);
+}
+
+SignedRequest MakeRequest(const CommandStep& step, const CommandRequest& request) {
+    return {.envelope = step.build(request),
+            .serviceKey = step.serviceKey,
+            .replyCapacity = step.replyCapacity,
+            .clock = step.clock,
+            .timeoutMs = step.timeoutMs,
+            .path = step.path == nullptr ? "" : step.path(request)};
 }
 
 const MediaProfile* SelectProfile(const ProfileList& profiles, const XMLElement* index) {

@@ -17,6 +17,9 @@ namespace onvif_client {
 int SendCommand(ICommandSession& session, const CommandRow& row, XMLElement* command,
                 std::string& result);
 
+/// The request of one exchange of a command.
+SignedRequest MakeRequest(const CommandStep& step, const CommandRequest& request);
+
 /// The profile that the text of an "index" element selects, from 0; null when it is out of range.
 const MediaProfile* SelectProfile(const ProfileList& profiles, const XMLElement* index);
 

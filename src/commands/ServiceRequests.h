@@ -1,5 +1,5 @@
 /// @file
-/// Request builders of the media, PTZ, imaging and analytics services.
+/// Request builders of the media, PTZ, imaging, analytics and event services.
 #ifndef ONVIF_CLIENT_COMMANDS_SERVICEREQUESTS_H
 #define ONVIF_CLIENT_COMMANDS_SERVICEREQUESTS_H
 
@@ -69,6 +69,17 @@ std::string BuildGetAnalyticsModules(const CommandRequest& request);
 std::string BuildGetRules(const CommandRequest& request);
 std::string BuildModifyAnalyticsModules(const CommandRequest& request);
 std::string BuildModifyRules(const CommandRequest& request);
+
+// EventRequests.cpp: subscriptions (ONVIF Core, WS-BaseNotification)
+std::string BuildCreatePullPointSubscription(const CommandRequest& request);
+std::string BuildPullMessages(const CommandRequest& request);
+std::string BuildRenew(const CommandRequest& request);
+std::string BuildUnsubscribe(const CommandRequest& request);
+std::string BuildSubscribe(const CommandRequest& request);
+/// The path of the subscription that is pulled from; empty when its address has none.
+std::string PullPath(const CommandRequest& request);
+/// The path of the subscription that is renewed; the device service's when its address has none.
+std::string RenewPath(const CommandRequest& request);
 
 }  // namespace onvif_client
 

@@ -1,6 +1,6 @@
 /// @file
-/// Log texts in Chinese, as bytes of the GBK code page (936), the encoding that readers of the log
-/// expect.
+/// Log texts and thread names in Chinese, as bytes of the GBK code page (936), the encoding that
+/// readers of the log expect.
 #ifndef ONVIF_CLIENT_COMMON_GBKTEXTS_H
 #define ONVIF_CLIENT_COMMON_GBKTEXTS_H
 
@@ -18,6 +18,10 @@ inline constexpr const char* kPoolThreadWithoutPool =
 inline constexpr const char* kPoolThreadEnds =
     "\xCF\xDF\xB3\xCC\xB3\xD8\xB5\xC4\xCF\xDF\xB3\xCC\xD3\xC9\xD3\xDA\xB9\xD8"
     "\xB1\xD5\xCA\xC2\xBC\xFE\xD3\xD0\xD0\xC5\xBA\xC5\xB6\xF8\xCD\xCB\xB3\xF6\xA3\xA1";
+
+/// The name of the thread that looks for events: "onvif " and "event detection thread!"
+inline constexpr const char* kEventThreadName =
+    "onvif \xCA\xC2\xBC\xFE\xBC\xEC\xB2\xE2\xCF\xDF\xB3\xCC!";
 
 }  // namespace onvif_client
 

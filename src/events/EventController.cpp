@@ -1,24 +1,143 @@
 #include "events/EventController.h"
 
+#include <algorithm>
+#include <cstdio>
+#include <utility>
+
+#include "common/GbkTexts.h"
+#include "events/CallbackAddress.h"
+#include "events/DeviceExchanges.h"
+#include "events/DeviceTasks.h"
+#include "platform/Clock.h"
+#include "platform/LocalAddresses.h"
+#include "platform/Wirelink.h"
+
 namespace onvif_client {
 
 namespace {
 
-class CNoEvents final : public IEventController {
- public:
-    void Start() override {}
-    void Stop() override {}
-    bool AddDevice(std::uint32_t, CONVIFAlarmStateObserver*, const std::string&) override {
-        return true;
+constexpr const char* kSource = "OnvifEvent";
+constexpr int kThreadLine = 286;
+constexpr int kThreadEndLine = 307;
+constexpr std::uint32_t kPassPauseMs = 10;
+
+/// The controller whose event thread this is.
+thread_local const COnvifEventCtrol* callingObserversOf = nullptr;
+
+void Remove(const CDeviceTable::Record& record) {
+    if (record != nullptr) {
+        // Waits for a visit, so that no callback runs afterwards.
+        const std::lock_guard visit(record->VisitLock());
+        record->Remove();
     }
-    void DeleteDevice(std::uint32_t) override {}
-};
+}
 
 }  // namespace
 
-IEventController& EventController() {
-    static CNoEvents controller;
-    return controller;
+COnvifEventCtrol::COnvifEventCtrol(ISessionSource& sessions)
+    : sessions_(sessions), loop_(devices_, *this), delivery_(devices_), receiver_(delivery_) {}
+
+COnvifEventCtrol::~COnvifEventCtrol() {
+    WIRELINK_Quit();
+    Stop();
+}
+
+void COnvifEventCtrol::Start() {
+    WIRELINK_StartListen(kListenPort, &receiver_, 0, true);
+    const std::lock_guard guard(lifecycleLock_);
+    localAddresses_ = LocalIpv4Addresses();
+    if (!threads_.empty() && threads_.back().running) {
+        return;
+    }
+    tasks_ = std::make_unique<CDeviceTasks>(sessions_);
+    // The connections of the pulls went with the socket layer.
+    for (auto record = devices_.From(0); record != nullptr;
+         record = devices_.From(std::uint64_t{record->LoginId()} + 1)) {
+        record->PullAtOnce();
+    }
+    EventThread& thread = threads_.emplace_back(*this);
+    thread.handle = COREKIT_CreateRunOneThread(&COnvifEventCtrol::EventThreadMain, &thread, false,
+                                               kSource, kThreadLine, kEventThreadName);
+    if (thread.handle == nullptr) {
+        threads_.pop_back();
+    }
+}
+
+void COnvifEventCtrol::Stop() {
+    std::unique_ptr<CDeviceTasks> tasks;
+    EventThreads ended;
+    {
+        const std::lock_guard guard(lifecycleLock_);
+        for (EventThread& each : threads_) {
+            each.running = false;
+        }
+        tasks = std::move(tasks_);
+        if (callingObserversOf != this) {
+            ended = std::move(threads_);
+        }
+    }
+    tasks.reset();
+    Join(ended);
+    WIRELINK_StopListen(kListenPort);
+}
+
+void COnvifEventCtrol::EventThreadMain(void* eventThread) {
+    const auto* own = static_cast<const EventThread*>(eventThread);
+    own->controller.Run(*own);
+}
+
+void COnvifEventCtrol::Run(const EventThread& own) {
+    callingObserversOf = this;
+    const std::lock_guard inCharge(loopLock_);
+    Join(TakePredecessors(own));
+    while (own.running) {
+        loop_.Pass();
+        SleepMilliseconds(kPassPauseMs);
+    }
+}
+
+COnvifEventCtrol::EventThreads COnvifEventCtrol::TakePredecessors(const EventThread& own) {
+    const std::lock_guard guard(lifecycleLock_);
+    const auto place = std::find_if(threads_.begin(), threads_.end(),
+                                    [&own](const EventThread& each) { return &each == &own; });
+    EventThreads before;
+    if (place != threads_.end()) {  // a stop may have taken it, with all others
+        before.splice(before.end(), threads_, threads_.begin(), place);
+    }
+    return before;
+}
+
+void COnvifEventCtrol::Join(const EventThreads& threads) {
+    for (const EventThread& each : threads) {
+        COREKIT_DestroyThread(each.handle, kSource, kThreadEndLine);
+    }
+}
+
+void COnvifEventCtrol::AddDevice(std::uint32_t loginId, CONVIFAlarmStateObserver* observer,
+                                 const std::string& deviceAddress) {
+    DeleteDevice(loginId);
+    auto record = std::make_shared<EventDeviceRecord>(sessions_, loginId, observer,
+                                                      NextCallbackAddress(deviceAddress));
+    Subscribe(*record, sessions_);
+    SendPull(*record, sessions_);
+    Remove(devices_.Put(std::move(record)));
+}
+
+void COnvifEventCtrol::DeleteDevice(std::uint32_t loginId) {
+    const std::uint32_t started = TickCount();
+    Remove(devices_.Take(loginId));
+    std::printf("#####################delete ipc  %u \r\n", TickCount() - started);
+}
+
+std::string COnvifEventCtrol::NextCallbackAddress(const std::string& deviceAddress) {
+    const std::lock_guard guard(lifecycleLock_);
+    return CallbackAddress(ClosestAddress(localAddresses_, deviceAddress), kListenPort,
+                           nextSubscriptionNumber_++);
+}
+
+bool COnvifEventCtrol::QueueTask(std::shared_ptr<EventDeviceRecord> record, DeviceTask task) {
+    const std::lock_guard guard(lifecycleLock_);
+    return tasks_ != nullptr && tasks_->QueueTask(std::move(record), task);
 }
 
 }  // namespace onvif_client

@@ -5,6 +5,8 @@
 #include <random>
 #include <thread>
 
+#include "platform/Immortal.h"
+
 namespace onvif_client {
 
 namespace {
@@ -34,7 +36,7 @@ class CSystemClock final : public IClock {
 std::atomic<const IClock*> clockInForce{nullptr};  // null: the system's
 
 const IClock& Clock() {
-    static const CSystemClock systemClock;
+    static const CSystemClock& systemClock = MakeImmortal<CSystemClock>();
     const IClock* replacement = clockInForce.load(std::memory_order_acquire);
     return replacement == nullptr ? systemClock : *replacement;
 }

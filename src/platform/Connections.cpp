@@ -7,6 +7,7 @@
 #include <cerrno>
 #include <utility>
 
+#include "platform/Immortal.h"
 #include "platform/Reactor.h"
 
 namespace onvif_client {
@@ -74,7 +75,7 @@ void CConnection::Break() {
 }
 
 CConnectionTable& CConnectionTable::Instance() {
-    static CConnectionTable table;
+    static CConnectionTable& table = MakeImmortal<CConnectionTable>();
     return table;
 }
 

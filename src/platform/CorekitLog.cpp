@@ -8,6 +8,7 @@
 #include <string_view>
 
 #include "platform/Corekit.h"
+#include "platform/Immortal.h"
 
 namespace onvif_client {
 
@@ -37,23 +38,25 @@ spdlog::sink_ptr MakeSink() {
     return std::make_shared<spdlog::sinks::stderr_sink_mt>();
 }
 
-std::shared_ptr<spdlog::logger> MakeLogger() {
-    auto logger = std::make_shared<spdlog::logger>("onvif_client", MakeSink());
-    logger->set_level(LevelFromEnvironment());
-    logger->flush_on(spdlog::level::err);
-    logger->set_pattern("%Y-%m-%d %H:%M:%S.%e %l %v");
-    return logger;
-}
+/// The logger as the environment wants it.
+class CLogger final : public spdlog::logger {
+ public:
+    CLogger() : spdlog::logger("onvif_client", MakeSink()) {
+        set_level(LevelFromEnvironment());
+        flush_on(spdlog::level::err);
+        set_pattern("%Y-%m-%d %H:%M:%S.%e %l %v");
+    }
+};
 
 void Write(spdlog::level::level_enum level, const char* text, const char* source,
            int line) noexcept {
     try {
-        static const std::shared_ptr<spdlog::logger> logger = MakeLogger();
+        static CLogger& logger = MakeImmortal<CLogger>();
         std::string_view shown = text == nullptr ? "" : text;
         while (shown.ends_with('\n') || shown.ends_with('\r')) {
             shown.remove_suffix(1);
         }
-        logger->log(level, "{}:{} {}", source == nullptr ? "" : source, line, shown);
+        logger.log(level, "{}:{} {}", source == nullptr ? "" : source, line, shown);
     } catch (...) {
         // Without memory for a log line the program goes on without it.
     }

@@ -15,6 +15,7 @@
 #include <boost/asio/steady_timer.hpp>
 
 #include "platform/Corekit.h"
+#include "platform/Immortal.h"
 #include "platform/SocketLayer.h"
 
 namespace onvif_client {
@@ -46,20 +47,22 @@ class CReactor : public std::enable_shared_from_this<CReactor> {
  public:
     /// The reactor in force, started when there is none.
     static std::shared_ptr<CReactor> Get() {
-        const std::lock_guard guard(currentLock);
-        if (current == nullptr) {
+        CCurrent& current = Current();
+        const std::lock_guard guard(current.lock);
+        if (current.reactor == nullptr) {
             auto made = std::make_shared<CReactor>();
             made->StartThreads();
-            current = std::move(made);
+            current.reactor = std::move(made);
         }
-        return current;
+        return current.reactor;
     }
 
     static void Stop() {
         std::shared_ptr<CReactor> stopped;
         {
-            const std::lock_guard guard(currentLock);
-            stopped = std::exchange(current, nullptr);
+            CCurrent& current = Current();
+            const std::lock_guard guard(current.lock);
+            stopped = std::exchange(current.reactor, nullptr);
         }
         if (stopped == nullptr) {
             return;
@@ -77,6 +80,15 @@ class CReactor : public std::enable_shared_from_this<CReactor> {
     asio::io_context& Io() { return io_; }
 
  private:
+    struct CCurrent {
+        std::mutex lock;  // guards reactor; leaf
+        std::shared_ptr<CReactor> reactor;
+    };
+    static CCurrent& Current() {
+        static CCurrent& current = MakeImmortal<CCurrent>();
+        return current;
+    }
+
     /// One thread is enough to work; throws when not even that can be had.
     void StartThreads() {
         try {
@@ -102,9 +114,6 @@ class CReactor : public std::enable_shared_from_this<CReactor> {
             }
         }
     }
-
-    static inline std::mutex currentLock;  // guards current; leaf
-    static inline std::shared_ptr<CReactor> current;
 
     asio::io_context io_;
     asio::executor_work_guard<asio::io_context::executor_type> work_ = asio::make_work_guard(io_);

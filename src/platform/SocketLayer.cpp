@@ -2,6 +2,8 @@
 
 #include <sys/eventfd.h>
 
+#include "platform/Immortal.h"
+
 namespace onvif_client {
 
 namespace {
@@ -11,7 +13,7 @@ thread_local int callbackDepth = 0;
 }  // namespace
 
 CSocketLayer& CSocketLayer::Instance() {
-    static CSocketLayer layer;
+    static CSocketLayer& layer = MakeImmortal<CSocketLayer>();
     return layer;
 }
 

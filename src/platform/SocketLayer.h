@@ -12,7 +12,13 @@ namespace onvif_client {
 /// Counts the exchanges that run, and breaks them off when the layer stops. Any thread.
 class CSocketLayer {
  public:
+    /// Never destroyed, as threads may still be inside while the process ends.
     static CSocketLayer& Instance();
+
+    CSocketLayer();
+    ~CSocketLayer() = default;  // the descriptor stays open
+    CSocketLayer(const CSocketLayer&) = delete;
+    CSocketLayer& operator=(const CSocketLayer&) = delete;
 
     /// @return true when the layer runs afterwards.
     bool Start();
@@ -51,11 +57,6 @@ class CSocketLayer {
 
  private:
     void WaitForCallbacks(std::unique_lock<std::mutex>& guard);
-
-    CSocketLayer();
-    ~CSocketLayer() = default;  // threads may still be inside at exit: the descriptor stays open
-    CSocketLayer(const CSocketLayer&) = delete;
-    CSocketLayer& operator=(const CSocketLayer&) = delete;
 
     const int abortDescriptor_;
     std::mutex lock_;  // guards the members below; leaf

@@ -119,8 +119,10 @@ std::uint32_t WIRELINK_GetLastError();
 /// WIRELINK_UnRegisterNode does.
 bool WIRELINK_DestroyHNetCommunication(std::uint32_t handle);
 
-/// Listens on @p port on all IPv4 addresses and hands accepted connections to the observer.
-/// @return false when the port cannot be had.
+/// Listens on @p port and hands accepted connections to the observer. The environment variable
+/// ONVIF_CLIENT_LISTEN_ADDRESS, read here, chooses the address (dotted IPv4); without it all IPv4
+/// addresses are listened on.
+/// @return false when the port cannot be had, or the variable names no address of this machine.
 bool WIRELINK_StartListen(unsigned short port, CListenSocketObserver* observer, std::uint32_t,
                           bool);
 

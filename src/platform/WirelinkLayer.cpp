@@ -1,9 +1,11 @@
+#include <cstdlib>
 #include <map>
 #include <memory>
 #include <mutex>
 #include <utility>
 
 #include "platform/Connections.h"
+#include "platform/Immortal.h"
 #include "platform/Reactor.h"
 #include "platform/SocketLayer.h"
 #include "platform/Wirelink.h"
@@ -12,11 +14,16 @@ namespace onvif_client {
 
 namespace {
 
+const char* ListenAddress() {
+    const char* chosen = std::getenv("ONVIF_CLIENT_LISTEN_ADDRESS");
+    return chosen == nullptr ? "0.0.0.0" : chosen;
+}
+
 /// The listeners by port.
 class CListenerTable {
  public:
     static CListenerTable& Instance() {
-        static CListenerTable table;
+        static CListenerTable& table = MakeImmortal<CListenerTable>();
         return table;
     }
 
@@ -25,7 +32,7 @@ class CListenerTable {
         if (listeners_.contains(port)) {
             return false;
         }
-        auto listener = CListener::Make("0.0.0.0", port, observer);
+        auto listener = CListener::Make(ListenAddress(), port, observer);
         return listener != nullptr && listeners_.emplace(port, std::move(listener)).second;
     }
 

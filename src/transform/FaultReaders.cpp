@@ -20,6 +20,43 @@ void WriteFault(const XMLElement* fault, int code, XMLElement* parent) {
     }
 }
 
+struct Limit {
+    const char* source;   // canonical
+    const char* trimmed;  // the same without prefixes
+    const char* element;
+};
+
+constexpr Limit kLimits[] = {
+    {"s:Detail/ew:PullMessagesFaultResponse/ew:MaxTimeout",
+     "Detail/PullMessagesFaultResponse/MaxTimeout", "maxtimeout"},
+    {"s:Detail/ew:PullMessagesFaultResponse/ew:MaxMessageLimit",
+     "Detail/PullMessagesFaultResponse/MaxMessageLimit", "maxmessagelimit"},
+};
+
+/// @return true when there was any.
+bool CopyLimits(CXmlTransform& transform, const XMLElement* fault, XMLElement* parent) {
+    bool any = false;
+    for (const Limit& limit : kLimits) {
+        std::string text;
+        if (transform.GetChildText(fault, limit.source, text)) {
+            Append(parent, limit.element, text);
+            any = true;
+        }
+    }
+    return any;
+}
+
+/// For devices that declare the prefix of the detail no earlier than there.
+void CopyLimits(std::string_view reply, XMLElement* parent) {
+    const CXmlDocument trimmed(CXmlTransform::TrimXmlNamespace(reply));
+    const XMLElement* fault = FindFault(trimmed.Root());
+    for (const Limit& limit : kLimits) {
+        if (const XMLElement* found = FindElement(fault, limit.trimmed)) {
+            Append(parent, limit.element, TextOf(found));
+        }
+    }
+}
+
 }  // namespace
 
 bool ParseFault(const XMLElement* trimmedEnvelope, XMLElement* parent) {
@@ -47,15 +84,6 @@ int ParseFaultCode(const XMLElement* trimmedEnvelope, XMLElement* parent) {
 }
 
 bool ParsePullMessagesFault(std::string_view reply, XMLElement* parent) {
-    struct Limit {
-        const char* source;
-        const char* element;
-    };
-    constexpr Limit kLimits[] = {
-        {"s:Detail/ew:PullMessagesFaultResponse/ew:MaxTimeout", "maxtimeout"},
-        {"s:Detail/ew:PullMessagesFaultResponse/ew:MaxMessageLimit", "maxmessagelimit"},
-    };
-
     CXmlTransform transform(reply);
     XMLElement* fault =
         transform.FindChild(transform.Document().Root(), "s:Envelope/s:Body/s:Fault");
@@ -65,13 +93,15 @@ bool ParsePullMessagesFault(std::string_view reply, XMLElement* parent) {
     }
     Append(parent, "status", "fail");
     Append(parent, "errorCode", kFaultCode);
-    for (const Limit& limit : kLimits) {
-        std::string text;
-        if (transform.GetChildText(fault, limit.source, text)) {
-            Append(parent, limit.element, text);
-        }
+    if (!CopyLimits(transform, fault, parent)) {
+        CopyLimits(reply, parent);
     }
     return false;
+}
+
+void ReportMissingResponse(bool codeBeside, XMLElement* parent) {
+    XMLElement* status = Append(parent, "status", "fail");
+    Append(codeBeside ? parent : status, "errorCode", kFaultCode);
 }
 
 }  // namespace onvif_client

@@ -32,6 +32,10 @@ int ParseFaultCode(const XMLElement* trimmedEnvelope, XMLElement* parent);
 /// @return true on success.
 bool ParsePullMessagesFault(std::string_view reply, XMLElement* parent);
 
+/// Writes what a fault without a reason gives, for answers that are neither a fault nor a response.
+/// @param codeBeside  `errorCode` stands beside `status`, not inside.
+void ReportMissingResponse(bool codeBeside, XMLElement* parent);
+
 }  // namespace onvif_client
 
 #endif

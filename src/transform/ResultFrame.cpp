@@ -19,6 +19,27 @@ XMLElement* StatusParent(const ResultFrame& frame, XMLElement* command) {
     return command;
 }
 
+bool ReadStatus(const ResultFrame& frame, std::string_view reply, const XMLElement* trimmedEnvelope,
+                XMLElement* parent) {
+    switch (frame.faultReader) {
+        case FaultReader::kWithInvalidArgument:
+            return ParseFaultCode(trimmedEnvelope, parent) == 0;
+        case FaultReader::kPullMessages:
+            return ParsePullMessagesFault(reply, parent);
+        case FaultReader::kGeneric:
+            break;
+    }
+    return ParseFault(trimmedEnvelope, parent);
+}
+
+/// True for an answer that is neither a fault nor what was asked for.
+bool LacksResponse(const ResultFrame& frame, std::string_view reply,
+                   const XMLElement* trimmedEnvelope) {
+    return !frame.response.empty() &&
+           FirstChild(FindElement(trimmedEnvelope, "Envelope/Body"), frame.response) == nullptr &&
+           ReadStatus(frame, reply, trimmedEnvelope, nullptr);
+}
+
 }  // namespace
 
 CResultDocument::CResultDocument(const std::string& result, std::string_view root)
@@ -41,10 +62,10 @@ void BuildResult(const ResultFrame& frame, std::string_view reply, const Subject
 
     const CXmlDocument trimmed(CXmlTransform::TrimXmlNamespace(reply));
     XMLElement* statusParent = StatusParent(frame, command);
-    const bool success = frame.faultReader == FaultReader::kWithInvalidArgument
-                             ? ParseFaultCode(trimmed.Root(), statusParent) == 0
-                             : ParseFault(trimmed.Root(), statusParent);
-    if (success && frame.copyValues != nullptr) {
+    if (LacksResponse(frame, reply, trimmed.Root())) {
+        ReportMissingResponse(frame.faultReader == FaultReader::kPullMessages, statusParent);
+    } else if (ReadStatus(frame, reply, trimmed.Root(), statusParent) &&
+               frame.copyValues != nullptr) {
         frame.copyValues({trimmed.Root(), subject}, command);
     }
     result = document.Print();

@@ -42,7 +42,7 @@ enum class StatusPlace {
     kNowhere,  // the outcome is not reported
 };
 
-enum class FaultReader { kGeneric, kWithInvalidArgument };
+enum class FaultReader { kGeneric, kWithInvalidArgument, kPullMessages };
 
 /// One result builder.
 struct ResultFrame {
@@ -53,6 +53,8 @@ struct ResultFrame {
     FaultReader faultReader = FaultReader::kGeneric;
     StatusPlace statusPlace = StatusPlace::kCommand;
     std::string_view statusWrapper = {};
+    /// Not empty: the element of the SOAP body without which the answer counts as a fault.
+    std::string_view response = {};
 };
 
 /// Adds a command's answer to the result document.

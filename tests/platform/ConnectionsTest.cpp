@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <cstdlib>
 #include <functional>
 #include <mutex>
 #include <string>
@@ -236,6 +237,20 @@ TEST_F(Connections, AListenerServesManyAndStops) {
     EXPECT_LE(echo.most, 16);
     listener->Stop();
     EXPECT_EQ(Ask(listener->Port(), "x"), "");
+}
+
+TEST_F(Connections, TheEnvironmentChoosesWhereToListen) {
+    constexpr const char* kVariable = "ONVIF_CLIENT_LISTEN_ADDRESS";
+    CEcho echo;
+    const std::pair<const char*, bool> cases[] = {
+        {"127.0.0.1", true}, {"127.0.0.2", true},  {"192.0.2.1", false}, {"127.1", false},
+        {"::1", false},      {"localhost", false}, {"", false}};
+    for (const auto& [address, listens] : cases) {
+        setenv(kVariable, address, 1);
+        EXPECT_EQ(WIRELINK_StartListen(0, &echo, 0, true), listens) << address;
+        EXPECT_EQ(WIRELINK_StopListen(0), listens) << address;
+    }
+    setenv(kVariable, "127.0.0.1", 1);
 }
 
 TEST_F(Connections, QuitMayComeFromACallbackOrFromManyThreads) {

@@ -65,6 +65,7 @@ TEST(Documents, TheExamplesGiveTheResultsThatStandBesideThem) {
     camera_sim::Camera& camera = host.Add({});
     const std::vector<std::string> examples = Examples();
     ASSERT_GE(examples.size(), 32U);
+    ASSERT_TRUE(Set(Login(camera), "<createPullPointSubscription/>"));
     for (std::size_t i = 0; i < examples.size(); ++i) {
         const unsigned int id = Login(camera);  // every example finds the clock set
         char* response = nullptr;

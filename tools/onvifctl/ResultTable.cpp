@@ -131,9 +131,12 @@ void CollectRefusals(const XMLElement* element, const std::string& command,
          child = child->NextSiblingElement()) {
         if (child->Name() == std::string_view("status") && TextOf(child) == "fail") {
             const std::string description = TextOf(child->FirstChildElement("description"));
+            // The code stands in the status or, for some commands, beside it.
+            const XMLElement* code = child->FirstChildElement("errorCode");
+            code = code == nullptr ? element->FirstChildElement("errorCode") : code;
             refusals.push_back(command + ": " +
                                (description.empty() ? "refused by the device" : description) +
-                               " (error " + TextOf(child->FirstChildElement("errorCode")) + ")");
+                               " (error " + TextOf(code) + ")");
         } else {
             CollectRefusals(child, command, refusals);
         }

@@ -1,0 +1,63 @@
+#include "events/AlarmStates.h"
+
+#include "events/Ticks.h"
+#include "onvif_client/OnvifClient.h"
+#include "platform/Corekit.h"
+
+namespace onvif_client {
+
+namespace {
+
+constexpr std::int32_t kRepeatedAfterMs = 5000;
+constexpr std::int32_t kClearedAfterMs = 60000;
+/// Which of a device's inputs it was is not told apart.
+constexpr unsigned int kAlarmInputNumber = 1;
+constexpr int kObserverThrewLine = 341;
+
+}  // namespace
+
+void CAlarmStates::Report(std::span<const AlarmItem> items, std::uint32_t now) {
+    for (const AlarmItem& item : items) {
+        for (Alarm& alarm : alarms_) {
+            if (alarm.type != item.type) {
+                continue;
+            }
+            alarm.ticks = now;
+            if (alarm.state != item.state) {
+                alarm.state = item.state;
+                Tell(alarm);
+            }
+        }
+    }
+}
+
+void CAlarmStates::CheckTimes(std::uint32_t now) {
+    for (Alarm& alarm : alarms_) {
+        if (alarm.state && HavePassed(now, alarm.ticks, kClearedAfterMs)) {
+            alarm.state = false;
+            Tell(alarm);
+        }
+    }
+    for (const Alarm& alarm : alarms_) {
+        if (alarm.state && HavePassed(now, alarm.ticks, kRepeatedAfterMs)) {
+            Tell(alarm);
+        }
+    }
+}
+
+void CAlarmStates::Tell(const Alarm& alarm) noexcept {
+    if (observer_ == nullptr) {
+        return;
+    }
+    try {
+        if (alarm.type == AlarmType::kMotion) {
+            observer_->OnMotionAlarmState(loginId_, alarm.state);
+        } else {
+            observer_->OnAlarmInState(loginId_, kAlarmInputNumber, alarm.state);
+        }
+    } catch (...) {
+        COREKIT_AbnormalOutput("ASSERT", "OnvifEvent", kObserverThrewLine);
+    }
+}
+
+}  // namespace onvif_client

@@ -1,0 +1,51 @@
+/// @file
+/// The rules of the alarm side: what is done with each device, and when.
+#ifndef ONVIF_CLIENT_EVENTS_CONTROLLOOP_H
+#define ONVIF_CLIENT_EVENTS_CONTROLLOOP_H
+
+#include <memory>
+
+#include "events/DeviceTable.h"
+
+namespace onvif_client {
+
+/// What a device can need that takes network traffic.
+enum class DeviceTask {
+    kPull,
+    kResubscribe,
+    kRenew,
+};
+
+/// Has tasks run in the background. Any thread.
+class ITaskQueue {
+ public:
+    virtual ~ITaskQueue() = default;
+    /// Takes a record that the caller has claimed; the claim then ends with the task.
+    /// @return false when the task is not taken: it may be tried again later.
+    virtual bool QueueTask(std::shared_ptr<EventDeviceRecord> record, DeviceTask task) = 0;
+};
+
+/// Looks after every device in passes: tells the observer what came, has the subscription renewed
+/// every 100 s and the next pull sent when a reply is complete or none came for 60 s, and clears
+/// alarms that the device stopped to report. Nothing here waits for a device, so that one that does
+/// not answer delays no other; an observer that does not return delays all.
+class CControlLoop {
+ public:
+    CControlLoop(const CDeviceTable& devices, ITaskQueue& tasks)
+        : devices_(devices), tasks_(tasks) {}
+
+    /// One pass over the devices in ascending login id order. One thread at a time.
+    void Pass();
+
+ private:
+    void Visit(const CDeviceTable::Record& record);
+    /// Has the task run that is due, if one is and none runs yet.
+    void QueueDueTask(const CDeviceTable::Record& record);
+
+    const CDeviceTable& devices_;
+    ITaskQueue& tasks_;
+};
+
+}  // namespace onvif_client
+
+#endif

@@ -1,0 +1,128 @@
+#include "events/DeviceExchanges.h"
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+#include "events/EventParse.h"
+#include "platform/Clock.h"
+#include "platform/Corekit.h"
+#include "platform/Wirelink.h"
+
+namespace onvif_client {
+
+namespace {
+
+constexpr int kConnectionTries = 3;
+constexpr int kResultPolls = 20;
+constexpr std::uint32_t kResultPauseMs = 30;
+constexpr int kSendTries = 100;
+constexpr std::uint32_t kSendPauseMs = 10;
+constexpr int kNotRegisteredLine = 402;
+
+/// Sends a Set document through the device's session.
+/// @return the result document; empty when there is none.
+std::string Set(std::uint32_t loginId, ISessionSource& sessions, const std::string& document) {
+    const CSessionReference reference(sessions, loginId);
+    std::string result;
+    if (reference.Session() != nullptr) {
+        reference.Session()->Set(document, result);
+    }
+    return result;
+}
+
+struct HttpRequest {
+    std::string host;
+    std::uint16_t port = 0;
+    std::string text;  // empty: nothing to send
+};
+
+HttpRequest BuildPullRequest(const EventDeviceRecord& record, ISessionSource& sessions) {
+    const CSessionReference reference(sessions, record.LoginId());
+    CHttpClient* session = reference.Session();
+    if (session == nullptr) {
+        return {};
+    }
+    return {session->DeviceAddress(), session->Port(),
+            session->BuildHttpRequest(PullDocument(record.Pull()))};
+}
+
+bool AwaitConnection(std::uint32_t handle) {
+    int result = 0;
+    for (int i = 0; i < kResultPolls; ++i) {
+        if (!WIRELINK_PopConnectResult(handle, result, 0) || result != 0) {
+            break;
+        }
+        SleepMilliseconds(kResultPauseMs);
+    }
+    return result > 0;
+}
+
+void SendAll(std::uint32_t handle, std::string_view text) {
+    for (int i = 0; i < kSendTries && !text.empty(); ++i) {
+        const int sent =
+            WIRELINK_Send(handle, text.data(), static_cast<std::uint32_t>(text.size()));
+        if (sent > 0) {
+            text.remove_prefix(static_cast<std::size_t>(sent));
+        } else if (WIRELINK_GetLastError() == kWirelinkWouldBlock) {
+            SleepMilliseconds(kSendPauseMs);
+        } else {
+            break;
+        }
+    }
+}
+
+/// @return true when the request is on its way, or was lost on a connection that stood.
+bool TryPull(EventDeviceRecord& record, std::uint32_t handle, std::string_view text) {
+    record.SetConnection(handle);
+    if (!AwaitConnection(handle)) {
+        WIRELINK_DelConnect(handle);
+        record.CloseConnection();
+        return false;
+    }
+    CEventParse& parser = record.Parser();
+    if (!WIRELINK_RegisterNode(handle, &parser, &parser, 1, 1)) {
+        COREKIT_AbnormalOutput("ASSERT", "OnvifEvent", kNotRegisteredLine);
+    }
+    WIRELINK_Start(handle);
+    SendAll(handle, text);
+    return true;
+}
+
+}  // namespace
+
+bool Subscribe(EventDeviceRecord& record, ISessionSource& sessions) {
+    const std::string result =
+        Set(record.LoginId(), sessions, CreateDocument(record.CallbackAddress()));
+    const auto answer = ReadSubscription(result);
+    if (answer) {
+        record.SetSubscription(*answer);
+    }
+    record.MarkSubscribed();
+    return answer.has_value();
+}
+
+void Resubscribe(EventDeviceRecord& record, ISessionSource& sessions) {
+    Set(record.LoginId(), sessions, UnsubscribeDocument(record.Pull().address));
+    if (Subscribe(record, sessions)) {
+        // A pull that still waits on the old subscription would tell of old states later.
+        SendPull(record, sessions);
+    }
+}
+
+void Renew(EventDeviceRecord& record, ISessionSource& sessions) {
+    Set(record.LoginId(), sessions, RenewDocument(record.RenewAddress()));
+}
+
+void SendPull(EventDeviceRecord& record, ISessionSource& sessions) {
+    record.CloseConnection();
+    const HttpRequest request = BuildPullRequest(record, sessions);
+    for (int i = 0; i < kConnectionTries && !request.text.empty(); ++i) {
+        const std::uint32_t handle = WIRELINK_AddConnect(0, request.host.c_str(), request.port);
+        if (handle == 0 || TryPull(record, handle, request.text)) {
+            break;
+        }
+    }
+}
+
+}  // namespace onvif_client

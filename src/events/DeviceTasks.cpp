@@ -1,0 +1,87 @@
+#include "events/DeviceTasks.h"
+
+#include <iterator>
+#include <utility>
+
+#include "events/DeviceExchanges.h"
+
+namespace onvif_client {
+
+namespace {
+
+constexpr int kMostResubscriptions = 5;
+
+}  // namespace
+
+class CDeviceTasks::CTask {
+ public:
+    CTask(CDeviceTasks& tasks, std::shared_ptr<EventDeviceRecord> record, DeviceTask wanted)
+        : owner(tasks), kind(wanted), record_(std::move(record)) {}
+    ~CTask() { record_->Unclaim(); }
+    CTask(const CTask&) = delete;
+    CTask& operator=(const CTask&) = delete;
+
+    void Perform() const {
+        switch (kind) {
+            case DeviceTask::kPull:
+                SendPull(*record_, owner.sessions_);
+                break;
+            case DeviceTask::kResubscribe:
+                Resubscribe(*record_, owner.sessions_);
+                break;
+            case DeviceTask::kRenew:
+                Renew(*record_, owner.sessions_);
+                break;
+        }
+    }
+
+    CDeviceTasks& owner;
+    const DeviceTask kind;
+    Tasks::iterator place;  // of the task itself
+
+ private:
+    const std::shared_ptr<EventDeviceRecord> record_;
+};
+
+/// Takes a task out at its end, however that comes.
+class CDeviceTasks::CEnding {
+ public:
+    explicit CEnding(const CTask& task) : task_(task) {}
+    ~CEnding() {
+        Tasks done;  // ends without the lock: it may be the last to hold the record
+        CDeviceTasks& owner = task_.owner;
+        const std::lock_guard guard(owner.lock_);
+        owner.resubscriptions_ -= task_.kind == DeviceTask::kResubscribe ? 1 : 0;
+        done.splice(done.end(), owner.tasks_, task_.place);
+    }
+    CEnding(const CEnding&) = delete;
+    CEnding& operator=(const CEnding&) = delete;
+
+ private:
+    const CTask& task_;
+};
+
+CDeviceTasks::CDeviceTasks(ISessionSource& sessions) : sessions_(sessions) {}
+
+CDeviceTasks::~CDeviceTasks() = default;
+
+bool CDeviceTasks::QueueTask(std::shared_ptr<EventDeviceRecord> record, DeviceTask task) {
+    const std::lock_guard guard(lock_);
+    const bool subscribes = task == DeviceTask::kResubscribe;
+    if (subscribes && resubscriptions_ >= kMostResubscriptions) {
+        return false;
+    }
+    tasks_.emplace_back(*this, std::move(record), task);
+    tasks_.back().place = std::prev(tasks_.end());
+    resubscriptions_ += subscribes ? 1 : 0;
+    pool_.AddTask(&CDeviceTasks::Run, &tasks_.back());
+    return true;
+}
+
+void CDeviceTasks::Run(void* argument) {
+    const CTask& task = *static_cast<CTask*>(argument);
+    const CEnding ending(task);
+    task.Perform();
+}
+
+}  // namespace onvif_client

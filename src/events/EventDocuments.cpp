@@ -1,0 +1,116 @@
+#include "events/EventDocuments.h"
+
+#include "common/XmlDocument.h"
+#include "transform/Conversions.h"
+
+namespace onvif_client {
+
+namespace {
+
+constexpr const char* kProlog = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>";
+constexpr const char* kAttributes = " version=\"1.0\" systemType=\"ipc\">";
+
+std::string Escaped(std::string_view text) {
+    std::string escaped;
+    escaped.reserve(text.size());
+    for (const char c : text) {
+        switch (c) {
+            case '&':
+                escaped += "&amp;";
+                break;
+            case '<':
+                escaped += "&lt;";
+                break;
+            case '>':
+                escaped += "&gt;";
+                break;
+            default:
+                escaped += c;
+        }
+    }
+    return escaped;
+}
+
+std::string Element(const std::string& name, const std::string& content) {
+    return "<" + name + ">" + content + "</" + name + ">";
+}
+
+std::string Document(const std::string& root, const std::string& command) {
+    return kProlog + ("<" + root) + kAttributes + command + "</" + root + ">";
+}
+
+/// The element's text, or what stands for none.
+std::string Identifier(const XMLElement* element) {
+    return element == nullptr ? kNoIdentifier : std::string(TextOf(element));
+}
+
+AlarmItem ReadItem(const XMLElement* notifyMessage) {
+    // A key tells the state where there is one; the data items come after it.
+    const XMLElement* value = FindElement(notifyMessage, "message/key/item/val");
+    if (value == nullptr) {
+        value = FindElement(notifyMessage, "message/data/item/val");
+    }
+    return {ClassifyPulledTopic(TextAt(notifyMessage, "topic")), IsActive(TextOf(value))};
+}
+
+std::uint16_t ReadLimit(std::string_view text) {
+    const auto limit = ReadInt(text);
+    return limit && *limit > 0 && *limit <= UINT16_MAX ? static_cast<std::uint16_t>(*limit) : 0;
+}
+
+}  // namespace
+
+std::string CreateDocument(std::string_view callbackAddress) {
+    return Document("Set",
+                    Element("createPullPointSubscription",
+                            Element("timeout", "PT" + std::to_string(kSubscriptionSeconds) + "S") +
+                                Element("to", Escaped(callbackAddress))));
+}
+
+std::string PullDocument(const PullPoint& pull) {
+    return Document(
+        "Get",
+        Element("pullMessages", Element("token", Escaped(pull.address)) +
+                                    Element("subscriptionId", Escaped(pull.id)) +
+                                    Element("subscriptionIdAttribute", Escaped(pull.idAttribute)) +
+                                    Element("timeout", Escaped(pull.timeout)) +
+                                    Element("messageLimit", std::to_string(pull.messageLimit))));
+}
+
+std::string UnsubscribeDocument(std::string_view subscriptionAddress) {
+    return Document("Set",
+                    Element("unsubscribe", Element("serverAddr", Escaped(subscriptionAddress))));
+}
+
+std::string RenewDocument(std::string_view renewAddress) {
+    return Document("Set", Element("renew", Element("serverAddr", Escaped(renewAddress)) +
+                                                Element("timeout", "PT1M")));
+}
+
+std::optional<SubscriptionAnswer> ReadSubscription(std::string_view result) {
+    const CXmlDocument document(result);
+    const XMLElement* command = document.Find("SetResponse/createPullPointSubscription");
+    const XMLElement* address = FirstChild(command, "address");
+    if (address == nullptr) {
+        return std::nullopt;
+    }
+    return SubscriptionAnswer{std::string(TextOf(address)),
+                              Identifier(FirstChild(command, "subscriptionId")),
+                              Identifier(FirstChild(command, "subscriptionIdAttriute"))};
+}
+
+PullAnswer ReadPull(std::string_view result) {
+    const CXmlDocument document(result);
+    const XMLElement* command = document.Find("GetResponse/pullMessages");
+    PullAnswer answer;
+    if (TextAt(command, "status") == "fail") {
+        answer.maxTimeout = TextAt(command, "maxtimeout");
+        answer.maxMessageLimit = ReadLimit(TextAt(command, "maxmessagelimit"));
+    }
+    for (const XMLElement* each : Children(command, "notifyMessage")) {
+        answer.items.push_back(ReadItem(each));
+    }
+    return answer;
+}
+
+}  // namespace onvif_client

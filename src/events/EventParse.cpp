@@ -1,0 +1,70 @@
+#include "events/EventParse.h"
+
+#include <cstring>
+
+#include "events/EventDeviceRecord.h"
+#include "events/EventDocuments.h"
+#include "platform/Corekit.h"
+
+namespace onvif_client {
+
+namespace {
+
+constexpr int kEmptyBlockLine = 118;
+
+}  // namespace
+
+CEventParse::CEventParse(EventDeviceRecord& record, ISessionSource& sessions)
+    : record_(record), sessions_(sessions), buffer_(std::make_unique<char[]>(kCapacity)) {}
+
+std::uint32_t CEventParse::OnData(std::uint32_t, const char* data, std::uint32_t length,
+                                  std::uint32_t* wanted) {
+    if (wanted != nullptr) {
+        *wanted = 0;
+    }
+    if (data == nullptr || length == 0) {
+        COREKIT_AbnormalOutput("ASSERT", "EventParse", kEmptyBlockLine);
+    } else if (record_.Pulls() && !handled_ && Accumulate({data, length})) {
+        handled_ = true;
+        HandleReply();
+    }
+    return length;
+}
+
+void CEventParse::Reset() {
+    std::memset(buffer_.get(), 0, kCapacity);
+    received_ = 0;
+    frame_ = {};
+    handled_ = false;
+}
+
+bool CEventParse::Accumulate(std::string_view block) {
+    if (block.size() > kCapacity - received_) {
+        Reset();
+        return false;
+    }
+    std::memcpy(buffer_.get() + received_, block.data(), block.size());
+    received_ += block.size();
+    const MessageState state = CutMessage({buffer_.get(), received_}, frame_);
+    if (state == MessageState::kImpossible || (frame_.headerSize > 0 && !frame_.announced)) {
+        Reset();
+        return false;
+    }
+    return state == MessageState::kComplete;
+}
+
+void CEventParse::HandleReply() {
+    std::string result;
+    {
+        const CSessionReference reference(sessions_, record_.LoginId());
+        if (reference.Session() != nullptr) {
+            result = reference.Session()->ReadPullReply({buffer_.get(), received_});
+        }
+    }
+    const PullAnswer answer = ReadPull(result);
+    record_.LimitPulls(answer.maxTimeout, answer.maxMessageLimit);
+    record_.AddPulledItems(answer.items);
+    record_.CompleteReply();
+}
+
+}  // namespace onvif_client

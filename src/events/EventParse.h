@@ -1,0 +1,51 @@
+/// @file
+/// Collects the reply to a pull from the blocks in which it arrives, and hands what it says to the
+/// device's record.
+#ifndef ONVIF_CLIENT_EVENTS_EVENTPARSE_H
+#define ONVIF_CLIENT_EVENTS_EVENTPARSE_H
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <string_view>
+
+#include "events/HttpMessage.h"
+#include "events/SessionSource.h"
+#include "platform/Wirelink.h"
+
+namespace onvif_client {
+
+class EventDeviceRecord;
+
+/// The data observer of a pull's connection; its callbacks are serial. A reply that is larger than
+/// the buffer, or says nothing of its length, is lost: the pull then runs into its time-out.
+class CEventParse final : public CSocketDataObserver {
+ public:
+    static constexpr std::size_t kCapacity = 32768;
+
+    /// Both must outlive the parser.
+    CEventParse(EventDeviceRecord& record, ISessionSource& sessions);
+
+    /// Consumes the whole block.
+    std::uint32_t OnData(std::uint32_t handle, const char* data, std::uint32_t length,
+                         std::uint32_t* wanted) override;
+
+    /// Makes ready for the next reply; not while the connection calls.
+    void Reset();
+
+ private:
+    /// @return true when the reply has just become complete.
+    bool Accumulate(std::string_view block);
+    void HandleReply();
+
+    EventDeviceRecord& record_;
+    ISessionSource& sessions_;
+    const std::unique_ptr<char[]> buffer_;
+    std::size_t received_ = 0;
+    MessageFrame frame_;
+    bool handled_ = false;  // blocks behind the reply are ignored
+};
+
+}  // namespace onvif_client
+
+#endif

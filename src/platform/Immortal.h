@@ -1,0 +1,18 @@
+/// @file
+/// Objects that are never destroyed, for what threads may still use while the process ends.
+#ifndef ONVIF_CLIENT_PLATFORM_IMMORTAL_H
+#define ONVIF_CLIENT_PLATFORM_IMMORTAL_H
+
+#include <memory>
+
+namespace onvif_client {
+
+/// For the initialiser of a function-local static reference.
+template <typename T>
+T& MakeImmortal() {
+    return *std::make_unique<T>().release();
+}
+
+}  // namespace onvif_client
+
+#endif
