@@ -68,20 +68,32 @@ class CRunningTool {
     CRunningTool(const CRunningTool&) = delete;
     CRunningTool& operator=(const CRunningTool&) = delete;
 
-    /// Waits for a line. The last one is "ended CODE".
+    /// Waits for a line.
     std::string Line() {
         std::array<char, 4096> line = {};
         if (std::fgets(line.data(), static_cast<int>(line.size()), pipe_) == nullptr) {
-            return "(no more)";
+            return kNoMore;
         }
         ended_ = ended_ || std::string(line.data()).starts_with("ended ");
         return line.data();
+    }
+
+    /// Waits for the last line, "ended CODE". The library may log an exchange that was broken off
+    /// before it.
+    std::string LastLine() {
+        std::string line = Line();
+        while (!ended_ && line != kNoMore) {
+            line = Line();
+        }
+        return line;
     }
 
     /// False when it has ended already.
     bool Signal(int signal) { return !ended_ && kill(id_, signal) == 0; }
 
  private:
+    static constexpr const char* kNoMore = "(no more)";
+
     FILE* pipe_;
     bool ended_ = false;
     int id_;

@@ -87,7 +87,7 @@ TEST(Watch, ShowsEachChangeOfEveryCameraOnce) {
         SetInput(b, false);
         expect(b, form.input, form.inactive);
         EXPECT_TRUE(tool.Signal(SIGINT));
-        EXPECT_EQ(tool.Line(), "ended 0\n");
+        EXPECT_EQ(tool.LastLine(), "ended 0\n");
     }
 }
 
@@ -102,7 +102,7 @@ TEST(Watch, AHostThatFailsDoesNotStopTheOthers) {
     EXPECT_NE(lines.find("onvifctl: " + closed + " does not answer\n"), std::string::npos) << lines;
     EXPECT_NE(lines.find(AddressOf(good) + "  motion"), std::string::npos) << lines;
     EXPECT_TRUE(tool.Signal(SIGINT));
-    EXPECT_EQ(tool.Line(), "ended 4\n") << "the worst of the hosts'";
+    EXPECT_EQ(tool.LastLine(), "ended 4\n") << "the worst of the hosts'";
     EXPECT_EQ(RunTool("watch --for 100 " + AddressOf(good) + " >/dev/full", kRight).code, 6);
 }
 
@@ -145,7 +145,7 @@ TEST(Watch, ASignalBreaksOffALogin) {
         std::this_thread::sleep_for(std::chrono::milliseconds(1));
     }
     EXPECT_TRUE(tool.Signal(SIGINT));
-    EXPECT_EQ(tool.Line(), "ended 0\n");
+    EXPECT_EQ(tool.LastLine(), "ended 0\n");
 }
 
 }  // namespace
