@@ -11,42 +11,10 @@
 #include <utility>
 #include <vector>
 
-#include "system/Client.h"
+#include "system/Tool.h"
 
 namespace client_test {
 namespace {
-
-struct Outcome {
-    int code = -1;
-    std::string output;  // standard output, then standard error
-};
-
-/// A name that the tests which run beside this one do not use.
-std::string OwnFile(const char* name) {
-    return testing::TempDir() + std::to_string(getpid()) + "-" + name;
-}
-
-Outcome RunTool(const std::string& arguments, const std::string& environment) {
-    const std::string errors = OwnFile("onvifctl-errors.txt");
-    const std::string command = environment + " " + ONVIFCTL + " " + arguments + " 2>" + errors;
-    Outcome outcome;
-    FILE* pipe = popen(command.c_str(), "r");
-    std::array<char, 4096> block = {};
-    while (const std::size_t read = std::fread(block.data(), 1, block.size(), pipe)) {
-        outcome.output.append(block.data(), read);
-    }
-    outcome.code = WEXITSTATUS(pclose(pipe));
-    std::ifstream stream(errors);
-    outcome.output.append(std::istreambuf_iterator<char>(stream), {});
-    std::remove(errors.c_str());
-    return outcome;
-}
-
-constexpr const char* kRight = "ONVIF_USER=admin ONVIF_PASSWORD=camera-1";
-
-std::string AddressOf(const camera_sim::Camera& camera) {
-    return "127.0.0.1:" + std::to_string(camera.Port());
-}
 
 std::string ReadFile(const std::string& file) {
     std::ifstream stream(file, std::ios::binary);
@@ -248,19 +216,13 @@ TEST(Onvifctl, DomesMoveByNamesOfPresetsAndTours) {
 TEST(Onvifctl, ASignalEndsATimedMoveWithAStop) {
     camera_sim::CameraHost host;
     camera_sim::Camera& camera = host.Add({});
-    const std::string command = std::string(kRight) + " " + ONVIFCTL + " ptz " + AddressOf(camera) +
-                                " move 10 0 --for 3000 2>&1 & echo $!; wait $!; echo ended $?";
-    FILE* pipe = popen(command.c_str(), "r");
-    int id = 0;
-    ASSERT_EQ(std::fscanf(pipe, "%d", &id), 1);
+    CRunningTool tool("ptz " + AddressOf(camera) + " move 10 0 --for 3000", kRight);
     for (int i = 0; i < 20000 && camera.Count("ContinuousMove") == 0; ++i) {
         std::this_thread::sleep_for(std::chrono::milliseconds(1));
     }
-    EXPECT_EQ(kill(id, SIGTERM), 0);
-    std::array<char, 400> rest = {};
-    std::fread(rest.data(), 1, rest.size() - 1, pipe);
-    pclose(pipe);
-    EXPECT_NE(std::string(rest.data()).find("ended 143"), std::string::npos) << rest.data();
+    EXPECT_TRUE(tool.Signal(SIGTERM));
+    EXPECT_EQ(tool.Line(), "onvifctl: stopped by a signal\n");
+    EXPECT_EQ(tool.Line(), "ended 143\n");
     EXPECT_EQ(camera.Count("Stop"), 1U);
 }
 

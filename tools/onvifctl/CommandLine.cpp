@@ -7,8 +7,9 @@
 
 namespace onvifctl {
 
-CLI::App* AddCommand(CLI::App& app, CommandLine& line, const char* name,
-                     const std::string& description, const std::vector<std::string>& examples) {
+CLI::App* AddCommandForMany(CLI::App& app, CommandLine& line, const char* name,
+                            const std::string& description,
+                            const std::vector<std::string>& examples) {
     CLI::App* command = app.add_subcommand(name, description);
     std::string footer = examples.size() == 1 ? "\nExample:\n" : "\nExamples:\n";
     for (const std::string& example : examples) {
@@ -18,13 +19,19 @@ CLI::App* AddCommand(CLI::App& app, CommandLine& line, const char* name,
                     "\nUser and password may also come from the environment (ONVIF_USER,"
                     " ONVIF_PASSWORD); a missing"
                     "\npassword is asked for when standard input is a terminal.\n");
-    command->add_option("HOST", line.connection.host, "Address or name, with :PORT if not 80")
-        ->required();
     command->add_option("-u,--user", line.connection.user, "User name")->envname("ONVIF_USER");
     command->add_option("-p,--password", line.connection.password, "Password")
         ->envname("ONVIF_PASSWORD");
     command->add_flag("-v,--verbose", line.connection.verbose,
                       "Show the library's log and traces on standard error");
+    return command;
+}
+
+CLI::App* AddCommand(CLI::App& app, CommandLine& line, const char* name,
+                     const std::string& description, const std::vector<std::string>& examples) {
+    CLI::App* command = AddCommandForMany(app, line, name, description, examples);
+    command->add_option("HOST", line.connection.host, "Address or name, with :PORT if not 80")
+        ->required();
     return command;
 }
 

@@ -20,7 +20,13 @@ struct CommandLine {
     ExitCode code = ExitCode::kDone;
 };
 
-/// Adds a subcommand with HOST and the credentials. @p examples: whole command lines.
+/// Adds a subcommand with the credentials, for devices that it names by itself. @p examples: whole
+/// command lines.
+CLI::App* AddCommandForMany(CLI::App& app, CommandLine& line, const char* name,
+                            const std::string& description,
+                            const std::vector<std::string>& examples);
+
+/// The same with HOST.
 CLI::App* AddCommand(CLI::App& app, CommandLine& line, const char* name,
                      const std::string& description, const std::vector<std::string>& examples);
 
@@ -33,9 +39,10 @@ void AddFormatOption(CLI::App* command, CommandLine& line);
 /// A device to talk to and a place for what it says.
 struct Session {
     explicit Session(const ConnectionOptions& options)
-        : output(options.verbose), connection(options) {}
+        : output(options.verbose), library(options.verbose), connection(options) {}
 
     const CDataOutput output;  // before the first call to the library
+    const CStartedLibrary library;
     const CConnection connection;
 };
 
@@ -55,6 +62,7 @@ void AddRequestCommands(CLI::App& app, CommandLine& line);
 void AddMediaCommands(CLI::App& app, CommandLine& line);
 void AddPtzCommands(CLI::App& app, CommandLine& line);
 void AddImageCommands(CLI::App& app, CommandLine& line);
+void AddWatch(CLI::App& app, CommandLine& line);
 void AddDemo(CLI::App& app, CommandLine& line);
 
 /// The stream addresses of all profiles, a line each.

@@ -67,32 +67,46 @@ CFailure LoginFailure(unsigned int error, const std::string& host) {
 
 }  // namespace
 
+std::string FullAddress(const std::string& host) {
+    const Address address = ParseAddress(host);
+    return address.name + ":" + std::to_string(address.port);
+}
+
+std::string PasswordFor(const ConnectionOptions& options) {
+    if (options.password || options.user.empty()) {
+        return options.password.value_or("");
+    }
+    return AskForPassword("Password of " + options.user + " at " + options.host + ": ")
+        .value_or("");
+}
+
+CStartedLibrary::CStartedLibrary(bool verbose) {
+    if (!verbose) {
+        setenv("ONVIF_CLIENT_LOG", "error", 0);
+    }
+    // The tool pulls its events: nobody else needs to reach it.
+    setenv("ONVIF_CLIENT_LISTEN_ADDRESS", "127.0.0.1", 0);
+    ONVIF_CLIENT_Initial();
+}
+
+CStartedLibrary::~CStartedLibrary() {
+    ONVIF_CLIENT_Quit();
+}
+
 CConnection::CConnection(const ConnectionOptions& options) : loginId_(ONVIF_CLIENT_NO_LOGIN_ID) {
     const Address address = ParseAddress(options.host);
     const std::string ip = Resolve(address.name);
-    std::string password;
-    if (options.password) {
-        password = *options.password;
-    } else if (!options.user.empty()) {
-        password = AskForPassword("Password of " + options.user + " at " + options.host + ": ")
-                       .value_or("");
-    }
-    if (!options.verbose) {
-        setenv("ONVIF_CLIENT_LOG", "error", 0);
-    }
-    ONVIF_CLIENT_Initial();
+    const std::string password = PasswordFor(options);
     unsigned int error = 0;
     loginId_ = ONVIF_CLIENT_Login(ONVIF_CLIENT_NO_LOGIN_ID, ip.c_str(), address.port,
                                   options.user.c_str(), password.c_str(), &error);
     if (loginId_ == ONVIF_CLIENT_NO_LOGIN_ID) {
-        ONVIF_CLIENT_Quit();
         throw LoginFailure(error, options.host);
     }
 }
 
 CConnection::~CConnection() {
     ONVIF_CLIENT_Logout(loginId_);
-    ONVIF_CLIENT_Quit();
 }
 
 std::string CConnection::Send(const std::string& request) const {

@@ -1,5 +1,5 @@
 /// @file
-/// A login at a device, from the command line's point of view.
+/// The started library and a login at a device, from the command line's point of view.
 #ifndef ONVIFCTL_CONNECTION_H
 #define ONVIFCTL_CONNECTION_H
 
@@ -15,14 +15,34 @@ struct ConnectionOptions {
     bool verbose = false;
 };
 
-/// A session that logs in when it is made and out when it goes. Throws CFailure when the login
-/// fails.
+/// "HOST:PORT" in full. Throws CFailure when @p host is neither HOST nor HOST:PORT.
+std::string FullAddress(const std::string& host);
+
+/// The password that was given, or asked for on the terminal when there is a user without one.
+std::string PasswordFor(const ConnectionOptions& options);
+
+/// The library runs while one lives; at most one at a time.
+class CStartedLibrary {
+ public:
+    /// @p verbose: its log tells more than errors.
+    explicit CStartedLibrary(bool verbose);
+    /// Breaks off exchanges that run on other threads.
+    ~CStartedLibrary();
+    CStartedLibrary(const CStartedLibrary&) = delete;
+    CStartedLibrary& operator=(const CStartedLibrary&) = delete;
+};
+
+/// A session that logs in when it is made and out when it goes; the library must have been started.
+/// Throws CFailure when the login fails. Any number may be made at once on as many threads, with
+/// passwords that need not be asked for.
 class CConnection {
  public:
     explicit CConnection(const ConnectionOptions& options);
     ~CConnection();
     CConnection(const CConnection&) = delete;
     CConnection& operator=(const CConnection&) = delete;
+
+    unsigned int LoginId() const { return loginId_; }
 
     /// Sends a request document, Get or Set by its root. Throws CFailure when it fails.
     std::string Send(const std::string& request) const;

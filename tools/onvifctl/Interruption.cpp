@@ -38,11 +38,20 @@ CInterruption::CInterruption() {
 }
 
 CInterruption::~CInterruption() {
-    for (std::size_t i = 0; i < kSignals.size(); ++i) {
-        sigaction(kSignals[i], &before_[i], nullptr);
-    }
+    LetSignalsGo();
     close(wake[0]);
     close(wake[1]);
+}
+
+void CInterruption::Wake() const {
+    Remember(0);
+}
+
+void CInterruption::LetSignalsGo() {
+    for (std::size_t i = 0; holdsSignals_ && i < kSignals.size(); ++i) {
+        sigaction(kSignals[i], &before_[i], nullptr);
+    }
+    holdsSignals_ = false;
 }
 
 int CInterruption::Wait(std::chrono::milliseconds time) const {

@@ -14,19 +14,25 @@ namespace onvifctl {
 class CInterruption {
  public:
     CInterruption();
-    /// The signals mean again what they meant before.
     ~CInterruption();
     CInterruption(const CInterruption&) = delete;
     CInterruption& operator=(const CInterruption&) = delete;
 
-    /// Waits for that long, or until one of the signals has come.
-    /// @return the signal, or 0 when the time has passed.
+    /// Waits for that long, or until one of the signals or a Wake has come.
+    /// @return the signal, or 0.
     int Wait(std::chrono::milliseconds time) const;
+
+    /// Ends the wait, or the next one when none is under way. From any thread.
+    void Wake() const;
+
+    /// The signals mean again what they meant before; Wake can still be called.
+    void LetSignalsGo();
 
  private:
     static constexpr std::array kSignals = {SIGINT, SIGTERM, SIGHUP};
 
     std::array<struct sigaction, kSignals.size()> before_ = {};
+    bool holdsSignals_ = true;
 };
 
 }  // namespace onvifctl

@@ -1,6 +1,7 @@
 #include "StandardStreams.h"
 
 #include <fcntl.h>
+#include <sys/ioctl.h>
 #include <termios.h>
 #include <unistd.h>
 
@@ -50,6 +51,14 @@ void CDataOutput::Write(std::string_view text) const {
             throw CFailure(ExitCode::kNoOutput, "cannot write to standard output");
         }
     }
+}
+
+std::optional<TerminalSize> CDataOutput::Terminal() const {
+    winsize size = {};
+    if (ioctl(descriptor_, TIOCGWINSZ, &size) != 0 || size.ws_row == 0 || size.ws_col == 0) {
+        return std::nullopt;
+    }
+    return TerminalSize{size.ws_row, size.ws_col};
 }
 
 std::optional<std::string> AskForPassword(const std::string& prompt) {

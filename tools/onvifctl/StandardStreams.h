@@ -4,11 +4,17 @@
 #ifndef ONVIFCTL_STANDARDSTREAMS_H
 #define ONVIFCTL_STANDARDSTREAMS_H
 
+#include <cstddef>
 #include <optional>
 #include <string>
 #include <string_view>
 
 namespace onvifctl {
+
+struct TerminalSize {
+    std::size_t rows;
+    std::size_t columns;
+};
 
 /// The tool's own standard output. Construct it before the first call to the library.
 class CDataOutput {
@@ -22,6 +28,9 @@ class CDataOutput {
 
     /// Throws CFailure when the output is gone (a closed pipe, a full disk).
     void Write(std::string_view text) const;
+
+    /// The present size of the terminal that the output is; nothing when it is none.
+    std::optional<TerminalSize> Terminal() const;
 
  private:
     int descriptor_;

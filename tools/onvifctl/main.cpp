@@ -20,6 +20,7 @@ int Run(int argc, char** argv) {
     onvifctl::AddMediaCommands(app, line);
     onvifctl::AddPtzCommands(app, line);
     onvifctl::AddImageCommands(app, line);
+    onvifctl::AddWatch(app, line);
     onvifctl::AddDemo(app, line);
     try {
         app.parse(argc, argv);

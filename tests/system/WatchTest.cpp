@@ -1,0 +1,152 @@
+#include <gtest/gtest.h>
+#include <time.h>
+
+#include <chrono>
+#include <cmath>
+#include <cstring>
+#include <iomanip>
+#include <sstream>
+#include <string>
+#include <thread>
+
+#include "system/Tool.h"
+
+namespace client_test {
+namespace {
+
+using camera_sim::Camera;
+using camera_sim::CameraHost;
+
+void SetMotion(Camera& camera, bool active) {
+    camera.Change([active](auto& state) { state.media.videoSources[0].motion = active; });
+}
+
+void SetInput(Camera& camera, bool active) {
+    camera.Change([active](auto& state) { state.inputs[0].active = active; });
+}
+
+/// How far "2026-11-21T14:05:09.123" is ahead of now, in whole hours; -1000 for another form.
+long HoursAhead(const std::string& text) {
+    tm parts = {};
+    int fraction = -1;
+    char point = 0;
+    std::istringstream stream(text);
+    stream >> std::get_time(&parts, "%Y-%m-%dT%H:%M:%S") >> point >> fraction;
+    return stream.fail() || point != '.' || fraction < 0 || fraction > 999
+               ? -1000
+               : std::lround(std::difftime(timegm(&parts), time(nullptr)) / 3600);
+}
+
+std::string ClosedAddress() {
+    CameraHost gone;
+    return AddressOf(gone.Add({}));
+}
+
+struct Form {
+    const char* option;
+    const char* beforeTime;
+    long hoursAhead;
+    const char* beforeCamera;
+    const char* motion;
+    const char* input;
+    const char* active;
+    const char* inactive;
+};
+
+TEST(Watch, ShowsEachChangeOfEveryCameraOnce) {
+    constexpr Form kForms[] = {
+        {"", "", 10, "  ", "  motion       ", "  alarm-input-1", "  active\n", "  inactive\n"},
+        {"--json ", R"({"time":")", 0, R"(Z","camera":")", R"(","kind":"motion",)",
+         R"(","kind":"alarm-input","input":1,)", "\"state\":true}\n", "\"state\":false}\n"},
+    };
+    for (const Form& form : kForms) {
+        CameraHost host;
+        Camera& a = host.Add({.model = "fixed"});
+        Camera& b = host.Add({.model = "fixed"});
+        SetMotion(a, true);  // what is active already is told at once
+        CRunningTool tool(
+            "watch --for 100 " + std::string(form.option) + AddressOf(a) + " " + AddressOf(b),
+            std::string(kRight) + " TZ=ABC-10");
+        const auto expect = [&](const Camera& camera, const char* kind, const char* state) {
+            const std::size_t start = std::strlen(form.beforeTime);
+            constexpr std::size_t kTime = sizeof "2026-11-21T14:05:09.123" - 1;
+            const std::string line = tool.Line();
+            ASSERT_GT(line.size(), start + kTime) << line;
+            EXPECT_TRUE(line.starts_with(form.beforeTime)) << line;
+            EXPECT_EQ(HoursAhead(line.substr(start, kTime)), form.hoursAhead) << line;
+            EXPECT_EQ(line.substr(start + kTime),
+                      form.beforeCamera + AddressOf(camera) + kind + state);
+        };
+        expect(a, form.motion, form.active);
+        SetInput(b, true);
+        expect(b, form.input, form.active);
+        SetMotion(a, false);
+        expect(a, form.motion, form.inactive);
+        SetMotion(b, true);
+        expect(b, form.motion, form.active);
+        SetInput(b, false);
+        expect(b, form.input, form.inactive);
+        EXPECT_TRUE(tool.Signal(SIGINT));
+        EXPECT_EQ(tool.LastLine(), "ended 0\n");
+    }
+}
+
+TEST(Watch, AHostThatFailsDoesNotStopTheOthers) {
+    CameraHost host;
+    Camera& good = host.Add({.model = "fixed"});
+    SetMotion(good, true);
+    const std::string closed = ClosedAddress();
+    CRunningTool tool("watch --for 100 " + closed + " " + AddressOf(good), kRight);
+    std::string lines = tool.Line();
+    lines += tool.Line();
+    EXPECT_NE(lines.find("onvifctl: " + closed + " does not answer\n"), std::string::npos) << lines;
+    EXPECT_NE(lines.find(AddressOf(good) + "  motion"), std::string::npos) << lines;
+    EXPECT_TRUE(tool.Signal(SIGINT));
+    EXPECT_EQ(tool.LastLine(), "ended 4\n") << "the worst of the hosts'";
+    EXPECT_EQ(RunTool("watch --for 100 " + AddressOf(good) + " >/dev/full", kRight).code, 6);
+}
+
+TEST(Watch, EndsWhenThereIsNothingToWatch) {
+    CameraHost host;
+    const std::string good = AddressOf(host.Add({}));
+    const std::string closed = ClosedAddress();
+    const struct {
+        std::string arguments;
+        std::string password;
+        int code;
+        std::string shows;
+    } cases[] = {
+        {"</dev/null", "camera-1", 2, "no HOST"},
+        {good + ":x", "camera-1", 2, "HOST:PORT"},
+        {"</dev/zero", "camera-1", 2, "too long"},
+        {"--for 0 " + good, "camera-1", 0, ""},
+        {"--for 100 " + good, "wrong", 3, good + " refuses"},
+        {"--for 100 " + good + " " + closed, "wrong", 4, good + " refuses"},
+    };
+    for (const auto& each : cases) {
+        const Outcome outcome =
+            RunTool("watch " + each.arguments, "ONVIF_USER=admin ONVIF_PASSWORD=" + each.password);
+        EXPECT_EQ(outcome.code, each.code) << each.arguments << "\n" << outcome.output;
+        EXPECT_NE(outcome.output.find(each.shows), std::string::npos) << outcome.output;
+    }
+    const std::string file = OwnFile("hosts.txt");
+    std::ofstream(file) << "# gate\n\n \t" << closed << " # yard\r\n";
+    EXPECT_EQ(RunTool("watch --for 100 <" + file, kRight).output,
+              "onvifctl: " + closed + " does not answer\n");
+    std::remove(file.c_str());
+}
+
+TEST(Watch, ASignalBreaksOffALogin) {
+    CameraHost host;
+    Camera& camera = host.Add({});
+    camera.Inject("*", {.kind = camera_sim::Fault::Kind::kSilence});
+    CRunningTool tool("watch " + AddressOf(camera), kRight);
+    for (int i = 0; i < 20000 && camera.Count("*") == 0; ++i) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
+    EXPECT_TRUE(tool.Signal(SIGINT));
+    EXPECT_EQ(tool.LastLine(), "ended 0\n");
+}
+
+}  // namespace
+}  // namespace client_test
