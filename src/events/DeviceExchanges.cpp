@@ -81,7 +81,9 @@ bool TryPull(EventDeviceRecord& record, std::uint32_t handle, std::string_view t
         return false;
     }
     CEventParse& parser = record.Parser();
-    if (!WIRELINK_RegisterNode(handle, &parser, &parser, 1, 1)) {
+    int result = 0;
+    if (!WIRELINK_RegisterNode(handle, &parser, &parser, 1, 1) &&
+        WIRELINK_PopConnectResult(handle, result, 0)) {  // else the layer has just stopped
         COREKIT_AbnormalOutput("ASSERT", "OnvifEvent", kNotRegisteredLine);
     }
     WIRELINK_Start(handle);
