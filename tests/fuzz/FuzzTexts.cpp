@@ -7,6 +7,10 @@
 #include "client/SnapshotRequest.h"
 #include "client/SoapExchange.h"
 #include "commands/GetCmd.h"
+#include "events/ContentTypes.h"
+#include "events/EventDocuments.h"
+#include "events/HttpMessage.h"
+#include "events/NotifyMessage.h"
 #include "transform/FaultReaders.h"
 #include "transform/MotionCells.h"
 #include "transform/TimeResults.h"
@@ -69,6 +73,16 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     BuildSnapshotRequest(ParseSnapshotAddress(text), {"user", "password"},
                          ReadSnapshotHeader(text).challenge.value_or(HttpChallenge{}));
     DecodeActiveCells(text, 22, 18);
+
+    MessageFrame frame;
+    if (CutMessage(text, frame) == MessageState::kComplete) {
+        ReadNotify(text.substr(frame.headerSize, frame.bodySize));
+        BuildEmptyReply(RequestPath(text.substr(0, frame.headerSize)));
+    }
+    ReadNotify(text);
+    ReadSubscription(text);
+    ReadPull(text);
+    FirstRequest(session, PullDocument({std::string(text)}));
 
     RunGet(session, text);
     RunSet(session, text, result);
