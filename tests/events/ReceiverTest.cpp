@@ -1,11 +1,5 @@
-#include <arpa/inet.h>
 #include <gtest/gtest.h>
-#include <netinet/in.h>
-#include <netinet/tcp.h>
-#include <sys/socket.h>
-#include <unistd.h>
 
-#include <cerrno>
 #include <chrono>
 #include <climits>
 #include <condition_variable>
@@ -20,10 +14,12 @@
 #include "events/NotificationReceiver.h"
 #include "platform/Clock.h"
 #include "platform/Reactor.h"
-#include "support/ScriptedPeer.h"
+#include "support/RawClient.h"
 
 namespace onvif_client {
 namespace {
+
+using client_test::CRawClient;
 
 constexpr int kSleepsForASilentDevice = 29;  // between 30 reads in vain
 
@@ -88,44 +84,6 @@ class CKeepingSink final : public INotifySink {
     std::string bodies_;
 };
 
-/// A device's connection.
-class CDevice {
- public:
-    explicit CDevice(std::uint16_t port)
-        : descriptor_(socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0)), connection_(descriptor_) {
-        sockaddr_in address = {};
-        address.sin_family = AF_INET;
-        address.sin_port = htons(port);
-        address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-        const timeval patience = {60, 0};
-        const int soon = 1;
-        setsockopt(descriptor_, SOL_SOCKET, SO_RCVTIMEO, &patience, sizeof patience);
-        setsockopt(descriptor_, IPPROTO_TCP, TCP_NODELAY, &soon, sizeof soon);
-        EXPECT_EQ(connect(descriptor_, reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
-    }
-    ~CDevice() { close(descriptor_); }
-    CDevice(const CDevice&) = delete;
-    CDevice& operator=(const CDevice&) = delete;
-
-    bool Send(std::string_view bytes) const { return connection_.Send(bytes); }
-    void EndSending() const { shutdown(descriptor_, SHUT_WR); }
-    /// All that comes until the receiver closes; "(open)" behind it when it does not.
-    std::string ReadToEnd() const {
-        std::string text;
-        char block[512];
-        ssize_t received = 0;
-        while ((received = recv(descriptor_, block, sizeof block, 0)) > 0) {
-            text.append(block, static_cast<std::size_t>(received));
-        }
-        const bool stillOpen = received < 0 && (errno == EAGAIN || errno == EWOULDBLOCK);
-        return stillOpen ? text + "(open)" : text;
-    }
-
- private:
-    const int descriptor_;
-    const client_test::CPeerConnection connection_;
-};
-
 std::string Post(const std::string& body, const std::string& path = "/subscription_0") {
     return "POST " + path +
            " HTTP/1.1\r\nHost: x\r\nContent-Length: " + std::to_string(body.size()) + "\r\n\r\n" +
@@ -186,7 +144,7 @@ TEST_F(Receiver, OnePostIsAnsweredPerConnection) {
     };
     for (const auto& each : cases) {
         clock_.Allow(0);
-        const CDevice device(Port());
+        const CRawClient device(Port());
         device.Send(each.sent);
         if (each.ends) {
             device.EndSending();
@@ -199,7 +157,7 @@ TEST_F(Receiver, OnePostIsAnsweredPerConnection) {
 }
 
 TEST_F(Receiver, SegmentsMakeAPost) {
-    const CDevice device(Port());
+    const CRawClient device(Port());
     for (const char byte : Post("hello")) {
         device.Send({&byte, 1});
     }
@@ -212,7 +170,7 @@ TEST_F(Receiver, ReadsInVainAreCountedOverTheWholePost) {
     const std::string post = Post("hello");
     for (const bool inTime : {true, false}) {
         clock_.Allow(0);
-        const CDevice device(Port());
+        const CRawClient device(Port());
         const int pieces = inTime ? 15 : kSleepsForASilentDevice;
         for (int piece = 0; piece < pieces; ++piece) {
             clock_.WaitForSleep(piece + 1);
@@ -232,7 +190,7 @@ TEST_F(Receiver, EndlessPostersAreCutOff) {
     const std::string block(1 << 20, 'x');
     clock_.Allow(INT_MAX);
     for (const char* start : {"POST /", "POST / HTTP/1.1\r\n\r\n"}) {
-        const CDevice device(Port());
+        const CRawClient device(Port());
         device.Send(start);
         std::size_t sent = 0;
         while (sent < kPatience && device.Send(block)) {
@@ -244,17 +202,17 @@ TEST_F(Receiver, EndlessPostersAreCutOff) {
 }
 
 TEST_F(Receiver, ManySilentPostersDelayAPostButDoNotPreventIt) {
-    std::vector<std::unique_ptr<CDevice>> silent;
+    std::vector<std::unique_ptr<CRawClient>> silent;
     while (silent.size() < 50) {
-        silent.push_back(std::make_unique<CDevice>(Port()));
+        silent.push_back(std::make_unique<CRawClient>(Port()));
     }
-    const CDevice good(Port());
+    const CRawClient good(Port());
     good.Send(Post("hello"));
     clock_.WaitForSleep(16);  // every slot is taken
     EXPECT_EQ(sink_.TakeBodies(), "");
     clock_.Allow(INT_MAX);
     while (silent.size() < 200) {
-        silent.push_back(std::make_unique<CDevice>(Port()));
+        silent.push_back(std::make_unique<CRawClient>(Port()));
     }
     EXPECT_EQ(good.ReadToEnd(), Reply("text/xml"));
     EXPECT_EQ(sink_.TakeBodies(), "[hello]");

@@ -1,0 +1,83 @@
+#include <gtest/gtest.h>
+
+#include <condition_variable>
+#include <memory>
+#include <mutex>
+#include <vector>
+
+#include "support/RawClient.h"
+#include "system/Client.h"
+
+namespace client_test {
+namespace {
+
+constexpr std::uint16_t kPort = 6699;
+
+class CMotionObserver final : public CONVIFAlarmStateObserver {
+ public:
+    void OnMotionAlarmState(unsigned int, bool state) override {
+        const std::lock_guard guard(lock_);
+        state_ = state;
+        changed_.notify_all();
+    }
+    void OnAlarmInState(unsigned int, unsigned int, bool) override {}
+
+    bool Hears(bool state) {
+        std::unique_lock guard(lock_);
+        return changed_.wait_for(guard, std::chrono::seconds(30), [&] { return state_ == state; });
+    }
+
+ private:
+    std::mutex lock_;  // guards state_
+    std::condition_variable changed_;
+    bool state_ = false;
+};
+
+std::string Post(const std::string& body) {
+    return "POST /subscription_0 HTTP/1.1\r\nContent-Length: " + std::to_string(body.size()) +
+           "\r\n\r\n" + body;
+}
+
+const std::string kReply =
+    "HTTP/1.1 200 OK\r\nContent-type: text/xml\r\nContent-Length: 0\r\nConnection: close\r\n"
+    "AuthInfo: \r\n\r\n";
+
+TEST(Listener, AnswersPostsFromInitialToQuit) {
+    EXPECT_FALSE(CRawClient(kPort).Connected());
+    for (int round = 0; round < 2; ++round) {
+        {
+            const CStartedLibrary library;
+            const CRawClient client(kPort);
+            ASSERT_TRUE(client.Connected());
+            client.Send(Post("<s:Envelope/>"));
+            EXPECT_EQ(client.ReadToEnd(), kReply);
+        }
+        EXPECT_FALSE(CRawClient(kPort).Connected());
+    }
+}
+
+TEST(Listener, SilentPostersDelayNoAlarm) {
+    const CStartedLibrary library;
+    camera_sim::CameraHost host;
+    camera_sim::Camera& camera = host.Add({});
+    CMotionObserver observer;
+    const unsigned int id = Login(camera);
+    ONVIF_CLIENT_AddAlarmStateObserver(id, &observer);
+    std::vector<std::unique_ptr<CRawClient>> silent;
+    for (int i = 0; i < 200; ++i) {
+        silent.push_back(std::make_unique<CRawClient>(kPort));
+        EXPECT_TRUE(silent.back()->Connected());
+    }
+    const CRawClient poster(kPort);
+    poster.Send(Post("<s:Envelope/>"));
+    for (const bool motion : {true, false, true}) {
+        camera.Change([motion](auto& state) { state.media.videoSources[0].motion = motion; });
+        EXPECT_TRUE(observer.Hears(motion));
+    }
+    silent.clear();
+    EXPECT_EQ(poster.ReadToEnd(), kReply) << "its turn comes";
+    ONVIF_CLIENT_DelAlarmStateObserver(id);
+}
+
+}  // namespace
+}  // namespace client_test
