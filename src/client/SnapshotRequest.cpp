@@ -4,6 +4,7 @@
 #include <charconv>
 #include <limits>
 
+#include "common/HeaderText.h"
 #include "platform/Digests.h"
 
 namespace onvif_client {
@@ -14,19 +15,6 @@ constexpr std::size_t kLongestRequest = 8191;
 constexpr std::size_t kLongestDigestText = 511;
 constexpr std::string_view kNonceCount = "00000001";
 constexpr std::string_view kQop = "auth";
-constexpr std::string_view kLineEnd = "\r\n";
-constexpr std::string_view kBlanks = " \t";
-
-bool SameLetters(std::string_view a, std::string_view b) {
-    const auto lower = [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c; };
-    return std::equal(a.begin(), a.end(), b.begin(), b.end(),
-                      [lower](char x, char y) { return lower(x) == lower(y); });
-}
-
-std::string_view Trim(std::string_view text) {
-    text.remove_prefix(std::min(text.find_first_not_of(kBlanks), text.size()));
-    return text.substr(0, text.find_last_not_of(kBlanks) + 1);
-}
 
 /// Takes the text up to @p separator, and the separator, off the front.
 std::string_view TakeUntil(std::string_view& text, std::string_view separator) {
@@ -43,7 +31,7 @@ std::string_view TakeName(std::string_view& text) {
 
 /// A quoted value keeps its commas; a backslash in it stands for what follows.
 std::string TakeValue(std::string_view& text) {
-    text.remove_prefix(std::min(text.find_first_not_of(kBlanks), text.size()));
+    text.remove_prefix(std::min(text.find_first_not_of(kHeaderBlanks), text.size()));
     if (!text.starts_with('"')) {
         return std::string(Trim(TakeUntil(text, ",")));
     }
@@ -170,11 +158,11 @@ SnapshotAddress ParseSnapshotAddress(std::string_view address) {
 
 SnapshotHeader ReadSnapshotHeader(std::string_view header) {
     SnapshotHeader read;
-    const std::string_view statusLine = TakeUntil(header, kLineEnd);
+    const std::string_view statusLine = TakeUntil(header, kHeaderLineEnd);
     read.unauthorized = StatusCode(statusLine) == "401";
     read.notFound = StatusCode(statusLine) == "404";
     while (!header.empty()) {
-        std::string_view value = TakeUntil(header, kLineEnd);
+        std::string_view value = TakeUntil(header, kHeaderLineEnd);
         const std::string_view name = Trim(TakeUntil(value, ":"));
         value = Trim(value);
         if (SameLetters(name, "Content-Length") && read.contentLength == 0) {

@@ -4,31 +4,23 @@
 #include <charconv>
 #include <optional>
 
+#include "common/HeaderText.h"
+
 namespace onvif_client {
 
 namespace {
 
-constexpr std::string_view kLineEnd = "\r\n";
 constexpr std::string_view kHeaderEnd = "\r\n\r\n";
-
-char ToLower(char letter) {
-    return letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter - 'A' + 'a') : letter;
-}
-
-bool EqualWithoutCase(std::string_view left, std::string_view right) {
-    return std::equal(left.begin(), left.end(), right.begin(), right.end(),
-                      [](char a, char b) { return ToLower(a) == ToLower(b); });
-}
 
 /// The value of the first header line of that name, if there is one.
 std::optional<std::string_view> HeaderValue(std::string_view header, std::string_view name) {
-    std::size_t lineEnd = header.find(kLineEnd);  // of the request line
+    std::size_t lineEnd = header.find(kHeaderLineEnd);  // of the request line
     while (lineEnd != std::string_view::npos) {
-        header.remove_prefix(lineEnd + kLineEnd.size());
-        lineEnd = header.find(kLineEnd);
+        header.remove_prefix(lineEnd + kHeaderLineEnd.size());
+        lineEnd = header.find(kHeaderLineEnd);
         const std::string_view line = header.substr(0, lineEnd);
         const std::size_t colon = line.find(':');
-        if (colon != std::string_view::npos && EqualWithoutCase(line.substr(0, colon), name)) {
+        if (colon != std::string_view::npos && SameLetters(line.substr(0, colon), name)) {
             return line.substr(colon + 1);
         }
     }
@@ -37,9 +29,7 @@ std::optional<std::string_view> HeaderValue(std::string_view header, std::string
 
 /// A decimal number with blanks around it, and nothing else.
 std::optional<std::size_t> ParseLength(std::string_view text) {
-    constexpr std::string_view kBlanks = " \t";
-    text.remove_prefix(std::min(text.find_first_not_of(kBlanks), text.size()));
-    text = text.substr(0, text.find_last_not_of(kBlanks) + 1);
+    text = Trim(text);
     std::size_t length = 0;
     const char* end = text.data() + text.size();
     const auto [parsed, error] = std::from_chars(text.data(), end, length);

@@ -5,6 +5,8 @@
 #include <map>
 #include <optional>
 
+#include "common/HeaderText.h"
+
 namespace onvif_client {
 
 namespace {
@@ -49,10 +51,6 @@ constexpr std::array<std::string_view, CXmlTransform::kPrefixCount> kCanonicalPr
 
 static_assert(std::is_sorted(kCanonicalPrefixes.begin(), kCanonicalPrefixes.end()));
 static_assert(std::size(kNamespaceEndings) == CXmlTransform::kPrefixCount);
-
-char LowerCase(char c) {
-    return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-}
 
 bool EqualsLower(char c, char lower) {
     return LowerCase(c) == lower;
