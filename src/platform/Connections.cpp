@@ -120,9 +120,9 @@ ConnectionEntry CConnectionTable::Take(std::uint32_t handle) {
     return node.empty() ? ConnectionEntry{} : std::move(node.mapped());
 }
 
-std::map<std::uint32_t, ConnectionEntry> CConnectionTable::TakeAll() {
+std::map<std::uint32_t, ConnectionEntry> CConnectionTable::All() {
     const std::lock_guard guard(lock_);
-    return std::exchange(entries_, {});
+    return entries_;
 }
 
 void EndConnection(const ConnectionEntry& entry) {

@@ -64,7 +64,8 @@ class CConnectionTable {
     std::shared_ptr<CReadRegistration> TakeRegistration(std::uint32_t handle);
     /// Takes the whole entry out; empty for an unknown handle.
     ConnectionEntry Take(std::uint32_t handle);
-    std::map<std::uint32_t, ConnectionEntry> TakeAll();
+    /// A copy.
+    std::map<std::uint32_t, ConnectionEntry> All();
 
  private:
     std::mutex lock_;  // guards the members below; leaf

@@ -55,18 +55,19 @@ class CListenerTable {
 /// Ends everything in the background. Connections are broken off first, so that whoever waits in a
 /// callback on one goes on.
 void EndAll() {
+    CConnectionTable& connections = CConnectionTable::Instance();
     const auto listeners = CListenerTable::Instance().TakeAll();
-    auto entries = CConnectionTable::Instance().TakeAll();
-    for (const auto& [handle, entry] : entries) {
+    for (const auto& [handle, entry] : connections.All()) {
         entry.connection->Break();
     }
     for (const auto& [port, listener] : listeners) {
         listener->Stop();
     }
-    // A listener may have accepted one more before it stopped.
-    entries.merge(CConnectionTable::Instance().TakeAll());
-    for (const auto& [handle, entry] : entries) {
+    // All again: a listener may have accepted one more before it stopped. Each stays in the table
+    // until its callback has ended: whoever unregisters it meanwhile has to wait for that too.
+    for (const auto& [handle, entry] : connections.All()) {
         EndConnection(entry);
+        connections.Take(handle);
     }
     StopReactor();
 }

@@ -189,6 +189,33 @@ TEST_F(Connections, NoCallbackFollowsItsUnregistration) {
     }
 }
 
+TEST_F(Connections, UnregisteringWaitsForTheCallbackWhileTheLayerStopsToo) {
+    CScriptedPeer peer([](CPeerConnection& connection) {
+        connection.Send("x");
+        connection.WaitForClose();
+    });
+    std::atomic<bool> entered = false;
+    std::atomic<bool> unregistering = false;
+    std::atomic<bool> ended = false;
+    CKeepingObserver observer;
+    observer.onData = [&](std::uint32_t) {
+        entered = true;
+        WaitUntil([&] { return unregistering.load(); });
+        std::this_thread::sleep_for(std::chrono::milliseconds(20));
+        ended = true;
+    };
+    const std::uint32_t handle = Connect(peer.Port());
+    WIRELINK_RegisterNode(handle, &observer, &observer, 1, 1);
+    WIRELINK_Start(handle);
+    WaitUntil([&] { return entered.load(); });
+    std::jthread quitting(WIRELINK_Quit);
+    int result = 1;
+    WaitUntil([&] { return !WIRELINK_PopConnectResult(handle, result, 0) || result != 1; });
+    unregistering = true;
+    WIRELINK_UnRegisterNode(handle);
+    EXPECT_TRUE(ended);
+}
+
 /// Answers every connection with what it sent; counts how many it does at once.
 class CEcho final : public CListenSocketObserver {
  public:
