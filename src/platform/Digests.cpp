@@ -16,11 +16,11 @@ namespace {
 constexpr int kNoDigestLine = 29;
 
 using DigestContext = std::unique_ptr<EVP_MD_CTX, decltype(&EVP_MD_CTX_free)>;
-using DigestMethod = std::unique_ptr<EVP_MD, decltype(&EVP_MD_free)>;
 
-/// Looking an algorithm up costs microseconds, so each is fetched once.
-DigestMethod Fetch(const char* name) {
-    return {EVP_MD_fetch(nullptr, name, nullptr), &EVP_MD_free};
+/// Looking an algorithm up costs microseconds, so each is fetched once; never freed, as threads may
+/// still sign while the process ends.
+const EVP_MD* Fetch(const char* name) {
+    return EVP_MD_fetch(nullptr, name, nullptr);
 }
 
 template <std::size_t Size>
@@ -42,13 +42,13 @@ std::optional<std::array<std::uint8_t, Size>> Digest(const EVP_MD* method,
 }  // namespace
 
 std::optional<std::array<std::uint8_t, 16>> Md5(std::span<const std::uint8_t> data) {
-    static const DigestMethod method = Fetch("MD5");
-    return Digest<16>(method.get(), data);
+    static const EVP_MD* const method = Fetch("MD5");
+    return Digest<16>(method, data);
 }
 
 std::optional<std::array<std::uint8_t, 20>> Sha1(std::span<const std::uint8_t> data) {
-    static const DigestMethod method = Fetch("SHA1");
-    return Digest<20>(method.get(), data);
+    static const EVP_MD* const method = Fetch("SHA1");
+    return Digest<20>(method, data);
 }
 
 std::string Base64(std::span<const std::uint8_t> data) {

@@ -8,9 +8,9 @@
 namespace onvif_client {
 
 /// For the initialiser of a function-local static reference.
-template <typename T>
-T& MakeImmortal() {
-    return *std::make_unique<T>().release();
+template <typename T, typename... Arguments>
+T& MakeImmortal(Arguments&... arguments) {
+    return *std::make_unique<T>(arguments...).release();
 }
 
 }  // namespace onvif_client
