@@ -88,8 +88,8 @@ void COnvifEventCtrol::EventThreadMain(void* eventThread) {
 
 void COnvifEventCtrol::Run(const EventThread& own) {
     callingObserversOf = this;
+    Join(TakePredecessors(own));  // without the lock: one of them may wait for it too
     const std::lock_guard inCharge(loopLock_);
-    Join(TakePredecessors(own));
     while (own.running) {
         loop_.Pass();
         SleepMilliseconds(kPassPauseMs);
