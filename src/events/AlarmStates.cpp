@@ -16,30 +16,28 @@ constexpr int kObserverThrewLine = 341;
 
 }  // namespace
 
-void CAlarmStates::Report(std::span<const AlarmItem> items, std::uint32_t now) {
-    for (const AlarmItem& item : items) {
-        for (Alarm& alarm : alarms_) {
-            if (alarm.type != item.type) {
-                continue;
-            }
-            alarm.ticks = now;
-            if (alarm.state != item.state) {
-                alarm.state = item.state;
-                Tell(alarm);
-            }
+void CAlarmStates::Report(const AlarmItem& item, std::uint32_t now) {
+    for (Alarm& alarm : alarms_) {
+        if (alarm.type != item.type) {
+            continue;
+        }
+        alarm.ticks = now;
+        if (alarm.state != item.state) {
+            alarm.state = item.state;
+            Tell(alarm);
         }
     }
 }
 
-void CAlarmStates::CheckTimes(std::uint32_t now) {
+void CAlarmStates::CheckTimes(std::uint32_t now, const bool& interrupted) {
     for (Alarm& alarm : alarms_) {
-        if (alarm.state && HavePassed(now, alarm.ticks, kClearedAfterMs)) {
+        if (!interrupted && alarm.state && HavePassed(now, alarm.ticks, kClearedAfterMs)) {
             alarm.state = false;
             Tell(alarm);
         }
     }
     for (const Alarm& alarm : alarms_) {
-        if (alarm.state && HavePassed(now, alarm.ticks, kRepeatedAfterMs)) {
+        if (!interrupted && alarm.state && HavePassed(now, alarm.ticks, kRepeatedAfterMs)) {
             Tell(alarm);
         }
     }

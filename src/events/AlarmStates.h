@@ -4,7 +4,6 @@
 #define ONVIF_CLIENT_EVENTS_ALARMSTATES_H
 
 #include <cstdint>
-#include <span>
 
 #include "events/AlarmTopics.h"
 
@@ -21,8 +20,9 @@ class CAlarmStates {
     CAlarmStates(std::uint32_t loginId, CONVIFAlarmStateObserver* observer)
         : loginId_(loginId), observer_(observer) {}
 
-    void Report(std::span<const AlarmItem> items, std::uint32_t now);
-    void CheckTimes(std::uint32_t now);
+    void Report(const AlarmItem& item, std::uint32_t now);
+    /// @param interrupted  set by a callback: it is the last one.
+    void CheckTimes(std::uint32_t now, const bool& interrupted);
     /// The observer is told nothing any more.
     void Silence() { observer_ = nullptr; }
 

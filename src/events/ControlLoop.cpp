@@ -1,13 +1,15 @@
 #include "events/ControlLoop.h"
 
+#include <optional>
+
 #include "platform/Clock.h"
 
 namespace onvif_client {
 
 void CControlLoop::Pass() {
-    std::uint64_t next = 0;
-    while (const CDeviceTable::Record record = devices_.From(next)) {
-        next = std::uint64_t{record->LoginId()} + 1;
+    interrupted_ = false;
+    for (auto record = devices_.From(0); record != nullptr && !interrupted_;
+         record = devices_.From(std::uint64_t{record->LoginId()} + 1)) {
         Visit(record);
     }
 }
@@ -17,11 +19,17 @@ void CControlLoop::Visit(const CDeviceTable::Record& record) {
     if (record->Removed()) {
         return;
     }
-    record->States().Report(record->TakeItems(), TickCount());
-    if (!record->Removed()) {
+    while (!interrupted_) {
+        const std::optional<AlarmItem> item = record->TakeItem();
+        if (!item) {
+            break;
+        }
+        record->States().Report(*item, TickCount());
+    }
+    if (!interrupted_ && !record->Removed()) {
         QueueDueTask(record);
     }
-    record->States().CheckTimes(TickCount());
+    record->States().CheckTimes(TickCount(), interrupted_);
 }
 
 void CControlLoop::QueueDueTask(const CDeviceTable::Record& record) {

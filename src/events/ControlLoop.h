@@ -37,6 +37,10 @@ class CControlLoop {
     /// One pass over the devices in ascending login id order. One thread at a time.
     void Pass();
 
+    /// From inside a callback: makes that the last one of the pass. What is left to tell stays for
+    /// a later pass.
+    void Interrupt() { interrupted_ = true; }
+
  private:
     void Visit(const CDeviceTable::Record& record);
     /// Has the task run that is due, if one is and none runs yet.
@@ -44,6 +48,7 @@ class CControlLoop {
 
     const CDeviceTable& devices_;
     ITaskQueue& tasks_;
+    bool interrupted_ = false;  // of the pass that runs, and used by its thread only
 };
 
 }  // namespace onvif_client

@@ -76,6 +76,9 @@ void COnvifEventCtrol::Stop() {
             ended = std::move(threads_);
         }
     }
+    if (callingObserversOf == this) {
+        loop_.Interrupt();
+    }
     tasks.reset();
     Join(ended);
     WIRELINK_StopListen(kListenPort);

@@ -59,9 +59,14 @@ void EventDeviceRecord::AddNotifiedItems(std::span<const AlarmItem> items) {
     pendingItems_.insert(pendingItems_.end(), items.begin(), items.end());
 }
 
-std::vector<AlarmItem> EventDeviceRecord::TakeItems() {
+std::optional<AlarmItem> EventDeviceRecord::TakeItem() {
     const std::lock_guard guard(lock_);
-    return std::exchange(pendingItems_, {});
+    if (pendingItems_.empty()) {
+        return std::nullopt;
+    }
+    const AlarmItem item = pendingItems_.front();
+    pendingItems_.pop_front();
+    return item;
 }
 
 void EventDeviceRecord::UseNotifications(const std::string& renewAddress) {

@@ -10,11 +10,12 @@
 
 #include <atomic>
 #include <cstdint>
+#include <deque>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <span>
 #include <string>
-#include <vector>
 
 #include "events/AlarmStates.h"
 #include "events/EventDocuments.h"
@@ -55,7 +56,8 @@ class EventDeviceRecord {
     void AddPulledItems(std::span<const AlarmItem> items);
     /// Items of a post; ignored while the device is pulled from.
     void AddNotifiedItems(std::span<const AlarmItem> items);
-    std::vector<AlarmItem> TakeItems();
+    /// The oldest item that nobody took yet.
+    std::optional<AlarmItem> TakeItem();
     /// Lets the device post its messages, to a subscription that is renewed at @p renewAddress. No
     /// device is asked to do so today.
     void UseNotifications(const std::string& renewAddress);
@@ -100,11 +102,12 @@ class EventDeviceRecord {
     bool subscribed_ = true;
     bool sourceFixed_ = false;
     bool replyComplete_ = false;
+    bool subscriptionFailed_ = false;
     std::uint32_t lastPullTicks_;
-    std::int64_t subscribeLocalTime_ = 0;  // seconds, of the last attempt
+    std::int64_t subscribeLocalTime_ = 0;  // seconds, of the last attempt; 0: one is due
     std::string renewAddress_;
     PullPoint pull_;
-    std::vector<AlarmItem> pendingItems_;
+    std::deque<AlarmItem> pendingItems_;
     std::uint32_t connection_ = 0;
 
     const std::unique_ptr<CEventParse> parser_;
