@@ -99,6 +99,8 @@ bool Subscribe(EventDeviceRecord& record, ISessionSource& sessions) {
     const auto answer = ReadSubscription(result);
     if (answer) {
         record.SetSubscription(*answer);
+    } else {
+        record.SubscriptionFailed();
     }
     record.MarkSubscribed();
     return answer.has_value();

@@ -46,15 +46,16 @@ void COnvifEventCtrol::Start() {
     WIRELINK_StartListen(kListenPort, &receiver_, 0, true);
     const std::lock_guard guard(lifecycleLock_);
     localAddresses_ = LocalIpv4Addresses();
+    // Also under an event thread that runs: the socket layer can have been stopped alone.
+    ++starts_;
+    for (auto record = devices_.From(0); record != nullptr;
+         record = devices_.From(std::uint64_t{record->LoginId()} + 1)) {
+        record->Resume();
+    }
     if (!threads_.empty() && threads_.back().running) {
         return;
     }
     tasks_ = std::make_unique<CDeviceTasks>(sessions_);
-    // The connections of the pulls went with the socket layer.
-    for (auto record = devices_.From(0); record != nullptr;
-         record = devices_.From(std::uint64_t{record->LoginId()} + 1)) {
-        record->PullAtOnce();
-    }
     EventThread& thread = threads_.emplace_back(*this);
     thread.handle = COREKIT_CreateRunOneThread(&COnvifEventCtrol::EventThreadMain, &thread, false,
                                                kSource, kThreadLine, kEventThreadName);
@@ -118,12 +119,16 @@ void COnvifEventCtrol::Join(const EventThreads& threads) {
 
 void COnvifEventCtrol::AddDevice(std::uint32_t loginId, CONVIFAlarmStateObserver* observer,
                                  const std::string& deviceAddress) {
+    const std::uint32_t starts = starts_;
     DeleteDevice(loginId);
-    auto record = std::make_shared<EventDeviceRecord>(sessions_, loginId, observer,
-                                                      NextCallbackAddress(deviceAddress));
+    const auto record = std::make_shared<EventDeviceRecord>(sessions_, loginId, observer,
+                                                            NextCallbackAddress(deviceAddress));
     Subscribe(*record, sessions_);
     SendPull(*record, sessions_);
-    Remove(devices_.Put(std::move(record)));
+    Remove(devices_.Put(record));
+    if (starts_ != starts) {
+        record->Resume();  // a restart met the exchanges above, and not the record
+    }
 }
 
 void COnvifEventCtrol::DeleteDevice(std::uint32_t loginId) {

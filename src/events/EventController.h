@@ -88,6 +88,8 @@ class COnvifEventCtrol final : private ITaskQueue {
     CNotifyDelivery delivery_;
     CNotificationReceiver receiver_;
 
+    std::atomic<std::uint32_t> starts_ = 0;
+
     std::mutex loopLock_;  // held by the event thread in charge; before every other lock
 
     std::mutex lifecycleLock_;  // guards the members below; behind a visit lock, before the tasks'

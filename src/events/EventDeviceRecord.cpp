@@ -121,6 +121,12 @@ void EventDeviceRecord::SetSubscription(const SubscriptionAnswer& answer) {
     pull_.address = answer.address;
     pull_.id = answer.id;
     pull_.idAttribute = answer.idAttribute;
+    subscriptionFailed_ = false;
+}
+
+void EventDeviceRecord::SubscriptionFailed() {
+    const std::lock_guard guard(lock_);
+    subscriptionFailed_ = true;
 }
 
 void EventDeviceRecord::MarkSubscribed() {
@@ -142,6 +148,22 @@ void EventDeviceRecord::LimitPulls(const std::string& timeout, std::uint16_t mes
 void EventDeviceRecord::CompleteReply() {
     const std::lock_guard guard(lock_);
     replyComplete_ = true;
+}
+
+void EventDeviceRecord::Resume() {
+    std::uint32_t handle = 0;
+    {
+        const std::lock_guard guard(lock_);
+        handle = connection_;
+    }
+    int ignored = 0;
+    if (handle == 0 || !WIRELINK_PopConnectResult(handle, ignored, 0)) {
+        PullAtOnce();
+    }
+    const std::lock_guard guard(lock_);
+    if (subscriptionFailed_) {
+        subscribeLocalTime_ = 0;
+    }
 }
 
 void EventDeviceRecord::SetConnection(std::uint32_t handle) {

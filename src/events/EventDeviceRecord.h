@@ -73,6 +73,7 @@ class EventDeviceRecord {
     // For the task that has the record, and the parser.
     PullPoint Pull() const;
     void SetSubscription(const SubscriptionAnswer& answer);
+    void SubscriptionFailed();
     /// An attempt to subscribe has ended, whatever came of it.
     void MarkSubscribed();
     /// What the device allows at most; empty and 0: it does not say.
@@ -80,6 +81,9 @@ class EventDeviceRecord {
     void CompleteReply();
     /// Has the next visit pull, whatever became of the last pull.
     void PullAtOnce() { CompleteReply(); }
+    /// The socket layer was started. What its last end broke off is due at once: a pull whose
+    /// connection is gone, and a subscription that could not be made.
+    void Resume();
 
     // For the task that has the record.
     CEventParse& Parser() { return *parser_; }
