@@ -1,0 +1,175 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <chrono>
+#include <vector>
+
+#include "api/HttpClientManager.h"
+#include "events/EventController.h"
+#include "platform/Clock.h"
+#include "platform/Wirelink.h"
+#include "system/AlarmObserver.h"
+
+namespace onvif_client {
+namespace {
+
+using camera_sim::Camera;
+using camera_sim::CameraHost;
+using camera_sim::Fault;
+using client_test::Await;
+using client_test::CAlarmObserver;
+using client_test::SetInput;
+using client_test::SetMotion;
+
+/// Stands still until it is moved; every sleep is short.
+class CMovedClock final : public IClock {
+ public:
+    std::uint32_t TickCount() const override { return milliseconds_; }
+    std::int64_t CalendarSeconds() const override { return seconds_; }
+    void Sleep(std::uint32_t) const override {
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
+    void MoveCalendar(int seconds) { seconds_ += seconds; }
+    void Move(int seconds) {
+        MoveCalendar(seconds);
+        milliseconds_ += static_cast<std::uint32_t>(seconds) * 1000;
+    }
+
+ private:
+    std::atomic<std::int64_t> seconds_ = std::chrono::duration_cast<std::chrono::seconds>(
+                                             std::chrono::system_clock::now().time_since_epoch())
+                                             .count();
+    std::atomic<std::uint32_t> milliseconds_ = 0;
+};
+
+/// The alarm side below the exports, with a clock of the test's.
+class Controller : public testing::Test {
+ protected:
+    Controller() {
+        WIRELINK_Initial(1, 1, nullptr, 0);
+        controller_.Start();
+    }
+
+    unsigned int Observed(const Camera& camera) {
+        std::uint32_t error = 0;
+        const std::uint32_t id =
+            sessions_.Login(kNoLoginId, "127.0.0.1", camera.Port(), "admin", "camera-1", error);
+        EXPECT_EQ(error, 0U);
+        controller_.AddDevice(id, &observer_, "127.0.0.1");
+        return id;
+    }
+
+    CMovedClock clock_;
+    const CScopedClock scoped_{clock_};
+    CameraHost host_;
+    CAlarmObserver observer_;
+    CHttpClientManager sessions_;
+    COnvifEventCtrol controller_{sessions_};
+};
+
+TEST_F(Controller, OnlyChangesAreTold) {
+    Camera& camera = host_.Add({.model = "fixed"});
+    const unsigned int id = Observed(camera);
+    SetInput(camera, true);
+    EXPECT_TRUE(observer_.Hears(id, "I+"));
+    for (std::uint64_t subscription = 2; subscription <= 4; ++subscription) {
+        // A new subscription tells every state again.
+        clock_.MoveCalendar(100);
+        ASSERT_TRUE(Await([&] {
+            const auto all = camera.Subscriptions();
+            return all.size() == 1 && all[0].id == subscription && all[0].waitingPulls == 1 &&
+                   all[0].delivered == 2;
+        }));
+    }
+    SetInput(camera, false);
+    EXPECT_TRUE(observer_.Hears(id, "I+I-"));
+    EXPECT_EQ(observer_.calls, 2);
+}
+
+TEST_F(Controller, ALostReplyIsAskedForAgainAfterAMinute) {
+    const auto raw = [](const std::string& reply) {
+        return Fault{
+            .kind = Fault::Kind::kRawReply, .remaining = 1, .reply = "HTTP/1.1 200 OK\r\n" + reply};
+    };
+    const Fault faults[] = {
+        {.kind = Fault::Kind::kSilence, .remaining = 1},
+        {.kind = Fault::Kind::kClose, .remaining = 1},
+        {.kind = Fault::Kind::kGarbage, .remaining = 1, .bytes = 70000},
+        raw("Content-Length: 40000\r\n\r\n" + std::string(40000, ' ')),
+        raw("Content-Length: 4000\r\n\r\n<?xml"),
+        raw("Content-Length: -5\r\n\r\n<a/>"),
+        raw("\r\n<a/>"),
+    };
+    Camera& sound = host_.Add({});
+    const unsigned int soundId = Observed(sound);
+    std::vector<std::pair<Camera*, unsigned int>> odd;
+    for (const Fault& fault : faults) {
+        odd.emplace_back(&host_.Add({}), 0);
+        odd.back().first->Inject("PullMessages", fault);
+        odd.back().second = Observed(*odd.back().first);
+        SetInput(*odd.back().first, true);
+    }
+    SetMotion(sound, true);
+    EXPECT_TRUE(observer_.Hears(soundId, "M+"));
+    SetMotion(sound, false);
+    EXPECT_TRUE(observer_.Hears(soundId, "M+M-"));
+    for (const auto& [camera, id] : odd) {
+        EXPECT_TRUE(Await([&, pulled = camera] { return pulled->Count("PullMessages") > 0; }));
+        EXPECT_EQ(camera->Count("PullMessages"), 1U) << id;
+        EXPECT_EQ(observer_.Heard(id), "") << id;
+    }
+    clock_.Move(61);
+    for (const auto& [camera, id] : odd) {
+        // The second input has not changed.
+        EXPECT_TRUE(Await([&, heard = id] { return observer_.Heard(heard).starts_with("I+"); }))
+            << id;
+    }
+}
+
+TEST_F(Controller, ARebootedCameraIsSubscribedToAgain) {
+    Camera& camera = host_.Add({.model = "fixed"});
+    Camera& sound = host_.Add({});
+    const unsigned int id = Observed(camera);
+    const unsigned int soundId = Observed(sound);
+    ASSERT_TRUE(Await([&] { return camera.Subscriptions()[0].waitingPulls == 1; }));
+    const std::uint64_t pulls = camera.Count("PullMessages");
+    camera.Reboot();
+    SetInput(camera, true);
+    clock_.Move(61);
+    // The camera refuses every pull, as it knows no subscription.
+    EXPECT_TRUE(Await([&] { return camera.Count("PullMessages") > pulls + 3; }));
+    EXPECT_EQ(observer_.Heard(id), "");
+    SetMotion(sound, true);
+    EXPECT_TRUE(observer_.Hears(soundId, "M+"));
+    clock_.Move(40);
+    EXPECT_TRUE(observer_.Hears(id, "I+"));
+}
+
+TEST_F(Controller, ASiteOfSilentCamerasDelaysNoOther) {
+    Camera& sound = host_.Add({});
+    const unsigned int soundId = Observed(sound);
+    std::vector<Camera*> silent;
+    for (int i = 0; i < 15; ++i) {
+        silent.push_back(&host_.Add({}));
+        Observed(*silent.back());
+        silent.back()->Inject("*", {.kind = Fault::Kind::kSilence});
+    }
+    clock_.Move(101);
+    const auto askedFor = [&](const char* operation, std::uint64_t times) {
+        return std::count_if(silent.begin(), silent.end(),
+                             [&](const Camera* each) { return each->Count(operation) >= times; });
+    };
+    ASSERT_TRUE(Await([&] { return askedFor("Unsubscribe", 1) >= 5; }));
+    std::string changes;
+    for (int i = 0; i < 10; ++i) {
+        SetMotion(sound, i % 2 == 0);
+        changes += i % 2 == 0 ? "M+" : "M-";
+        EXPECT_TRUE(observer_.Hears(soundId, changes));
+    }
+    // However slow this was: another one is asked only when one has been given up.
+    const auto asked = askedFor("Unsubscribe", 1);
+    EXPECT_LE(asked, 5 + askedFor("CreatePullPointSubscription", 2));
+}
+
+}  // namespace
+}  // namespace onvif_client
