@@ -1,6 +1,6 @@
 #include "events/ControlLoop.h"
 
-#include <optional>
+#include <vector>
 
 #include "platform/Clock.h"
 
@@ -19,13 +19,13 @@ void CControlLoop::Visit(const CDeviceTable::Record& record) {
     if (record->Removed()) {
         return;
     }
-    while (!interrupted_) {
-        const std::optional<AlarmItem> item = record->TakeItem();
-        if (!item) {
-            break;
-        }
-        record->States().Report(*item, TickCount());
+    const std::vector<AlarmItem> items = record->TakeItems();
+    const std::uint32_t now = TickCount();
+    auto untold = items.begin();
+    while (untold != items.end() && !interrupted_) {
+        record->States().Report(*untold++, now);
     }
+    record->ReturnItems({untold, items.end()});
     if (!interrupted_ && !record->Removed()) {
         QueueDueTask(record);
     }

@@ -88,7 +88,7 @@ class COnvifEventCtrol final : private ITaskQueue {
     CNotifyDelivery delivery_;
     CNotificationReceiver receiver_;
 
-    std::atomic<std::uint32_t> starts_ = 0;
+    std::atomic<std::uint32_t> starts_ = 0;  // how often; tells AddDevice of a restart beside it
 
     std::mutex loopLock_;  // held by the event thread in charge; before every other lock
 

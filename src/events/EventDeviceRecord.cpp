@@ -59,14 +59,14 @@ void EventDeviceRecord::AddNotifiedItems(std::span<const AlarmItem> items) {
     pendingItems_.insert(pendingItems_.end(), items.begin(), items.end());
 }
 
-std::optional<AlarmItem> EventDeviceRecord::TakeItem() {
+std::vector<AlarmItem> EventDeviceRecord::TakeItems() {
     const std::lock_guard guard(lock_);
-    if (pendingItems_.empty()) {
-        return std::nullopt;
-    }
-    const AlarmItem item = pendingItems_.front();
-    pendingItems_.pop_front();
-    return item;
+    return std::exchange(pendingItems_, {});
+}
+
+void EventDeviceRecord::ReturnItems(std::span<const AlarmItem> items) {
+    const std::lock_guard guard(lock_);
+    pendingItems_.insert(pendingItems_.begin(), items.begin(), items.end());
 }
 
 void EventDeviceRecord::UseNotifications(const std::string& renewAddress) {

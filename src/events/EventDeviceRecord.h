@@ -10,12 +10,11 @@
 
 #include <atomic>
 #include <cstdint>
-#include <deque>
 #include <memory>
 #include <mutex>
-#include <optional>
 #include <span>
 #include <string>
+#include <vector>
 
 #include "events/AlarmStates.h"
 #include "events/EventDocuments.h"
@@ -56,8 +55,9 @@ class EventDeviceRecord {
     void AddPulledItems(std::span<const AlarmItem> items);
     /// Items of a post; ignored while the device is pulled from.
     void AddNotifiedItems(std::span<const AlarmItem> items);
-    /// The oldest item that nobody took yet.
-    std::optional<AlarmItem> TakeItem();
+    std::vector<AlarmItem> TakeItems();
+    /// Puts items back that nobody was told of.
+    void ReturnItems(std::span<const AlarmItem> items);
     /// Lets the device post its messages, to a subscription that is renewed at @p renewAddress. No
     /// device is asked to do so today.
     void UseNotifications(const std::string& renewAddress);
@@ -111,7 +111,7 @@ class EventDeviceRecord {
     std::int64_t subscribeLocalTime_ = 0;  // seconds, of the last attempt; 0: one is due
     std::string renewAddress_;
     PullPoint pull_;
-    std::deque<AlarmItem> pendingItems_;
+    std::vector<AlarmItem> pendingItems_;
     std::uint32_t connection_ = 0;
 
     const std::unique_ptr<CEventParse> parser_;
