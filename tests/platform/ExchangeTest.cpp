@@ -6,6 +6,7 @@
 #include <thread>
 
 #include "platform/Wirelink.h"
+#include "support/ClosedPort.h"
 #include "support/ScriptedPeer.h"
 
 namespace onvif_client {
@@ -90,11 +91,8 @@ TEST_F(Exchange, ADrippingPeerDoesNotMoveTheDeadline) {
 }
 
 TEST_F(Exchange, BadArgumentsAndDeadPortsFailAtOnce) {
-    std::uint16_t closed = 0;
-    {
-        CScriptedPeer peer([](CPeerConnection&) {});
-        closed = peer.Port();
-    }
+    const client_test::CClosedPort nobody;
+    const std::uint16_t closed = nobody.Port();
     EXPECT_EQ(Do(closed), "");
     EXPECT_EQ(returned_, -1);
     char buffer[10] = {};

@@ -44,8 +44,11 @@ inline Outcome RunTool(const std::string& arguments, const std::string& environm
 /// The credentials of every simulated camera.
 inline constexpr const char* kRight = "ONVIF_USER=admin ONVIF_PASSWORD=camera-1";
 
+inline std::string LocalAddress(std::uint16_t port) {
+    return "127.0.0.1:" + std::to_string(port);
+}
 inline std::string AddressOf(const camera_sim::Camera& camera) {
-    return "127.0.0.1:" + std::to_string(camera.Port());
+    return LocalAddress(camera.Port());
 }
 
 /// The tool while it runs, standard error among its output; what remains of it is killed.

@@ -11,6 +11,7 @@
 #include <utility>
 #include <vector>
 
+#include "support/ClosedPort.h"
 #include "system/Tool.h"
 
 namespace client_test {
@@ -41,9 +42,8 @@ TEST(Onvifctl, ItsExitCodesAndOutputTellWhatHappened) {
     camera_sim::Camera& camera = host.Add({});
     camera.Inject("GetDNS", {.kind = camera_sim::Fault::Kind::kSoapFault,
                              .soapFault = {.code = "Receiver", .reason = "no name servers"}});
-    auto gone = std::make_unique<camera_sim::CameraHost>();
-    const std::string closed = "127.0.0.1:" + std::to_string(gone->Add({}).Port());
-    gone.reset();
+    const CClosedPort nobody;
+    const std::string closed = LocalAddress(nobody.Port());
     const std::string at = AddressOf(camera);
     const std::string right = kRight;
     const std::string file = OwnFile("request.xml");

@@ -9,6 +9,7 @@
 #include <string>
 #include <thread>
 
+#include "support/ClosedPort.h"
 #include "system/Tool.h"
 
 namespace client_test {
@@ -35,11 +36,6 @@ long HoursAhead(const std::string& text) {
     return stream.fail() || point != '.' || fraction < 0 || fraction > 999
                ? -1000
                : std::lround(std::difftime(timegm(&parts), time(nullptr)) / 3600);
-}
-
-std::string ClosedAddress() {
-    CameraHost gone;
-    return AddressOf(gone.Add({}));
 }
 
 struct Form {
@@ -95,7 +91,8 @@ TEST(Watch, AHostThatFailsDoesNotStopTheOthers) {
     CameraHost host;
     Camera& good = host.Add({.model = "fixed"});
     SetMotion(good, true);
-    const std::string closed = ClosedAddress();
+    const CClosedPort nobody;
+    const std::string closed = LocalAddress(nobody.Port());
     CRunningTool tool("watch --for 100 " + closed + " " + AddressOf(good), kRight);
     std::string lines = tool.Line();
     lines += tool.Line();
@@ -109,7 +106,8 @@ TEST(Watch, AHostThatFailsDoesNotStopTheOthers) {
 TEST(Watch, EndsWhenThereIsNothingToWatch) {
     CameraHost host;
     const std::string good = AddressOf(host.Add({}));
-    const std::string closed = ClosedAddress();
+    const CClosedPort nobody;
+    const std::string closed = LocalAddress(nobody.Port());
     const struct {
         std::string arguments;
         std::string password;
