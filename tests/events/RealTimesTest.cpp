@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "simulator/Exchange.h"
+#include "system/AlarmObserver.h"
 #include "system/Client.h"
 
 namespace {
@@ -20,6 +21,7 @@ namespace {
 using namespace std::chrono_literals;
 using Clock = std::chrono::steady_clock;
 using camera_sim::Camera;
+using client_test::SetMotion;
 
 constexpr std::uint16_t kListenPort = 6699;
 constexpr auto kLateness = 1500ms;  // of the library, on a busy machine
@@ -55,10 +57,6 @@ class CEar final : public CONVIFAlarmStateObserver {
     mutable std::mutex lock_;  // guards told_; leaf
     std::vector<Told> told_;
 };
-
-void SetMotion(Camera& camera, bool motion) {
-    camera.Change([motion](auto& state) { state.media.videoSources.front().motion = motion; });
-}
 
 /// How long it takes until that is so; 120 s when it does not come about.
 Clock::duration TimeUntil(Clock::time_point start, const std::function<bool()>& condition) {

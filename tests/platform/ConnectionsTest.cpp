@@ -216,65 +216,20 @@ TEST_F(Connections, UnregisteringWaitsForTheCallbackWhileTheLayerStopsToo) {
     EXPECT_TRUE(ended);
 }
 
-/// Answers every connection with what it sent; counts how many it does at once.
-class CEcho final : public CListenSocketObserver {
+class CIdleListener final : public CListenSocketObserver {
  public:
-    void OnAccept(std::uint32_t handle) override {
-        const int now = ++running_;
-        most = std::max(most.load(), now);
-        char buffer[64] = {};
-        int received = 0;
-        for (bool closed = false; received == 0 && !closed;) {
-            received = WIRELINK_Recv_Immediate(handle, buffer, sizeof buffer, &closed);
-        }
-        bool broken = false;
-        WIRELINK_Send_Immediate(handle, buffer, static_cast<std::uint32_t>(received), broken);
-        WIRELINK_DestroyHNetCommunication(handle);
-        --running_;
-    }
-
-    std::atomic<int> most = 0;
-
- private:
-    std::atomic<int> running_ = 0;
+    void OnAccept(std::uint32_t handle) override { WIRELINK_DestroyHNetCommunication(handle); }
 };
-
-std::string Ask(std::uint16_t port, const std::string& text) {
-    char buffer[64] = {};
-    WIRELINK_SimpleClientComm("127.0.0.1", port, text.data(),
-                              static_cast<unsigned int>(text.size()), buffer, 63, nullptr, 20000);
-    return buffer;
-}
-
-TEST_F(Connections, AListenerServesManyAndStops) {
-    CEcho echo;
-    const auto listener = CListener::Make("127.0.0.1", 0, &echo);
-    ASSERT_NE(listener, nullptr);
-    EXPECT_EQ(CListener::Make("127.0.0.1", listener->Port(), &echo), nullptr);
-    std::atomic<int> answered = 0;
-    {
-        std::vector<std::jthread> clients;
-        for (int i = 0; i < 40; ++i) {
-            clients.emplace_back([&, i] {
-                answered += Ask(listener->Port(), std::to_string(i)) == std::to_string(i);
-            });
-        }
-    }
-    EXPECT_EQ(answered, 40);
-    EXPECT_LE(echo.most, 16);
-    listener->Stop();
-    EXPECT_EQ(Ask(listener->Port(), "x"), "");
-}
 
 TEST_F(Connections, TheEnvironmentChoosesWhereToListen) {
     constexpr const char* kVariable = "ONVIF_CLIENT_LISTEN_ADDRESS";
-    CEcho echo;
+    CIdleListener observer;
     const std::pair<const char*, bool> cases[] = {
         {"127.0.0.1", true}, {"127.0.0.2", true},  {"192.0.2.1", false}, {"127.1", false},
         {"::1", false},      {"localhost", false}, {"", false}};
     for (const auto& [address, listens] : cases) {
         setenv(kVariable, address, 1);
-        EXPECT_EQ(WIRELINK_StartListen(0, &echo, 0, true), listens) << address;
+        EXPECT_EQ(WIRELINK_StartListen(0, &observer, 0, true), listens) << address;
         EXPECT_EQ(WIRELINK_StopListen(0), listens) << address;
     }
     setenv(kVariable, "127.0.0.1", 1);

@@ -260,23 +260,6 @@ TEST(CameraEvents, RefusesUnknownStyles) {
     EXPECT_EQ(error, "unknown subscription style \"none\"");
 }
 
-// Both wait; the first one gets what comes first.
-TEST(CameraEvents, AnswersTwoPullsInTurn) {
-    CameraHost host;
-    Camera& camera = host.Add({.user = ""});
-    const PullPoint point(camera);
-    point.Pull("PT0S");
-    auto first = std::async(std::launch::async, [&] { return point.Pull("PT100S"); });
-    WaitForPulls(camera, 1);
-    auto second = std::async(std::launch::async, [&] { return point.Pull("PT100S"); });
-    WaitForPulls(camera, 2);
-    camera.Change([](CameraState& state) { SetMotion(state, true); });
-    EXPECT_TRUE(Contains(first.get(), "\"IsMotion\" Value=\"true\""));
-    WaitForPulls(camera, 1);
-    camera.Change([](CameraState& state) { SetMotion(state, false); });
-    EXPECT_TRUE(Contains(second.get(), "\"IsMotion\" Value=\"false\""));
-}
-
 TEST(CameraEvents, KeepsLimits) {
     CameraHost host;
     Camera& camera = host.Add({.user = "",
@@ -426,62 +409,6 @@ TEST(CameraEvents, PostsNotifications) {
     EXPECT_EQ(info.delivered, 2U);
     EXPECT_TRUE(Contains(Exchange(camera.Port(), Http("GET", "/control/subscriptions", "")),
                          "\"consumer\":\"" + consumer.Address() + "\""));
-}
-
-TEST(CameraEvents, DisturbsPullsThatWaited) {
-    using Kind = camera_sim::Fault::Kind;
-    CameraHost host;
-    Camera& camera = host.Add({.user = "", .motionPeriod = 1ms});
-    const PullPoint point(camera);
-    camera.Inject("PullMessages", {.kind = Kind::kTruncate, .remaining = 1, .bytes = 12});
-    camera.Inject("PullMessages", {.kind = Kind::kNoProlog, .remaining = 1});
-    camera.Inject("PullMessages",
-                  {.kind = Kind::kSegments, .remaining = 1, .bytes = 500, .pause = 1ms});
-    camera.Inject("PullMessages", {.kind = Kind::kUnauthorized, .remaining = 1});
-    EXPECT_EQ(point.Pull("PT100S"), "HTTP/1.1 200");
-    const std::string bare = point.Pull("PT100S");
-    EXPECT_TRUE(Contains(bare, "\"Changed\"") && !Contains(bare, "<?xml")) << bare;
-    const std::string pieces = point.Pull("PT100S");
-    EXPECT_TRUE(Contains(pieces, "<?xml") && pieces.ends_with("</SOAP-ENV:Envelope>")) << pieces;
-    EXPECT_TRUE(Contains(point.Pull("PT100S"), " 401 "));
-    EXPECT_EQ(camera.Count("tev:PullMessages"), 4U);
-}
-
-TEST(CameraEvents, HoldsAPullOfEachOfManyCameras) {
-    constexpr std::size_t kCameras = 200;
-    boost::asio::io_context io;
-    std::vector<tcp::socket> sockets;
-    std::vector<Camera*> cameras;
-    CameraHost host;
-    for (std::size_t i = 0; i < kCameras; ++i) {
-        Camera& camera = *cameras.emplace_back(&host.Add({.user = ""}));
-        const PullPoint point(camera);
-        point.Pull("PT0S");
-        tcp::socket& socket = sockets.emplace_back(io);
-        socket.connect(tcp::endpoint(boost::asio::ip::address_v4::loopback(), camera.Port()));
-        boost::asio::write(socket, boost::asio::buffer(point.PullBytes("PT100S")));
-    }
-    for (Camera* camera : cameras) WaitForPulls(*camera, 1);
-    for (Camera* camera : cameras)
-        camera->Change([](CameraState& state) { SetMotion(state, true); });
-    for (tcp::socket& socket : sockets) {
-        std::string reply;
-        boost::system::error_code end;
-        boost::asio::read(socket, boost::asio::dynamic_buffer(reply), end);
-        EXPECT_TRUE(Contains(reply, "\"Changed\"")) << reply;
-    }
-    // The host ends while the pulls of some cameras wait.
-    sockets.clear();
-    for (Camera* camera : cameras) {
-        const PullPoint point(*camera);
-        point.Pull("PT0S");
-        tcp::socket& socket = sockets.emplace_back(io);
-        socket.connect(tcp::endpoint(boost::asio::ip::address_v4::loopback(), camera->Port()));
-        boost::asio::write(socket, boost::asio::buffer(point.PullBytes("PT100S")));
-        if (sockets.size() == 10) break;
-    }
-    for (std::size_t i = 0; i < sockets.size(); ++i)
-        WaitUntil([&] { return cameras[i]->Subscriptions().at(1).waitingPulls == 1; });
 }
 
 }  // namespace

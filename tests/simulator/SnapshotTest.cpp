@@ -212,34 +212,6 @@ TEST(Snapshot, MeetsFaultsAndUnknownPictures) {
     EXPECT_EQ(camera.Count("http:snapshot"), 5U);
 }
 
-TEST(Snapshot, TellsAddresses) {
-    camera_sim::CameraHost host;
-    camera_sim::Camera& camera =
-        host.Add({.user = "", .snapshotAddressShape = "http://camera.example:{port}{path}?{host}"});
-    const auto ask = [&](const std::string& version, const std::string& path,
-                         const std::string& profile) {
-        const std::string body =
-            "<e:Envelope xmlns:e='http://www.w3.org/2003/05/soap-envelope'><e:Body>"
-            "<GetSnapshotUri xmlns='http://www.onvif.org/" +
-            version + "/media/wsdl'><ProfileToken>" + profile +
-            "</ProfileToken></GetSnapshotUri></e:Body></e:Envelope>";
-        return Exchange(camera.Port(), "POST /onvif/" + path +
-                                           " HTTP/1.1\r\nHost: c\r\nContent-Length: " +
-                                           std::to_string(body.size()) + "\r\n\r\n" + body);
-    };
-    const std::string address = "Uri>http://camera.example:" + std::to_string(camera.Port()) +
-                                "/snapshot/Profile_2?127.0.0.1</";
-    camera.Change([](auto& state) { state.media.profiles[2].videoEncoder.clear(); });
-    for (const auto& [version, path] :
-         {std::pair("ver10", "media_service"), std::pair("ver20", "media2_service")}) {
-        SCOPED_TRACE(version);
-        EXPECT_NE(ask(version, path, "Profile_2").find(address), std::string::npos);
-        EXPECT_NE(ask(version, path, "Profile_9").find("NoProfile"), std::string::npos);
-        EXPECT_NE(ask(version, path, "Profile_3").find("IncompleteConfiguration"),
-                  std::string::npos);
-    }
-}
-
 struct Pixel {
     int red, green, blue;
 };
@@ -309,34 +281,7 @@ TEST(Snapshot, ShowsTheEncodersPictureAndWhereTheDomeLooks) {
     EXPECT_TRUE(IsAim(aside.At(160 + 64, 90 + 64)));
 }
 
-TEST(Snapshot, DrawsWhatTheCardSays) {
-    const auto at = [](const camera_sim::TestCard& card, int x, int y) {
-        const camera_sim::Picture picture = camera_sim::Draw(card);
-        const auto offset = static_cast<std::size_t>(y * card.size.width + x) * 3;
-        return std::vector<int>(picture.pixels.begin() + static_cast<std::ptrdiff_t>(offset),
-                                picture.pixels.begin() + static_cast<std::ptrdiff_t>(offset) + 3);
-    };
-    using Rgb = std::vector<int>;
-    constexpr camera_sim::Resolution kSize{80, 64};
-    const camera_sim::TestCard plain{.size = kSize};
-    EXPECT_EQ(at(plain, 5, 30), (Rgb{192, 192, 192}));
-    EXPECT_EQ(at({.size = kSize, .brightness = 0}, 5, 30), (Rgb{0, 0, 0}));
-    EXPECT_EQ(at({.size = kSize, .brightness = 100}, 5, 30), (Rgb{255, 255, 255}));
-    EXPECT_GT(at({.size = kSize, .brightness = 70}, 5, 30), at(plain, 5, 30));
-
-    // Two by two cells, the lower left one watched: only there less green than red.
-    camera_sim::TestCard watched = plain;
-    watched.motion = camera_sim::MotionCells{2, 2, {false, false, true}};
-    EXPECT_EQ(at(watched, 5, 30), at(plain, 5, 30));
-    EXPECT_LT(at(watched, 5, 40)[1], at(watched, 5, 40)[0]);
-
-    // The left stroke of an L, one dot into its dark strip, in the middle of the left edge.
-    camera_sim::TestCard lettered = plain;
-    lettered.texts = {{"L", -1, 0}};
-    EXPECT_EQ(at(lettered, 1, 32), (Rgb{255, 255, 255}));
-    EXPECT_LT(at(lettered, 2, 32)[0], 100);
-
-    // Nothing a card can say lies outside its picture.
+TEST(Snapshot, NothingACardSaysLiesOutsideItsPicture) {
     camera_sim::TestCard odd{.size = {1, 1}, .brightness = 1e9, .cameraName = "\xC3\xA4\xFF"};
     odd.texts = {{std::string(1000, 'x'), 9, -9}};
     odd.position = camera_sim::PtzPosition{1e300, -7, 50};

@@ -1,37 +1,16 @@
 #include <gtest/gtest.h>
 
-#include <condition_variable>
 #include <memory>
-#include <mutex>
 #include <vector>
 
 #include "support/RawClient.h"
+#include "system/AlarmObserver.h"
 #include "system/Client.h"
 
 namespace client_test {
 namespace {
 
 constexpr std::uint16_t kPort = 6699;
-
-class CMotionObserver final : public CONVIFAlarmStateObserver {
- public:
-    void OnMotionAlarmState(unsigned int, bool state) override {
-        const std::lock_guard guard(lock_);
-        state_ = state;
-        changed_.notify_all();
-    }
-    void OnAlarmInState(unsigned int, unsigned int, bool) override {}
-
-    bool Hears(bool state) {
-        std::unique_lock guard(lock_);
-        return changed_.wait_for(guard, std::chrono::seconds(30), [&] { return state_ == state; });
-    }
-
- private:
-    std::mutex lock_;  // guards state_
-    std::condition_variable changed_;
-    bool state_ = false;
-};
 
 std::string Post(const std::string& body) {
     return "POST /subscription_0 HTTP/1.1\r\nContent-Length: " + std::to_string(body.size()) +
@@ -60,7 +39,7 @@ TEST(Listener, SilentPostersDelayNoAlarm) {
     const CStartedLibrary library;
     camera_sim::CameraHost host;
     camera_sim::Camera& camera = host.Add({});
-    CMotionObserver observer;
+    CAlarmObserver observer;
     const unsigned int id = Login(camera);
     ONVIF_CLIENT_AddAlarmStateObserver(id, &observer);
     std::vector<std::unique_ptr<CRawClient>> silent;
@@ -70,9 +49,9 @@ TEST(Listener, SilentPostersDelayNoAlarm) {
     }
     const CRawClient poster(kPort);
     poster.Send(Post("<s:Envelope/>"));
-    for (const bool motion : {true, false, true}) {
-        camera.Change([motion](auto& state) { state.media.videoSources[0].motion = motion; });
-        EXPECT_TRUE(observer.Hears(motion));
+    for (const char* changes : {"M+", "M+M-", "M+M-M+"}) {
+        SetMotion(camera, std::string(changes).ends_with('+'));
+        EXPECT_TRUE(observer.Hears(id, changes));
     }
     silent.clear();
     EXPECT_EQ(poster.ReadToEnd(), kReply) << "its turn comes";

@@ -10,6 +10,7 @@
 #include <thread>
 
 #include "support/ClosedPort.h"
+#include "system/AlarmObserver.h"
 #include "system/Tool.h"
 
 namespace client_test {
@@ -17,14 +18,6 @@ namespace {
 
 using camera_sim::Camera;
 using camera_sim::CameraHost;
-
-void SetMotion(Camera& camera, bool active) {
-    camera.Change([active](auto& state) { state.media.videoSources[0].motion = active; });
-}
-
-void SetInput(Camera& camera, bool active) {
-    camera.Change([active](auto& state) { state.inputs[0].active = active; });
-}
 
 /// How far "2026-11-21T14:05:09.123" is ahead of now, in whole hours; -1000 for another form.
 long HoursAhead(const std::string& text) {
@@ -139,9 +132,7 @@ TEST(Watch, ASignalBreaksOffALogin) {
     Camera& camera = host.Add({});
     camera.Inject("*", {.kind = camera_sim::Fault::Kind::kSilence});
     CRunningTool tool("watch " + AddressOf(camera), kRight);
-    for (int i = 0; i < 20000 && camera.Count("*") == 0; ++i) {
-        std::this_thread::sleep_for(std::chrono::milliseconds(1));
-    }
+    EXPECT_TRUE(Await([&] { return camera.Count("*") > 0; }));
     EXPECT_TRUE(tool.Signal(SIGINT));
     EXPECT_EQ(tool.LastLine(), "ended 0\n");
 }

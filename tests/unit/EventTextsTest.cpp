@@ -145,18 +145,6 @@ TEST(EventParse, RepliesOfEveryKindLeadOn) {
     EXPECT_EQ(unknownSession.Feed(Http(kReply)), ".");
 }
 
-TEST(EventParse, TheNextPullKeepsToTheDevicesLimits) {
-    CFedParser parser;
-    const std::string fault =
-        "<env:Fault><env:Detail><e:PullMessagesFaultResponse xmlns:e=\"http://www.onvif.org/ver10/"
-        "events/wsdl\"><e:MaxTimeout>PT30S</e:MaxTimeout><e:MaxMessageLimit>100"
-        "</e:MaxMessageLimit></e:PullMessagesFaultResponse></env:Detail></env:Fault>";
-    EXPECT_EQ(parser.Record().Pull().messageLimit, 1024);
-    EXPECT_EQ(parser.Feed(Http(Soap(fault))), ".");
-    EXPECT_EQ(parser.Record().Pull().messageLimit, 100);
-    EXPECT_EQ(parser.Record().Pull().timeout, "PT30S");
-}
-
 TEST(NotifyDelivery, PostsReachTheDeviceThatTheyAreAbout) {
     const auto notify = [](const char* to, const char* reference) {
         return std::string("<s:Envelope><s:Header><ad:To>") + to +
