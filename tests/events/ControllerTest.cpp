@@ -21,12 +21,13 @@ using client_test::CAlarmObserver;
 using client_test::SetInput;
 using client_test::SetMotion;
 
-/// Stands still until it is moved; every sleep is short.
+/// Stands still until it is moved. What sleeps is the event thread between two passes.
 class CMovedClock final : public IClock {
  public:
     std::uint32_t TickCount() const override { return milliseconds_; }
     std::int64_t CalendarSeconds() const override { return seconds_; }
-    void Sleep(std::uint32_t) const override {
+    void Sleep(std::uint32_t milliseconds) const override {
+        EXPECT_EQ(milliseconds, 10U);
         std::this_thread::sleep_for(std::chrono::milliseconds(1));
     }
     void MoveCalendar(int seconds) { seconds_ += seconds; }

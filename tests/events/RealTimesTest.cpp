@@ -102,6 +102,14 @@ void UnansweredPullIsReplaced(Camera& camera) {
     EXPECT_EQ(camera.Count("CreatePullPointSubscription"), 1U);
 }
 
+void SilentExchangeIsGivenUp(Camera& camera) {
+    const unsigned int id = client_test::Login(camera);
+    camera.Inject("GetDeviceInformation", {.kind = camera_sim::Fault::Kind::kSilence});
+    const auto start = Clock::now();
+    EXPECT_FALSE(client_test::Get(id, "<devInfo/>").has_value());
+    ExpectTime("exchange given up", Clock::now() - start, 8s);
+}
+
 void ChangesOutliveTheSubscription(Camera& camera) {
     constexpr int kChanges = 480;
     const CEar ear(camera);
@@ -144,6 +152,7 @@ TEST(RealTimes, AreKept) {
     std::vector<std::jthread> parts;
     parts.emplace_back([&camera = host.Add({})] { LastingMotionIsRepeatedAndCleared(camera); });
     parts.emplace_back([&camera = host.Add({})] { UnansweredPullIsReplaced(camera); });
+    parts.emplace_back([&camera = host.Add({})] { SilentExchangeIsGivenUp(camera); });
     parts.emplace_back([&camera = host.Add({})] { ChangesOutliveTheSubscription(camera); });
     parts.emplace_back(PostsAreAnswered);
 }

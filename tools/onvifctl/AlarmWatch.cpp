@@ -58,11 +58,11 @@ class CAlarmWatch::CCamera : public CONVIFAlarmStateObserver {
         try {
             connection_.emplace(options_);
             ONVIF_CLIENT_AddAlarmStateObserver(connection_->LoginId(), this);
-            news_.Add({place_, std::nullopt});
+            news_.Add({place_, ExitCode::kDone, ""});
         } catch (const CFailure& failure) {
-            news_.Add({place_, failure});
+            news_.Add({place_, failure.Code(), failure.what()});
         } catch (const std::exception& error) {
-            news_.Add({place_, CFailure(ExitCode::kLoginFailed, error.what())});
+            news_.Add({place_, ExitCode::kLoginFailed, error.what()});
         }
     }
 

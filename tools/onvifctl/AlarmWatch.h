@@ -29,7 +29,10 @@ struct AlarmChange {
 
 struct LoginOutcome {
     std::size_t camera = 0;
-    std::optional<CFailure> failure;
+    ExitCode code = ExitCode::kDone;
+    std::string message;  // of a failure
+
+    bool Failed() const { return code != ExitCode::kDone; }
 };
 
 struct AlarmNews {

@@ -66,10 +66,8 @@ ExitCode Follow(CAlarmWatch& watch, CWatchDisplay& display, const CInterruption&
         const bool interrupted = interruption.Wait(patience) != 0;
         const AlarmNews news = watch.Take();
         for (const LoginOutcome& login : news.logins) {
-            if (login.failure) {
-                worst = Worse(worst, login.failure->Code());
-                ++failed;
-            }
+            worst = Worse(worst, login.code);
+            failed += login.Failed() ? 1 : 0;
         }
         display.Show(news);
         if (interrupted || (end && Clock::now() >= *end)) {

@@ -64,8 +64,8 @@ std::string Padded(std::string text, std::size_t width) {
 
 void TellWhatWentWrong(const AlarmNews& news) {
     for (const LoginOutcome& login : news.logins) {
-        if (login.failure) {
-            Tell(Printable(login.failure->what()));
+        if (login.Failed()) {
+            Tell(Printable(login.message));
         }
     }
     if (news.lost > 0) {
@@ -175,12 +175,12 @@ class CLiveTable : public CWatchDisplay {
     static bool HasToTell(const AlarmNews& news) {
         return news.lost > 0 ||
                std::any_of(news.logins.begin(), news.logins.end(),
-                           [](const LoginOutcome& login) { return login.failure.has_value(); });
+                           [](const LoginOutcome& login) { return login.Failed(); });
     }
 
     void Note(const AlarmNews& news) {
         for (const LoginOutcome& login : news.logins) {
-            rows_[login.camera].remark = login.failure ? "not watched" : "";
+            rows_[login.camera].remark = login.Failed() ? "not watched" : "";
         }
         for (const AlarmChange& change : news.changes) {
             Row& row = rows_[change.camera];
