@@ -90,6 +90,7 @@ constinit const ResultFrame kPullMessagesResult = {.root = "GetResponse",
                                                    .element = "pullMessages",
                                                    .copyValues = CopyMessages,
                                                    .faultReader = FaultReader::kPullMessages,
-                                                   .response = "PullMessagesResponse"};
+                                                   .response = "PullMessagesResponse",
+                                                   .prefixRemoval = PrefixRemoval::kInDocument};
 
 }  // namespace onvif_client

@@ -60,7 +60,12 @@ void BuildResult(const ResultFrame& frame, std::string_view reply, const Subject
     CResultDocument document(result, frame.root);
     XMLElement* command = document.CommandElement(frame.element);
 
-    const CXmlDocument trimmed(CXmlTransform::TrimXmlNamespace(reply));
+    CXmlDocument trimmed;
+    if (frame.prefixRemoval == PrefixRemoval::kInText) {
+        trimmed.Load(CXmlTransform::TrimXmlNamespace(reply));
+    } else if (trimmed.Load(reply) && trimmed.Root() != nullptr) {
+        CXmlTransform::TrimElementNames(trimmed.Root());
+    }
     XMLElement* statusParent = StatusParent(frame, command);
     if (LacksResponse(frame, reply, trimmed.Root())) {
         ReportMissingResponse(frame.faultReader == FaultReader::kPullMessages, statusParent);

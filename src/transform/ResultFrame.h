@@ -42,6 +42,12 @@ enum class StatusPlace {
     kNowhere,  // the outcome is not reported
 };
 
+/// How the names in a reply lose their prefixes.
+enum class PrefixRemoval {
+    kInText,      // CXmlTransform::TrimXmlNamespace
+    kInDocument,  // CXmlTransform::TrimElementNames
+};
+
 enum class FaultReader { kGeneric, kWithInvalidArgument, kPullMessages };
 
 /// One result builder.
@@ -55,6 +61,7 @@ struct ResultFrame {
     std::string_view statusWrapper = {};
     /// Not empty: the element of the SOAP body without which the answer counts as a fault.
     std::string_view response = {};
+    PrefixRemoval prefixRemoval = PrefixRemoval::kInText;
 };
 
 /// Adds a command's answer to the result document.

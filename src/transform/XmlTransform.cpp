@@ -247,4 +247,16 @@ std::string CXmlTransform::TrimXmlNamespace(std::string_view reply) {
     return trimmed;
 }
 
+void CXmlTransform::TrimElementNames(XMLElement* element) {
+    const std::string name(NameOf(element));
+    if (const std::size_t colon = name.find(':'); colon != std::string::npos) {
+        element->SetName(name.c_str() + colon + 1);
+    }
+    // No deeper than the parser goes.
+    for (XMLElement* each = element->FirstChildElement(); each != nullptr;
+         each = each->NextSiblingElement()) {
+        TrimElementNames(each);
+    }
+}
+
 }  // namespace onvif_client

@@ -3,8 +3,9 @@
 /// function of its arguments (log lines aside) and may run on any thread.
 ///
 /// A device chooses its own namespace prefixes. Two independent ways lead past them:
-/// - TrimXmlNamespace rewrites the text so that no tag carries a prefix; the result is read with
-///   plain paths ("Envelope/Body/Fault"). Result builders work this way (ResultFrame.h).
+/// - TrimXmlNamespace rewrites the text, or TrimElementNames the document, so that no tag carries a
+///   prefix; the result is read with plain paths ("Envelope/Body/Fault"). Result builders work this
+///   way (ResultFrame.h).
 /// - A CXmlTransform learns which prefix its document uses for each of 24 canonical prefixes and
 ///   translates canonical paths ("s:Envelope/s:Body") before every lookup. Request builders and the
 ///   security header work this way.
@@ -65,6 +66,9 @@ class CXmlTransform {
     /// or ">", holds a colon. Attributes and texts stay as they are. The result is as long as the
     /// input, the rest filled with zero bytes: a text that ends at its first zero byte.
     static std::string TrimXmlNamespace(std::string_view reply);
+    /// The same on a document: the element and all below it lose their prefixes. Texts, comments
+    /// and CDATA sections stay as they are; in a text, those with a colon would lose their start.
+    static void TrimElementNames(XMLElement* element);
 
  private:
     struct Prefix {

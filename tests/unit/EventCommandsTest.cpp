@@ -138,7 +138,8 @@ TEST(EventResults, TellWhatTheDeviceAnswers) {
          "<SetResponse><unsubscribe><status>success</status></unsubscribe></SetResponse>"},
         {kPullMessagesResult,
          "<p:PullMessagesResponse><p:CurrentTime>C</p:CurrentTime><p:TerminationTime>T"
-         "</p:TerminationTime><w:NotificationMessage><w:Topic>t:A</w:Topic><w:Message><s:Message"
+         "</p:TerminationTime><w:NotificationMessage><!--w:x--><w:Topic\n><![CDATA[t:A]]></"
+         "w:Topic><w:Message><s:Message"
          " UtcTime='U' PropertyOperation='Changed'><s:Source><s:SimpleItem Name='S' Value='1'/>"
          "</s:Source><s:Key><s:SimpleItem Name='K' Value='2'/></s:Key><s:Data><s:SimpleItem"
          " Name='D' Value='3'/><s:SimpleItem Name='E'/></s:Data></s:Message></w:Message>"
