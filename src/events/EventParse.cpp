@@ -22,9 +22,12 @@ std::uint32_t CEventParse::OnData(std::uint32_t, const char* data, std::uint32_t
     if (wanted != nullptr) {
         *wanted = 0;
     }
+    if (!record_.Pulls()) {
+        return length;
+    }
     if (data == nullptr || length == 0) {
         COREKIT_AbnormalOutput("ASSERT", "EventParse", kEmptyBlockLine);
-    } else if (record_.Pulls() && !handled_ && Accumulate({data, length})) {
+    } else if (!handled_ && Accumulate({data, length})) {
         handled_ = true;
         HandleReply();
     }
