@@ -1,5 +1,7 @@
 #include "events/ControlLoop.h"
 
+#include <algorithm>
+#include <utility>
 #include <vector>
 
 #include "platform/Clock.h"
@@ -8,6 +10,7 @@ namespace onvif_client {
 
 void CControlLoop::Pass() {
     interrupted_ = false;
+    turn_ = std::exchange(nextTurn_, kEverybodysTurn);
     for (auto record = devices_.From(0); record != nullptr && !interrupted_;
          record = devices_.From(std::uint64_t{record->LoginId()} + 1)) {
         Visit(record);
@@ -41,7 +44,7 @@ void CControlLoop::QueueDueTask(const CDeviceTable::Record& record) {
     if (record->TakeRenewal(now)) {
         queued = tasks_.QueueTask(record, DeviceTask::kRenew);
     } else if (record->ResubscriptionIsDue(CalendarSeconds())) {
-        queued = tasks_.QueueTask(record, DeviceTask::kResubscribe);
+        queued = QueueResubscription(record);
     }
     if (!queued && record->TakePull(now)) {
         queued = tasks_.QueueTask(record, DeviceTask::kPull);
@@ -49,6 +52,15 @@ void CControlLoop::QueueDueTask(const CDeviceTable::Record& record) {
     if (!queued) {
         record->Unclaim();
     }
+}
+
+bool CControlLoop::QueueResubscription(const CDeviceTable::Record& record) {
+    const std::int64_t subscribedAt = record->SubscribedAt();
+    if (subscribedAt <= turn_ && tasks_.QueueTask(record, DeviceTask::kResubscribe)) {
+        return true;
+    }
+    nextTurn_ = std::min(nextTurn_, subscribedAt);
+    return false;
 }
 
 }  // namespace onvif_client

@@ -3,6 +3,8 @@
 #ifndef ONVIF_CLIENT_EVENTS_CONTROLLOOP_H
 #define ONVIF_CLIENT_EVENTS_CONTROLLOOP_H
 
+#include <cstdint>
+#include <limits>
 #include <memory>
 
 #include "events/DeviceTable.h"
@@ -42,13 +44,20 @@ class CControlLoop {
     void Interrupt() { interrupted_ = true; }
 
  private:
+    static constexpr std::int64_t kEverybodysTurn = std::numeric_limits<std::int64_t>::max();
+
     void Visit(const CDeviceTable::Record& record);
     /// Has the task run that is due, if one is and none runs yet.
     void QueueDueTask(const CDeviceTable::Record& record);
+    /// Not every subscription that is due can be made at once: the longest due go first.
+    bool QueueResubscription(const CDeviceTable::Record& record);
 
     const CDeviceTable& devices_;
     ITaskQueue& tasks_;
-    bool interrupted_ = false;  // of the pass that runs, and used by its thread only
+    // Of the pass that runs, and used by its thread only:
+    bool interrupted_ = false;
+    std::int64_t turn_ = kEverybodysTurn;  // subscriptions made later than this wait
+    std::int64_t nextTurn_ = kEverybodysTurn;
 };
 
 }  // namespace onvif_client

@@ -111,6 +111,11 @@ bool EventDeviceRecord::ResubscriptionIsDue(std::int64_t calendarNow) const {
     return subscribed_ && (passed >= kResubscriptionSeconds || passed < 0);
 }
 
+std::int64_t EventDeviceRecord::SubscribedAt() const {
+    const std::lock_guard guard(lock_);
+    return subscribeLocalTime_;
+}
+
 PullPoint EventDeviceRecord::Pull() const {
     const std::lock_guard guard(lock_);
     return pull_;

@@ -69,6 +69,8 @@ class EventDeviceRecord {
     bool TakeRenewal(std::uint32_t now);
     bool TakePull(std::uint32_t now);
     bool ResubscriptionIsDue(std::int64_t calendarNow) const;
+    /// When the last attempt to subscribe ended, in seconds of the calendar.
+    std::int64_t SubscribedAt() const;
 
     // For the task that has the record, and the parser.
     PullPoint Pull() const;

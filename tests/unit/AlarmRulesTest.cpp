@@ -146,6 +146,19 @@ TEST_F(ControlLoop, ARefusedResubscriptionDoesNotHoldUpPulls) {
     EXPECT_EQ(PassAfter(0, -3600), "resubscribe1 ") << "the calendar was set back";
 }
 
+TEST_F(ControlLoop, TheLongestDueSubscriptionsGoFirst) {
+    const auto one = Add(1);
+    Add(2);
+    Add(3);
+    ++clock_.calendar;
+    one->MarkSubscribed();
+    tasks_.refused = DeviceTask::kResubscribe;
+    EXPECT_EQ(PassAfter(0, 100), "");
+    tasks_.refused.reset();
+    EXPECT_EQ(PassAfter(0), "resubscribe2 resubscribe3 ");
+    EXPECT_EQ(PassAfter(0), "resubscribe1 ");
+}
+
 TEST_F(ControlLoop, TheFirstSourceSettlesHowMessagesCome) {
     const Items motion = {{kMotion, true}};
     const auto pulled = Add(1);
