@@ -120,6 +120,7 @@ void Renew(EventDeviceRecord& record, ISessionSource& sessions) {
 
 void SendPull(EventDeviceRecord& record, ISessionSource& sessions) {
     record.CloseConnection();
+    record.MarkPulled();
     const HttpRequest request = BuildPullRequest(record, sessions);
     for (int i = 0; i < kConnectionTries && !request.text.empty(); ++i) {
         const std::uint32_t handle = WIRELINK_AddConnect(0, request.host.c_str(), request.port);

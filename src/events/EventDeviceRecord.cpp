@@ -171,6 +171,12 @@ void EventDeviceRecord::Resume() {
     }
 }
 
+void EventDeviceRecord::MarkPulled() {
+    const std::uint32_t now = TickCount();
+    const std::lock_guard guard(lock_);
+    lastPullTicks_ = now;
+}
+
 void EventDeviceRecord::SetConnection(std::uint32_t handle) {
     const std::lock_guard guard(lock_);
     connection_ = handle;

@@ -90,6 +90,8 @@ class EventDeviceRecord {
     // For the task that has the record.
     CEventParse& Parser() { return *parser_; }
     void SetConnection(std::uint32_t handle);
+    /// A pull is being sent.
+    void MarkPulled();
     /// Ends the pull in progress, if any, and makes the parser ready for the next reply.
     void CloseConnection();
 

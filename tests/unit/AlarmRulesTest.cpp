@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "events/ControlLoop.h"
+#include "events/DeviceExchanges.h"
 #include "onvif_client/OnvifClient.h"
 #include "platform/Clock.h"
 
@@ -129,6 +130,12 @@ TEST_F(ControlLoop, TasksAreQueuedWhenTheyAreDue) {
     one->Unclaim();
     two->Unclaim();
     EXPECT_EQ(PassAfter(0, 1), "resubscribe1 resubscribe2 ") << "they pull themselves";
+    clock_.ticks += 30000;
+    SendPull(*one, sessions_);
+    one->MarkSubscribed();
+    one->Unclaim();
+    EXPECT_EQ(PassAfter(60000), "");
+    EXPECT_EQ(PassAfter(1), "pull1 ");
 }
 
 TEST_F(ControlLoop, ARefusedResubscriptionDoesNotHoldUpPulls) {
