@@ -11,10 +11,11 @@ namespace onvif_client {
 void CControlLoop::Pass() {
     interrupted_ = false;
     turn_ = std::exchange(nextTurn_, kEverybodysTurn);
-    for (auto record = devices_.From(0); record != nullptr && !interrupted_;
-         record = devices_.From(std::uint64_t{record->LoginId()} + 1)) {
+    for (auto record = devices_.VisitFrom(0); record != nullptr && !interrupted_;
+         record = devices_.VisitFrom(std::uint64_t{record->LoginId()} + 1)) {
         Visit(record);
     }
+    devices_.EndVisits();
 }
 
 void CControlLoop::Visit(const CDeviceTable::Record& record) {

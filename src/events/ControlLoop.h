@@ -33,8 +33,7 @@ class ITaskQueue {
 /// not answer delays no other; an observer that does not return delays all.
 class CControlLoop {
  public:
-    CControlLoop(const CDeviceTable& devices, ITaskQueue& tasks)
-        : devices_(devices), tasks_(tasks) {}
+    CControlLoop(CDeviceTable& devices, ITaskQueue& tasks) : devices_(devices), tasks_(tasks) {}
 
     /// One pass over the devices in ascending login id order. One thread at a time.
     void Pass();
@@ -52,7 +51,7 @@ class CControlLoop {
     /// Not every subscription that is due can be made at once: the longest due go first.
     bool QueueResubscription(const CDeviceTable::Record& record);
 
-    const CDeviceTable& devices_;
+    CDeviceTable& devices_;
     ITaskQueue& tasks_;
     // Of the pass that runs, and used by its thread only:
     bool interrupted_ = false;

@@ -24,6 +24,25 @@ CDeviceTable::Record CDeviceTable::From(std::uint64_t loginId) const {
     return found == devices_.end() ? nullptr : found->second;
 }
 
+CDeviceTable::Record CDeviceTable::VisitFrom(std::uint64_t loginId) {
+    Record before;  // ends without the lock: this may be the last reference
+    const std::lock_guard guard(tableLock_);
+    const auto found = devices_.lower_bound(loginId);
+    before = std::exchange(visited_, found == devices_.end() ? nullptr : found->second);
+    return visited_;
+}
+
+void CDeviceTable::EndVisits() {
+    Record before;  // as above
+    const std::lock_guard guard(tableLock_);
+    before = std::move(visited_);
+}
+
+CDeviceTable::Record CDeviceTable::Visited(std::uint32_t loginId) const {
+    const std::lock_guard guard(tableLock_);
+    return visited_ != nullptr && visited_->LoginId() == loginId ? visited_ : nullptr;
+}
+
 CDeviceTable::Record CDeviceTable::FindNotified(std::string_view to,
                                                 std::string_view subscriptionReference) const {
     const std::lock_guard guard(tableLock_);

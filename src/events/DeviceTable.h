@@ -28,13 +28,20 @@ class CDeviceTable {
     /// happens to the table meanwhile.
     Record From(std::uint64_t loginId) const;
 
+    // For the control loop: as From, and the record counts as visited until the next call.
+    Record VisitFrom(std::uint64_t loginId);
+    void EndVisits();
+    /// The visited record when it has that id, also when it has been taken out meanwhile.
+    Record Visited(std::uint32_t loginId) const;
+
     /// The record whose callback address that is; else the first one whose renewal goes to the host
     /// of @p subscriptionReference; else null.
     Record FindNotified(std::string_view to, std::string_view subscriptionReference) const;
 
  private:
-    mutable std::mutex tableLock_;  // guards devices_; before a record's lock
+    mutable std::mutex tableLock_;  // guards the members below; before a record's lock
     std::map<std::uint64_t, Record> devices_;
+    Record visited_;
 };
 
 }  // namespace onvif_client

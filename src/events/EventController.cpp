@@ -126,6 +126,9 @@ void COnvifEventCtrol::AddDevice(std::uint32_t loginId, CONVIFAlarmStateObserver
     Subscribe(*record, sessions_);
     SendPull(*record, sessions_);
     Remove(devices_.Put(record));
+    if (const auto visited = devices_.Visited(loginId); visited != record) {
+        Remove(visited);
+    }
     if (starts_ != starts) {
         record->Resume();  // a restart met the exchanges above, and not the record
     }
@@ -134,6 +137,8 @@ void COnvifEventCtrol::AddDevice(std::uint32_t loginId, CONVIFAlarmStateObserver
 void COnvifEventCtrol::DeleteDevice(std::uint32_t loginId) {
     const std::uint32_t started = TickCount();
     Remove(devices_.Take(loginId));
+    // In the middle of a visit somebody else can have taken it out, its own observer for one.
+    Remove(devices_.Visited(loginId));
     std::printf("#####################delete ipc  %u \r\n", TickCount() - started);
 }
 
