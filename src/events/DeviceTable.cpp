@@ -3,8 +3,6 @@
 #include <algorithm>
 #include <utility>
 
-#include "events/NotifyMessage.h"
-
 namespace onvif_client {
 
 CDeviceTable::Record CDeviceTable::Put(Record record) {
@@ -43,18 +41,23 @@ CDeviceTable::Record CDeviceTable::Visited(std::uint32_t loginId) const {
     return visited_ != nullptr && visited_->LoginId() == loginId ? visited_ : nullptr;
 }
 
-CDeviceTable::Record CDeviceTable::FindNotified(std::string_view to,
-                                                std::string_view subscriptionReference) const {
+CDeviceTable::Record CDeviceTable::AddressedBy(std::string_view callbackAddress) const {
     const std::lock_guard guard(tableLock_);
-    auto found = std::find_if(devices_.begin(), devices_.end(), [to](const auto& each) {
-        return each.second->CallbackAddress() == to;
+    const auto found = std::find_if(devices_.begin(), devices_.end(), [&](const auto& each) {
+        return each.second->CallbackAddress() == callbackAddress;
     });
-    if (found == devices_.end()) {
-        found = std::find_if(devices_.begin(), devices_.end(), [&](const auto& each) {
-            return AddressesAgree(subscriptionReference, each.second->RenewAddress());
-        });
-    }
     return found == devices_.end() ? nullptr : found->second;
+}
+
+std::vector<CDeviceTable::Record> CDeviceTable::Posting() const {
+    std::vector<Record> posting;
+    const std::lock_guard guard(tableLock_);
+    for (const auto& [loginId, record] : devices_) {
+        if (record->MayPost()) {
+            posting.push_back(record);
+        }
+    }
+    return posting;
 }
 
 }  // namespace onvif_client

@@ -7,8 +7,8 @@
 #include <map>
 #include <memory>
 #include <mutex>
-#include <string>
 #include <string_view>
+#include <vector>
 
 #include "events/EventDeviceRecord.h"
 
@@ -34,9 +34,10 @@ class CDeviceTable {
     /// The visited record when it has that id, also when it has been taken out meanwhile.
     Record Visited(std::uint32_t loginId) const;
 
-    /// The record whose callback address that is; else the first one whose renewal goes to the host
-    /// of @p subscriptionReference; else null.
-    Record FindNotified(std::string_view to, std::string_view subscriptionReference) const;
+    /// The record whose callback address that is, or null.
+    Record AddressedBy(std::string_view callbackAddress) const;
+    /// The devices that may post messages, by id.
+    std::vector<Record> Posting() const;
 
  private:
     mutable std::mutex tableLock_;  // guards the members below; before a record's lock

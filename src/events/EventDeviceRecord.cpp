@@ -75,6 +75,11 @@ void EventDeviceRecord::UseNotifications(const std::string& renewAddress) {
     renewAddress_ = renewAddress;
 }
 
+bool EventDeviceRecord::MayPost() const {
+    const std::lock_guard guard(lock_);
+    return !renewAddress_.empty();
+}
+
 bool EventDeviceRecord::Pulls() const {
     const std::lock_guard guard(lock_);
     return subscribed_;

@@ -61,6 +61,7 @@ class EventDeviceRecord {
     /// Lets the device post its messages, to a subscription that is renewed at @p renewAddress. No
     /// device is asked to do so today.
     void UseNotifications(const std::string& renewAddress);
+    bool MayPost() const;
     bool Pulls() const;
     /// The address of a subscription whose messages are posted.
     std::string RenewAddress() const;
