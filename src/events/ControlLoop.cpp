@@ -1,19 +1,50 @@
 #include "events/ControlLoop.h"
 
 #include <algorithm>
+#include <exception>
 #include <utility>
 #include <vector>
 
 #include "platform/Clock.h"
+#include "platform/Corekit.h"
 
 namespace onvif_client {
+
+namespace {
+
+constexpr int kVisitThrewLine = 299;
+
+/// Gives a claim back, unless it has been passed on.
+class CClaim {
+ public:
+    explicit CClaim(EventDeviceRecord& record) : record_(&record) {}
+    ~CClaim() {
+        if (record_ != nullptr) {
+            record_->Unclaim();
+        }
+    }
+    CClaim(const CClaim&) = delete;
+    CClaim& operator=(const CClaim&) = delete;
+
+    void PassOn() { record_ = nullptr; }
+
+ private:
+    EventDeviceRecord* record_;
+};
+
+}  // namespace
 
 void CControlLoop::Pass() {
     interrupted_ = false;
     turn_ = std::exchange(nextTurn_, kEverybodysTurn);
     for (auto record = devices_.VisitFrom(0); record != nullptr && !interrupted_;
          record = devices_.VisitFrom(std::uint64_t{record->LoginId()} + 1)) {
-        Visit(record);
+        try {
+            Visit(record);
+        } catch (const std::exception&) {
+            // Out of memory: the other devices, and the next passes, may do better.
+            COREKIT_AbnormalOutput("ASSERT", "OnvifEvent", kVisitThrewLine);
+        }
     }
     devices_.EndVisits();
 }
@@ -24,10 +55,9 @@ void CControlLoop::Visit(const CDeviceTable::Record& record) {
         return;
     }
     const std::vector<AlarmItem> items = record->TakeItems();
-    const std::uint32_t now = TickCount();
     auto untold = items.begin();
     while (untold != items.end() && !interrupted_) {
-        record->States().Report(*untold++, now);
+        record->States().Report(*untold++, TickCount());
     }
     record->ReturnItems({untold, items.end()});
     if (!interrupted_ && !record->Removed()) {
@@ -40,6 +70,7 @@ void CControlLoop::QueueDueTask(const CDeviceTable::Record& record) {
     if (!record->Claim()) {
         return;
     }
+    CClaim claim(*record);
     const std::uint32_t now = TickCount();
     bool queued = false;
     if (record->TakeRenewal(now)) {
@@ -50,8 +81,8 @@ void CControlLoop::QueueDueTask(const CDeviceTable::Record& record) {
     if (!queued && record->TakePull(now)) {
         queued = tasks_.QueueTask(record, DeviceTask::kPull);
     }
-    if (!queued) {
-        record->Unclaim();
+    if (queued) {
+        claim.PassOn();
     }
 }
 

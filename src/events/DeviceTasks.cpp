@@ -1,6 +1,5 @@
 #include "events/DeviceTasks.h"
 
-#include <iterator>
 #include <utility>
 
 #include "events/DeviceExchanges.h"
@@ -71,10 +70,12 @@ bool CDeviceTasks::QueueTask(std::shared_ptr<EventDeviceRecord> record, DeviceTa
     if (subscribes && resubscriptions_ >= kMostResubscriptions) {
         return false;
     }
-    tasks_.emplace_back(*this, std::move(record), task);
-    tasks_.back().place = std::prev(tasks_.end());
+    Tasks added;  // joins the others when the pool has it; until then the pool's thread must wait
+    added.emplace_back(*this, std::move(record), task);
+    added.back().place = added.begin();
+    pool_.AddTask(&CDeviceTasks::Run, &added.back());
     resubscriptions_ += subscribes ? 1 : 0;
-    pool_.AddTask(&CDeviceTasks::Run, &tasks_.back());
+    tasks_.splice(tasks_.end(), added);
     return true;
 }
 
