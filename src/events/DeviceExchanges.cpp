@@ -94,15 +94,11 @@ bool TryPull(EventDeviceRecord& record, std::uint32_t handle, std::string_view t
 }  // namespace
 
 bool Subscribe(EventDeviceRecord& record, ISessionSource& sessions) {
+    record.BeginSubscribing();
     const std::string result =
         Set(record.LoginId(), sessions, CreateDocument(record.CallbackAddress()));
     const auto answer = ReadSubscription(result);
-    if (answer) {
-        record.SetSubscription(*answer);
-    } else {
-        record.SubscriptionFailed();
-    }
-    record.MarkSubscribed();
+    record.EndSubscribing(answer);
     return answer.has_value();
 }
 

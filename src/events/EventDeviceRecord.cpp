@@ -126,23 +126,23 @@ PullPoint EventDeviceRecord::Pull() const {
     return pull_;
 }
 
-void EventDeviceRecord::SetSubscription(const SubscriptionAnswer& answer) {
+void EventDeviceRecord::BeginSubscribing() {
     const std::lock_guard guard(lock_);
-    pull_.address = answer.address;
-    pull_.id = answer.id;
-    pull_.idAttribute = answer.idAttribute;
-    subscriptionFailed_ = false;
+    subscriptionStands_ = false;
+    resumed_ = false;
 }
 
-void EventDeviceRecord::SubscriptionFailed() {
-    const std::lock_guard guard(lock_);
-    subscriptionFailed_ = true;
-}
-
-void EventDeviceRecord::MarkSubscribed() {
+void EventDeviceRecord::EndSubscribing(const std::optional<SubscriptionAnswer>& answer) {
     const std::int64_t now = CalendarSeconds();
     const std::lock_guard guard(lock_);
-    subscribeLocalTime_ = now;
+    subscriptionStands_ = answer.has_value();
+    if (answer) {
+        pull_.address = answer->address;
+        pull_.id = answer->id;
+        pull_.idAttribute = answer->idAttribute;
+    }
+    // What a stop of the socket layer broke off is due again since the start after it.
+    subscribeLocalTime_ = !answer && resumed_ ? 0 : now;
 }
 
 void EventDeviceRecord::LimitPulls(const std::string& timeout, std::uint16_t messageLimit) {
@@ -171,7 +171,8 @@ void EventDeviceRecord::Resume() {
         PullAtOnce();
     }
     const std::lock_guard guard(lock_);
-    if (subscriptionFailed_) {
+    resumed_ = true;
+    if (!subscriptionStands_) {
         subscribeLocalTime_ = 0;
     }
 }

@@ -12,6 +12,7 @@
 #include <cstdint>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <span>
 #include <string>
 #include <vector>
@@ -75,10 +76,9 @@ class EventDeviceRecord {
 
     // For the task that has the record, and the parser.
     PullPoint Pull() const;
-    void SetSubscription(const SubscriptionAnswer& answer);
-    void SubscriptionFailed();
-    /// An attempt to subscribe has ended, whatever came of it.
-    void MarkSubscribed();
+    void BeginSubscribing();
+    /// @param answer  nothing: the device did not subscribe.
+    void EndSubscribing(const std::optional<SubscriptionAnswer>& answer);
     /// What the device allows at most; empty and 0: it does not say.
     void LimitPulls(const std::string& timeout, std::uint16_t messageLimit);
     void CompleteReply();
@@ -111,7 +111,8 @@ class EventDeviceRecord {
     bool subscribed_ = true;
     bool sourceFixed_ = false;
     bool replyComplete_ = false;
-    bool subscriptionFailed_ = false;
+    bool subscriptionStands_ = false;
+    bool resumed_ = false;  // since an attempt to subscribe began
     std::uint32_t lastPullTicks_;
     std::int64_t subscribeLocalTime_ = 0;  // seconds, of the last attempt; 0: one is due
     std::string renewAddress_;

@@ -58,12 +58,14 @@ class CNoSessions final : public ISessionSource {
     bool Release(std::uint32_t) override { return false; }
 };
 
+const SubscriptionAnswer kSubscribed = {"http://h/subscription"};
+
 class ControlLoop : public testing::Test {
  protected:
     std::shared_ptr<EventDeviceRecord> Add(std::uint32_t loginId) {
         auto record = std::make_shared<EventDeviceRecord>(sessions_, loginId, &observer_,
                                                           "http://h/" + std::to_string(loginId));
-        record->MarkSubscribed();
+        record->EndSubscribing(kSubscribed);
         devices_.Put(record);
         return record;
     }
@@ -132,7 +134,7 @@ TEST_F(ControlLoop, TasksAreQueuedWhenTheyAreDue) {
     EXPECT_EQ(PassAfter(0, 1), "resubscribe1 resubscribe2 ") << "they pull themselves";
     clock_.ticks += 30000;
     SendPull(*one, sessions_);
-    one->MarkSubscribed();
+    one->EndSubscribing(kSubscribed);
     one->Unclaim();
     EXPECT_EQ(PassAfter(60000), "");
     EXPECT_EQ(PassAfter(1), "pull1 ");
@@ -147,10 +149,21 @@ TEST_F(ControlLoop, ARefusedResubscriptionDoesNotHoldUpPulls) {
     EXPECT_EQ(PassAfter(0), "");
     tasks_.refused.reset();
     EXPECT_EQ(PassAfter(0), "resubscribe1 ");
-    record->MarkSubscribed();
+    record->EndSubscribing(kSubscribed);
     record->Unclaim();
     EXPECT_EQ(PassAfter(0, 99), "");
     EXPECT_EQ(PassAfter(0, -3600), "resubscribe1 ") << "the calendar was set back";
+}
+
+TEST_F(ControlLoop, AnAttemptThatAStartMeetsIsDueAgainUnlessItSucceeds) {
+    const auto record = Add(1);
+    for (const auto& answer : {std::optional(kSubscribed), std::optional<SubscriptionAnswer>()}) {
+        record->BeginSubscribing();
+        record->Resume();
+        record->EndSubscribing(answer);
+        EXPECT_EQ(PassAfter(0), answer ? "pull1 " : "resubscribe1 ");
+        record->Unclaim();
+    }
 }
 
 TEST_F(ControlLoop, TheLongestDueSubscriptionsGoFirst) {
@@ -158,7 +171,7 @@ TEST_F(ControlLoop, TheLongestDueSubscriptionsGoFirst) {
     Add(2);
     Add(3);
     ++clock_.calendar;
-    one->MarkSubscribed();
+    one->EndSubscribing(kSubscribed);
     tasks_.refused = DeviceTask::kResubscribe;
     EXPECT_EQ(PassAfter(0, 100), "");
     tasks_.refused.reset();
