@@ -36,7 +36,7 @@ class CClaim {
 
 void CControlLoop::Pass() {
     interrupted_ = false;
-    turn_ = std::exchange(nextTurn_, kEverybodysTurn);
+    turns_ = std::exchange(nextTurns_, {kEverybodysTurn, kEverybodysTurn});
     for (auto record = devices_.VisitFrom(0); record != nullptr && !interrupted_;
          record = devices_.VisitFrom(std::uint64_t{record->LoginId()} + 1)) {
         try {
@@ -88,10 +88,11 @@ void CControlLoop::QueueDueTask(const CDeviceTable::Record& record) {
 
 bool CControlLoop::QueueResubscription(const CDeviceTable::Record& record) {
     const std::int64_t subscribedAt = record->SubscribedAt();
-    if (subscribedAt <= turn_ && tasks_.QueueTask(record, DeviceTask::kResubscribe)) {
+    const std::size_t kind = record->Answers() ? 0 : 1;
+    if (subscribedAt <= turns_[kind] && tasks_.QueueTask(record, DeviceTask::kResubscribe)) {
         return true;
     }
-    nextTurn_ = std::min(nextTurn_, subscribedAt);
+    nextTurns_[kind] = std::min(nextTurns_[kind], subscribedAt);
     return false;
 }
 

@@ -3,6 +3,7 @@
 #ifndef ONVIF_CLIENT_EVENTS_CONTROLLOOP_H
 #define ONVIF_CLIENT_EVENTS_CONTROLLOOP_H
 
+#include <array>
 #include <cstdint>
 #include <limits>
 #include <memory>
@@ -48,15 +49,17 @@ class CControlLoop {
     void Visit(const CDeviceTable::Record& record);
     /// Has the task run that is due, if one is and none runs yet.
     void QueueDueTask(const CDeviceTable::Record& record);
-    /// Not every subscription that is due can be made at once: the longest due go first.
+    /// Not every subscription that is due can be made at once: the longest due go first, among the
+    /// devices that answer and among the others.
     bool QueueResubscription(const CDeviceTable::Record& record);
 
     CDeviceTable& devices_;
     ITaskQueue& tasks_;
     // Of the pass that runs, and used by its thread only:
     bool interrupted_ = false;
-    std::int64_t turn_ = kEverybodysTurn;  // subscriptions made later than this wait
-    std::int64_t nextTurn_ = kEverybodysTurn;
+    // Subscriptions made later than this wait: those of devices that answer, and of the others.
+    std::array<std::int64_t, 2> turns_ = {};
+    std::array<std::int64_t, 2> nextTurns_ = {kEverybodysTurn, kEverybodysTurn};
 };
 
 }  // namespace onvif_client

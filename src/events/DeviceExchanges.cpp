@@ -118,11 +118,13 @@ void SendPull(EventDeviceRecord& record, ISessionSource& sessions) {
     record.CloseConnection();
     record.MarkPulled();
     const HttpRequest request = BuildPullRequest(record, sessions);
-    for (int i = 0; i < kConnectionTries && !request.text.empty(); ++i) {
+    bool done = request.text.empty();
+    for (int i = 0; i < kConnectionTries && !done; ++i) {
         const std::uint32_t handle = WIRELINK_AddConnect(0, request.host.c_str(), request.port);
-        if (handle == 0 || TryPull(record, handle, request.text)) {
-            break;
-        }
+        done = handle == 0 || TryPull(record, handle, request.text);
+    }
+    if (!done) {
+        record.MarkSilent();
     }
 }
 

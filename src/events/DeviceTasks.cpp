@@ -67,7 +67,8 @@ CDeviceTasks::~CDeviceTasks() = default;
 bool CDeviceTasks::QueueTask(std::shared_ptr<EventDeviceRecord> record, DeviceTask task) {
     const std::lock_guard guard(lock_);
     const bool subscribes = task == DeviceTask::kResubscribe;
-    if (subscribes && resubscriptions_ >= kMostResubscriptions) {
+    const int most = record->Answers() ? kMostResubscriptions : kMostResubscriptions - 1;
+    if (subscribes && resubscriptions_ >= most) {
         return false;
     }
     Tasks added;  // joins the others when the pool has it; until then the pool's thread must wait

@@ -21,8 +21,9 @@ class CDeviceTasks final : public ITaskQueue {
     CDeviceTasks(const CDeviceTasks&) = delete;
     CDeviceTasks& operator=(const CDeviceTasks&) = delete;
 
-    /// A new subscription is not taken while as many are being made as leaves workers for pulls: a
-    /// site full of silent devices does not hold up the others.
+    /// A new subscription is not taken while as many are being made as leaves workers for pulls, at
+    /// a silent device also when one less is being made: a site full of silent devices does not
+    /// hold up the others.
     bool QueueTask(std::shared_ptr<EventDeviceRecord> record, DeviceTask task) override;
 
  private:

@@ -135,7 +135,7 @@ void EventDeviceRecord::BeginSubscribing() {
 void EventDeviceRecord::EndSubscribing(const std::optional<SubscriptionAnswer>& answer) {
     const std::int64_t now = CalendarSeconds();
     const std::lock_guard guard(lock_);
-    subscriptionStands_ = answer.has_value();
+    subscriptionStands_ = answers_ = answer.has_value();
     if (answer) {
         pull_.address = answer->address;
         pull_.id = answer->id;
@@ -143,6 +143,16 @@ void EventDeviceRecord::EndSubscribing(const std::optional<SubscriptionAnswer>& 
     }
     // What a stop of the socket layer broke off is due again since the start after it.
     subscribeLocalTime_ = !answer && resumed_ ? 0 : now;
+}
+
+void EventDeviceRecord::MarkSilent() {
+    const std::lock_guard guard(lock_);
+    answers_ = false;
+}
+
+bool EventDeviceRecord::Answers() const {
+    const std::lock_guard guard(lock_);
+    return answers_;
 }
 
 void EventDeviceRecord::LimitPulls(const std::string& timeout, std::uint16_t messageLimit) {
@@ -156,6 +166,12 @@ void EventDeviceRecord::LimitPulls(const std::string& timeout, std::uint16_t mes
 }
 
 void EventDeviceRecord::CompleteReply() {
+    const std::lock_guard guard(lock_);
+    replyComplete_ = true;
+    answers_ = true;
+}
+
+void EventDeviceRecord::PullAtOnce() {
     const std::lock_guard guard(lock_);
     replyComplete_ = true;
 }

@@ -79,11 +79,15 @@ class EventDeviceRecord {
     void BeginSubscribing();
     /// @param answer  nothing: the device did not subscribe.
     void EndSubscribing(const std::optional<SubscriptionAnswer>& answer);
+    /// A pull found no way to the device.
+    void MarkSilent();
+    /// Whether the device answered what it was asked last.
+    bool Answers() const;
     /// What the device allows at most; empty and 0: it does not say.
     void LimitPulls(const std::string& timeout, std::uint16_t messageLimit);
     void CompleteReply();
     /// Has the next visit pull, whatever became of the last pull.
-    void PullAtOnce() { CompleteReply(); }
+    void PullAtOnce();
     /// The socket layer was started. What its last end broke off is due at once: a pull whose
     /// connection is gone, and a subscription that could not be made.
     void Resume();
@@ -112,6 +116,7 @@ class EventDeviceRecord {
     bool sourceFixed_ = false;
     bool replyComplete_ = false;
     bool subscriptionStands_ = false;
+    bool answers_ = true;
     bool resumed_ = false;  // since an attempt to subscribe began
     std::uint32_t lastPullTicks_;
     std::int64_t subscribeLocalTime_ = 0;  // seconds, of the last attempt; 0: one is due

@@ -1,9 +1,11 @@
 #include <gtest/gtest.h>
 
+#include <latch>
 #include <utility>
 
 #include "events/ControlLoop.h"
 #include "events/DeviceExchanges.h"
+#include "events/DeviceTasks.h"
 #include "onvif_client/OnvifClient.h"
 #include "platform/Clock.h"
 
@@ -40,7 +42,7 @@ class CNotedTasks final : public ITaskQueue {
  public:
     bool QueueTask(std::shared_ptr<EventDeviceRecord> record, DeviceTask task) override {
         static constexpr const char* kNames[] = {"pull", "resubscribe", "renew"};
-        if (task == refused) {
+        if (task == refused || (task == refusedToSilent && !record->Answers())) {
             return false;
         }
         noted += kNames[static_cast<int>(task)] + std::to_string(record->LoginId()) + " ";
@@ -49,6 +51,7 @@ class CNotedTasks final : public ITaskQueue {
     std::string Take() { return std::exchange(noted, ""); }
 
     std::optional<DeviceTask> refused;
+    std::optional<DeviceTask> refusedToSilent;
     std::string noted;
 };
 
@@ -177,6 +180,48 @@ TEST_F(ControlLoop, TheLongestDueSubscriptionsGoFirst) {
     tasks_.refused.reset();
     EXPECT_EQ(PassAfter(0), "resubscribe2 resubscribe3 ");
     EXPECT_EQ(PassAfter(0), "resubscribe1 ");
+}
+
+TEST_F(ControlLoop, SilentDevicesDoNotHoldUpTheSubscriptionsOfOthers) {
+    Add(1)->EndSubscribing({});
+    ++clock_.calendar;
+    Add(2);
+    tasks_.refused = DeviceTask::kResubscribe;
+    EXPECT_EQ(PassAfter(0, 100), "");
+    tasks_.refused.reset();
+    tasks_.refusedToSilent = DeviceTask::kResubscribe;
+    EXPECT_EQ(PassAfter(0), "resubscribe2 ");
+}
+
+/// Sessions that nobody gets until there are some.
+class CLateSessions final : public ISessionSource {
+ public:
+    CHttpClient* Acquire(std::uint32_t) override {
+        come_.wait();
+        return nullptr;
+    }
+    bool Release(std::uint32_t) override { return false; }
+    void Come() { come_.count_down(); }
+
+ private:
+    std::latch come_{1};
+};
+
+TEST(DeviceTasks, SilentDevicesLeaveRoomForAnother) {
+    CLateSessions sessions;
+    CDeviceTasks tasks(sessions);
+    const auto taken = [&](const std::optional<SubscriptionAnswer>& answer) {
+        auto record = std::make_shared<EventDeviceRecord>(sessions, 1, nullptr, "");
+        record->EndSubscribing(answer);
+        return tasks.QueueTask(std::move(record), DeviceTask::kResubscribe);
+    };
+    for (int i = 0; i < 4; ++i) {
+        EXPECT_TRUE(taken({}));
+    }
+    EXPECT_FALSE(taken({}));
+    EXPECT_TRUE(taken(kSubscribed));
+    EXPECT_FALSE(taken(kSubscribed));
+    sessions.Come();
 }
 
 TEST_F(ControlLoop, TheFirstSourceSettlesHowMessagesCome) {
