@@ -19,9 +19,10 @@ class CClosedPort {
         address.sin_family = AF_INET;
         address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
         socklen_t size = sizeof address;
-        bind(descriptor_, std::bit_cast<sockaddr*>(&address), size);
-        getsockname(descriptor_, std::bit_cast<sockaddr*>(&address), &size);
-        port_ = ntohs(address.sin_port);
+        if (bind(descriptor_, std::bit_cast<sockaddr*>(&address), size) == 0 &&
+            getsockname(descriptor_, std::bit_cast<sockaddr*>(&address), &size) == 0) {
+            port_ = ntohs(address.sin_port);
+        }
     }
     ~CClosedPort() { close(descriptor_); }
     CClosedPort(const CClosedPort&) = delete;

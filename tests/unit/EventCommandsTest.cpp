@@ -79,11 +79,11 @@ TEST(EventRequests, GoToTheSubscriptionsPath) {
         {"", "", "onvif/device_service"},
     };
     for (const auto& each : cases) {
-        const std::string address = each.address;
-        const CXmlDocument request("<c><token>" + address + "</token><serverAddr>" + address +
-                                   "</serverAddr></c>");
-        EXPECT_EQ(PullPath({request.Root()}), each.pull) << address;
-        EXPECT_EQ(RenewPath({request.Root()}), each.renew) << address;
+        std::string command = "<c><token>";
+        command.append(each.address).append("</token><serverAddr>").append(each.address);
+        const CXmlDocument request(command + "</serverAddr></c>");
+        EXPECT_EQ(PullPath({request.Root()}), each.pull) << each.address;
+        EXPECT_EQ(RenewPath({request.Root()}), each.renew) << each.address;
     }
 }
 
