@@ -120,9 +120,13 @@ ConnectionEntry CConnectionTable::Take(std::uint32_t handle) {
     return node.empty() ? ConnectionEntry{} : std::move(node.mapped());
 }
 
-std::map<std::uint32_t, ConnectionEntry> CConnectionTable::All() {
+std::pair<std::uint32_t, ConnectionEntry> CConnectionTable::After(std::uint32_t handle) {
     const std::lock_guard guard(lock_);
-    return entries_;
+    const auto entry = entries_.upper_bound(handle);
+    if (entry == entries_.end()) {
+        return {};
+    }
+    return *entry;
 }
 
 void EndConnection(const ConnectionEntry& entry) {

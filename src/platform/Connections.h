@@ -9,6 +9,7 @@
 #include <map>
 #include <memory>
 #include <mutex>
+#include <utility>
 
 namespace onvif_client {
 
@@ -64,8 +65,9 @@ class CConnectionTable {
     std::shared_ptr<CReadRegistration> TakeRegistration(std::uint32_t handle);
     /// Takes the whole entry out; empty for an unknown handle.
     ConnectionEntry Take(std::uint32_t handle);
-    /// A copy.
-    std::map<std::uint32_t, ConnectionEntry> All();
+    /// The entry with the smallest handle behind @p handle, 0 and an empty one at the end: a walk
+    /// needs no memory, and goes on whatever happens to the table meanwhile.
+    std::pair<std::uint32_t, ConnectionEntry> After(std::uint32_t handle);
 
  private:
     std::mutex lock_;  // guards the members below; leaf

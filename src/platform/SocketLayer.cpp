@@ -2,11 +2,14 @@
 
 #include <sys/eventfd.h>
 
+#include "platform/Corekit.h"
 #include "platform/Immortal.h"
 
 namespace onvif_client {
 
 namespace {
+
+constexpr int kCleanUpThrewLine = 36;
 
 thread_local int callbackDepth = 0;
 
@@ -41,7 +44,12 @@ void CSocketLayer::Stop(const std::function<void()>& cleanUp) {
     eventfd_t drained = 0;
     eventfd_read(abortDescriptor_, &drained);
     guard.unlock();
-    cleanUp();
+    try {
+        cleanUp();
+    } catch (...) {
+        // Whoever waits for the end of the stop goes on all the same.
+        COREKIT_AbnormalOutput("ASSERT", "Wirelink", kCleanUpThrewLine);
+    }
     guard.lock();
     stopping_ = false;
     changed_.notify_all();

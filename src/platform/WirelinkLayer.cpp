@@ -57,17 +57,17 @@ class CListenerTable {
 void EndAll() {
     CConnectionTable& connections = CConnectionTable::Instance();
     const auto listeners = CListenerTable::Instance().TakeAll();
-    for (const auto& [handle, entry] : connections.All()) {
-        entry.connection->Break();
+    for (auto each = connections.After(0); each.first != 0; each = connections.After(each.first)) {
+        each.second.connection->Break();
     }
     for (const auto& [port, listener] : listeners) {
         listener->Stop();
     }
     // All again: a listener may have accepted one more before it stopped. Each stays in the table
     // until its callback has ended: whoever unregisters it meanwhile has to wait for that too.
-    for (const auto& [handle, entry] : connections.All()) {
-        EndConnection(entry);
-        connections.Take(handle);
+    for (auto each = connections.After(0); each.first != 0; each = connections.After(each.first)) {
+        EndConnection(each.second);
+        connections.Take(each.first);
     }
     StopReactor();
 }
