@@ -12,12 +12,14 @@
 
 namespace onvif_client {
 
-CConnection::~CConnection() {
-    close(descriptor_);
+CDescriptor::~CDescriptor() {
+    if (descriptor_ >= 0) {
+        close(descriptor_);
+    }
 }
 
 CConnection::State CConnection::Poll() {
-    pollfd polled = {descriptor_, POLLOUT, 0};
+    pollfd polled = {Descriptor(), POLLOUT, 0};
     State connecting = State::kConnecting;
     if (state_ != connecting || poll(&polled, 1, 0) != 1) {
         return state_;
@@ -25,7 +27,7 @@ CConnection::State CConnection::Poll() {
     int error = 0;
     socklen_t size = sizeof error;
     const bool stands =
-        getsockopt(descriptor_, SOL_SOCKET, SO_ERROR, &error, &size) == 0 && error == 0;
+        getsockopt(Descriptor(), SOL_SOCKET, SO_ERROR, &error, &size) == 0 && error == 0;
     // Whoever broke it off meanwhile is right.
     state_.compare_exchange_strong(connecting, stands ? State::kEstablished : State::kFailed);
     return state_;
@@ -35,7 +37,7 @@ std::size_t CConnection::Send(const char* data, std::size_t length, int waitMs,
                               bool& broken) const {
     broken = state_ == State::kFailed;
     for (bool waited = false; !broken;) {
-        const ssize_t sent = send(descriptor_, data, length, MSG_NOSIGNAL | MSG_DONTWAIT);
+        const ssize_t sent = send(Descriptor(), data, length, MSG_NOSIGNAL | MSG_DONTWAIT);
         if (sent >= 0) {
             return static_cast<std::size_t>(sent);
         }
@@ -46,7 +48,7 @@ std::size_t CConnection::Send(const char* data, std::size_t length, int waitMs,
         if (waited || waitMs == 0) {
             break;
         }
-        pollfd polled = {descriptor_, POLLOUT, 0};
+        pollfd polled = {Descriptor(), POLLOUT, 0};
         poll(&polled, 1, waitMs);
         waited = true;
     }
@@ -56,7 +58,7 @@ std::size_t CConnection::Send(const char* data, std::size_t length, int waitMs,
 std::size_t CConnection::Receive(char* buffer, std::size_t capacity, bool& closed) const {
     closed = state_ == State::kFailed;
     while (state_ == State::kEstablished && capacity > 0) {
-        const ssize_t received = recv(descriptor_, buffer, capacity, MSG_DONTWAIT);
+        const ssize_t received = recv(Descriptor(), buffer, capacity, MSG_DONTWAIT);
         if (received > 0) {
             return static_cast<std::size_t>(received);
         }
@@ -71,7 +73,7 @@ std::size_t CConnection::Receive(char* buffer, std::size_t capacity, bool& close
 
 void CConnection::Break() {
     state_ = State::kFailed;
-    shutdown(descriptor_, SHUT_RDWR);
+    shutdown(Descriptor(), SHUT_RDWR);
 }
 
 CConnectionTable& CConnectionTable::Instance() {

@@ -15,18 +15,34 @@ namespace onvif_client {
 
 class CReadRegistration;
 
+/// A file descriptor, closed at the end of its owner.
+class CDescriptor {
+ public:
+    /// Takes it over; -1 is none.
+    explicit CDescriptor(int descriptor) : descriptor_(descriptor) {}
+    ~CDescriptor();
+    CDescriptor(CDescriptor&& other) noexcept : descriptor_(other.Release()) {}
+    CDescriptor& operator=(CDescriptor&&) = delete;
+
+    int Get() const { return descriptor_; }
+    /// Whoever asks closes it.
+    int Release() { return std::exchange(descriptor_, -1); }
+
+ private:
+    int descriptor_;
+};
+
 /// A non-blocking TCP socket, closed when the last user lets go of it. Any thread.
 class CConnection {
  public:
     enum class State { kConnecting, kEstablished, kFailed };
 
-    /// Takes the descriptor over.
-    CConnection(int descriptor, State state) : descriptor_(descriptor), state_(state) {}
-    ~CConnection();
+    CConnection(CDescriptor descriptor, State state)
+        : descriptor_(std::move(descriptor)), state_(state) {}
     CConnection(const CConnection&) = delete;
     CConnection& operator=(const CConnection&) = delete;
 
-    int Descriptor() const { return descriptor_; }
+    int Descriptor() const { return descriptor_.Get(); }
 
     /// Looks whether a connection that was being made stands by now.
     State Poll();
@@ -41,7 +57,7 @@ class CConnection {
     void Break();
 
  private:
-    const int descriptor_;
+    const CDescriptor descriptor_;
     std::atomic<State> state_;
 };
 

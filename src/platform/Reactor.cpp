@@ -1,7 +1,6 @@
 #include "platform/Reactor.h"
 
 #include <fcntl.h>
-#include <unistd.h>
 
 #include <array>
 #include <condition_variable>
@@ -283,17 +282,19 @@ class CAsioListener final : public CListener, public std::enable_shared_from_thi
 
     bool ServeLocked(tcp::socket socket) {
         error_code error;
-        const int descriptor = socket.release(error);
+        CDescriptor descriptor(socket.release(error));
         if (error) {
             return false;
         }
-        auto connection =
-            std::make_shared<CConnection>(descriptor, CConnection::State::kEstablished);
-        const std::uint32_t handle = CConnectionTable::Instance().Add(std::move(connection));
+        std::uint32_t handle = 0;
         try {
+            handle = CConnectionTable::Instance().Add(std::make_shared<CConnection>(
+                std::move(descriptor), CConnection::State::kEstablished));
             std::thread([self = shared_from_this(), handle] { self->Serve(handle); }).detach();
-        } catch (const std::system_error&) {
-            EndConnection(CConnectionTable::Instance().Take(handle));
+        } catch (const std::exception&) {
+            if (handle != 0) {
+                EndConnection(CConnectionTable::Instance().Take(handle));
+            }
             return false;
         }
         ++busy_;
@@ -329,15 +330,16 @@ std::shared_ptr<CReadRegistration> CReadRegistration::Make(std::shared_ptr<CConn
                                                            std::uint32_t handle,
                                                            CSocketDataObserver* observer) {
     // Asio closes what it waits on; the connection keeps its own descriptor.
-    const int waitedOn = fcntl(connection->Descriptor(), F_DUPFD_CLOEXEC, 0);
-    if (waitedOn < 0) {
+    CDescriptor waitedOn(fcntl(connection->Descriptor(), F_DUPFD_CLOEXEC, 0));
+    if (waitedOn.Get() < 0) {
         return nullptr;
     }
     try {
-        return std::make_shared<CAsioReadRegistration>(CReactor::Get(), std::move(connection),
-                                                       handle, observer, waitedOn);
+        auto registration = std::make_shared<CAsioReadRegistration>(
+            CReactor::Get(), std::move(connection), handle, observer, waitedOn.Get());
+        waitedOn.Release();
+        return registration;
     } catch (const std::exception&) {
-        close(waitedOn);
         return nullptr;
     }
 }

@@ -1,11 +1,12 @@
 #include <arpa/inet.h>
 #include <netinet/in.h>
 #include <sys/socket.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
 #include <climits>
+#include <exception>
+#include <utility>
 
 #include "platform/Connections.h"
 #include "platform/Reactor.h"
@@ -36,16 +37,22 @@ std::uint32_t WIRELINK_AddConnect(std::uint32_t, const char* ip, unsigned short 
     if (!visit || ip == nullptr || inet_pton(AF_INET, ip, &address.sin_addr) != 1) {
         return 0;
     }
-    const int descriptor = socket(AF_INET, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0);
-    if (descriptor < 0) {
+    CDescriptor descriptor(socket(AF_INET, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0));
+    if (descriptor.Get() < 0) {
         return 0;
     }
-    auto connection = std::make_shared<CConnection>(descriptor, CConnection::State::kConnecting);
-    if (connect(descriptor, reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0 &&
-        errno != EINPROGRESS) {
-        connection->Break();
+    try {
+        auto connection =
+            std::make_shared<CConnection>(std::move(descriptor), CConnection::State::kConnecting);
+        if (connect(connection->Descriptor(), reinterpret_cast<const sockaddr*>(&address),
+                    sizeof address) != 0 &&
+            errno != EINPROGRESS) {
+            connection->Break();
+        }
+        return CConnectionTable::Instance().Add(std::move(connection));
+    } catch (const std::exception&) {
+        return 0;  // without memory
     }
-    return CConnectionTable::Instance().Add(std::move(connection));
 }
 
 bool WIRELINK_PopConnectResult(std::uint32_t handle, int& result, std::uint32_t) {
