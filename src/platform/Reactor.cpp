@@ -1,8 +1,10 @@
 #include "platform/Reactor.h"
 
 #include <fcntl.h>
+#include <sys/socket.h>
 
 #include <array>
+#include <cerrno>
 #include <condition_variable>
 #include <thread>
 #include <utility>
@@ -220,12 +222,12 @@ class CAsioListener final : public CListener, public std::enable_shared_from_thi
     bool Open(const char* address, std::uint16_t port) {
         error_code error;
         const tcp::endpoint endpoint(asio::ip::make_address_v4(address, error), port);
-        const std::lock_guard guard(lock_);
+        std::unique_lock guard(lock_);
         if (!error) acceptor_.open(endpoint.protocol(), error);
         if (!error) acceptor_.set_option(tcp::acceptor::reuse_address(true), error);
         if (!error) acceptor_.bind(endpoint, error);
         if (!error) acceptor_.listen(tcp::acceptor::max_listen_connections, error);
-        if (!error) AcceptLocked();
+        if (!error) AcceptLocked(guard);
         return !error;
     }
 
@@ -246,45 +248,41 @@ class CAsioListener final : public CListener, public std::enable_shared_from_thi
     }
 
  private:
-    void AcceptLocked() {
-        if (stopped_ || accepting_ || busy_ >= kMostAcceptCallbacks) {
-            return;
+    /// Waits for the next connection; a thread that has no memory for that tries it until it has.
+    void AcceptLocked(std::unique_lock<std::mutex>& guard) {
+        while (!stopped_ && !accepting_ && busy_ < kMostAcceptCallbacks) {
+            try {
+                // An async_accept that has no memory for its socket would forget its handler.
+                acceptor_.async_wait(tcp::acceptor::wait_read,
+                                     [weak = weak_from_this()](const error_code& error) {
+                                         if (const auto self = weak.lock()) {
+                                             self->OnAcceptable(error);
+                                         }
+                                     });
+                accepting_ = true;
+            } catch (const std::exception&) {
+                changed_.wait_for(guard, kPauseAfterFailedAccept);
+            }
         }
-        accepting_ = true;
-        acceptor_.async_accept(
-            [weak = weak_from_this()](const error_code& error, tcp::socket socket) {
-                if (const auto self = weak.lock()) {
-                    self->OnAccepted(error, std::move(socket));
-                }
-            });
     }
 
-    void OnAccepted(error_code error, tcp::socket socket) {
-        const std::lock_guard guard(lock_);
+    void OnAcceptable(const error_code& error) {
+        std::unique_lock guard(lock_);
         accepting_ = false;
         if (stopped_) {
             return;
         }
-        if (error || !ServeLocked(std::move(socket))) {
-            // Out of descriptors or threads: the next try comes after a while.
-            pause_.expires_after(kPauseAfterFailedAccept);
-            pause_.async_wait([weak = weak_from_this()](const error_code& cancelled) {
-                const auto self = weak.lock();
-                if (self != nullptr && !cancelled) {
-                    const std::lock_guard again(self->lock_);
-                    self->AcceptLocked();
-                }
-            });
-            return;
+        const bool served = !error && ServeLocked();
+        if (served || !PauseLocked()) {
+            AcceptLocked(guard);
         }
-        AcceptLocked();
     }
 
-    bool ServeLocked(tcp::socket socket) {
-        error_code error;
-        CDescriptor descriptor(socket.release(error));
-        if (error) {
-            return false;
+    /// False when out of descriptors, threads or memory.
+    bool ServeLocked() {
+        CDescriptor descriptor(accept4(acceptor_.native_handle(), nullptr, nullptr, SOCK_NONBLOCK));
+        if (descriptor.Get() < 0) {
+            return errno == EAGAIN || errno == EINTR || errno == ECONNABORTED;
         }
         std::uint32_t handle = 0;
         try {
@@ -301,14 +299,31 @@ class CAsioListener final : public CListener, public std::enable_shared_from_thi
         return true;
     }
 
+    /// Lets the next try come after a while. False when there is no memory for that.
+    bool PauseLocked() {
+        try {
+            pause_.expires_after(kPauseAfterFailedAccept);
+            pause_.async_wait([weak = weak_from_this()](const error_code& cancelled) {
+                const auto self = weak.lock();
+                if (self != nullptr && !cancelled) {
+                    std::unique_lock guard(self->lock_);
+                    self->AcceptLocked(guard);
+                }
+            });
+        } catch (const std::exception&) {
+            return false;
+        }
+        return true;
+    }
+
     void Serve(std::uint32_t handle) {
         servedHere = this;
         RunCallback([&] { observer_->OnAccept(handle); });
         servedHere = nullptr;
-        const std::lock_guard guard(lock_);
+        std::unique_lock guard(lock_);
         --busy_;
         changed_.notify_all();
-        AcceptLocked();
+        AcceptLocked(guard);
     }
 
     static inline thread_local const CAsioListener* servedHere = nullptr;

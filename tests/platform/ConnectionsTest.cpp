@@ -1,4 +1,7 @@
 #include <gtest/gtest.h>
+#include <netinet/in.h>
+#include <sys/resource.h>
+#include <sys/socket.h>
 
 #include <atomic>
 #include <cstdlib>
@@ -218,8 +221,30 @@ TEST_F(Connections, UnregisteringWaitsForTheCallbackWhileTheLayerStopsToo) {
 
 class CIdleListener final : public CListenSocketObserver {
  public:
-    void OnAccept(std::uint32_t handle) override { WIRELINK_DestroyHNetCommunication(handle); }
+    void OnAccept(std::uint32_t) override { ++calls; }
+
+    std::atomic<int> calls = 0;
 };
+
+TEST_F(Connections, AListenerOutOfDescriptorsGoesOnLater) {
+    CIdleListener observer;
+    const auto listener = CListener::Make("127.0.0.1", 0, &observer);
+    sockaddr_in address = {};
+    address.sin_family = AF_INET;
+    address.sin_port = htons(listener->Port());
+    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    const CDescriptor client(socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0));
+    rlimit normal = {};
+    getrlimit(RLIMIT_NOFILE, &normal);
+    const rlimit none = {0, normal.rlim_max};
+    setrlimit(RLIMIT_NOFILE, &none);
+    EXPECT_EQ(connect(client.Get(), reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
+    std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    EXPECT_EQ(observer.calls, 0);
+    setrlimit(RLIMIT_NOFILE, &normal);
+    WaitUntil([&] { return observer.calls > 0; });
+    listener->Stop();
+}
 
 TEST_F(Connections, TheEnvironmentChoosesWhereToListen) {
     constexpr const char* kVariable = "ONVIF_CLIENT_LISTEN_ADDRESS";
