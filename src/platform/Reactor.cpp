@@ -222,8 +222,11 @@ class CAsioListener final : public CListener, public std::enable_shared_from_thi
     bool Open(const char* address, std::uint16_t port) {
         error_code error;
         const tcp::endpoint endpoint(asio::ip::make_address_v4(address, error), port);
+        // Asio would leave the socket to child processes.
+        CDescriptor descriptor(socket(AF_INET, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0));
         std::unique_lock guard(lock_);
-        if (!error) acceptor_.open(endpoint.protocol(), error);
+        if (!error) acceptor_.assign(endpoint.protocol(), descriptor.Get(), error);
+        if (!error) descriptor.Release();
         if (!error) acceptor_.set_option(tcp::acceptor::reuse_address(true), error);
         if (!error) acceptor_.bind(endpoint, error);
         if (!error) acceptor_.listen(tcp::acceptor::max_listen_connections, error);
@@ -280,7 +283,8 @@ class CAsioListener final : public CListener, public std::enable_shared_from_thi
 
     /// False when out of descriptors, threads or memory.
     bool ServeLocked() {
-        CDescriptor descriptor(accept4(acceptor_.native_handle(), nullptr, nullptr, SOCK_NONBLOCK));
+        CDescriptor descriptor(
+            accept4(acceptor_.native_handle(), nullptr, nullptr, SOCK_NONBLOCK | SOCK_CLOEXEC));
         if (descriptor.Get() < 0) {
             return errno == EAGAIN || errno == EINTR || errno == ECONNABORTED;
         }

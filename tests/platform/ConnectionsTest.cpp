@@ -1,3 +1,4 @@
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <netinet/in.h>
 #include <sys/resource.h>
@@ -5,6 +6,7 @@
 
 #include <atomic>
 #include <cstdlib>
+#include <filesystem>
 #include <functional>
 #include <mutex>
 #include <string>
@@ -225,6 +227,26 @@ class CIdleListener final : public CListenSocketObserver {
 
     std::atomic<int> calls = 0;
 };
+
+/// What a child process would get.
+int InheritedDescriptors() {
+    int count = 0;
+    for (const auto& each : std::filesystem::directory_iterator("/proc/self/fd")) {
+        const int flags = fcntl(std::stoi(each.path().filename()), F_GETFD);
+        count += flags >= 0 && (flags & FD_CLOEXEC) == 0 ? 1 : 0;
+    }
+    return count;
+}
+
+TEST_F(Connections, ChildProcessesInheritNoSocket) {
+    const int before = InheritedDescriptors();
+    CIdleListener observer;
+    const auto listener = CListener::Make("127.0.0.1", 0, &observer);
+    Connect(listener->Port());
+    WaitUntil([&] { return observer.calls > 0; });
+    EXPECT_EQ(InheritedDescriptors(), before);
+    listener->Stop();
+}
 
 TEST_F(Connections, AListenerOutOfDescriptorsGoesOnLater) {
     CIdleListener observer;
