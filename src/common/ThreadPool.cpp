@@ -1,5 +1,6 @@
 #include "common/ThreadPool.h"
 
+#include <exception>
 #include <utility>
 
 #include "common/GbkTexts.h"
@@ -18,11 +19,11 @@ constexpr int kThrewLine = 36;
 }  // namespace
 
 struct CThreadPool::Worker {
-    explicit Worker(bool startsIdle) : idle(startsIdle) {}
+    Worker(bool startsIdle, CorekitThreadHandle own) : idle(startsIdle), thread(own) {}
 
     bool idle;
     CManualResetEvent wake;  // signalled while the worker has, or may have, a task to take
-    CorekitThreadHandle thread = nullptr;
+    const CorekitThreadHandle thread;
 };
 
 CThreadPool::CThreadPool(int initialThreads) {
@@ -39,19 +40,24 @@ bool CThreadPool::CreateWorkerLocked(bool idle) {
     if (workers_.size() >= kMostThreads) {
         return false;
     }
-    auto worker = std::make_shared<Worker>(idle);
-    worker->thread = COREKIT_CreateRunOneThread(&CThreadPool::WorkerMain, this, true, kSource,
-                                                kCreationLine, "##Thread Pool Thread##");
-    if (worker->thread == nullptr) {
+    // The thread finds its worker by its own id, so it must not run before the worker is there.
+    const CorekitThreadHandle thread = COREKIT_CreateRunOneThread(
+        &CThreadPool::WorkerMain, this, true, kSource, kCreationLine, "##Thread Pool Thread##");
+    if (thread == nullptr) {
         COREKIT_NormalOutput(kPoolThreadNotMade, kSource, kCreationLine);
         return false;
     }
-    if (!idle) {
-        worker->wake.Set();
+    try {
+        auto worker = std::make_shared<Worker>(idle, thread);
+        if (!idle) {
+            worker->wake.Set();
+        }
+        workers_.emplace(COREKIT_GetThreadID(thread), std::move(worker));
+    } catch (const std::exception&) {
+        COREKIT_DestroyThread(thread, kSource, kCreationLine);
+        COREKIT_NormalOutput(kPoolThreadNotMade, kSource, kCreationLine);
+        return false;
     }
-    // The thread finds its worker by its own id, so it must not run before the worker is there.
-    const CorekitThreadHandle thread = worker->thread;
-    workers_.emplace(COREKIT_GetThreadID(thread), std::move(worker));
     COREKIT_ResumeThread(thread);
     return true;
 }

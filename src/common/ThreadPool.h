@@ -61,6 +61,7 @@ class CThreadPool {
     static void RunTask(const Task& task);
     /// Makes the worker wait unless there is a task for it.
     void GoIdle(Worker& worker);
+    /// False when there is no other worker to be had.
     bool CreateWorkerLocked(bool idle);
 
     std::atomic<bool> running_ = true;

@@ -97,7 +97,7 @@ class CReactor : public std::enable_shared_from_this<CReactor> {
                 // Each keeps the reactor alive: the last user may be a callback on it.
                 threads_.emplace_back([self = shared_from_this()] { self->Work(); });
             }
-        } catch (const std::system_error&) {
+        } catch (const std::exception&) {
             if (threads_.empty()) {
                 throw;
             }
