@@ -5,7 +5,6 @@
 #include <algorithm>
 #include <climits>
 #include <iterator>
-#include <memory>
 
 #include "platform/Corekit.h"
 
@@ -14,8 +13,6 @@ namespace onvif_client {
 namespace {
 
 constexpr int kNoDigestLine = 29;
-
-using DigestContext = std::unique_ptr<EVP_MD_CTX, decltype(&EVP_MD_CTX_free)>;
 
 /// Looking an algorithm up costs microseconds, so each is fetched once; never freed, as threads may
 /// still sign while the process ends.
@@ -26,13 +23,9 @@ const EVP_MD* Fetch(const char* name) {
 template <std::size_t Size>
 std::optional<std::array<std::uint8_t, Size>> Digest(const EVP_MD* method,
                                                      std::span<const std::uint8_t> data) {
-    thread_local const DigestContext context(EVP_MD_CTX_new(), &EVP_MD_CTX_free);
     std::array<std::uint8_t, Size> digest = {};
-    const bool made = method != nullptr && context != nullptr &&
-                      EVP_DigestInit_ex2(context.get(), method, nullptr) == 1 &&
-                      EVP_DigestUpdate(context.get(), data.data(), data.size()) == 1 &&
-                      EVP_DigestFinal_ex(context.get(), digest.data(), nullptr) == 1;
-    if (!made) {
+    if (method == nullptr ||
+        EVP_Digest(data.data(), data.size(), digest.data(), nullptr, method, nullptr) != 1) {
         COREKIT_AbnormalOutput("ASSERT", "Digests", kNoDigestLine);
         return std::nullopt;
     }
