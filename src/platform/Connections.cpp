@@ -83,7 +83,10 @@ CConnectionTable& CConnectionTable::Instance() {
 
 std::uint32_t CConnectionTable::Add(std::shared_ptr<CConnection> connection) {
     const std::lock_guard guard(lock_);
-    entries_.emplace(++lastHandle_, ConnectionEntry{std::move(connection), nullptr});
+    do {
+        ++lastHandle_;
+    } while (lastHandle_ == 0 || entries_.contains(lastHandle_));
+    entries_.emplace(lastHandle_, ConnectionEntry{std::move(connection), nullptr});
     return lastHandle_;
 }
 

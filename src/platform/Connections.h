@@ -71,6 +71,7 @@ class CConnectionTable {
  public:
     static CConnectionTable& Instance();
 
+    /// @return its handle, the next one that is free.
     std::uint32_t Add(std::shared_ptr<CConnection> connection);
     /// Null for an unknown handle.
     std::shared_ptr<CConnection> Find(std::uint32_t handle);

@@ -7,8 +7,9 @@
 /// listener and returns when no callback runs any more (called from a callback, it does not wait
 /// for that one).
 ///
-/// Handles are non-zero, ascending and never reused. Every call on a dead or unknown handle fails
-/// quietly. Nothing in a send or receive waits without a bound.
+/// Handles are non-zero and ascending; behind the largest they start over with those that are free.
+/// Every call on a dead or unknown handle fails quietly. Nothing in a send or receive waits without
+/// a bound.
 ///
 /// Callbacks. The data callbacks of one handle are serial and run on the layer's own threads. Once
 /// WIRELINK_UnRegisterNode has returned, none runs or will run for that handle; called from that
