@@ -29,9 +29,6 @@ constexpr auto kSubscribe = AddressedSoapEnvelope(
     FixedText("<wsn:Subscribe><wsn:ConsumerReference><ad:Address/></wsn:ConsumerReference>"
               "<wsn:InitialTerminationTime/></wsn:Subscribe>"));
 
-/// The device may leave these out of its reference to a subscription.
-constexpr const char* kNoIdentifier = "NULL";
-
 /// An addressed envelope; paths start from its operation.
 class CAddressedEnvelope : public CEnvelopeFiller {
  public:

@@ -72,6 +72,8 @@ std::string BuildModifyRules(const CommandRequest& request);
 
 // EventRequests.cpp: subscriptions (ONVIF Core, WS-BaseNotification)
 std::string BuildCreatePullPointSubscription(const CommandRequest& request);
+/// In pullMessages, stands for an identifier of the subscription that the device does not use.
+constexpr const char* kNoIdentifier = "NULL";
 std::string BuildPullMessages(const CommandRequest& request);
 std::string BuildRenew(const CommandRequest& request);
 std::string BuildUnsubscribe(const CommandRequest& request);

@@ -10,15 +10,13 @@
 #include <string_view>
 #include <vector>
 
+#include "commands/ServiceRequests.h"
 #include "events/AlarmTopics.h"
 
 namespace onvif_client {
 
 /// How long a device is asked to keep a subscription.
 constexpr std::uint32_t kSubscriptionSeconds = 600;
-
-/// Stands for an identifier that a device does not use.
-constexpr const char* kNoIdentifier = "NULL";
 
 /// What a pull asks for, and where.
 struct PullPoint {

@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <latch>
+#include <new>
 #include <utility>
 
 #include "events/ControlLoop.h"
@@ -42,6 +43,9 @@ class CNotedTasks final : public ITaskQueue {
  public:
     bool QueueTask(std::shared_ptr<EventDeviceRecord> record, DeviceTask task) override {
         static constexpr const char* kNames[] = {"pull", "resubscribe", "renew"};
+        if (withoutMemory) {
+            throw std::bad_alloc();
+        }
         if (task == refused || (task == refusedToSilent && !record->Answers())) {
             return false;
         }
@@ -52,6 +56,7 @@ class CNotedTasks final : public ITaskQueue {
 
     std::optional<DeviceTask> refused;
     std::optional<DeviceTask> refusedToSilent;
+    bool withoutMemory = false;
     std::string noted;
 };
 
@@ -156,6 +161,18 @@ TEST_F(ControlLoop, ARefusedResubscriptionDoesNotHoldUpPulls) {
     record->Unclaim();
     EXPECT_EQ(PassAfter(0, 99), "");
     EXPECT_EQ(PassAfter(0, -3600), "resubscribe1 ") << "the calendar was set back";
+}
+
+TEST_F(ControlLoop, AVisitWithoutMemoryIsMadeUpForLater) {
+    Add(1);
+    const auto two = Add(2);
+    tasks_.withoutMemory = true;
+    EXPECT_EQ(PassAfter(0, 100), "");
+    two->AddPulledItems(Items{{kMotion, true}});
+    EXPECT_EQ(PassAfter(0), "");
+    EXPECT_EQ(observer_.Take(), "m1 ") << "although the visit of 1 failed";
+    tasks_.withoutMemory = false;
+    EXPECT_EQ(PassAfter(0), "resubscribe1 resubscribe2 ");
 }
 
 TEST_F(ControlLoop, AnAttemptThatAStartMeetsIsDueAgainUnlessItSucceeds) {
