@@ -43,7 +43,9 @@
 #ifndef ONVIF_CLIENT_ONVIF_CLIENT_H
 #define ONVIF_CLIENT_ONVIF_CLIENT_H
 
-#if defined(_WIN32)
+#if defined(ONVIF_CLIENT_STATIC)
+#define ONVIF_CLIENT_API
+#elif defined(_WIN32)
 #if defined(ONVIF_CLIENT_BUILDING)
 #define ONVIF_CLIENT_API __declspec(dllexport)
 #else
