@@ -189,6 +189,7 @@ int Run(int argc, char** argv) {
     std::ios::sync_with_stdio(false);
     Arguments arguments;
     CLI::App app("Simulated ONVIF cameras on 127.0.0.1.", "onvif-camera-sim");
+    app.set_version_flag("--version", "onvif-camera-sim " CAMERA_SIM_VERSION, "Print the version");
     AddOptions(app, arguments);
     AddEventOptions(app, arguments);
     AddFlags(app, arguments);

@@ -2,6 +2,7 @@
 #include <csignal>
 
 #include "CommandLine.h"
+#include "onvif_client/Version.h"
 
 namespace {
 
@@ -13,6 +14,7 @@ constexpr const char* kExitCodes =
 
 int Run(int argc, char** argv) {
     CLI::App app("Asks and changes ONVIF devices.", "onvifctl");
+    app.set_version_flag("--version", "onvifctl " ONVIF_CLIENT_VERSION, "Print the version");
     app.require_subcommand(1);
     app.footer(kExitCodes);
     onvifctl::CommandLine line;
