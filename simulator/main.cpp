@@ -17,7 +17,7 @@
 #include <boost/asio/signal_set.hpp>
 
 #include "camera_sim/CameraSim.h"
-#include "camera_sim/Control.h"
+#include "camera_sim/control/Control.h"
 
 namespace {
 

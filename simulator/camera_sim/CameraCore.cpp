@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <utility>
 
-#include "camera_sim/EventReplies.h"
-#include "camera_sim/Snapshot.h"
+#include "camera_sim/events/EventReplies.h"
+#include "camera_sim/picture/Snapshot.h"
 
 namespace camera_sim {
 namespace {

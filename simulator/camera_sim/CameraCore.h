@@ -14,13 +14,13 @@
 #include <utility>
 #include <vector>
 
-#include "camera_sim/Authentication.h"
 #include "camera_sim/CameraSim.h"
-#include "camera_sim/EventHub.h"
 #include "camera_sim/FaultPlan.h"
-#include "camera_sim/Http.h"
-#include "camera_sim/HttpAuthentication.h"
-#include "camera_sim/Operations.h"
+#include "camera_sim/events/EventHub.h"
+#include "camera_sim/http/Http.h"
+#include "camera_sim/http/HttpAuthentication.h"
+#include "camera_sim/services/Operations.h"
+#include "camera_sim/soap/Authentication.h"
 
 namespace camera_sim {
 

@@ -3,7 +3,7 @@
 #include <utility>
 
 #include "camera_sim/CameraCore.h"
-#include "camera_sim/EventReplies.h"
+#include "camera_sim/events/EventReplies.h"
 
 namespace camera_sim {
 

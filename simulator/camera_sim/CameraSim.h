@@ -28,7 +28,7 @@
 #include <string_view>
 #include <vector>
 
-#include "camera_sim/CameraState.h"
+#include "camera_sim/state/CameraState.h"
 
 namespace camera_sim {
 

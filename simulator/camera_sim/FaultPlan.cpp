@@ -4,8 +4,8 @@
 #include <array>
 #include <utility>
 
-#include "camera_sim/Namespaces.h"
-#include "camera_sim/SoapRequest.h"
+#include "camera_sim/soap/Namespaces.h"
+#include "camera_sim/soap/SoapRequest.h"
 
 namespace camera_sim {
 namespace {

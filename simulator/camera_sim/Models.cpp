@@ -2,7 +2,7 @@
 
 #include <array>
 
-#include "camera_sim/ActiveCells.h"
+#include "camera_sim/soap/ActiveCells.h"
 
 using namespace std::chrono_literals;
 

@@ -22,9 +22,9 @@
 
 #include "camera_sim/CameraCore.h"
 #include "camera_sim/CameraSim.h"
-#include "camera_sim/Control.h"
 #include "camera_sim/Models.h"
-#include "camera_sim/NotifyPost.h"
+#include "camera_sim/control/Control.h"
+#include "camera_sim/events/NotifyPost.h"
 
 namespace camera_sim {
 namespace {

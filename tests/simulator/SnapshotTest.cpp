@@ -12,7 +12,7 @@
 
 #include "Exchange.h"
 #include "camera_sim/CameraSim.h"
-#include "camera_sim/Snapshot.h"
+#include "camera_sim/picture/Snapshot.h"
 
 namespace {
 

@@ -1,0 +1,302 @@
+#include "camera_sim/control/Control.h"
+
+#include <algorithm>
+#include <array>
+
+#include "camera_sim/control/ControlState.h"
+#include "camera_sim/control/JsonWriter.h"
+
+namespace camera_sim {
+namespace {
+
+constexpr std::string_view kPrefix = "/control/";
+/// Ten years, in seconds.
+constexpr int kLargestOffset = 10 * 366 * 24 * 3600;
+
+Reply BadRequest(std::string reason) {
+    return HttpReply(400, kTextType, std::move(reason) + "\n");
+}
+Reply Done() {
+    return HttpReply(200, kTextType, "ok\n");
+}
+Reply Json(const JsonWriter& json) {
+    return HttpReply(200, kJsonType, json.Text() + "\n");
+}
+
+Reply GetHelp(CameraCore&, const HttpRequest&) {
+    return HttpReply(200, kTextType, ControlHelp());
+}
+
+Reply GetCounters(CameraCore& core, const HttpRequest&) {
+    JsonWriter json;
+    {
+        const auto object = json.Object();
+        for (const auto& [operation, count] : core.AllCounts()) json.Key(operation).Value(count);
+    }
+    return Json(json);
+}
+
+Reply GetRequests(CameraCore& core, const HttpRequest&) {
+    JsonWriter json;
+    {
+        const auto array = json.Array();
+        for (const RecordedRequest& request : core.Requests()) {
+            const auto object = json.Object();
+            json.Key("service").Value(request.service);
+            json.Key("operation").Value(request.operation);
+            json.Key("path").Value(request.path);
+            json.Key("authenticated").Value(request.authenticated);
+            json.Key("refusal").Value(request.refusal);
+            json.Key("status").Value(request.status);
+            json.Key("head").Value(request.head);
+            json.Key("body").Value(request.body);
+        }
+    }
+    return Json(json);
+}
+
+Reply ClearRequests(CameraCore& core, const HttpRequest&) {
+    core.ClearEvidence();
+    return Done();
+}
+
+void WriteNetwork(JsonWriter& json, const Network& network) {
+    const auto object = json.Object();
+    json.Key("interfaces");
+    {
+        const auto interfaces = json.Array();
+        for (const NetworkInterface& interface : network.interfaces) {
+            const auto entry = json.Object();
+            json.Key("token").Value(interface.token);
+            json.Key("dhcp").Value(interface.dhcp);
+            json.Key("manual");
+            const auto addresses = json.Array();
+            for (const PrefixedAddress& address : interface.manual)
+                json.Value(address.address + "/" + std::to_string(address.prefixLength));
+        }
+    }
+    json.Key("gateways");
+    {
+        const auto gateways = json.Array();
+        for (const std::string& gateway : network.gatewaysIpv4) json.Value(gateway);
+    }
+    json.Key("ports");
+    const auto ports = json.Object();
+    for (const NetworkProtocol& protocol : network.protocols) {
+        json.Key(protocol.name);
+        const auto list = json.Array();
+        for (const int port : protocol.ports) json.Value(port);
+    }
+}
+
+/// For relays and inputs, which look the same here.
+template <typename List>
+void WriteConnectors(JsonWriter& json, const List& list) {
+    const auto array = json.Array();
+    for (const auto& connector : list) {
+        const auto object = json.Object();
+        json.Key("token").Value(connector.token);
+        json.Key("idleState").Value(connector.idleState);
+        json.Key("active").Value(connector.active);
+    }
+}
+
+Reply GetState(CameraCore& core, const HttpRequest&) {
+    const CameraState state = core.State();
+    JsonWriter json;
+    {
+        const auto object = json.Object();
+        json.Key("model").Value(core.Options().model);
+        json.Key("port").Value(core.Options().port);
+        json.Key("clockOffset").Value(state.clock.offset.count());
+        json.Key("dateTimeType").Value(state.clock.type);
+        json.Key("daylightSavings").Value(state.clock.daylightSavings);
+        json.Key("timeZone").Value(state.clock.timeZone);
+        json.Key("network");
+        WriteNetwork(json, state.network);
+        json.Key("relays");
+        WriteConnectors(json, state.relays);
+        json.Key("inputs");
+        WriteConnectors(json, state.inputs);
+        json.Key("imaging");
+        WriteImaging(json, state.media);
+        json.Key("osds");
+        WriteOsds(json, state.media);
+        json.Key("motionCells");
+        WriteMotion(json, state.media);
+        json.Key("motion");
+        {
+            const auto sources = json.Object();
+            for (const VideoSource& source : state.media.videoSources)
+                json.Key(source.token).Value(source.motion);
+        }
+        json.Key("profiles");
+        const auto profiles = json.Array();
+        for (const Profile& profile : state.media.profiles) json.Value(profile.token);
+    }
+    return Json(json);
+}
+
+Reply GetFaults(CameraCore& core, const HttpRequest&) {
+    JsonWriter json;
+    {
+        const auto array = json.Array();
+        for (const PlannedFault& planned : core.Faults()) {
+            const auto object = json.Object();
+            json.Key("operation").Value(planned.operation);
+            json.Key("kind").Value(KindName(planned.fault.kind));
+            json.Key("remaining").Value(planned.fault.remaining);
+        }
+    }
+    return Json(json);
+}
+
+// All or none of the lines take effect.
+Reply AddFaults(CameraCore& core, const HttpRequest& request) {
+    std::vector<PlannedFault> planned;
+    std::string_view rest = request.body;
+    while (!rest.empty()) {
+        const auto end = std::min(rest.find('\n'), rest.size());
+        std::string_view line = rest.substr(0, end);
+        rest.remove_prefix(std::min(end + 1, rest.size()));
+        if (line.ends_with('\r')) line.remove_suffix(1);
+        if (line.empty()) continue;
+        std::string error;
+        auto fault = ParseFault(line, error);
+        if (!fault) return BadRequest(std::move(error));
+        planned.push_back(*std::move(fault));
+    }
+    if (planned.empty()) return BadRequest("no fault given");
+    for (PlannedFault& fault : planned) core.Inject(std::move(fault));
+    return Done();
+}
+
+Reply ClearFaults(CameraCore& core, const HttpRequest&) {
+    core.ClearFaults();
+    return Done();
+}
+
+Reply SetClockOffset(CameraCore& core, const HttpRequest& request) {
+    std::string_view text = request.body;
+    while (!text.empty() && (text.back() == '\n' || text.back() == '\r')) text.remove_suffix(1);
+    const auto offset = ToInt(text);
+    if (!offset || *offset > kLargestOffset || *offset < -kLargestOffset)
+        return BadRequest("the offset is a number of seconds, at most ten years");
+    core.Change([&](CameraState& state) { state.clock.offset = std::chrono::seconds(*offset); });
+    return Done();
+}
+
+/// A body of "true" or "false".
+std::optional<bool> ReadSwitch(const HttpRequest& request) {
+    std::string_view text = request.body;
+    while (text.ends_with('\n') || text.ends_with('\r')) text.remove_suffix(1);
+    return ToBool(text);
+}
+
+Reply SetMotion(CameraCore& core, const HttpRequest& request) {
+    const auto motion = ReadSwitch(request);
+    if (!motion) return BadRequest("the body is neither true nor false");
+    core.Change([&](CameraState& state) {
+        for (VideoSource& source : state.media.videoSources) source.motion = *motion;
+    });
+    return Done();
+}
+
+Reply SetInput(CameraCore& core, const HttpRequest& request) {
+    const auto active = ReadSwitch(request);
+    if (!active) return BadRequest("the body is neither true nor false");
+    const std::string_view path = PathOf(request.target);
+    const std::string_view token = path.substr(path.rfind('/') + 1);
+    bool found = false;
+    core.Change([&](CameraState& state) {
+        DigitalInput* input = FindByToken(state.inputs, token);
+        found = input != nullptr;
+        if (found) input->active = *active;
+    });
+    return found ? Done() : HttpReply(404, kTextType, "no such input\n");
+}
+
+Reply GetSubscriptions(CameraCore& core, const HttpRequest&) {
+    JsonWriter json;
+    {
+        const auto array = json.Array();
+        for (const SubscriptionInfo& info : core.Subscriptions()) {
+            const auto object = json.Object();
+            json.Key("id").Value(info.id);
+            json.Key("consumer").Value(info.consumer);
+            json.Key("restMilliseconds").Value(info.rest.count());
+            json.Key("waitingPulls").Value(info.waitingPulls);
+            json.Key("queued").Value(info.queued);
+            json.Key("delivered").Value(info.delivered);
+            json.Key("dropped").Value(info.dropped);
+        }
+    }
+    return Json(json);
+}
+
+Reply Reboot(CameraCore& core, const HttpRequest&) {
+    core.Reboot();
+    return Done();
+}
+
+struct ControlRow {
+    std::string_view method;
+    std::string_view name;  ///< with a slash at the end: and what follows
+    Reply (*handler)(CameraCore&, const HttpRequest&);
+};
+
+constexpr std::array kControls = {
+    ControlRow{"GET", "", GetHelp},
+    ControlRow{"GET", "state", GetState},
+    ControlRow{"GET", "counters", GetCounters},
+    ControlRow{"GET", "requests", GetRequests},
+    ControlRow{"DELETE", "requests", ClearRequests},
+    ControlRow{"GET", "faults", GetFaults},
+    ControlRow{"POST", "faults", AddFaults},
+    ControlRow{"DELETE", "faults", ClearFaults},
+    ControlRow{"POST", "clock-offset", SetClockOffset},
+    ControlRow{"POST", "motion", SetMotion},
+    ControlRow{"POST", "inputs/", SetInput},
+    ControlRow{"GET", "subscriptions", GetSubscriptions},
+    ControlRow{"POST", "reboot", Reboot},
+};
+
+}  // namespace
+
+std::string_view ControlHelp() {
+    return R"(Control requests, on the camera's own port:
+  GET    /control/              this text
+  GET    /control/state         what the camera knows about itself (JSON)
+  GET    /control/counters      requests per operation (JSON)
+  GET    /control/requests      the latest requests (JSON)
+  DELETE /control/requests      empty requests and counters
+  GET    /control/faults        the faults that wait (JSON)
+  POST   /control/faults        add faults, one a line:
+                                  curl -d 'GetProfiles@2=delay:500' URL/control/faults
+  DELETE /control/faults        remove all faults
+  POST   /control/clock-offset  set the camera's time minus this machine's, in seconds
+  POST   /control/motion        begin or end motion: true or false
+  POST   /control/inputs/TOKEN  switch a digital input: true or false
+                                  curl -d true URL/control/inputs/Input_1
+  GET    /control/subscriptions the event subscriptions (JSON)
+  POST   /control/reboot        drop all connections, forget all subscriptions
+)";
+}
+
+bool IsControlRequest(std::string_view target) {
+    return target.starts_with(kPrefix);
+}
+
+Reply HandleControl(CameraCore& core, const HttpRequest& request) {
+    const std::string_view name = PathOf(request.target).substr(kPrefix.size());
+    bool known = false;
+    for (const ControlRow& row : kControls) {
+        const bool matches =
+            row.name == name || (row.name.ends_with('/') && name.starts_with(row.name));
+        known = known || matches;
+        if (matches && row.method == request.method) return row.handler(core, request);
+    }
+    return HttpReply(known ? 405 : 404, kTextType, ControlHelp());
+}
+
+}  // namespace camera_sim

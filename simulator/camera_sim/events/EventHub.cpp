@@ -1,0 +1,82 @@
+#include "camera_sim/events/EventHub.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace camera_sim {
+namespace {
+
+const Property* FindSame(const std::vector<Property>& list, const Property& wanted) {
+    const auto found = std::find_if(list.begin(), list.end(), [&](const Property& candidate) {
+        return candidate.kind == wanted.kind && candidate.token == wanted.token;
+    });
+    return found == list.end() ? nullptr : &*found;
+}
+
+}  // namespace
+
+Subscription* EventHub::Add(Clock::duration term, TopicFilter filter,
+                            std::optional<NotifyTarget> consumer, const CameraState& state) {
+    if (All().size() >= options_.maxSubscriptions) return nullptr;
+    Subscription& subscription = subscriptions_[++lastId_];
+    subscription.id = lastId_;
+    subscription.term = term;
+    subscription.end = Clock::now() + term;
+    subscription.filter = std::move(filter);
+    subscription.consumer = std::move(consumer);
+    Synchronize(subscription, state);
+    return &subscription;
+}
+
+Subscription* EventHub::Find(std::uint64_t id) {
+    const auto found = subscriptions_.find(id);
+    if (found == subscriptions_.end()) return nullptr;
+    if (found->second.end > Clock::now()) return &found->second;
+    subscriptions_.erase(found);
+    return nullptr;
+}
+
+std::map<std::uint64_t, Subscription>& EventHub::All() {
+    std::erase_if(subscriptions_,
+                  [now = Clock::now()](const auto& entry) { return entry.second.end <= now; });
+    return subscriptions_;
+}
+
+void EventHub::Synchronize(Subscription& subscription, const CameraState& state) {
+    for (const Property& property : ListProperties(state)) {
+        Queue(subscription, std::make_shared<const EventMessage>(
+                                MakeMessage(options_, state, property, "Initialized")));
+    }
+}
+
+std::size_t EventHub::Observe(const CameraState& state) {
+    std::vector<Property> current = ListProperties(state);
+    std::size_t count = 0;
+    const auto publish = [&](const Property& property, std::string_view operation) {
+        const auto message =
+            std::make_shared<const EventMessage>(MakeMessage(options_, state, property, operation));
+        for (auto& [id, subscription] : All()) Queue(subscription, message);
+        ++count;
+    };
+    for (const Property& property : current) {
+        const Property* before = FindSame(known_, property);
+        if (before == nullptr || before->active != property.active)
+            publish(property, before == nullptr ? "Initialized" : "Changed");
+    }
+    for (const Property& property : known_) {
+        if (FindSame(current, property) == nullptr) publish(property, "Deleted");
+    }
+    known_ = std::move(current);
+    return count;
+}
+
+void EventHub::Queue(Subscription& subscription, std::shared_ptr<const EventMessage> message) {
+    if (!subscription.filter.Accepts(*message->topic)) return;
+    subscription.queue.push_back(std::move(message));
+    while (subscription.queue.size() > options_.messageQueueLimit) {
+        subscription.queue.pop_front();
+        ++subscription.dropped;
+    }
+}
+
+}  // namespace camera_sim

@@ -1,0 +1,93 @@
+/// @file
+/// What the camera reports as events: its properties, the topics that different makes use for
+/// them, and the messages.
+#ifndef CAMERA_SIM_EVENTS_EVENTTOPICS_H
+#define CAMERA_SIM_EVENTS_EVENTTOPICS_H
+
+#include <array>
+#include <chrono>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "camera_sim/CameraSim.h"
+#include "camera_sim/soap/SoapRequest.h"
+#include "camera_sim/soap/XmlWriter.h"
+
+namespace camera_sim {
+
+/// A value of the camera's state whose changes are reported.
+struct Property {
+    enum class Kind { kMotion, kInput };
+    Kind kind;
+    std::string token;  ///< of the video source or input
+    bool active;
+};
+std::vector<Property> ListProperties(const CameraState& state);
+
+struct Topic {
+    /// Where the value of an item of the source comes from.
+    enum class Origin { kToken, kVideoSourceConfiguration, kAnalyticsConfiguration, kRule };
+    struct Item {
+        std::string_view name;
+        Origin origin = Origin::kToken;
+    };
+    static constexpr std::size_t kDepth = 3;
+    std::array<std::string_view, kDepth> path;  ///< unused levels are empty
+    bool qualified;                             ///< a prefix at every level, not only the first
+    std::array<Item, 3> source;                 ///< unused ones have no name
+    std::string_view data;
+
+    /// "Device/Trigger/DigitalInput"
+    std::string PlainPath() const;
+};
+
+struct TopicStyle {
+    std::string_view name;
+    Topic motion;
+    Topic input;
+};
+/// Null when there is none of that name.
+const TopicStyle* FindTopicStyle(std::string_view name);
+/// Writes the topic set of GetEventProperties.
+void WriteTopicSet(XmlWriter& out, const TopicStyle& style);
+
+struct EventMessage {
+    std::chrono::sys_time<std::chrono::milliseconds> time;  ///< of the camera
+    std::string_view operation;                             ///< "Initialized", "Changed", "Deleted"
+    const Topic* topic;
+    std::vector<std::pair<std::string_view, std::string>> source;
+    std::string_view value;
+};
+EventMessage MakeMessage(const CameraOptions& options, const CameraState& state,
+                         const Property& property, std::string_view operation);
+/// Writes topic and message, the content of a NotificationMessage.
+void WriteMessage(XmlWriter& out, const EventMessage& message);
+
+/// The topics that a subscription wants.
+class TopicFilter {
+ public:
+    enum class Problem { kNone, kUnknownDialect, kUnknownFilter, kBadExpression };
+
+    /// Everything.
+    TopicFilter() = default;
+    /// Reads the Filter element of a request; null means everything.
+    static TopicFilter Read(const XmlElement* filter, Problem& problem);
+    bool Accepts(const Topic& topic) const;
+
+ private:
+    struct Branch {
+        std::string path;  ///< without prefixes
+        bool below;        ///< the topics below as well
+    };
+    bool Add(std::string_view expression);
+
+    bool everything_ = true;
+    std::vector<Branch> branches_;
+};
+
+}  // namespace camera_sim
+
+#endif

@@ -1,0 +1,125 @@
+// Relays and digital inputs. The relays belong to the device service and are answered at the
+// address of device I/O too, which has a form of its own only for their settings.
+#include <algorithm>
+#include <array>
+
+#include "camera_sim/services/Operations.h"
+
+namespace camera_sim {
+namespace {
+
+using Scope = XmlWriter::Scope;
+
+constexpr std::size_t kLongestDuration = 32;
+
+SoapFault NoSuchRelay() {
+    return InvalidArgument("RelayToken", "No such relay output");
+}
+
+Answer GetRelayOutputs(Call& call) {
+    for (const RelayOutput& relay : call.state.relays) {
+        const Scope element(call.out, Ns::kDevice, "RelayOutputs");
+        call.out.Attribute("token", relay.token);
+        const Scope properties(call.out, Ns::kSchema, "Properties");
+        call.out.Element(Ns::kSchema, "Mode", relay.mode);
+        call.out.Element(Ns::kSchema, "DelayTime", relay.delayTime);
+        call.out.Element(Ns::kSchema, "IdleState", relay.idleState);
+    }
+    return kDone;
+}
+
+// The device service gives the token as a child, device I/O as an attribute of RelayOutput.
+Answer SetRelayOutputSettings(Call& call) {
+    const XmlElement* output = Child(&call.request, "RelayOutput");
+    const char* attribute = output == nullptr ? nullptr : output->Attribute("token");
+    const std::string_view token = attribute ? attribute : call.Argument("RelayOutputToken");
+    RelayOutput* relay = FindByToken(call.state.relays, token);
+    if (relay == nullptr) return NoSuchRelay();
+    const XmlElement* properties = Child(output ? output : &call.request, "Properties");
+    RelayOutput changed = *relay;
+    changed.mode = ChildText(properties, "Mode");
+    changed.delayTime = ChildText(properties, "DelayTime");
+    changed.idleState = ChildText(properties, "IdleState");
+    if (changed.mode != "Bistable" && changed.mode != "Monostable")
+        return InvalidArgument("ModeError", "Mode is neither Bistable nor Monostable");
+    if (!IsDuration(changed.delayTime))
+        return InvalidArgument("DelayTimeError", "DelayTime is not a duration");
+    if (changed.idleState != "open" && changed.idleState != "closed")
+        return InvalidArgument("ModeError", "IdleState is neither open nor closed");
+    *relay = std::move(changed);
+    return kDone;
+}
+
+Answer SetRelayOutputState(Call& call) {
+    RelayOutput* relay = FindByToken(call.state.relays, call.Argument("RelayOutputToken"));
+    if (relay == nullptr) return NoSuchRelay();
+    const std::string_view state = call.Argument("LogicalState");
+    if (state != "active" && state != "inactive")
+        return InvalidArgument({}, "LogicalState is neither active nor inactive");
+    relay->active = state == "active";
+    return kDone;
+}
+
+Answer GetDigitalInputs(Call& call) {
+    for (const DigitalInput& input : call.state.inputs) {
+        const Scope element(call.out, Ns::kDeviceIo, "DigitalInputs");
+        call.out.Attribute("token", input.token);
+        call.out.Attribute("IdleState", input.idleState);
+    }
+    return kDone;
+}
+
+constexpr std::array kRelayOperations = {
+    Operation{"GetRelayOutputs", GetRelayOutputs},
+    Operation{"SetRelayOutputSettings", SetRelayOutputSettings},
+    Operation{"SetRelayOutputState", SetRelayOutputState},
+};
+
+constexpr std::array kDeviceIoOperations = {
+    Operation{"GetDigitalInputs", GetDigitalInputs},
+    Operation{"SetRelayOutputSettings", SetRelayOutputSettings},
+};
+
+}  // namespace
+
+bool IsDuration(std::string_view text) {
+    if (!text.starts_with('P') || text.size() > kLongestDuration) return false;
+    text.remove_prefix(1);
+    std::string_view units = "DT";
+    bool hasField = false;
+    bool inTime = false;
+    while (!text.empty()) {
+        if (text.starts_with('T') && !inTime) {
+            inTime = true;
+            hasField = false;
+            units = "HMS";
+            text.remove_prefix(1);
+            continue;
+        }
+        const auto end = text.find_first_not_of("0123456789");
+        if (end == 0 || end == std::string_view::npos) return false;
+        std::string_view unit = text.substr(end);
+        if (inTime && unit.starts_with('.')) {
+            const auto fractionEnd = unit.find_first_not_of("0123456789", 1);
+            if (fractionEnd == 1 || fractionEnd == std::string_view::npos ||
+                unit[fractionEnd] != 'S')
+                return false;
+            unit.remove_prefix(fractionEnd);
+        }
+        const auto position = units.find(unit.front());
+        if (position == std::string_view::npos || unit.front() == 'T') return false;
+        units.remove_prefix(position + 1);
+        text = unit.substr(1);
+        hasField = true;
+    }
+    return hasField;
+}
+
+std::span<const Operation> RelayOperations() {
+    return kRelayOperations;
+}
+std::span<const Operation> DeviceIoOperations() {
+    return kDeviceIoOperations;
+}
+
+}  // namespace camera_sim

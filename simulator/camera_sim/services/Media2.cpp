@@ -1,0 +1,165 @@
+// Media service, second version.
+#include <algorithm>
+#include <array>
+
+#include "camera_sim/services/MediaElements.h"
+#include "camera_sim/services/Operations.h"
+
+namespace camera_sim {
+namespace {
+
+using Scope = XmlWriter::Scope;
+
+void WriteVideoEncoder(XmlWriter& out, Ns ns, std::string_view name, const Media& media,
+                       const VideoEncoder& encoder) {
+    const bool jpeg = encoder.encoding == "JPEG";
+    const Scope element(out, ns, name);
+    WriteEntityToken(out, encoder.token);
+    if (!jpeg) {
+        out.Attribute("GovLength", encoder.govLength);
+        out.Attribute("Profile", encoder.profile);
+    }
+    WriteEntityName(out, encoder.name, UseCount(media, &Profile::videoEncoder, encoder.token));
+    out.Element(Ns::kSchema, "Encoding",
+                encoder.encoding == "MPEG4" ? "MPV4-ES" : std::string_view(encoder.encoding));
+    WriteResolution(out, encoder.resolution);
+    {
+        const Scope rate(out, Ns::kSchema, "RateControl");
+        out.Attribute("ConstantBitRate", encoder.constantBitrate);
+        out.Element(Ns::kSchema, "FrameRateLimit", encoder.frameRate);
+        out.Element(Ns::kSchema, "BitrateLimit", encoder.bitrate);
+    }
+    WriteMulticast(out, encoder.multicast);
+    out.Element(Ns::kSchema, "Quality", encoder.quality);
+}
+
+void WriteAudioEncoder(XmlWriter& out, Ns ns, std::string_view name, const Media& media,
+                       const AudioEncoder& encoder) {
+    // The second version takes MIME subtypes.
+    const bool g711 = encoder.encoding == "G711";
+    const Scope element(out, ns, name);
+    WriteEntityToken(out, encoder.token);
+    WriteEntityName(out, encoder.name, UseCount(media, &Profile::audioEncoder, encoder.token));
+    out.Element(Ns::kSchema, "Encoding", g711 ? "PCMU" : encoder.encoding);
+    WriteMulticast(out, encoder.multicast);
+    out.Element(Ns::kSchema, "Bitrate", encoder.bitrate);
+    out.Element(Ns::kSchema, "SampleRate", encoder.sampleRate);
+}
+
+/// Which configurations the caller wants to see.
+class WantedTypes {
+ public:
+    explicit WantedTypes(const XmlElement& request) {
+        for (const XmlElement* type : Children(&request, "Type")) types_.push_back(Text(type));
+    }
+    bool Any() const { return !types_.empty(); }
+    bool Has(std::string_view type) const { return Contains(type) || Contains("All"); }
+
+ private:
+    bool Contains(std::string_view type) const {
+        return std::find(types_.begin(), types_.end(), type) != types_.end();
+    }
+    std::vector<std::string_view> types_;
+};
+
+void WriteConfigurations(Call& call, const Profile& profile, const WantedTypes& wanted) {
+    const Media& media = call.state.media;
+    XmlWriter& out = call.out;
+    const Scope configurations(out, Ns::kMedia2, "Configurations");
+    const auto* videoSource = FindByToken(media.videoSourceConfigurations, profile.videoSource);
+    if (videoSource != nullptr && wanted.Has("VideoSource"))
+        WriteVideoSource(out, Ns::kMedia2, "VideoSource", media, *videoSource);
+    const auto* audioSource = FindByToken(media.audioSourceConfigurations, profile.audioSource);
+    if (audioSource != nullptr && wanted.Has("AudioSource"))
+        WriteAudioSource(out, Ns::kMedia2, "AudioSource", media, *audioSource);
+    const auto* videoEncoder = FindByToken(media.videoEncoders, profile.videoEncoder);
+    if (videoEncoder != nullptr && wanted.Has("VideoEncoder"))
+        WriteVideoEncoder(out, Ns::kMedia2, "VideoEncoder", media, *videoEncoder);
+    const auto* audioEncoder = FindByToken(media.audioEncoders, profile.audioEncoder);
+    if (audioEncoder != nullptr && wanted.Has("AudioEncoder"))
+        WriteAudioEncoder(out, Ns::kMedia2, "AudioEncoder", media, *audioEncoder);
+    const auto* analytics = FindByToken(media.analytics, profile.analytics);
+    if (analytics != nullptr && wanted.Has("Analytics") && call.options.analytics)
+        WriteAnalytics(out, Ns::kMedia2, "Analytics", media, *analytics);
+    const auto* ptz = FindByToken(media.ptz, profile.ptz);
+    if (ptz != nullptr && wanted.Has("PTZ") && Offers(call.options, Ns::kPtz))
+        WritePtz(out, Ns::kMedia2, "PTZ", media, *ptz);
+    const auto* metadata = FindByToken(media.metadata, profile.metadata);
+    if (metadata != nullptr && wanted.Has("Metadata"))
+        WriteMetadata(out, Ns::kMedia2, "Metadata", media, *metadata);
+}
+
+Answer GetProfiles(Call& call) {
+    const Media& media = call.state.media;
+    const std::string_view token = call.Argument("Token");
+    if (!token.empty() && FindByToken(media.profiles, token) == nullptr)
+        return InvalidArgument("NoProfile", "No such profile");
+    const WantedTypes wanted(call.request);
+    for (const Profile& profile : media.profiles) {
+        if (!token.empty() && profile.token != token) continue;
+        const Scope element(call.out, Ns::kMedia2, "Profiles");
+        call.out.Attribute("token", profile.token);
+        call.out.Attribute("fixed", profile.fixed);
+        call.out.Element(Ns::kMedia2, "Name", profile.name);
+        if (wanted.Any()) WriteConfigurations(call, profile, wanted);
+    }
+    return kDone;
+}
+
+Answer GetSnapshotUri(Call& call) {
+    const auto* profile = FindByToken(call.state.media.profiles, call.Argument("ProfileToken"));
+    if (profile == nullptr) return InvalidArgument("NoProfile", "No such profile");
+    if (profile->videoEncoder.empty()) return IncompleteProfile();
+    call.out.Element(Ns::kMedia2, "Uri", AdvertisedSnapshot(call.options, *profile));
+    return kDone;
+}
+
+/// A list separated by blanks.
+template <typename List, typename ToText>
+std::string Joined(const List& list, const ToText& toText) {
+    std::string joined;
+    for (const auto& each : list) joined.append(joined.empty() ? "" : " ").append(toText(each));
+    return joined;
+}
+
+Answer GetVideoEncoderConfigurationOptions(Call& call) {
+    const auto* encoder =
+        FindByToken(call.state.media.videoEncoders, call.Argument("ConfigurationToken"));
+    if (encoder == nullptr) return InvalidArgument("NoConfig", "No such configuration");
+    const EncoderLimits limits = LimitsOf(*encoder);
+    XmlWriter& out = call.out;
+    for (const std::string_view encoding : {"JPEG", "H264", "H265"}) {
+        const Scope options(out, Ns::kMedia2, "Options");
+        if (encoding != "JPEG") {
+            out.Attribute("GovLengthRange", XmlWriter::NumberText(limits.govLength.minimum) + " " +
+                                                XmlWriter::NumberText(limits.govLength.maximum));
+        }
+        out.Attribute("FrameRatesSupported", Joined(limits.frameRates, XmlWriter::NumberText));
+        if (encoding != "JPEG") {
+            out.Attribute("ProfilesSupported",
+                          Joined(ProfilesOf(encoding), [](std::string_view text) { return text; }));
+        }
+        out.Attribute("ConstantBitRateSupported", true);
+        out.Element(Ns::kSchema, "Encoding", encoding);
+        WriteRange(out, "QualityRange", limits.quality);
+        for (const Resolution& resolution : limits.resolutions)
+            WriteResolution(out, resolution, "ResolutionsAvailable");
+        WriteRange(out, "BitrateRange", limits.bitrate);
+    }
+    return kDone;
+}
+
+constexpr std::array kOperations = {
+    Operation{"GetProfiles", GetProfiles},
+    Operation{"GetSnapshotUri", GetSnapshotUri},
+    Operation{"SetVideoEncoderConfiguration", SetVideoEncoder20},
+    Operation{"GetVideoEncoderConfigurationOptions", GetVideoEncoderConfigurationOptions},
+};
+
+}  // namespace
+
+std::span<const Operation> Media2Operations() {
+    return kOperations;
+}
+
+}  // namespace camera_sim

@@ -1,0 +1,105 @@
+#include "camera_sim/soap/Times.h"
+
+#include <array>
+#include <cstdio>
+
+#include "camera_sim/soap/SoapRequest.h"
+
+namespace camera_sim {
+namespace {
+
+using std::chrono::milliseconds;
+
+constexpr std::string_view kDigits = "0123456789";
+constexpr milliseconds kLongest = std::chrono::hours(24) * 36525;
+
+struct Unit {
+    char letter;
+    bool ofTime;  ///< stands behind the T
+    milliseconds size;
+};
+constexpr std::array kUnits = {
+    Unit{'Y', false, std::chrono::hours(24) * 365}, Unit{'M', false, std::chrono::hours(24) * 30},
+    Unit{'D', false, std::chrono::hours(24)},       Unit{'H', true, std::chrono::hours(1)},
+    Unit{'M', true, std::chrono::minutes(1)},       Unit{'S', true, std::chrono::seconds(1)},
+};
+
+/// Takes digits off the front of @p text.
+std::optional<int> TakeNumber(std::string_view& text) {
+    const auto end = text.find_first_not_of(kDigits);
+    if (end == 0 || end == std::string_view::npos) return std::nullopt;
+    const auto number = ToInt(text.substr(0, end));
+    text.remove_prefix(end);
+    return number;
+}
+
+/// Takes a decimal fraction off the front of @p text, if there is one.
+std::optional<milliseconds> TakeFraction(std::string_view& text) {
+    if (!text.starts_with('.')) return milliseconds(0);
+    const auto end = text.find_first_not_of(kDigits, 1);
+    if (end == 1 || end == std::string_view::npos || text[end] != 'S') return std::nullopt;
+    std::string digits(text.substr(1, end - 1));
+    digits.resize(3, '0');
+    text.remove_prefix(end);
+    return milliseconds(ToInt(digits).value_or(0));
+}
+
+}  // namespace
+
+std::optional<milliseconds> ParseDuration(std::string_view text) {
+    if (!text.starts_with('P')) return std::nullopt;
+    text.remove_prefix(1);
+    milliseconds sum{0};
+    bool inTime = false;
+    bool hasField = false;
+    auto unit = kUnits.begin();
+    while (!text.empty()) {
+        if (text.starts_with('T') && !inTime) {
+            inTime = true;
+            hasField = false;
+            text.remove_prefix(1);
+            continue;
+        }
+        const auto number = TakeNumber(text);
+        const auto fraction = number ? TakeFraction(text) : std::nullopt;
+        if (!fraction) return std::nullopt;
+        while (unit != kUnits.end() && (unit->letter != text.front() || unit->ofTime != inTime))
+            ++unit;
+        if (unit == kUnits.end() || *number > kLongest / unit->size) return std::nullopt;
+        sum += *number * unit->size + *fraction;
+        if (sum > kLongest) return std::nullopt;
+        ++unit;
+        hasField = true;
+        text.remove_prefix(1);
+    }
+    return hasField ? std::optional(sum) : std::nullopt;
+}
+
+std::string FormatDuration(milliseconds duration) {
+    const auto count = duration.count();
+    std::string text = "PT" + std::to_string(count / 1000);
+    if (count % 1000 != 0) text += "." + std::to_string(1000 + count % 1000).substr(1);
+    return text + "S";
+}
+
+std::string FormatUtc(std::chrono::sys_seconds time) {
+    const auto day = std::chrono::floor<std::chrono::days>(time);
+    const std::chrono::year_month_day date(day);
+    const std::chrono::hh_mm_ss clock(time - day);
+    std::array<char, 40> text{};
+    std::snprintf(text.data(), text.size(), "%04d-%02u-%02uT%02d:%02d:%02dZ",
+                  static_cast<int>(date.year()), static_cast<unsigned>(date.month()),
+                  static_cast<unsigned>(date.day()), static_cast<int>(clock.hours().count()),
+                  static_cast<int>(clock.minutes().count()),
+                  static_cast<int>(clock.seconds().count()));
+    return text.data();
+}
+
+std::string FormatUtc(std::chrono::sys_time<milliseconds> time) {
+    const auto second = std::chrono::floor<std::chrono::seconds>(time);
+    std::string text = FormatUtc(second);
+    text.insert(text.size() - 1, "." + std::to_string(1000 + (time - second).count()).substr(1));
+    return text;
+}
+
+}  // namespace camera_sim
