@@ -5,14 +5,12 @@
 
 #include "camera_sim/events/EventReplies.h"
 #include "camera_sim/picture/Snapshot.h"
+#include "camera_sim/services/Services.h"
 
 namespace camera_sim {
 namespace {
 
-constexpr std::size_t kMostCounters = 512;
-constexpr std::size_t kRecordedBytesLimit = std::size_t{16} * 1024 * 1024;
 constexpr std::size_t kMostGarbage = std::size_t{64} * 1024 * 1024;
-constexpr std::string_view kPathPlaceholder = "{path}";
 
 std::chrono::sys_seconds SystemTime() {
     return std::chrono::floor<std::chrono::seconds>(std::chrono::system_clock::now());
@@ -29,21 +27,6 @@ std::string Garbage(std::size_t size) {
     return bytes;
 }
 
-std::size_t Size(const RecordedRequest& request) {
-    return sizeof request + request.operation.size() + request.path.size() + request.head.size() +
-           request.body.size();
-}
-
-bool IsEventService(Ns ns) {
-    return ns == Ns::kEvents || ns == Ns::kNotification;
-}
-
-/// The common address of all subscriptions or one below it.
-bool IsSubscriptionPath(std::string_view path) {
-    return path == kSubscriptionPath ||
-           (path.starts_with(kSubscriptionPath) && path[kSubscriptionPath.size()] == '/');
-}
-
 }  // namespace
 
 CameraCore::CameraCore(CameraOptions options, CameraState state, const PrefixStyle& style)
@@ -52,6 +35,7 @@ CameraCore::CameraCore(CameraOptions options, CameraState state, const PrefixSty
       state_(std::move(state)),
       authenticator_(options_.createdWindow, options_.refuseReplays),
       snapshotAuthenticator_(SnapshotAuthentication(options_)),
+      evidence_(options_.recordLimit),
       events_(options_) {
     events_.Observe(state_);
 }
@@ -74,12 +58,12 @@ CameraCore::Understood::Understood(const HttpRequest& request)
 Reply CameraCore::Handle(HttpRequest request, std::function<void()> wake) {
     Understood understood(request);
     const std::scoped_lock guard(lock_);
-    CountLocked(understood);
+    evidence_.CountRequest(understood.service, understood.operation);
     CheckCredentialsLocked(request, understood);
     const auto fault = faults_.Take(understood.service, understood.operation);
     Reply reply =
         fault ? DisturbLocked(understood, *fault) : AnswerLocked(understood, options_.xmlProlog);
-    const std::uint64_t record = RecordLocked(
+    const std::uint64_t record = evidence_.Record(
         {std::string(understood.service), std::string(understood.operation),
          std::string(understood.path), std::move(request.head), std::move(request.body),
          understood.credentials.valid, std::move(understood.credentials.refusal), reply.status});
@@ -117,7 +101,7 @@ Reply CameraCore::AnswerSnapshotLocked(const Understood& request) {
 
 Reply CameraCore::AnswerLocked(const Understood& request, bool xmlProlog) {
     if (request.isSnapshot) return AnswerSnapshotLocked(request);
-    if (!IsServicePath(request.path)) return HttpReply(404);
+    if (!IsServicePath(options_, request.path)) return HttpReply(404);
     if (request.method != "POST") return HttpReply(405);
     XmlWriter out(style_, options_.prettyXml);
     std::optional<PullWait> wait;
@@ -145,7 +129,7 @@ Answer CameraCore::RunLocked(const Understood& request, XmlWriter& out,
     const Operation* operation =
         request.ns ? FindOperation(options_, *request.ns, request.operation) : nullptr;
     if (operation == nullptr) return NotSupported("Optional action not implemented");
-    if (!ServedAt(*request.ns, request.path))
+    if (!IsServedAt(options_, *request.ns, request.path))
         return NotSupported("The action belongs to another service address");
 
     const XmlElement* header = request.soap.Header();
@@ -215,50 +199,6 @@ void DisturbReply(Reply& reply, const Fault& fault) {
     }
 }
 
-bool CameraCore::ServedAt(Ns ns, std::string_view path) const {
-    const bool shared = options_.addressShape.find(kPathPlaceholder) == std::string::npos;
-    if (!options_.strictPaths || (shared && path == "/")) return true;
-    if (IsEventService(ns))
-        return path == FindService(Ns::kEvents)->path || IsSubscriptionPath(path);
-    // Relays of the device service are asked for at device I/O as well.
-    return path == FindService(ns)->path ||
-           (ns == Ns::kDevice && options_.deviceIo && path == FindService(Ns::kDeviceIo)->path);
-}
-
-bool CameraCore::IsServicePath(std::string_view path) const {
-    const auto services = AllServices();
-    const bool shared = options_.addressShape.find(kPathPlaceholder) == std::string::npos;
-    return !options_.strictPaths || (shared && path == "/") ||
-           (options_.events && IsSubscriptionPath(path)) ||
-           std::any_of(services.begin(), services.end(),
-                       [&](const Service& service) { return service.path == path; });
-}
-
-void CameraCore::CountLocked(const Understood& request) {
-    ++counters_["*"];
-    if (request.operation.empty()) return;
-    std::string name(request.service);
-    name.append(":").append(request.operation);
-    const auto counter = counters_.find(name);
-    if (counter != counters_.end()) {
-        ++counter->second;
-    } else if (counters_.size() < kMostCounters) {
-        counters_.emplace(std::move(name), 1);
-    }
-}
-
-std::uint64_t CameraCore::RecordLocked(RecordedRequest request) {
-    const std::uint64_t number = forgottenRequests_ + requests_.size();
-    recordedBytes_ += Size(request);
-    requests_.push_back(std::move(request));
-    while (requests_.size() > options_.recordLimit || recordedBytes_ > kRecordedBytesLimit) {
-        recordedBytes_ -= Size(requests_.front());
-        requests_.pop_front();
-        ++forgottenRequests_;
-    }
-    return number;
-}
-
 void CameraCore::Inject(PlannedFault fault) {
     const std::scoped_lock guard(lock_);
     faults_.Add(std::move(fault));
@@ -276,35 +216,22 @@ std::vector<PlannedFault> CameraCore::Faults() const {
 
 std::uint64_t CameraCore::Count(std::string_view operation) const {
     const std::scoped_lock guard(lock_);
-    std::uint64_t count = 0;
-    for (const auto& [name, value] : counters_) {
-        const auto colon = name.find(':');
-        const bool all = colon == std::string::npos;
-        if (all ? operation == "*"
-                : operation != "*" &&
-                      MatchesOperation(operation, std::string_view(name).substr(0, colon),
-                                       std::string_view(name).substr(colon + 1)))
-            count += value;
-    }
-    return count;
+    return evidence_.Count(operation);
 }
 
-CameraCore::Counters CameraCore::AllCounts() const {
+Counters CameraCore::AllCounts() const {
     const std::scoped_lock guard(lock_);
-    return counters_;
+    return evidence_.AllCounts();
 }
 
 std::vector<RecordedRequest> CameraCore::Requests() const {
     const std::scoped_lock guard(lock_);
-    return {requests_.begin(), requests_.end()};
+    return evidence_.Requests();
 }
 
 void CameraCore::ClearEvidence() {
     const std::scoped_lock guard(lock_);
-    counters_.clear();
-    forgottenRequests_ += requests_.size();
-    requests_.clear();
-    recordedBytes_ = 0;
+    evidence_.Clear();
 }
 
 CameraState CameraCore::State() const {

@@ -4,7 +4,6 @@
 #define CAMERA_SIM_CAMERACORE_H
 
 #include <cstdint>
-#include <deque>
 #include <functional>
 #include <map>
 #include <mutex>
@@ -14,21 +13,23 @@
 #include <utility>
 #include <vector>
 
-#include "camera_sim/CameraSim.h"
+#include "camera_sim/Evidence.h"
 #include "camera_sim/FaultPlan.h"
+#include "camera_sim/control/ControlledCamera.h"
 #include "camera_sim/events/EventHub.h"
 #include "camera_sim/http/Http.h"
 #include "camera_sim/http/HttpAuthentication.h"
-#include "camera_sim/services/Operations.h"
+#include "camera_sim/services/Operation.h"
 #include "camera_sim/soap/Authentication.h"
+#include "camera_sim/soap/Namespaces.h"
+#include "camera_sim/soap/SoapRequest.h"
+#include "camera_sim/soap/XmlWriter.h"
 
 namespace camera_sim {
 
 /// Any thread may call any operation.
-class CameraCore {
+class CameraCore final : public IControlledCamera {
  public:
-    using Counters = std::map<std::string, std::uint64_t, std::less<>>;
-
     /// @p options must be complete, @p style must outlive the camera.
     CameraCore(CameraOptions options, CameraState state, const PrefixStyle& style);
 
@@ -52,21 +53,21 @@ class CameraCore {
     /// Nobody waits for that reply any more.
     void Abandon(std::uint64_t ticket);
     void NotificationSent(std::uint64_t subscription, bool accepted);
-    /// Forgets all subscriptions and drops all connections.
-    void Reboot();
-    std::vector<SubscriptionInfo> Subscriptions() const;
 
-    const CameraOptions& Options() const { return options_; }
-    void Inject(PlannedFault fault);
-    void ClearFaults();
-    std::vector<PlannedFault> Faults() const;
+    const CameraOptions& Options() const override { return options_; }
+    void Inject(PlannedFault fault) override;
+    void ClearFaults() override;
+    std::vector<PlannedFault> Faults() const override;
+    Counters AllCounts() const override;
+    std::vector<RecordedRequest> Requests() const override;
+    void ClearEvidence() override;
+    CameraState State() const override;
+    void Change(const std::function<void(CameraState&)>& change) override;
+    std::vector<SubscriptionInfo> Subscriptions() const override;
+    void Reboot() override;
+
+    /// @p operation as in PlannedFault.
     std::uint64_t Count(std::string_view operation) const;
-    /// By qualified operation ("tds:GetServices"), "*" for all together.
-    Counters AllCounts() const;
-    std::vector<RecordedRequest> Requests() const;
-    void ClearEvidence();
-    CameraState State() const;
-    void Change(const std::function<void(CameraState&)>& change);
 
  private:
     /// A request as far as it could be read.
@@ -101,16 +102,10 @@ class CameraCore {
     /// Queues the messages for what has changed and sees to it that they are delivered.
     void PublishLocked();
     void NotifyLocked(Subscription& subscription);
-    void CountEventsLocked(std::string_view what, std::size_t count);
     Reply DisturbLocked(const Understood& request, const Fault& fault);
     /// Runs the operation; @p out holds the body of the answer when there is no fault.
     Answer RunLocked(const Understood& request, XmlWriter& out, std::optional<PullWait>& wait);
     Reply FaultReply(const SoapFault& fault, bool xmlProlog) const;
-    bool ServedAt(Ns ns, std::string_view path) const;
-    bool IsServicePath(std::string_view path) const;
-    void CountLocked(const Understood& request);
-    /// The record's number.
-    std::uint64_t RecordLocked(RecordedRequest request);
 
     const CameraOptions options_;
     const PrefixStyle& style_;
@@ -121,11 +116,8 @@ class CameraCore {
     Authenticator authenticator_;
     HttpAuthenticator snapshotAuthenticator_;
     FaultPlan faults_;
-    Counters counters_;
-    std::deque<RecordedRequest> requests_;
-    std::size_t recordedBytes_ = 0;
-    std::uint64_t forgottenRequests_ = 0;  // the number of requests_.front()
-    mutable EventHub events_;              // drops expired subscriptions whenever it is asked
+    Evidence evidence_;
+    mutable EventHub events_;  // drops expired subscriptions whenever it is asked
     std::map<std::uint64_t, Deferred> deferred_;  // by ticket, oldest first
     std::uint64_t lastTicket_ = 0;
 };

@@ -40,9 +40,7 @@ Reply CameraCore::ResumeLocked(std::uint64_t ticket) {
     reply = subscription == nullptr ? FaultReply(NoSuchSubscription(state_), xmlProlog)
                                     : PulledLocked(pull, *subscription, xmlProlog);
     if (fault) DisturbReply(reply, *fault);
-    const std::uint64_t record = found->second.record;
-    if (record >= forgottenRequests_ && record - forgottenRequests_ < requests_.size())
-        requests_[record - forgottenRequests_].status = reply.status;
+    evidence_.SetStatus(found->second.record, reply.status);
     deferred_.erase(found);
     return reply;
 }
@@ -52,7 +50,7 @@ Reply CameraCore::PulledLocked(const PullWait& pull, Subscription& subscription,
     WriteAddressing(out, pull.action, pull.relatesTo);
     {
         const XmlWriter::Scope response(out, Ns::kEvents, "PullMessagesResponse");
-        CountEventsLocked("event:pulled", WritePulled(out, state_, subscription, pull.limit));
+        evidence_.CountEvents("event:pulled", WritePulled(out, state_, subscription, pull.limit));
     }
     return HttpReply(200, kSoapType, out.Envelope(xmlProlog));
 }
@@ -64,7 +62,7 @@ void CameraCore::Abandon(std::uint64_t ticket) {
 
 void CameraCore::PublishLocked() {
     if (!options_.events) return;
-    CountEventsLocked("event:messages", events_.Observe(state_));
+    evidence_.CountEvents("event:messages", events_.Observe(state_));
     for (auto& [id, subscription] : events_.All()) NotifyLocked(subscription);
     for (auto& [ticket, deferred] : deferred_) {
         const Subscription* subscription = events_.Find(deferred.pull.subscription);
@@ -83,16 +81,12 @@ void CameraCore::NotifyLocked(Subscription& subscription) {
 
 void CameraCore::NotificationSent(std::uint64_t subscription, bool accepted) {
     const std::scoped_lock guard(lock_);
-    CountEventsLocked(accepted ? "event:notified" : "event:failed", 1);
+    evidence_.CountEvents(accepted ? "event:notified" : "event:failed", 1);
     Subscription* found = events_.Find(subscription);
     if (found == nullptr) return;
     found->posting = false;
     ++(accepted ? found->delivered : found->dropped);
     NotifyLocked(*found);
-}
-
-void CameraCore::CountEventsLocked(std::string_view what, std::size_t count) {
-    if (count > 0) counters_[std::string(what)] += count;
 }
 
 void CameraCore::Reboot() {
@@ -113,7 +107,7 @@ std::vector<SubscriptionInfo> CameraCore::Subscriptions() const {
             std::chrono::ceil<std::chrono::milliseconds>(subscription.end - EventHub::Clock::now());
         info.waitingPulls = static_cast<std::size_t>(std::count_if(
             deferred_.begin(), deferred_.end(),
-            [id = id](const auto& entry) { return entry.second.pull.subscription == id; }));
+            [&info](const auto& entry) { return entry.second.pull.subscription == info.id; }));
         info.queued = subscription.queue.size();
         info.delivered = subscription.delivered;
         info.dropped = subscription.dropped;

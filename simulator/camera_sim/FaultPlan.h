@@ -5,16 +5,12 @@
 
 #include <deque>
 #include <optional>
-#include <string>
 #include <string_view>
 #include <vector>
 
-#include "camera_sim/CameraSim.h"
+#include "camera_sim/control/Fault.h"
 
 namespace camera_sim {
-
-/// The word for a kind in texts, e.g. "truncate".
-std::string_view KindName(Fault::Kind kind);
 
 /// Faults in the order of injection; the oldest go when there are too many. Not safe for use by
 /// several threads at once.
@@ -29,10 +25,6 @@ class FaultPlan {
  private:
     std::deque<PlannedFault> faults_;
 };
-
-/// Whether @p pattern, as in PlannedFault::operation, means that operation.
-bool MatchesOperation(std::string_view pattern, std::string_view service,
-                      std::string_view operation);
 
 }  // namespace camera_sim
 

@@ -5,7 +5,8 @@
 
 #include <optional>
 
-#include "camera_sim/CameraSim.h"
+#include "camera_sim/state/CameraOptions.h"
+#include "camera_sim/state/CameraState.h"
 
 namespace camera_sim {
 

@@ -5,6 +5,7 @@
 
 #include "camera_sim/control/ControlState.h"
 #include "camera_sim/control/JsonWriter.h"
+#include "camera_sim/soap/Values.h"
 
 namespace camera_sim {
 namespace {
@@ -23,24 +24,24 @@ Reply Json(const JsonWriter& json) {
     return HttpReply(200, kJsonType, json.Text() + "\n");
 }
 
-Reply GetHelp(CameraCore&, const HttpRequest&) {
+Reply GetHelp(IControlledCamera&, const HttpRequest&) {
     return HttpReply(200, kTextType, ControlHelp());
 }
 
-Reply GetCounters(CameraCore& core, const HttpRequest&) {
+Reply GetCounters(IControlledCamera& camera, const HttpRequest&) {
     JsonWriter json;
     {
         const auto object = json.Object();
-        for (const auto& [operation, count] : core.AllCounts()) json.Key(operation).Value(count);
+        for (const auto& [operation, count] : camera.AllCounts()) json.Key(operation).Value(count);
     }
     return Json(json);
 }
 
-Reply GetRequests(CameraCore& core, const HttpRequest&) {
+Reply GetRequests(IControlledCamera& camera, const HttpRequest&) {
     JsonWriter json;
     {
         const auto array = json.Array();
-        for (const RecordedRequest& request : core.Requests()) {
+        for (const RecordedRequest& request : camera.Requests()) {
             const auto object = json.Object();
             json.Key("service").Value(request.service);
             json.Key("operation").Value(request.operation);
@@ -55,8 +56,8 @@ Reply GetRequests(CameraCore& core, const HttpRequest&) {
     return Json(json);
 }
 
-Reply ClearRequests(CameraCore& core, const HttpRequest&) {
-    core.ClearEvidence();
+Reply ClearRequests(IControlledCamera& camera, const HttpRequest&) {
+    camera.ClearEvidence();
     return Done();
 }
 
@@ -101,13 +102,13 @@ void WriteConnectors(JsonWriter& json, const List& list) {
     }
 }
 
-Reply GetState(CameraCore& core, const HttpRequest&) {
-    const CameraState state = core.State();
+Reply GetState(IControlledCamera& camera, const HttpRequest&) {
+    const CameraState state = camera.State();
     JsonWriter json;
     {
         const auto object = json.Object();
-        json.Key("model").Value(core.Options().model);
-        json.Key("port").Value(core.Options().port);
+        json.Key("model").Value(camera.Options().model);
+        json.Key("port").Value(camera.Options().port);
         json.Key("clockOffset").Value(state.clock.offset.count());
         json.Key("dateTimeType").Value(state.clock.type);
         json.Key("daylightSavings").Value(state.clock.daylightSavings);
@@ -137,11 +138,11 @@ Reply GetState(CameraCore& core, const HttpRequest&) {
     return Json(json);
 }
 
-Reply GetFaults(CameraCore& core, const HttpRequest&) {
+Reply GetFaults(IControlledCamera& camera, const HttpRequest&) {
     JsonWriter json;
     {
         const auto array = json.Array();
-        for (const PlannedFault& planned : core.Faults()) {
+        for (const PlannedFault& planned : camera.Faults()) {
             const auto object = json.Object();
             json.Key("operation").Value(planned.operation);
             json.Key("kind").Value(KindName(planned.fault.kind));
@@ -152,7 +153,7 @@ Reply GetFaults(CameraCore& core, const HttpRequest&) {
 }
 
 // All or none of the lines take effect.
-Reply AddFaults(CameraCore& core, const HttpRequest& request) {
+Reply AddFaults(IControlledCamera& camera, const HttpRequest& request) {
     std::vector<PlannedFault> planned;
     std::string_view rest = request.body;
     while (!rest.empty()) {
@@ -167,22 +168,22 @@ Reply AddFaults(CameraCore& core, const HttpRequest& request) {
         planned.push_back(*std::move(fault));
     }
     if (planned.empty()) return BadRequest("no fault given");
-    for (PlannedFault& fault : planned) core.Inject(std::move(fault));
+    for (PlannedFault& fault : planned) camera.Inject(std::move(fault));
     return Done();
 }
 
-Reply ClearFaults(CameraCore& core, const HttpRequest&) {
-    core.ClearFaults();
+Reply ClearFaults(IControlledCamera& camera, const HttpRequest&) {
+    camera.ClearFaults();
     return Done();
 }
 
-Reply SetClockOffset(CameraCore& core, const HttpRequest& request) {
+Reply SetClockOffset(IControlledCamera& camera, const HttpRequest& request) {
     std::string_view text = request.body;
     while (!text.empty() && (text.back() == '\n' || text.back() == '\r')) text.remove_suffix(1);
     const auto offset = ToInt(text);
     if (!offset || *offset > kLargestOffset || *offset < -kLargestOffset)
         return BadRequest("the offset is a number of seconds, at most ten years");
-    core.Change([&](CameraState& state) { state.clock.offset = std::chrono::seconds(*offset); });
+    camera.Change([&](CameraState& state) { state.clock.offset = std::chrono::seconds(*offset); });
     return Done();
 }
 
@@ -193,22 +194,22 @@ std::optional<bool> ReadSwitch(const HttpRequest& request) {
     return ToBool(text);
 }
 
-Reply SetMotion(CameraCore& core, const HttpRequest& request) {
+Reply SetMotion(IControlledCamera& camera, const HttpRequest& request) {
     const auto motion = ReadSwitch(request);
     if (!motion) return BadRequest("the body is neither true nor false");
-    core.Change([&](CameraState& state) {
+    camera.Change([&](CameraState& state) {
         for (VideoSource& source : state.media.videoSources) source.motion = *motion;
     });
     return Done();
 }
 
-Reply SetInput(CameraCore& core, const HttpRequest& request) {
+Reply SetInput(IControlledCamera& camera, const HttpRequest& request) {
     const auto active = ReadSwitch(request);
     if (!active) return BadRequest("the body is neither true nor false");
     const std::string_view path = PathOf(request.target);
     const std::string_view token = path.substr(path.rfind('/') + 1);
     bool found = false;
-    core.Change([&](CameraState& state) {
+    camera.Change([&](CameraState& state) {
         DigitalInput* input = FindByToken(state.inputs, token);
         found = input != nullptr;
         if (found) input->active = *active;
@@ -216,11 +217,11 @@ Reply SetInput(CameraCore& core, const HttpRequest& request) {
     return found ? Done() : HttpReply(404, kTextType, "no such input\n");
 }
 
-Reply GetSubscriptions(CameraCore& core, const HttpRequest&) {
+Reply GetSubscriptions(IControlledCamera& camera, const HttpRequest&) {
     JsonWriter json;
     {
         const auto array = json.Array();
-        for (const SubscriptionInfo& info : core.Subscriptions()) {
+        for (const SubscriptionInfo& info : camera.Subscriptions()) {
             const auto object = json.Object();
             json.Key("id").Value(info.id);
             json.Key("consumer").Value(info.consumer);
@@ -234,15 +235,15 @@ Reply GetSubscriptions(CameraCore& core, const HttpRequest&) {
     return Json(json);
 }
 
-Reply Reboot(CameraCore& core, const HttpRequest&) {
-    core.Reboot();
+Reply Reboot(IControlledCamera& camera, const HttpRequest&) {
+    camera.Reboot();
     return Done();
 }
 
 struct ControlRow {
     std::string_view method;
     std::string_view name;  ///< with a slash at the end: and what follows
-    Reply (*handler)(CameraCore&, const HttpRequest&);
+    Reply (*handler)(IControlledCamera&, const HttpRequest&);
 };
 
 constexpr std::array kControls = {
@@ -287,14 +288,14 @@ bool IsControlRequest(std::string_view target) {
     return target.starts_with(kPrefix);
 }
 
-Reply HandleControl(CameraCore& core, const HttpRequest& request) {
+Reply HandleControl(IControlledCamera& camera, const HttpRequest& request) {
     const std::string_view name = PathOf(request.target).substr(kPrefix.size());
     bool known = false;
     for (const ControlRow& row : kControls) {
         const bool matches =
             row.name == name || (row.name.ends_with('/') && name.starts_with(row.name));
         known = known || matches;
-        if (matches && row.method == request.method) return row.handler(core, request);
+        if (matches && row.method == request.method) return row.handler(camera, request);
     }
     return HttpReply(known ? 405 : 404, kTextType, ControlHelp());
 }

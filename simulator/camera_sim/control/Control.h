@@ -5,13 +5,13 @@
 
 #include <string_view>
 
-#include "camera_sim/CameraCore.h"
+#include "camera_sim/control/ControlledCamera.h"
 #include "camera_sim/http/Http.h"
 
 namespace camera_sim {
 
 bool IsControlRequest(std::string_view target);
-Reply HandleControl(CameraCore& core, const HttpRequest& request);
+Reply HandleControl(IControlledCamera& camera, const HttpRequest& request);
 /// What GET /control/ answers.
 std::string_view ControlHelp();
 

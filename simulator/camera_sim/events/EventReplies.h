@@ -8,9 +8,15 @@
 #include <string_view>
 
 #include "camera_sim/events/EventHub.h"
-#include "camera_sim/services/Operations.h"
+#include "camera_sim/soap/SoapFault.h"
+#include "camera_sim/soap/SoapRequest.h"
+#include "camera_sim/soap/XmlWriter.h"
+#include "camera_sim/state/CameraOptions.h"
+#include "camera_sim/state/CameraState.h"
 
 namespace camera_sim {
+
+inline constexpr std::string_view kSubscriptionPath = "/onvif/subscription";
 
 /// Fills the envelope's header of an answer to a request with addressing headers.
 /// @param action of the answer; empty: writes nothing

@@ -12,9 +12,10 @@
 #include <utility>
 #include <vector>
 
-#include "camera_sim/CameraSim.h"
 #include "camera_sim/soap/SoapRequest.h"
 #include "camera_sim/soap/XmlWriter.h"
+#include "camera_sim/state/CameraOptions.h"
+#include "camera_sim/state/CameraState.h"
 
 namespace camera_sim {
 

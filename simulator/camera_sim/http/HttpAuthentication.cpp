@@ -12,6 +12,8 @@
 #include <stdexcept>
 #include <utility>
 
+#include "camera_sim/http/Base64.h"
+
 namespace camera_sim {
 namespace {
 

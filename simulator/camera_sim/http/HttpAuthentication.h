@@ -9,9 +9,10 @@
 #include <string>
 #include <string_view>
 
-#include "camera_sim/CameraSim.h"
+#include "camera_sim/http/Credentials.h"
 #include "camera_sim/http/Http.h"
-#include "camera_sim/soap/Authentication.h"
+#include "camera_sim/state/CameraOptions.h"
+#include "camera_sim/state/CameraState.h"
 
 namespace camera_sim {
 

@@ -4,7 +4,6 @@
 #include <array>
 #include <cstdio>
 
-#include "camera_sim/services/Operations.h"
 #include "camera_sim/soap/ActiveCells.h"
 
 namespace camera_sim {
@@ -110,7 +109,7 @@ std::optional<TestCard> MakeTestCard(const CameraState& state, const CameraOptio
     for (const Osd& osd : state.media.osds) {
         if (osd.source == profile.videoSource) card.texts.push_back(OsdOnCard(osd, now));
     }
-    if (!profile.ptz.empty() && Offers(options, Ns::kPtz))
+    if (!profile.ptz.empty() && options.ptz.value_or(false))
         card.position = state.ptz.Position(time.steady);
     const auto* analytics = FindByToken(state.media.analytics, profile.analytics);
     if (analytics != nullptr && options.analytics) card.motion = CellsOf(*analytics);

@@ -9,10 +9,11 @@
 #include <string_view>
 #include <vector>
 
-#include "camera_sim/CameraSim.h"
 #include "camera_sim/http/Http.h"
 #include "camera_sim/http/HttpAuthentication.h"
 #include "camera_sim/picture/TestCard.h"
+#include "camera_sim/state/CameraOptions.h"
+#include "camera_sim/state/CameraState.h"
 
 namespace camera_sim {
 

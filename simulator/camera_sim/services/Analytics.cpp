@@ -3,7 +3,7 @@
 #include <array>
 
 #include "camera_sim/services/MediaElements.h"
-#include "camera_sim/services/Operations.h"
+#include "camera_sim/services/Services.h"
 #include "camera_sim/soap/ActiveCells.h"
 
 namespace camera_sim {

@@ -3,14 +3,13 @@
 #include <algorithm>
 #include <array>
 
-#include "camera_sim/services/Operations.h"
+#include "camera_sim/services/Services.h"
+#include "camera_sim/soap/Times.h"
 
 namespace camera_sim {
 namespace {
 
 using Scope = XmlWriter::Scope;
-
-constexpr std::size_t kLongestDuration = 32;
 
 SoapFault NoSuchRelay() {
     return InvalidArgument("RelayToken", "No such relay output");
@@ -81,39 +80,6 @@ constexpr std::array kDeviceIoOperations = {
 };
 
 }  // namespace
-
-bool IsDuration(std::string_view text) {
-    if (!text.starts_with('P') || text.size() > kLongestDuration) return false;
-    text.remove_prefix(1);
-    std::string_view units = "DT";
-    bool hasField = false;
-    bool inTime = false;
-    while (!text.empty()) {
-        if (text.starts_with('T') && !inTime) {
-            inTime = true;
-            hasField = false;
-            units = "HMS";
-            text.remove_prefix(1);
-            continue;
-        }
-        const auto end = text.find_first_not_of("0123456789");
-        if (end == 0 || end == std::string_view::npos) return false;
-        std::string_view unit = text.substr(end);
-        if (inTime && unit.starts_with('.')) {
-            const auto fractionEnd = unit.find_first_not_of("0123456789", 1);
-            if (fractionEnd == 1 || fractionEnd == std::string_view::npos ||
-                unit[fractionEnd] != 'S')
-                return false;
-            unit.remove_prefix(fractionEnd);
-        }
-        const auto position = units.find(unit.front());
-        if (position == std::string_view::npos || unit.front() == 'T') return false;
-        units.remove_prefix(position + 1);
-        text = unit.substr(1);
-        hasField = true;
-    }
-    return hasField;
-}
 
 std::span<const Operation> RelayOperations() {
     return kRelayOperations;

@@ -5,7 +5,7 @@
 // Asio uses std::exchange without including it.
 #include <boost/asio/ip/address.hpp>
 
-#include "camera_sim/services/Operations.h"
+#include "camera_sim/services/Services.h"
 
 namespace camera_sim {
 namespace {
@@ -282,12 +282,6 @@ constexpr std::array kOperations = {
 };
 
 }  // namespace
-
-bool IsIpv4(std::string_view text) {
-    boost::system::error_code error;
-    boost::asio::ip::make_address_v4(std::string(text), error);
-    return !error;
-}
 
 std::span<const Operation> DeviceNetworkOperations() {
     return kOperations;

@@ -1,7 +1,7 @@
 // Device service: who the camera is, what it can do.
 #include <array>
 
-#include "camera_sim/services/Operations.h"
+#include "camera_sim/services/Services.h"
 
 namespace camera_sim {
 namespace {

@@ -4,7 +4,9 @@
 #include <cmath>
 
 #include "camera_sim/services/MediaElements.h"
-#include "camera_sim/services/Operations.h"
+#include "camera_sim/services/MediaOperations.h"
+#include "camera_sim/services/Services.h"
+#include "camera_sim/soap/Times.h"
 
 namespace camera_sim {
 namespace {

@@ -3,7 +3,7 @@
 #include <array>
 
 #include "camera_sim/events/EventReplies.h"
-#include "camera_sim/soap/Authentication.h"
+#include "camera_sim/services/Services.h"
 #include "camera_sim/soap/Times.h"
 
 namespace camera_sim {

@@ -5,7 +5,7 @@
 
 #include "camera_sim/services/ImagingElements.h"
 #include "camera_sim/services/MediaElements.h"
-#include "camera_sim/services/Operations.h"
+#include "camera_sim/services/Services.h"
 
 namespace camera_sim {
 namespace {

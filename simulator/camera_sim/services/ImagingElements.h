@@ -4,7 +4,7 @@
 #ifndef CAMERA_SIM_SERVICES_IMAGINGELEMENTS_H
 #define CAMERA_SIM_SERVICES_IMAGINGELEMENTS_H
 
-#include "camera_sim/services/Operations.h"
+#include "camera_sim/services/Operation.h"
 #include "camera_sim/state/CameraState.h"
 
 namespace camera_sim {

@@ -2,7 +2,8 @@
 #include <array>
 
 #include "camera_sim/services/MediaElements.h"
-#include "camera_sim/services/Operations.h"
+#include "camera_sim/services/MediaOperations.h"
+#include "camera_sim/services/Services.h"
 
 namespace camera_sim {
 namespace {
@@ -82,15 +83,23 @@ Answer GetProfiles(Call& call) {
 }
 
 Answer GetProfile(Call& call) {
-    const auto* profile = FindByToken(call.state.media.profiles, call.Argument("ProfileToken"));
-    if (profile == nullptr) return InvalidArgument("NoProfile", "No such profile");
+    const auto* profile = FindProfile(call);
+    if (profile == nullptr) return NoSuchProfile();
     WriteProfile(call, "Profile", *profile);
     return kDone;
 }
 
+void WriteMediaUri(XmlWriter& out, std::string_view uri) {
+    const Scope element(out, Ns::kMedia, "MediaUri");
+    out.Element(Ns::kSchema, "Uri", uri);
+    out.Element(Ns::kSchema, "InvalidAfterConnect", false);
+    out.Element(Ns::kSchema, "InvalidAfterReboot", false);
+    out.Element(Ns::kSchema, "Timeout", kSessionTimeout);
+}
+
 Answer GetStreamUri(Call& call) {
-    const auto* profile = FindByToken(call.state.media.profiles, call.Argument("ProfileToken"));
-    if (profile == nullptr) return InvalidArgument("NoProfile", "No such profile");
+    const auto* profile = FindProfile(call);
+    if (profile == nullptr) return NoSuchProfile();
     const XmlElement* setup = Child(&call.request, "StreamSetup");
     const std::string_view stream = ChildText(setup, "Stream");
     const std::string_view protocol = ChildText(Child(setup, "Transport"), "Protocol");
@@ -100,31 +109,19 @@ Answer GetStreamUri(Call& call) {
     for (const NetworkProtocol& each : call.state.network.protocols) {
         if (each.name == "RTSP" && !each.ports.empty()) port = each.ports.front();
     }
-    const Scope uri(call.out, Ns::kMedia, "MediaUri");
-    call.out.Element(Ns::kSchema, "Uri",
-                     "rtsp://127.0.0.1:" + std::to_string(port) + "/stream/" + profile->token);
-    call.out.Element(Ns::kSchema, "InvalidAfterConnect", false);
-    call.out.Element(Ns::kSchema, "InvalidAfterReboot", false);
-    call.out.Element(Ns::kSchema, "Timeout", kSessionTimeout);
+    WriteMediaUri(call.out,
+                  "rtsp://127.0.0.1:" + std::to_string(port) + "/stream/" + profile->token);
     return kDone;
 }
 
 Answer GetSnapshotUri(Call& call) {
-    const auto* profile = FindByToken(call.state.media.profiles, call.Argument("ProfileToken"));
-    if (profile == nullptr) return InvalidArgument("NoProfile", "No such profile");
-    if (profile->videoEncoder.empty()) return IncompleteProfile();
-    const Scope uri(call.out, Ns::kMedia, "MediaUri");
-    call.out.Element(Ns::kSchema, "Uri", AdvertisedSnapshot(call.options, *profile));
-    call.out.Element(Ns::kSchema, "InvalidAfterConnect", false);
-    call.out.Element(Ns::kSchema, "InvalidAfterReboot", false);
-    call.out.Element(Ns::kSchema, "Timeout", kSessionTimeout);
-    return kDone;
+    return AnswerSnapshotUri(call, WriteMediaUri);
 }
 
 Answer GetVideoEncoderConfiguration(Call& call) {
     const Media& media = call.state.media;
-    const auto* encoder = FindByToken(media.videoEncoders, call.Argument("ConfigurationToken"));
-    if (encoder == nullptr) return InvalidArgument("NoConfig", "No such configuration");
+    const auto* encoder = FindEncoder(call);
+    if (encoder == nullptr) return NoSuchConfiguration();
     WriteVideoEncoder(call.out, Ns::kMedia, "Configuration", media, *encoder);
     return kDone;
 }
@@ -148,9 +145,8 @@ void WriteCodecOptions(XmlWriter& out, const EncoderLimits& limits, std::string_
 }
 
 Answer GetVideoEncoderConfigurationOptions(Call& call) {
-    const auto* encoder =
-        FindByToken(call.state.media.videoEncoders, call.Argument("ConfigurationToken"));
-    if (encoder == nullptr) return InvalidArgument("NoConfig", "No such configuration");
+    const auto* encoder = FindEncoder(call);
+    if (encoder == nullptr) return NoSuchConfiguration();
     const EncoderLimits limits = LimitsOf(*encoder);
     XmlWriter& out = call.out;
     const Scope options(out, Ns::kMedia, "Options");

@@ -3,7 +3,8 @@
 #include <array>
 
 #include "camera_sim/services/MediaElements.h"
-#include "camera_sim/services/Operations.h"
+#include "camera_sim/services/MediaOperations.h"
+#include "camera_sim/services/Services.h"
 
 namespace camera_sim {
 namespace {
@@ -92,8 +93,7 @@ void WriteConfigurations(Call& call, const Profile& profile, const WantedTypes& 
 Answer GetProfiles(Call& call) {
     const Media& media = call.state.media;
     const std::string_view token = call.Argument("Token");
-    if (!token.empty() && FindByToken(media.profiles, token) == nullptr)
-        return InvalidArgument("NoProfile", "No such profile");
+    if (!token.empty() && FindByToken(media.profiles, token) == nullptr) return NoSuchProfile();
     const WantedTypes wanted(call.request);
     for (const Profile& profile : media.profiles) {
         if (!token.empty() && profile.token != token) continue;
@@ -107,11 +107,8 @@ Answer GetProfiles(Call& call) {
 }
 
 Answer GetSnapshotUri(Call& call) {
-    const auto* profile = FindByToken(call.state.media.profiles, call.Argument("ProfileToken"));
-    if (profile == nullptr) return InvalidArgument("NoProfile", "No such profile");
-    if (profile->videoEncoder.empty()) return IncompleteProfile();
-    call.out.Element(Ns::kMedia2, "Uri", AdvertisedSnapshot(call.options, *profile));
-    return kDone;
+    return AnswerSnapshotUri(
+        call, [](XmlWriter& out, std::string_view uri) { out.Element(Ns::kMedia2, "Uri", uri); });
 }
 
 /// A list separated by blanks.
@@ -123,9 +120,8 @@ std::string Joined(const List& list, const ToText& toText) {
 }
 
 Answer GetVideoEncoderConfigurationOptions(Call& call) {
-    const auto* encoder =
-        FindByToken(call.state.media.videoEncoders, call.Argument("ConfigurationToken"));
-    if (encoder == nullptr) return InvalidArgument("NoConfig", "No such configuration");
+    const auto* encoder = FindEncoder(call);
+    if (encoder == nullptr) return NoSuchConfiguration();
     const EncoderLimits limits = LimitsOf(*encoder);
     XmlWriter& out = call.out;
     for (const std::string_view encoding : {"JPEG", "H264", "H265"}) {

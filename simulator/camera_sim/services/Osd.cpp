@@ -2,7 +2,7 @@
 #include <algorithm>
 #include <array>
 
-#include "camera_sim/services/Operations.h"
+#include "camera_sim/services/Services.h"
 
 namespace camera_sim {
 namespace {

@@ -4,7 +4,8 @@
 #include <utility>
 
 #include "camera_sim/services/MediaElements.h"
-#include "camera_sim/services/Operations.h"
+#include "camera_sim/services/MediaOperations.h"
+#include "camera_sim/services/Services.h"
 
 namespace camera_sim {
 namespace {
@@ -55,8 +56,8 @@ std::optional<double> ReadShare(const XmlElement* element, const char* attribute
 
 /// The fault for a profile that cannot move; nothing for one that can.
 Answer CheckProfile(const Call& call) {
-    const auto* profile = FindByToken(call.state.media.profiles, call.Argument("ProfileToken"));
-    if (profile == nullptr) return InvalidArgument("NoProfile", "No such profile");
+    const auto* profile = FindProfile(call);
+    if (profile == nullptr) return NoSuchProfile();
     if (profile->ptz.empty()) return InvalidArgument("NoPTZProfile", "The profile has no PTZ");
     return kDone;
 }

@@ -1,131 +1,124 @@
-// The services of the camera and what GetServices says about their capabilities.
+#include "camera_sim/services/Services.h"
+
+#include <algorithm>
 #include <array>
 
-#include "camera_sim/services/Operations.h"
+#include "camera_sim/events/EventReplies.h"
+#include "camera_sim/picture/Snapshot.h"
 
 namespace camera_sim {
 namespace {
 
-using Scope = XmlWriter::Scope;
-
-constexpr int kMaximumProfiles = 8;
-
-void WriteDevice(XmlWriter& out, const CameraState&) {
-    const Scope capabilities(out, Ns::kDevice, "Capabilities");
-    {
-        const Scope network(out, Ns::kDevice, "Network");
-        out.Attribute("IPFilter", false);
-        out.Attribute("ZeroConfiguration", false);
-        out.Attribute("IPVersion6", false);
-        out.Attribute("DynDNS", false);
-        out.Attribute("NTP", 1);
-    }
-    {
-        const Scope security(out, Ns::kDevice, "Security");
-        out.Attribute("TLS1.2", false);
-        out.Attribute("UsernameToken", true);
-        out.Attribute("HttpDigest", false);
-        out.Attribute("MaxUsers", 1);
-    }
-    const Scope system(out, Ns::kDevice, "System");
-    out.Attribute("DiscoveryResolve", false);
-    out.Attribute("DiscoveryBye", false);
-    out.Attribute("RemoteDiscovery", false);
-    out.Attribute("SystemBackup", false);
-    out.Attribute("SystemLogging", false);
-}
-
-void WriteMedia(XmlWriter& out, const CameraState&) {
-    const Scope capabilities(out, Ns::kMedia, "Capabilities");
-    out.Attribute("SnapshotUri", true);
-    out.Attribute("Rotation", false);
-    out.Attribute("OSD", true);
-    {
-        const Scope profiles(out, Ns::kMedia, "ProfileCapabilities");
-        out.Attribute("MaximumNumberOfProfiles", kMaximumProfiles);
-    }
-    const Scope streaming(out, Ns::kMedia, "StreamingCapabilities");
-    out.Attribute("RTPMulticast", true);
-    out.Attribute("RTP_TCP", true);
-    out.Attribute("RTP_RTSP_TCP", true);
-}
-
-void WriteMedia2(XmlWriter& out, const CameraState&) {
-    const Scope capabilities(out, Ns::kMedia2, "Capabilities");
-    out.Attribute("SnapshotUri", true);
-    out.Attribute("Rotation", false);
-    out.Attribute("OSD", false);
-    {
-        const Scope profiles(out, Ns::kMedia2, "ProfileCapabilities");
-        out.Attribute("MaximumNumberOfProfiles", kMaximumProfiles);
-        out.Attribute("ConfigurationsSupported",
-                      "VideoSource VideoEncoder AudioSource AudioEncoder Metadata Analytics PTZ");
-    }
-    const Scope streaming(out, Ns::kMedia2, "StreamingCapabilities");
-    out.Attribute("RTSPStreaming", true);
-    out.Attribute("RTPMulticast", true);
-    out.Attribute("RTP_RTSP_TCP", true);
-}
-
-void WriteEvents(XmlWriter& out, const CameraState&) {
-    const Scope capabilities(out, Ns::kEvents, "Capabilities");
-    out.Attribute("WSSubscriptionPolicySupport", true);
-    out.Attribute("WSPausableSubscriptionManagerInterfaceSupport", false);
-}
-
-void WritePtz(XmlWriter& out, const CameraState&) {
-    const Scope capabilities(out, Ns::kPtz, "Capabilities");
-    out.Attribute("EFlip", false);
-    out.Attribute("Reverse", false);
-    out.Attribute("MoveStatus", true);
-    out.Attribute("StatusPosition", true);
-}
-
-void WriteImaging(XmlWriter& out, const CameraState&) {
-    const Scope capabilities(out, Ns::kImaging, "Capabilities");
-    out.Attribute("ImageStabilization", false);
-    out.Attribute("Presets", false);
-}
-
-void WriteAnalytics(XmlWriter& out, const CameraState&) {
-    const Scope capabilities(out, Ns::kAnalytics, "Capabilities");
-    out.Attribute("RuleSupport", true);
-    out.Attribute("AnalyticsModuleSupport", true);
-    out.Attribute("CellBasedSceneDescriptionSupported", true);
-}
-
-void WriteDeviceIo(XmlWriter& out, const CameraState& state) {
-    const Scope capabilities(out, Ns::kDeviceIo, "Capabilities");
-    out.Attribute("VideoSources", static_cast<int>(state.media.videoSources.size()));
-    out.Attribute("VideoOutputs", 0);
-    out.Attribute("AudioSources", static_cast<int>(state.media.audioSourceConfigurations.size()));
-    out.Attribute("AudioOutputs", 0);
-    out.Attribute("RelayOutputs", static_cast<int>(state.relays.size()));
-    out.Attribute("DigitalInputs", static_cast<int>(state.inputs.size()));
-}
-
-constexpr std::array kServices = {
-    Service{Ns::kDevice, "/onvif/device_service", 2, 60, WriteDevice},
-    Service{Ns::kMedia, "/onvif/media_service", 2, 60, WriteMedia},
-    Service{Ns::kMedia2, "/onvif/media2_service", 2, 60, WriteMedia2},
-    Service{Ns::kEvents, "/onvif/event_service", 2, 60, WriteEvents},
-    Service{Ns::kPtz, "/onvif/ptz_service", 2, 50, WritePtz},
-    Service{Ns::kImaging, "/onvif/imaging_service", 2, 50, WriteImaging},
-    Service{Ns::kAnalytics, "/onvif/analytics_service", 2, 40, WriteAnalytics},
-    Service{Ns::kDeviceIo, "/onvif/deviceio_service", 2, 60, WriteDeviceIo},
+struct OperationGroup {
+    Ns ns;
+    std::span<const Operation> (*operations)();
 };
+
+constexpr std::array kGroups = {
+    OperationGroup{Ns::kDevice, DeviceOperations},
+    OperationGroup{Ns::kDevice, DeviceClockOperations},
+    OperationGroup{Ns::kDevice, DeviceNetworkOperations},
+    OperationGroup{Ns::kDevice, RelayOperations},
+    OperationGroup{Ns::kDeviceIo, DeviceIoOperations},
+    OperationGroup{Ns::kMedia, MediaOperations},
+    OperationGroup{Ns::kMedia, OsdOperations},
+    OperationGroup{Ns::kMedia2, Media2Operations},
+    OperationGroup{Ns::kPtz, PtzOperations},
+    OperationGroup{Ns::kImaging, ImagingOperations},
+    OperationGroup{Ns::kAnalytics, AnalyticsOperations},
+    OperationGroup{Ns::kEvents, EventOperations},
+    OperationGroup{Ns::kNotification, SubscriptionOperations},
+};
+
+constexpr std::string_view kPathPlaceholder = "{path}";
+
+void Replace(std::string& text, std::string_view placeholder, std::string_view value) {
+    const auto position = text.find(placeholder);
+    if (position != std::string::npos) text.replace(position, placeholder.size(), value);
+}
+
+std::string FillIn(std::string address, std::uint16_t port, std::string_view path) {
+    Replace(address, "{host}", "127.0.0.1");
+    Replace(address, "{port}", std::to_string(port));
+    Replace(address, kPathPlaceholder, path);
+    return address;
+}
+
+/// The common address of all subscriptions or one below it.
+bool IsSubscriptionPath(std::string_view path) {
+    return path == kSubscriptionPath ||
+           (path.starts_with(kSubscriptionPath) && path[kSubscriptionPath.size()] == '/');
+}
+
+/// Whether all services share one address.
+bool SharesAddress(const CameraOptions& options, std::string_view path) {
+    return path == "/" && options.addressShape.find(kPathPlaceholder) == std::string::npos;
+}
 
 }  // namespace
 
-std::span<const Service> AllServices() {
-    return kServices;
+bool Offers(const CameraOptions& options, Ns ns) {
+    switch (ns) {
+        case Ns::kDevice:
+        case Ns::kMedia:
+            return true;
+        case Ns::kDeviceIo:
+            return options.deviceIo;
+        case Ns::kMedia2:
+            return options.media2.value_or(false);
+        case Ns::kPtz:
+            return options.ptz.value_or(false);
+        case Ns::kImaging:
+            return options.imaging;
+        case Ns::kAnalytics:
+            return options.analytics;
+        case Ns::kEvents:
+        case Ns::kNotification:
+            return options.events;
+        default:
+            return false;
+    }
 }
 
-const Service* FindService(Ns ns) {
-    for (const Service& service : kServices) {
-        if (service.ns == ns) return &service;
+std::string AdvertisedAddress(const CameraOptions& options, const Service& service) {
+    return FillIn(options.addressShape, options.port, service.path);
+}
+
+std::string AdvertisedSnapshot(const CameraOptions& options, const Profile& profile) {
+    return FillIn(options.snapshotAddressShape, options.port, SnapshotPath(profile.token));
+}
+
+const Operation* FindOperation(const CameraOptions& options, Ns ns, std::string_view name) {
+    if (!Offers(options, ns) || (name == "GetServices" && !options.getServices)) return nullptr;
+    for (const OperationGroup& group : kGroups) {
+        if (group.ns != ns) continue;
+        const auto operations = group.operations();
+        const auto found = std::find_if(operations.begin(), operations.end(),
+                                        [name](const Operation& row) { return row.name == name; });
+        if (found != operations.end()) return &*found;
     }
     return nullptr;
+}
+
+bool IsEventService(Ns ns) {
+    return ns == Ns::kEvents || ns == Ns::kNotification;
+}
+
+bool IsServedAt(const CameraOptions& options, Ns ns, std::string_view path) {
+    if (!options.strictPaths || SharesAddress(options, path)) return true;
+    if (IsEventService(ns))
+        return path == FindService(Ns::kEvents)->path || IsSubscriptionPath(path);
+    // Relays of the device service are asked for at device I/O as well.
+    return path == FindService(ns)->path ||
+           (ns == Ns::kDevice && options.deviceIo && path == FindService(Ns::kDeviceIo)->path);
+}
+
+bool IsServicePath(const CameraOptions& options, std::string_view path) {
+    const auto services = AllServices();
+    return !options.strictPaths || SharesAddress(options, path) ||
+           (options.events && IsSubscriptionPath(path)) ||
+           std::any_of(services.begin(), services.end(),
+                       [&](const Service& service) { return service.path == path; });
 }
 
 }  // namespace camera_sim

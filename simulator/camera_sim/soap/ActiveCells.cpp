@@ -4,7 +4,7 @@
 #include <climits>
 #include <cstddef>
 
-#include "camera_sim/soap/Authentication.h"
+#include "camera_sim/http/Base64.h"
 
 namespace camera_sim {
 namespace {

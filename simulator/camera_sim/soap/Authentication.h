@@ -6,11 +6,11 @@
 #include <chrono>
 #include <cstddef>
 #include <deque>
-#include <optional>
 #include <string>
 #include <string_view>
 #include <unordered_set>
 
+#include "camera_sim/http/Credentials.h"
 #include "camera_sim/soap/SoapRequest.h"
 #include "camera_sim/state/CameraState.h"
 
@@ -19,16 +19,6 @@ namespace camera_sim {
 /// Base64 (SHA-1 (nonce, created, password)), the nonce as bytes.
 std::string PasswordDigest(std::string_view nonce, std::string_view created,
                            std::string_view password);
-std::string EncodeBase64(std::string_view bytes);
-/// Nothing when @p text is not Base64.
-std::optional<std::string> DecodeBase64(std::string_view text);
-/// The point in time that a UTC dateTime ("2024-05-06T07:08:09Z", fractions allowed) names.
-std::optional<std::chrono::sys_seconds> ParseUtc(std::string_view text);
-
-struct Credentials {
-    bool valid = false;
-    std::string refusal;  ///< why they are not valid; empty also when none were given
-};
 
 /// Remembers the nonces it has accepted: a fixed number, the oldest are forgotten first.
 /// Not safe for use by several threads at once.

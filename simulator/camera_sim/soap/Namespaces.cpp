@@ -3,7 +3,7 @@
 #include <string>
 #include <vector>
 
-#include "camera_sim/CameraSim.h"
+#include "camera_sim/state/CameraOptions.h"
 
 namespace camera_sim {
 namespace {

@@ -1,8 +1,5 @@
 #include "camera_sim/soap/SoapRequest.h"
 
-#include <charconv>
-#include <cmath>
-
 #include "camera_sim/soap/Namespaces.h"
 
 namespace camera_sim {
@@ -56,27 +53,6 @@ std::string_view Text(const XmlElement* element) {
 
 std::string_view ChildText(const XmlElement* parent, std::string_view localName) {
     return Text(Child(parent, localName));
-}
-
-std::optional<int> ToInt(std::string_view text) {
-    int value = 0;
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
-    if (error != std::errc() || end != text.data() + text.size()) return std::nullopt;
-    return value;
-}
-
-std::optional<double> ToDouble(std::string_view text) {
-    double value = 0;
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
-    if (error != std::errc() || end != text.data() + text.size() || !std::isfinite(value))
-        return std::nullopt;
-    return value;
-}
-
-std::optional<bool> ToBool(std::string_view text) {
-    if (text == "true" || text == "1") return true;
-    if (text == "false" || text == "0") return false;
-    return std::nullopt;
 }
 
 SoapRequest::SoapRequest(std::string_view body) {

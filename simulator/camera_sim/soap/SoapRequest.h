@@ -6,7 +6,6 @@
 
 #include <tinyxml2.h>
 
-#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -25,12 +24,6 @@ std::vector<const XmlElement*> Children(const XmlElement* parent, std::string_vi
 /// The element's text without white space around it; empty for a null element.
 std::string_view Text(const XmlElement* element);
 std::string_view ChildText(const XmlElement* parent, std::string_view localName);
-
-/// Nothing unless the whole text is such a value.
-std::optional<int> ToInt(std::string_view text);
-/// Finite numbers only.
-std::optional<double> ToDouble(std::string_view text);
-std::optional<bool> ToBool(std::string_view text);
 
 /// A received envelope.
 class SoapRequest {

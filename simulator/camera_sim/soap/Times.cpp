@@ -3,7 +3,7 @@
 #include <array>
 #include <cstdio>
 
-#include "camera_sim/soap/SoapRequest.h"
+#include "camera_sim/soap/Values.h"
 
 namespace camera_sim {
 namespace {
@@ -11,6 +11,7 @@ namespace {
 using std::chrono::milliseconds;
 
 constexpr std::string_view kDigits = "0123456789";
+constexpr std::size_t kLongestDuration = 32;
 constexpr milliseconds kLongest = std::chrono::hours(24) * 36525;
 
 struct Unit {
@@ -44,6 +45,14 @@ std::optional<milliseconds> TakeFraction(std::string_view& text) {
     return milliseconds(ToInt(digits).value_or(0));
 }
 
+/// The number at a fixed place of a text, or nothing.
+std::optional<int> Digits(std::string_view text, std::size_t position, std::size_t count) {
+    if (position + count > text.size()) return std::nullopt;
+    const std::string_view digits = text.substr(position, count);
+    return digits.find_first_not_of("0123456789") == std::string_view::npos ? ToInt(digits)
+                                                                            : std::nullopt;
+}
+
 }  // namespace
 
 std::optional<milliseconds> ParseDuration(std::string_view text) {
@@ -75,11 +84,66 @@ std::optional<milliseconds> ParseDuration(std::string_view text) {
     return hasField ? std::optional(sum) : std::nullopt;
 }
 
+bool IsDuration(std::string_view text) {
+    if (!text.starts_with('P') || text.size() > kLongestDuration) return false;
+    text.remove_prefix(1);
+    std::string_view units = "DT";
+    bool hasField = false;
+    bool inTime = false;
+    while (!text.empty()) {
+        if (text.starts_with('T') && !inTime) {
+            inTime = true;
+            hasField = false;
+            units = "HMS";
+            text.remove_prefix(1);
+            continue;
+        }
+        const auto end = text.find_first_not_of("0123456789");
+        if (end == 0 || end == std::string_view::npos) return false;
+        std::string_view unit = text.substr(end);
+        if (inTime && unit.starts_with('.')) {
+            const auto fractionEnd = unit.find_first_not_of("0123456789", 1);
+            if (fractionEnd == 1 || fractionEnd == std::string_view::npos ||
+                unit[fractionEnd] != 'S')
+                return false;
+            unit.remove_prefix(fractionEnd);
+        }
+        const auto position = units.find(unit.front());
+        if (position == std::string_view::npos || unit.front() == 'T') return false;
+        units.remove_prefix(position + 1);
+        text = unit.substr(1);
+        hasField = true;
+    }
+    return hasField;
+}
+
 std::string FormatDuration(milliseconds duration) {
     const auto count = duration.count();
     std::string text = "PT" + std::to_string(count / 1000);
     if (count % 1000 != 0) text += "." + std::to_string(1000 + count % 1000).substr(1);
     return text + "S";
+}
+
+std::optional<std::chrono::sys_seconds> ParseUtc(std::string_view text) {
+    using namespace std::chrono;
+    constexpr std::string_view kShape = "0000-00-00T00:00:00";
+    for (std::size_t i = 0; i < kShape.size(); ++i) {
+        if (kShape[i] != '0' && (i >= text.size() || text[i] != kShape[i])) return std::nullopt;
+    }
+    const auto y = Digits(text, 0, 4), mo = Digits(text, 5, 2), d = Digits(text, 8, 2);
+    const auto h = Digits(text, 11, 2), mi = Digits(text, 14, 2), s = Digits(text, 17, 2);
+    if (!y || !mo || !d || !h || !mi || !s || *h > 23 || *mi > 59 || *s > 60) return std::nullopt;
+
+    std::string_view rest = text.substr(kShape.size());
+    if (rest.starts_with('.')) {
+        const auto end = rest.find_first_not_of("0123456789", 1);
+        if (end == 1 || end == std::string_view::npos) return std::nullopt;
+        rest.remove_prefix(end);
+    }
+    const year_month_day date{year(*y), month(static_cast<unsigned>(*mo)),
+                              day(static_cast<unsigned>(*d))};
+    if (rest != "Z" || !date.ok()) return std::nullopt;
+    return sys_days(date) + hours(*h) + minutes(*mi) + seconds(*s);
 }
 
 std::string FormatUtc(std::chrono::sys_seconds time) {

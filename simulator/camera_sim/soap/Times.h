@@ -13,8 +13,12 @@ namespace camera_sim {
 /// A duration that is not negative ("PT60S", "P1DT0.5S"); a year counts 365 days, a month 30.
 /// Nothing when @p text is malformed or means more than a hundred years.
 std::optional<std::chrono::milliseconds> ParseDuration(std::string_view text);
+/// The days and time part of a duration, not negative: "P1DT2H", "PT5S", "PT0.5S".
+bool IsDuration(std::string_view text);
 std::string FormatDuration(std::chrono::milliseconds duration);
 
+/// The point in time that a UTC dateTime ("2024-05-06T07:08:09Z", fractions allowed) names.
+std::optional<std::chrono::sys_seconds> ParseUtc(std::string_view text);
 /// "2024-05-06T07:08:09Z"
 std::string FormatUtc(std::chrono::sys_seconds time);
 /// "2024-05-06T07:08:09.250Z"
