@@ -3,8 +3,7 @@
 #include <algorithm>
 #include <array>
 
-#include "camera_sim/control/ControlState.h"
-#include "camera_sim/control/JsonWriter.h"
+#include "camera_sim/control/Reports.h"
 #include "camera_sim/soap/Values.h"
 
 namespace camera_sim {
@@ -20,136 +19,18 @@ Reply BadRequest(std::string reason) {
 Reply Done() {
     return HttpReply(200, kTextType, "ok\n");
 }
-Reply Json(const JsonWriter& json) {
-    return HttpReply(200, kJsonType, json.Text() + "\n");
+template <std::string (*kReport)(const IControlledCamera&)>
+Reply Tell(IControlledCamera& camera, const HttpRequest&) {
+    return HttpReply(200, kJsonType, kReport(camera));
 }
 
 Reply GetHelp(IControlledCamera&, const HttpRequest&) {
     return HttpReply(200, kTextType, ControlHelp());
 }
 
-Reply GetCounters(IControlledCamera& camera, const HttpRequest&) {
-    JsonWriter json;
-    {
-        const auto object = json.Object();
-        for (const auto& [operation, count] : camera.AllCounts()) json.Key(operation).Value(count);
-    }
-    return Json(json);
-}
-
-Reply GetRequests(IControlledCamera& camera, const HttpRequest&) {
-    JsonWriter json;
-    {
-        const auto array = json.Array();
-        for (const RecordedRequest& request : camera.Requests()) {
-            const auto object = json.Object();
-            json.Key("service").Value(request.service);
-            json.Key("operation").Value(request.operation);
-            json.Key("path").Value(request.path);
-            json.Key("authenticated").Value(request.authenticated);
-            json.Key("refusal").Value(request.refusal);
-            json.Key("status").Value(request.status);
-            json.Key("head").Value(request.head);
-            json.Key("body").Value(request.body);
-        }
-    }
-    return Json(json);
-}
-
 Reply ClearRequests(IControlledCamera& camera, const HttpRequest&) {
     camera.ClearEvidence();
     return Done();
-}
-
-void WriteNetwork(JsonWriter& json, const Network& network) {
-    const auto object = json.Object();
-    json.Key("interfaces");
-    {
-        const auto interfaces = json.Array();
-        for (const NetworkInterface& interface : network.interfaces) {
-            const auto entry = json.Object();
-            json.Key("token").Value(interface.token);
-            json.Key("dhcp").Value(interface.dhcp);
-            json.Key("manual");
-            const auto addresses = json.Array();
-            for (const PrefixedAddress& address : interface.manual)
-                json.Value(address.address + "/" + std::to_string(address.prefixLength));
-        }
-    }
-    json.Key("gateways");
-    {
-        const auto gateways = json.Array();
-        for (const std::string& gateway : network.gatewaysIpv4) json.Value(gateway);
-    }
-    json.Key("ports");
-    const auto ports = json.Object();
-    for (const NetworkProtocol& protocol : network.protocols) {
-        json.Key(protocol.name);
-        const auto list = json.Array();
-        for (const int port : protocol.ports) json.Value(port);
-    }
-}
-
-/// For relays and inputs, which look the same here.
-template <typename List>
-void WriteConnectors(JsonWriter& json, const List& list) {
-    const auto array = json.Array();
-    for (const auto& connector : list) {
-        const auto object = json.Object();
-        json.Key("token").Value(connector.token);
-        json.Key("idleState").Value(connector.idleState);
-        json.Key("active").Value(connector.active);
-    }
-}
-
-Reply GetState(IControlledCamera& camera, const HttpRequest&) {
-    const CameraState state = camera.State();
-    JsonWriter json;
-    {
-        const auto object = json.Object();
-        json.Key("model").Value(camera.Options().model);
-        json.Key("port").Value(camera.Options().port);
-        json.Key("clockOffset").Value(state.clock.offset.count());
-        json.Key("dateTimeType").Value(state.clock.type);
-        json.Key("daylightSavings").Value(state.clock.daylightSavings);
-        json.Key("timeZone").Value(state.clock.timeZone);
-        json.Key("network");
-        WriteNetwork(json, state.network);
-        json.Key("relays");
-        WriteConnectors(json, state.relays);
-        json.Key("inputs");
-        WriteConnectors(json, state.inputs);
-        json.Key("imaging");
-        WriteImaging(json, state.media);
-        json.Key("osds");
-        WriteOsds(json, state.media);
-        json.Key("motionCells");
-        WriteMotion(json, state.media);
-        json.Key("motion");
-        {
-            const auto sources = json.Object();
-            for (const VideoSource& source : state.media.videoSources)
-                json.Key(source.token).Value(source.motion);
-        }
-        json.Key("profiles");
-        const auto profiles = json.Array();
-        for (const Profile& profile : state.media.profiles) json.Value(profile.token);
-    }
-    return Json(json);
-}
-
-Reply GetFaults(IControlledCamera& camera, const HttpRequest&) {
-    JsonWriter json;
-    {
-        const auto array = json.Array();
-        for (const PlannedFault& planned : camera.Faults()) {
-            const auto object = json.Object();
-            json.Key("operation").Value(planned.operation);
-            json.Key("kind").Value(KindName(planned.fault.kind));
-            json.Key("remaining").Value(planned.fault.remaining);
-        }
-    }
-    return Json(json);
 }
 
 // All or none of the lines take effect.
@@ -217,24 +98,6 @@ Reply SetInput(IControlledCamera& camera, const HttpRequest& request) {
     return found ? Done() : HttpReply(404, kTextType, "no such input\n");
 }
 
-Reply GetSubscriptions(IControlledCamera& camera, const HttpRequest&) {
-    JsonWriter json;
-    {
-        const auto array = json.Array();
-        for (const SubscriptionInfo& info : camera.Subscriptions()) {
-            const auto object = json.Object();
-            json.Key("id").Value(info.id);
-            json.Key("consumer").Value(info.consumer);
-            json.Key("restMilliseconds").Value(info.rest.count());
-            json.Key("waitingPulls").Value(info.waitingPulls);
-            json.Key("queued").Value(info.queued);
-            json.Key("delivered").Value(info.delivered);
-            json.Key("dropped").Value(info.dropped);
-        }
-    }
-    return Json(json);
-}
-
 Reply Reboot(IControlledCamera& camera, const HttpRequest&) {
     camera.Reboot();
     return Done();
@@ -248,17 +111,17 @@ struct ControlRow {
 
 constexpr std::array kControls = {
     ControlRow{"GET", "", GetHelp},
-    ControlRow{"GET", "state", GetState},
-    ControlRow{"GET", "counters", GetCounters},
-    ControlRow{"GET", "requests", GetRequests},
+    ControlRow{"GET", "state", Tell<ReportState>},
+    ControlRow{"GET", "counters", Tell<ReportCounters>},
+    ControlRow{"GET", "requests", Tell<ReportRequests>},
     ControlRow{"DELETE", "requests", ClearRequests},
-    ControlRow{"GET", "faults", GetFaults},
+    ControlRow{"GET", "faults", Tell<ReportFaults>},
     ControlRow{"POST", "faults", AddFaults},
     ControlRow{"DELETE", "faults", ClearFaults},
     ControlRow{"POST", "clock-offset", SetClockOffset},
     ControlRow{"POST", "motion", SetMotion},
     ControlRow{"POST", "inputs/", SetInput},
-    ControlRow{"GET", "subscriptions", GetSubscriptions},
+    ControlRow{"GET", "subscriptions", Tell<ReportSubscriptions>},
     ControlRow{"POST", "reboot", Reboot},
 };
 
