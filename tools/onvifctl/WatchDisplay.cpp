@@ -6,6 +6,7 @@
 #include <array>
 #include <cstdio>
 #include <cstdlib>
+#include <nlohmann/json.hpp>
 #include <set>
 
 #include "CommandLine.h"
@@ -33,28 +34,18 @@ std::string TimeText(std::chrono::system_clock::time_point time, tm* (*split)(co
     return std::string(day.data()) + fraction.data();
 }
 
-std::string JsonText(const std::string& text) {
-    std::string quoted = "\"";
-    for (const char c : text) {
-        if (c == '"' || c == '\\') {
-            quoted += '\\';
-            quoted += c;
-        } else if (static_cast<unsigned char>(c) < ' ') {
-            std::array<char, 8> escaped = {};
-            std::snprintf(escaped.data(), escaped.size(), "\\u%04x", static_cast<unsigned>(c));
-            quoted += escaped.data();
-        } else {
-            quoted += c;
-        }
-    }
-    return quoted + "\"";
-}
-
 std::string JsonLine(const AlarmChange& change, const std::string& camera) {
-    const std::string kind =
-        change.input ? "\"alarm-input\",\"input\":" + std::to_string(*change.input) : "\"motion\"";
-    return "{\"time\":\"" + TimeText(change.time, gmtime_r) + "Z\",\"camera\":" + JsonText(camera) +
-           ",\"kind\":" + kind + ",\"state\":" + (change.active ? "true" : "false") + "}\n";
+    using Json = nlohmann::ordered_json;
+    Json line = {{"time", TimeText(change.time, gmtime_r) + "Z"}, {"camera", camera}};
+    if (change.input) {
+        line["kind"] = "alarm-input";
+        line["input"] = *change.input;
+    } else {
+        line["kind"] = "motion";
+    }
+    line["state"] = change.active;
+    // What is not UTF-8 must not end the watch.
+    return line.dump(-1, ' ', false, Json::error_handler_t::replace) + "\n";
 }
 
 std::string Padded(std::string text, std::size_t width) {
