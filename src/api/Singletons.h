@@ -5,7 +5,7 @@
 #define ONVIF_CLIENT_API_SINGLETONS_H
 
 #include "api/HttpClientManager.h"
-#include "events/EventController.h"
+#include "events/OnvifEvent.h"
 
 namespace onvif_client {
 

@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "api/HttpClientManager.h"
-#include "events/EventController.h"
+#include "events/OnvifEvent.h"
 #include "platform/Clock.h"
 #include "platform/Wirelink.h"
 #include "system/AlarmObserver.h"

@@ -6,8 +6,8 @@
 /// a thread pool talk to the devices (DeviceTasks, DeviceExchanges). What devices answer comes on
 /// the socket layer's threads (EventParse), and so do notifications that devices post
 /// (NotificationReceiver, NotifyDelivery).
-#ifndef ONVIF_CLIENT_EVENTS_EVENTCONTROLLER_H
-#define ONVIF_CLIENT_EVENTS_EVENTCONTROLLER_H
+#ifndef ONVIF_CLIENT_EVENTS_ONVIFEVENT_H
+#define ONVIF_CLIENT_EVENTS_ONVIFEVENT_H
 
 #include <atomic>
 #include <cstdint>

@@ -1,4 +1,4 @@
-#include "events/EventController.h"
+#include "events/OnvifEvent.h"
 
 #include <algorithm>
 #include <cstdio>
