@@ -50,7 +50,7 @@ void CControlLoop::Pass() {
 }
 
 void CControlLoop::Visit(const CDeviceTable::Record& record) {
-    const std::lock_guard visit(record->VisitLock());
+    const CLockGuard visit(record->VisitLock());
     if (record->Removed()) {
         return;
     }
@@ -75,8 +75,8 @@ void CControlLoop::QueueDueTask(const CDeviceTable::Record& record) {
     bool queued = false;
     if (record->TakeRenewal(now)) {
         queued = tasks_.QueueTask(record, DeviceTask::kRenew);
-    } else if (record->ResubscriptionIsDue(CalendarSeconds())) {
-        queued = QueueResubscription(record);
+    } else if (const auto due = record->SubscriptionDue(CalendarSeconds())) {
+        queued = QueueResubscription(record, *due);
     }
     if (!queued && record->TakePull(now)) {
         queued = tasks_.QueueTask(record, DeviceTask::kPull);
@@ -86,13 +86,13 @@ void CControlLoop::QueueDueTask(const CDeviceTable::Record& record) {
     }
 }
 
-bool CControlLoop::QueueResubscription(const CDeviceTable::Record& record) {
-    const std::int64_t subscribedAt = record->SubscribedAt();
-    const std::size_t kind = record->Answers() ? 0 : 1;
-    if (subscribedAt <= turns_[kind] && tasks_.QueueTask(record, DeviceTask::kResubscribe)) {
+bool CControlLoop::QueueResubscription(const CDeviceTable::Record& record,
+                                       const DueSubscription& due) {
+    const std::size_t kind = due.answers ? 0 : 1;
+    if (due.lastAttempt <= turns_[kind] && tasks_.QueueTask(record, DeviceTask::kResubscribe)) {
         return true;
     }
-    nextTurns_[kind] = std::min(nextTurns_[kind], subscribedAt);
+    nextTurns_[kind] = std::min(nextTurns_[kind], due.lastAttempt);
     return false;
 }
 

@@ -51,7 +51,7 @@ class CControlLoop {
     void QueueDueTask(const CDeviceTable::Record& record);
     /// Not every subscription that is due can be made at once: the longest due go first, among the
     /// devices that answer and among the others.
-    bool QueueResubscription(const CDeviceTable::Record& record);
+    bool QueueResubscription(const CDeviceTable::Record& record, const DueSubscription& due);
 
     CDeviceTable& devices_;
     ITaskQueue& tasks_;

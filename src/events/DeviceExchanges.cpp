@@ -4,7 +4,6 @@
 #include <string>
 #include <string_view>
 
-#include "events/EventParse.h"
 #include "platform/Clock.h"
 #include "platform/Corekit.h"
 #include "platform/Wirelink.h"
@@ -116,7 +115,7 @@ void Renew(EventDeviceRecord& record, ISessionSource& sessions) {
 
 void SendPull(EventDeviceRecord& record, ISessionSource& sessions) {
     record.CloseConnection();
-    record.MarkPulled();
+    record.BeginPull();
     const HttpRequest request = BuildPullRequest(record, sessions);
     bool done = request.text.empty();
     for (int i = 0; i < kConnectionTries && !done; ++i) {

@@ -53,7 +53,7 @@ std::vector<CDeviceTable::Record> CDeviceTable::Posting() const {
     std::vector<Record> posting;
     const std::lock_guard guard(tableLock_);
     for (const auto& [loginId, record] : devices_) {
-        if (record->MayPost()) {
+        if (!record->RenewAddress().empty()) {
             posting.push_back(record);
         }
     }

@@ -2,21 +2,10 @@
 
 #include <utility>
 
-#include "events/EventParse.h"
-#include "events/Ticks.h"
 #include "platform/Clock.h"
 #include "platform/Wirelink.h"
 
 namespace onvif_client {
-
-namespace {
-
-constexpr std::int32_t kPullTimeoutMs = 60000;
-constexpr std::int32_t kRenewalMs = (static_cast<std::int32_t>(kSubscriptionSeconds) - 8) * 1000;
-/// Far less than the time that is asked for: a device that forgot its subscriptions is back soon.
-constexpr std::int64_t kResubscriptionSeconds = 100;
-
-}  // namespace
 
 EventDeviceRecord::EventDeviceRecord(ISessionSource& sessions, std::uint32_t loginId,
                                      CONVIFAlarmStateObserver* observer,
@@ -24,8 +13,8 @@ EventDeviceRecord::EventDeviceRecord(ISessionSource& sessions, std::uint32_t log
     : loginId_(loginId),
       callbackAddress_(std::move(callbackAddress)),
       states_(loginId, observer),
-      lastPullTicks_(TickCount()),
-      parser_(std::make_unique<CEventParse>(*this, sessions)) {}
+      flow_(TickCount()),
+      parser_(*this, sessions, loginId) {}
 
 EventDeviceRecord::~EventDeviceRecord() {
     CloseConnection();
@@ -36,178 +25,117 @@ void EventDeviceRecord::Remove() {
     states_.Silence();
 }
 
-void EventDeviceRecord::AddPulledItems(std::span<const AlarmItem> items) {
-    const std::uint32_t now = TickCount();
-    const std::lock_guard guard(lock_);
-    if (!items.empty() && !sourceFixed_) {
-        sourceFixed_ = true;
-        lastPullTicks_ = now;
-        notifyMode_ = false;
-    }
-    pendingItems_.insert(pendingItems_.end(), items.begin(), items.end());
+bool EventDeviceRecord::Pulls() const {
+    const CLockGuard guard(lock_);
+    return flow_.Pulls();
+}
+
+void EventDeviceRecord::OnPullAnswer(const PullAnswer& answer) {
+    const CLockGuard guard(lock_);
+    subscription_.Limit(answer);
+    pendingItems_.insert(pendingItems_.end(), answer.items.begin(), answer.items.end());
+    flow_.EndPull(!answer.items.empty());
+    subscription_.SetAnswers(true);
 }
 
 void EventDeviceRecord::AddNotifiedItems(std::span<const AlarmItem> items) {
-    const std::lock_guard guard(lock_);
-    if (!notifyMode_ || items.empty()) {
-        return;
+    const CLockGuard guard(lock_);
+    if (!items.empty() && flow_.AcceptPost()) {
+        pendingItems_.insert(pendingItems_.end(), items.begin(), items.end());
     }
-    if (!sourceFixed_) {
-        sourceFixed_ = true;
-        subscribed_ = false;
-    }
-    pendingItems_.insert(pendingItems_.end(), items.begin(), items.end());
 }
 
 std::vector<AlarmItem> EventDeviceRecord::TakeItems() {
-    const std::lock_guard guard(lock_);
+    const CLockGuard guard(lock_);
     return std::exchange(pendingItems_, {});
 }
 
 void EventDeviceRecord::ReturnItems(std::span<const AlarmItem> items) {
-    const std::lock_guard guard(lock_);
+    const CLockGuard guard(lock_);
     pendingItems_.insert(pendingItems_.begin(), items.begin(), items.end());
 }
 
 void EventDeviceRecord::UseNotifications(const std::string& renewAddress) {
-    const std::lock_guard guard(lock_);
-    notifyMode_ = true;
-    renewAddress_ = renewAddress;
-}
-
-bool EventDeviceRecord::MayPost() const {
-    const std::lock_guard guard(lock_);
-    return !renewAddress_.empty();
-}
-
-bool EventDeviceRecord::Pulls() const {
-    const std::lock_guard guard(lock_);
-    return subscribed_;
+    const CLockGuard guard(lock_);
+    flow_.OfferPosts(renewAddress);
 }
 
 std::string EventDeviceRecord::RenewAddress() const {
-    const std::lock_guard guard(lock_);
-    return renewAddress_;
+    const CLockGuard guard(lock_);
+    return flow_.RenewAddress();
 }
 
 bool EventDeviceRecord::TakeRenewal(std::uint32_t now) {
-    const std::lock_guard guard(lock_);
-    if (!notifyMode_ || !HavePassed(now, lastPullTicks_, kRenewalMs)) {
-        return false;
-    }
-    lastPullTicks_ = now;
-    return true;
+    const CLockGuard guard(lock_);
+    return flow_.TakeRenewal(now);
 }
 
 bool EventDeviceRecord::TakePull(std::uint32_t now) {
-    const std::lock_guard guard(lock_);
-    if (!subscribed_ || (!replyComplete_ && !HavePassed(now, lastPullTicks_, kPullTimeoutMs))) {
-        return false;
-    }
-    replyComplete_ = false;
-    lastPullTicks_ = now;
-    return true;
+    const CLockGuard guard(lock_);
+    return flow_.TakePull(now);
 }
 
-bool EventDeviceRecord::ResubscriptionIsDue(std::int64_t calendarNow) const {
-    const std::lock_guard guard(lock_);
-    const std::int64_t passed = calendarNow - subscribeLocalTime_;
-    // Negative: the machine's clock was set back.
-    return subscribed_ && (passed >= kResubscriptionSeconds || passed < 0);
-}
-
-std::int64_t EventDeviceRecord::SubscribedAt() const {
-    const std::lock_guard guard(lock_);
-    return subscribeLocalTime_;
-}
-
-PullPoint EventDeviceRecord::Pull() const {
-    const std::lock_guard guard(lock_);
-    return pull_;
-}
-
-void EventDeviceRecord::BeginSubscribing() {
-    const std::lock_guard guard(lock_);
-    subscriptionStands_ = false;
-    resumed_ = false;
-}
-
-void EventDeviceRecord::EndSubscribing(const std::optional<SubscriptionAnswer>& answer) {
-    const std::int64_t now = CalendarSeconds();
-    const std::lock_guard guard(lock_);
-    subscriptionStands_ = answers_ = answer.has_value();
-    if (answer) {
-        pull_.address = answer->address;
-        pull_.id = answer->id;
-        pull_.idAttribute = answer->idAttribute;
-    }
-    // What a stop of the socket layer broke off is due again since the start after it.
-    subscribeLocalTime_ = !answer && resumed_ ? 0 : now;
-}
-
-void EventDeviceRecord::MarkSilent() {
-    const std::lock_guard guard(lock_);
-    answers_ = false;
+std::optional<DueSubscription> EventDeviceRecord::SubscriptionDue(std::int64_t calendarNow) const {
+    const CLockGuard guard(lock_);
+    return flow_.Pulls() ? subscription_.Due(calendarNow) : std::nullopt;
 }
 
 bool EventDeviceRecord::Answers() const {
-    const std::lock_guard guard(lock_);
-    return answers_;
-}
-
-void EventDeviceRecord::LimitPulls(const std::string& timeout, std::uint16_t messageLimit) {
-    const std::lock_guard guard(lock_);
-    if (!timeout.empty()) {
-        pull_.timeout = timeout;
-    }
-    if (messageLimit != 0) {
-        pull_.messageLimit = messageLimit;
-    }
-}
-
-void EventDeviceRecord::CompleteReply() {
-    const std::lock_guard guard(lock_);
-    replyComplete_ = true;
-    answers_ = true;
-}
-
-void EventDeviceRecord::PullAtOnce() {
-    const std::lock_guard guard(lock_);
-    replyComplete_ = true;
+    const CLockGuard guard(lock_);
+    return subscription_.Answers();
 }
 
 void EventDeviceRecord::Resume() {
     std::uint32_t handle = 0;
     {
-        const std::lock_guard guard(lock_);
+        const CLockGuard guard(lock_);
         handle = connection_;
     }
     int ignored = 0;
-    if (handle == 0 || !WIRELINK_PopConnectResult(handle, ignored, 0)) {
-        PullAtOnce();
+    const bool connected = handle != 0 && WIRELINK_PopConnectResult(handle, ignored, 0);
+    const CLockGuard guard(lock_);
+    if (!connected) {
+        flow_.PullAtOnce();
     }
-    const std::lock_guard guard(lock_);
-    resumed_ = true;
-    if (!subscriptionStands_) {
-        subscribeLocalTime_ = 0;
-    }
+    subscription_.Resume();
 }
 
-void EventDeviceRecord::MarkPulled() {
+void EventDeviceRecord::BeginSubscribing() {
+    const CLockGuard guard(lock_);
+    subscription_.Begin();
+}
+
+void EventDeviceRecord::EndSubscribing(const std::optional<SubscriptionAnswer>& answer) {
+    const std::int64_t now = CalendarSeconds();
+    const CLockGuard guard(lock_);
+    subscription_.End(answer, now);
+}
+
+PullPoint EventDeviceRecord::Pull() const {
+    const CLockGuard guard(lock_);
+    return subscription_.Pull();
+}
+
+void EventDeviceRecord::BeginPull() {
     const std::uint32_t now = TickCount();
-    const std::lock_guard guard(lock_);
-    lastPullTicks_ = now;
+    const CLockGuard guard(lock_);
+    flow_.BeginPull(now);
 }
 
 void EventDeviceRecord::SetConnection(std::uint32_t handle) {
-    const std::lock_guard guard(lock_);
+    const CLockGuard guard(lock_);
     connection_ = handle;
+}
+
+void EventDeviceRecord::MarkSilent() {
+    const CLockGuard guard(lock_);
+    subscription_.SetAnswers(false);
 }
 
 void EventDeviceRecord::CloseConnection() {
     std::uint32_t handle = 0;
     {
-        const std::lock_guard guard(lock_);
+        const CLockGuard guard(lock_);
         handle = std::exchange(connection_, 0);
     }
     if (handle != 0) {
@@ -216,9 +144,9 @@ void EventDeviceRecord::CloseConnection() {
         WIRELINK_UnRegisterNode(handle);
         WIRELINK_DestroyHNetCommunication(handle);
     }
-    parser_->Reset();
-    const std::lock_guard guard(lock_);
-    replyComplete_ = false;
+    parser_.Reset();
+    const CLockGuard guard(lock_);
+    flow_.ForgetReply();
 }
 
 }  // namespace onvif_client

@@ -1,9 +1,8 @@
 #include "events/EventParse.h"
 
 #include <cstring>
+#include <string>
 
-#include "events/EventDeviceRecord.h"
-#include "events/EventDocuments.h"
 #include "platform/Corekit.h"
 
 namespace onvif_client {
@@ -14,15 +13,18 @@ constexpr int kEmptyBlockLine = 118;
 
 }  // namespace
 
-CEventParse::CEventParse(EventDeviceRecord& record, ISessionSource& sessions)
-    : record_(record), sessions_(sessions), buffer_(std::make_unique<char[]>(kCapacity)) {}
+CEventParse::CEventParse(IPullSink& sink, ISessionSource& sessions, std::uint32_t loginId)
+    : sink_(sink),
+      sessions_(sessions),
+      loginId_(loginId),
+      buffer_(std::make_unique<char[]>(kCapacity)) {}
 
 std::uint32_t CEventParse::OnData(std::uint32_t, const char* data, std::uint32_t length,
                                   std::uint32_t* wanted) {
     if (wanted != nullptr) {
         *wanted = 0;
     }
-    if (!record_.Pulls()) {
+    if (!sink_.Pulls()) {
         return length;
     }
     if (data == nullptr || length == 0) {
@@ -59,15 +61,12 @@ bool CEventParse::Accumulate(std::string_view block) {
 void CEventParse::HandleReply() {
     std::string result;
     {
-        const CSessionReference reference(sessions_, record_.LoginId());
+        const CSessionReference reference(sessions_, loginId_);
         if (reference.Session() != nullptr) {
             result = reference.Session()->ReadPullReply({buffer_.get(), received_});
         }
     }
-    const PullAnswer answer = ReadPull(result);
-    record_.LimitPulls(answer.maxTimeout, answer.maxMessageLimit);
-    record_.AddPulledItems(answer.items);
-    record_.CompleteReply();
+    sink_.OnPullAnswer(ReadPull(result));
 }
 
 }  // namespace onvif_client

@@ -1,6 +1,5 @@
 /// @file
-/// Collects the reply to a pull from the blocks in which it arrives, and hands what it says to the
-/// device's record.
+/// Collects the reply to a pull from the blocks in which it arrives, and hands on what it says.
 #ifndef ONVIF_CLIENT_EVENTS_EVENTPARSE_H
 #define ONVIF_CLIENT_EVENTS_EVENTPARSE_H
 
@@ -9,13 +8,22 @@
 #include <memory>
 #include <string_view>
 
+#include "events/EventDocuments.h"
 #include "events/HttpMessage.h"
 #include "events/SessionSource.h"
 #include "platform/Wirelink.h"
 
 namespace onvif_client {
 
-class EventDeviceRecord;
+/// Takes the answers to pulls; implemented by the device's record. On the socket layer's threads.
+class IPullSink {
+ public:
+    virtual ~IPullSink() = default;
+    /// @return false when what arrives is of no interest.
+    virtual bool Pulls() const = 0;
+    /// A whole reply came. One that could not be read says nothing, and was an answer all the same.
+    virtual void OnPullAnswer(const PullAnswer& answer) = 0;
+};
 
 /// The data observer of a pull's connection; its callbacks are serial. A reply that is larger than
 /// the buffer, or says nothing of its length, is lost: the pull then runs into its time-out.
@@ -24,7 +32,7 @@ class CEventParse final : public CSocketDataObserver {
     static constexpr std::size_t kCapacity = 32768;
 
     /// Both must outlive the parser.
-    CEventParse(EventDeviceRecord& record, ISessionSource& sessions);
+    CEventParse(IPullSink& sink, ISessionSource& sessions, std::uint32_t loginId);
 
     /// Consumes the whole block.
     std::uint32_t OnData(std::uint32_t handle, const char* data, std::uint32_t length,
@@ -38,8 +46,9 @@ class CEventParse final : public CSocketDataObserver {
     bool Accumulate(std::string_view block);
     void HandleReply();
 
-    EventDeviceRecord& record_;
+    IPullSink& sink_;
     ISessionSource& sessions_;
+    const std::uint32_t loginId_;
     const std::unique_ptr<char[]> buffer_;
     std::size_t received_ = 0;
     MessageFrame frame_;

@@ -27,7 +27,7 @@ thread_local const COnvifEventCtrol* callingObserversOf = nullptr;
 void Remove(const CDeviceTable::Record& record) {
     if (record != nullptr) {
         // Waits for a visit, so that no callback runs afterwards.
-        const std::lock_guard visit(record->VisitLock());
+        const CLockGuard visit(record->VisitLock());
         record->Remove();
     }
 }

@@ -1,10 +1,11 @@
 #include <gtest/gtest.h>
 
+#include <utility>
+
 #include "events/CallbackAddress.h"
 #include "events/EventDocuments.h"
 #include "events/EventParse.h"
 #include "events/NotifyDelivery.h"
-#include "platform/Clock.h"
 
 namespace onvif_client {
 namespace {
@@ -83,28 +84,35 @@ const std::string kReply =
                  "<tt:Data><tt:SimpleItem Name=\"L\" Value=\"true\"/></tt:Data>") +
          "</x:PullMessagesResponse>");
 
-/// What a record's parser made of a reply: "1+" motion active, "2-" alarm input inactive, "." the
-/// reply is complete.
-class CFedParser {
+/// What the parser made of a reply: "1+" motion active, "2-" alarm input inactive, "." the reply is
+/// complete.
+class CFedParser final : private IPullSink {
  public:
-    explicit CFedParser(std::uint32_t loginId = 1) : record_(sessions_, loginId, nullptr, "") {}
+    explicit CFedParser(std::uint32_t loginId = 1) : parser_(*this, sessions_, loginId) {}
 
     std::string Feed(std::string_view block) {
         std::uint32_t wanted = 7;
         const auto length = static_cast<std::uint32_t>(block.size());
-        EXPECT_EQ(record_.Parser().OnData(1, block.data(), length, &wanted), length);
+        EXPECT_EQ(parser_.OnData(1, block.data(), length, &wanted), length);
         EXPECT_EQ(wanted, 0U);
-        std::string made;
-        for (const AlarmItem& item : record_.TakeItems()) {
-            made += std::to_string(static_cast<int>(item.type)) + (item.state ? "+" : "-");
-        }
-        return made + (record_.TakePull(TickCount()) ? "." : "");
+        return std::exchange(made_, "");
     }
-    EventDeviceRecord& Record() { return record_; }
+    void Reset() { parser_.Reset(); }
+    void StopPulling() { pulls_ = false; }
 
  private:
+    bool Pulls() const override { return pulls_; }
+    void OnPullAnswer(const PullAnswer& answer) override {
+        for (const AlarmItem& item : answer.items) {
+            made_ += std::to_string(static_cast<int>(item.type)) + (item.state ? "+" : "-");
+        }
+        made_ += ".";
+    }
+
     COneSession sessions_;
-    EventDeviceRecord record_;
+    bool pulls_ = true;
+    std::string made_;
+    CEventParse parser_;
 };
 
 TEST(EventParse, AReplyIsHandledOnceItIsComplete) {
@@ -114,8 +122,11 @@ TEST(EventParse, AReplyIsHandledOnceItIsComplete) {
         ASSERT_EQ(parser.Feed(reply.substr(0, split)), "") << split;
         ASSERT_EQ(parser.Feed(reply.substr(split)), "1+2-.") << split;
         ASSERT_EQ(parser.Feed(reply), "") << "ignored until the reset";
-        parser.Record().CloseConnection();
+        parser.Reset();
         ASSERT_EQ(parser.Feed(reply), "1+2-.");
+        parser.Reset();
+        parser.StopPulling();
+        ASSERT_EQ(parser.Feed(reply), "");
     }
 }
 

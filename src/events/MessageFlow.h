@@ -1,0 +1,54 @@
+/// @file
+/// How a device's messages come, and when the next pull or renewal is due.
+#ifndef ONVIF_CLIENT_EVENTS_MESSAGEFLOW_H
+#define ONVIF_CLIENT_EVENTS_MESSAGEFLOW_H
+
+#include <cstdint>
+#include <string>
+
+namespace onvif_client {
+
+enum class MessageSource {
+    kPulls,   ///< posts are ignored
+    kEither,  ///< the device is pulled from and may post; what brings items first settles it
+    kPosts,   ///< nothing is pulled any more
+};
+
+/// A value without lock or clock; times are ticks.
+class CMessageFlow {
+ public:
+    explicit CMessageFlow(std::uint32_t now) : askedTicks_(now) {}
+
+    bool Pulls() const { return source_ != MessageSource::kPosts; }
+    bool TakesPosts() const { return source_ != MessageSource::kPulls; }
+
+    /// Lets a device that brought nothing yet post, to a subscription renewed at that address.
+    void OfferPosts(const std::string& renewAddress);
+    /// Empty: the device does not post.
+    const std::string& RenewAddress() const { return renewAddress_; }
+    /// @return false when the items of the post are to be ignored.
+    bool AcceptPost();
+
+    /// A pull is being sent.
+    void BeginPull(std::uint32_t now) { askedTicks_ = now; }
+    /// A whole reply to the pull has come.
+    void EndPull(bool broughtItems);
+    /// The next pull is due, whatever became of the last one.
+    void PullAtOnce() { pullEnded_ = true; }
+    /// Makes ready for the reply to the next pull.
+    void ForgetReply() { pullEnded_ = false; }
+
+    // A true answer counts as done from @p now on.
+    bool TakePull(std::uint32_t now);
+    bool TakeRenewal(std::uint32_t now);
+
+ private:
+    MessageSource source_ = MessageSource::kPulls;
+    bool pullEnded_ = false;
+    std::uint32_t askedTicks_;  // of the last pull or renewal
+    std::string renewAddress_;
+};
+
+}  // namespace onvif_client
+
+#endif
