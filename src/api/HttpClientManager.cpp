@@ -18,7 +18,7 @@ std::uint32_t CHttpClientManager::Login(std::uint32_t loginId, const char* ip, s
         return kNoLoginId;
     }
     if (loginId != kNoLoginId) {
-        const std::lock_guard guard(lock_);
+        const CLockGuard guard(lock_);
         return sessions_.contains(loginId) ? loginId : kNoLoginId;
     }
     auto session = std::make_unique<CHttpClient>(user, password, ip, port);
@@ -30,7 +30,7 @@ std::uint32_t CHttpClientManager::Login(std::uint32_t loginId, const char* ip, s
     if (errorCode != 0) {
         return kNoLoginId;
     }
-    const std::lock_guard guard(lock_);
+    const CLockGuard guard(lock_);
     const std::uint32_t id = lastId_ + 1;
     sessions_.emplace(id, Entry{std::move(session)});
     lastId_ = id;
@@ -39,7 +39,7 @@ std::uint32_t CHttpClientManager::Login(std::uint32_t loginId, const char* ip, s
 
 void CHttpClientManager::Logout(std::uint32_t loginId) {
     std::unique_ptr<CHttpClient> last;
-    const std::lock_guard guard(lock_);
+    const CLockGuard guard(lock_);
     const auto entry = sessions_.find(loginId);
     if (entry != sessions_.end() && !entry->second.loggedOut) {
         entry->second.loggedOut = true;
@@ -68,7 +68,7 @@ bool CHttpClientManager::Set(std::uint32_t loginId, std::string_view request, st
 }
 
 CHttpClient* CHttpClientManager::Acquire(std::uint32_t loginId) {
-    const std::lock_guard guard(lock_);
+    const CLockGuard guard(lock_);
     const auto entry = sessions_.find(loginId);
     if (entry == sessions_.end()) {
         return nullptr;
@@ -79,7 +79,7 @@ CHttpClient* CHttpClientManager::Acquire(std::uint32_t loginId) {
 
 bool CHttpClientManager::Release(std::uint32_t loginId) {
     std::unique_ptr<CHttpClient> last;
-    const std::lock_guard guard(lock_);
+    const CLockGuard guard(lock_);
     const auto entry = sessions_.find(loginId);
     if (entry == sessions_.end()) {
         return false;

@@ -11,11 +11,11 @@
 #include <cstdint>
 #include <map>
 #include <memory>
-#include <mutex>
 #include <string>
 #include <string_view>
 
 #include "events/SessionSource.h"
+#include "platform/Mutex.h"
 
 namespace onvif_client {
 
@@ -42,8 +42,8 @@ class CHttpClientManager final : public ISessionSource {
     bool Set(std::uint32_t loginId, std::string_view request, std::string& result);
 
     // ISessionSource
-    CHttpClient* Acquire(std::uint32_t loginId) override;
-    bool Release(std::uint32_t loginId) override;
+    CHttpClient* Acquire(std::uint32_t loginId) override EXCLUDES(lock_);
+    bool Release(std::uint32_t loginId) override EXCLUDES(lock_);
 
     /// The address of a session's device; empty for an unknown id.
     std::string DeviceAddress(std::uint32_t loginId);
@@ -57,11 +57,11 @@ class CHttpClientManager final : public ISessionSource {
 
     /// Gives one reference back. @return the session when it was the last one, for the caller to
     /// destroy without the lock.
-    std::unique_ptr<CHttpClient> ReleaseLocked(SessionMap::iterator entry);
+    std::unique_ptr<CHttpClient> ReleaseLocked(SessionMap::iterator entry) REQUIRES(lock_);
 
-    std::mutex lock_;  // the registry lock; guards sessions_ and lastId_; before a count lock
-    SessionMap sessions_;
-    std::uint32_t lastId_ = 0;
+    CMutex lock_;  // the registry lock; before a session's count lock
+    SessionMap sessions_ GUARDED_BY(lock_);
+    std::uint32_t lastId_ GUARDED_BY(lock_) = 0;
 };
 
 }  // namespace onvif_client

@@ -6,11 +6,11 @@
 #include <cstdint>
 #include <map>
 #include <memory>
-#include <mutex>
 #include <string_view>
 #include <vector>
 
 #include "events/EventDeviceRecord.h"
+#include "platform/Mutex.h"
 
 namespace onvif_client {
 
@@ -40,9 +40,9 @@ class CDeviceTable {
     std::vector<Record> Posting() const;
 
  private:
-    mutable std::mutex tableLock_;  // guards the members below; before a record's lock
-    std::map<std::uint64_t, Record> devices_;
-    Record visited_;
+    mutable CMutex tableLock_;  // behind the lifecycle lock, before a record's lock
+    std::map<std::uint64_t, Record> devices_ GUARDED_BY(tableLock_);
+    Record visited_ GUARDED_BY(tableLock_);
 };
 
 }  // namespace onvif_client

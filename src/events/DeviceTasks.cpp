@@ -46,13 +46,7 @@ class CDeviceTasks::CTask {
 class CDeviceTasks::CEnding {
  public:
     explicit CEnding(const CTask& task) : task_(task) {}
-    ~CEnding() {
-        Tasks done;  // ends without the lock: it may be the last to hold the record
-        CDeviceTasks& owner = task_.owner;
-        const std::lock_guard guard(owner.lock_);
-        owner.resubscriptions_ -= task_.kind == DeviceTask::kResubscribe ? 1 : 0;
-        done.splice(done.end(), owner.tasks_, task_.place);
-    }
+    ~CEnding() { task_.owner.End(task_); }
     CEnding(const CEnding&) = delete;
     CEnding& operator=(const CEnding&) = delete;
 
@@ -65,7 +59,7 @@ CDeviceTasks::CDeviceTasks(ISessionSource& sessions) : sessions_(sessions) {}
 CDeviceTasks::~CDeviceTasks() = default;
 
 bool CDeviceTasks::QueueTask(std::shared_ptr<EventDeviceRecord> record, DeviceTask task) {
-    const std::lock_guard guard(lock_);
+    const CLockGuard guard(lock_);
     const bool subscribes = task == DeviceTask::kResubscribe;
     const int most = record->Answers() ? kMostResubscriptions : kMostResubscriptions - 1;
     if (subscribes && resubscriptions_ >= most) {
@@ -84,6 +78,13 @@ void CDeviceTasks::Run(void* argument) {
     const CTask& task = *static_cast<CTask*>(argument);
     const CEnding ending(task);
     task.Perform();
+}
+
+void CDeviceTasks::End(const CTask& task) {
+    Tasks done;  // ends without the lock: it may be the last to hold the record
+    const CLockGuard guard(lock_);
+    resubscriptions_ -= task.kind == DeviceTask::kResubscribe ? 1 : 0;
+    done.splice(done.end(), tasks_, task.place);
 }
 
 }  // namespace onvif_client

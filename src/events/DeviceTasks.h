@@ -5,10 +5,10 @@
 
 #include <list>
 #include <memory>
-#include <mutex>
 
 #include "common/ThreadPool.h"
 #include "events/ControlLoop.h"
+#include "platform/Mutex.h"
 
 namespace onvif_client {
 
@@ -33,11 +33,12 @@ class CDeviceTasks final : public ITaskQueue {
     using Tasks = std::list<CTask>;
 
     static void Run(void* argument);
+    void End(const CTask& task);
 
     ISessionSource& sessions_;
-    std::mutex lock_;  // guards the next two; before the pool's lock
-    Tasks tasks_;      // queued or running
-    int resubscriptions_ = 0;
+    CMutex lock_;                    // behind the lifecycle lock, before a record's and the pool's
+    Tasks tasks_ GUARDED_BY(lock_);  // queued or running
+    int resubscriptions_ GUARDED_BY(lock_) = 0;
     CThreadPool pool_;  // ends first: its tasks use the members above
 };
 

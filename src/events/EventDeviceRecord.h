@@ -51,40 +51,40 @@ class EventDeviceRecord final : public IPullSink {
     void Unclaim() { claimed_ = false; }
 
     // Messages; any thread.
-    bool Pulls() const override EXCLUDES(lock_);
-    void OnPullAnswer(const PullAnswer& answer) override EXCLUDES(lock_);
+    bool Pulls() const override;
+    void OnPullAnswer(const PullAnswer& answer) override;
     /// Items of a post; ignored while the device is pulled from.
-    void AddNotifiedItems(std::span<const AlarmItem> items) EXCLUDES(lock_);
-    std::vector<AlarmItem> TakeItems() EXCLUDES(lock_);
+    void AddNotifiedItems(std::span<const AlarmItem> items);
+    std::vector<AlarmItem> TakeItems();
     /// Puts items back that nobody was told of.
-    void ReturnItems(std::span<const AlarmItem> items) EXCLUDES(lock_);
+    void ReturnItems(std::span<const AlarmItem> items);
     /// Lets the device post its messages, to a subscription that is renewed at @p renewAddress. No
     /// device is asked to do so today.
-    void UseNotifications(const std::string& renewAddress) EXCLUDES(lock_);
+    void UseNotifications(const std::string& renewAddress);
     /// The address of a subscription whose messages are posted; empty: the device does not post.
-    std::string RenewAddress() const EXCLUDES(lock_);
+    std::string RenewAddress() const;
 
     // What is due, for the control loop. A task that was taken counts as done from @p now on.
-    bool TakeRenewal(std::uint32_t now) EXCLUDES(lock_);
-    bool TakePull(std::uint32_t now) EXCLUDES(lock_);
-    std::optional<DueSubscription> SubscriptionDue(std::int64_t calendarNow) const EXCLUDES(lock_);
+    bool TakeRenewal(std::uint32_t now);
+    bool TakePull(std::uint32_t now);
+    std::optional<DueSubscription> SubscriptionDue(std::int64_t calendarNow) const;
     /// Whether the device answered what it was asked last.
-    bool Answers() const EXCLUDES(lock_);
+    bool Answers() const;
     /// The socket layer was started. What its last end broke off is due at once: a pull whose
     /// connection is gone, and a subscription that could not be made.
     void Resume() EXCLUDES(lock_);
 
     // For the task that has the record.
-    void BeginSubscribing() EXCLUDES(lock_);
+    void BeginSubscribing();
     /// @param answer  nothing: the device did not subscribe.
-    void EndSubscribing(const std::optional<SubscriptionAnswer>& answer) EXCLUDES(lock_);
-    PullPoint Pull() const EXCLUDES(lock_);
+    void EndSubscribing(const std::optional<SubscriptionAnswer>& answer);
+    PullPoint Pull() const;
     /// A pull is being sent; what it brings goes to the parser.
-    void BeginPull() EXCLUDES(lock_);
+    void BeginPull();
     CEventParse& Parser() { return parser_; }
-    void SetConnection(std::uint32_t handle) EXCLUDES(lock_);
+    void SetConnection(std::uint32_t handle);
     /// The pull found no way to the device.
-    void MarkSilent() EXCLUDES(lock_);
+    void MarkSilent();
     /// Ends the pull in progress, if any, and makes the parser ready for the next reply.
     void CloseConnection() EXCLUDES(lock_);
 

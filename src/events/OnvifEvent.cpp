@@ -44,7 +44,7 @@ COnvifEventCtrol::~COnvifEventCtrol() {
 
 void COnvifEventCtrol::Start() {
     WIRELINK_StartListen(kListenPort, &receiver_, 0, true);
-    const std::lock_guard guard(lifecycleLock_);
+    const CLockGuard guard(lifecycleLock_);
     localAddresses_ = LocalIpv4Addresses();
     // Also under an event thread that runs: the socket layer can have been stopped alone.
     ++starts_;
@@ -68,7 +68,7 @@ void COnvifEventCtrol::Stop() {
     std::unique_ptr<CDeviceTasks> tasks;
     EventThreads ended;
     {
-        const std::lock_guard guard(lifecycleLock_);
+        const CLockGuard guard(lifecycleLock_);
         for (EventThread& each : threads_) {
             each.running = false;
         }
@@ -78,7 +78,7 @@ void COnvifEventCtrol::Stop() {
         }
     }
     if (callingObserversOf == this) {
-        loop_.Interrupt();
+        InterruptPass();
     }
     tasks.reset();
     Join(ended);
@@ -92,8 +92,8 @@ void COnvifEventCtrol::EventThreadMain(void* eventThread) {
 
 void COnvifEventCtrol::Run(const EventThread& own) {
     callingObserversOf = this;
-    Join(TakePredecessors(own));  // without the lock: one of them may wait for it too
-    const std::lock_guard inCharge(loopLock_);
+    Join(TakePredecessors(own));
+    const CLockGuard inCharge(loopLock_);
     while (own.running) {
         loop_.Pass();
         SleepMilliseconds(kPassPauseMs);
@@ -101,7 +101,7 @@ void COnvifEventCtrol::Run(const EventThread& own) {
 }
 
 COnvifEventCtrol::EventThreads COnvifEventCtrol::TakePredecessors(const EventThread& own) {
-    const std::lock_guard guard(lifecycleLock_);
+    const CLockGuard guard(lifecycleLock_);
     const auto place = std::find_if(threads_.begin(), threads_.end(),
                                     [&own](const EventThread& each) { return &each == &own; });
     EventThreads before;
@@ -143,13 +143,13 @@ void COnvifEventCtrol::DeleteDevice(std::uint32_t loginId) {
 }
 
 std::string COnvifEventCtrol::NextCallbackAddress(const std::string& deviceAddress) {
-    const std::lock_guard guard(lifecycleLock_);
+    const CLockGuard guard(lifecycleLock_);
     return CallbackAddress(ClosestAddress(localAddresses_, deviceAddress), kListenPort,
                            nextSubscriptionNumber_++);
 }
 
 bool COnvifEventCtrol::QueueTask(std::shared_ptr<EventDeviceRecord> record, DeviceTask task) {
-    const std::lock_guard guard(lifecycleLock_);
+    const CLockGuard guard(lifecycleLock_);
     return tasks_ != nullptr && tasks_->QueueTask(std::move(record), task);
 }
 

@@ -13,7 +13,6 @@
 #include <cstdint>
 #include <list>
 #include <memory>
-#include <mutex>
 #include <string>
 #include <vector>
 
@@ -22,6 +21,7 @@
 #include "events/NotificationReceiver.h"
 #include "events/NotifyDelivery.h"
 #include "platform/Corekit.h"
+#include "platform/Mutex.h"
 
 class CONVIFAlarmStateObserver;
 
@@ -77,26 +77,30 @@ class COnvifEventCtrol final : private ITaskQueue {
     /// The threads before @p own, which have left the loop; stopped from callbacks, so nobody could
     /// wait for them.
     EventThreads TakePredecessors(const EventThread& own);
-    static void Join(const EventThreads& threads);
+    /// Waits for threads that may want the lock themselves.
+    void Join(const EventThreads& threads) EXCLUDES(lifecycleLock_);
+    /// From inside a callback: its thread holds the loop lock, which no analysis of this function
+    /// can see.
+    void InterruptPass() NO_THREAD_SAFETY_ANALYSIS { loop_.Interrupt(); }
 
     std::string NextCallbackAddress(const std::string& deviceAddress);
     bool QueueTask(std::shared_ptr<EventDeviceRecord> record, DeviceTask task) override;
 
     ISessionSource& sessions_;
     CDeviceTable devices_;
-    CControlLoop loop_;
+    CMutex loopLock_;  // held by the event thread in charge; before every other lock
+    CControlLoop loop_ GUARDED_BY(loopLock_);
     CNotifyDelivery delivery_;
     CNotificationReceiver receiver_;
 
     std::atomic<std::uint32_t> starts_ = 0;  // how often; tells AddDevice of a restart beside it
 
-    std::mutex loopLock_;  // held by the event thread in charge; before every other lock
-
-    std::mutex lifecycleLock_;  // guards the members below; behind a visit lock, before the tasks'
-    std::unique_ptr<CDeviceTasks> tasks_;  // null while stopped
-    EventThreads threads_;                 // the last one is in charge unless stopped
-    std::vector<std::string> localAddresses_;
-    std::uint32_t nextSubscriptionNumber_ = 0;
+    CMutex lifecycleLock_;  // behind a visit lock, before the tasks' and the table's
+    std::unique_ptr<CDeviceTasks> tasks_ GUARDED_BY(lifecycleLock_);  // null while stopped
+    // The last one is in charge unless stopped.
+    EventThreads threads_ GUARDED_BY(lifecycleLock_);
+    std::vector<std::string> localAddresses_ GUARDED_BY(lifecycleLock_);
+    std::uint32_t nextSubscriptionNumber_ GUARDED_BY(lifecycleLock_) = 0;
 };
 
 }  // namespace onvif_client
