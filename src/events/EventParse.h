@@ -31,7 +31,7 @@ class CEventParse final : public CSocketDataObserver {
  public:
     static constexpr std::size_t kCapacity = 32768;
 
-    /// Both must outlive the parser.
+    /// Sink and sessions must outlive the parser.
     CEventParse(IPullSink& sink, ISessionSource& sessions, std::uint32_t loginId);
 
     /// Consumes the whole block.

@@ -19,8 +19,8 @@ class CMessageFlow {
  public:
     explicit CMessageFlow(std::uint32_t now) : askedTicks_(now) {}
 
+    /// Whether the device is pulled from.
     bool Pulls() const { return source_ != MessageSource::kPosts; }
-    bool TakesPosts() const { return source_ != MessageSource::kPulls; }
 
     /// Lets a device that brought nothing yet post, to a subscription renewed at that address.
     void OfferPosts(const std::string& renewAddress);
@@ -43,6 +43,8 @@ class CMessageFlow {
     bool TakeRenewal(std::uint32_t now);
 
  private:
+    bool TakesPosts() const { return source_ != MessageSource::kPulls; }
+
     MessageSource source_ = MessageSource::kPulls;
     bool pullEnded_ = false;
     std::uint32_t askedTicks_;  // of the last pull or renewal

@@ -82,8 +82,7 @@ TEST(Subscription, PullsKeepToTheLimitsOfTheDevice) {
 TEST(MessageFlow, TheFirstSourceSettlesHowMessagesCome) {
     constexpr std::uint32_t kBeforeTheWrap = 0xFFFFFF00U;
     const struct {
-        const char*
-            steps;  // "o" posts are offered, "p" one came, "i" a reply with items, "e" without
+        const char* steps;  // posts are "o" offered, "p" made; a reply is "e" empty, "i" not
         bool pulls;
         bool takesPosts;
     } cases[] = {
