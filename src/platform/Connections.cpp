@@ -2,40 +2,28 @@
 
 #include <poll.h>
 #include <sys/socket.h>
-#include <unistd.h>
 
 #include <cerrno>
 #include <utility>
 
 #include "platform/Immortal.h"
-#include "platform/Reactor.h"
 
 namespace onvif_client {
 
-CDescriptor::~CDescriptor() {
-    if (descriptor_ >= 0) {
-        close(descriptor_);
-    }
-}
-
-CConnection::State CConnection::Poll() {
+ConnectState CConnection::Poll() {
     pollfd polled = {Descriptor(), POLLOUT, 0};
-    State connecting = State::kConnecting;
+    ConnectState connecting = ConnectState::kConnecting;
     if (state_ != connecting || poll(&polled, 1, 0) != 1) {
         return state_;
     }
-    int error = 0;
-    socklen_t size = sizeof error;
-    const bool stands =
-        getsockopt(Descriptor(), SOL_SOCKET, SO_ERROR, &error, &size) == 0 && error == 0;
     // Whoever broke it off meanwhile is right.
-    state_.compare_exchange_strong(connecting, stands ? State::kEstablished : State::kFailed);
+    state_.compare_exchange_strong(connecting, ConnectOutcome(Descriptor()));
     return state_;
 }
 
 std::size_t CConnection::Send(const char* data, std::size_t length, int waitMs,
                               bool& broken) const {
-    broken = state_ == State::kFailed;
+    broken = state_ == ConnectState::kFailed;
     for (bool waited = false; !broken;) {
         const ssize_t sent = send(Descriptor(), data, length, MSG_NOSIGNAL | MSG_DONTWAIT);
         if (sent >= 0) {
@@ -44,7 +32,7 @@ std::size_t CConnection::Send(const char* data, std::size_t length, int waitMs,
         if (errno == EINTR) {
             continue;
         }
-        broken = errno != EAGAIN && errno != EWOULDBLOCK;
+        broken = !WouldHaveWaited();
         if (waited || waitMs == 0) {
             break;
         }
@@ -56,8 +44,8 @@ std::size_t CConnection::Send(const char* data, std::size_t length, int waitMs,
 }
 
 std::size_t CConnection::Receive(char* buffer, std::size_t capacity, bool& closed) const {
-    closed = state_ == State::kFailed;
-    while (state_ == State::kEstablished && capacity > 0) {
+    closed = state_ == ConnectState::kFailed;
+    while (state_ == ConnectState::kEstablished && capacity > 0) {
         const ssize_t received = recv(Descriptor(), buffer, capacity, MSG_DONTWAIT);
         if (received > 0) {
             return static_cast<std::size_t>(received);
@@ -65,14 +53,14 @@ std::size_t CConnection::Receive(char* buffer, std::size_t capacity, bool& close
         if (received < 0 && errno == EINTR) {
             continue;
         }
-        closed = received == 0 || (errno != EAGAIN && errno != EWOULDBLOCK);
+        closed = received == 0 || !WouldHaveWaited();
         break;
     }
     return 0;
 }
 
 void CConnection::Break() {
-    state_ = State::kFailed;
+    state_ = ConnectState::kFailed;
     shutdown(Descriptor(), SHUT_RDWR);
 }
 
@@ -82,7 +70,7 @@ CConnectionTable& CConnectionTable::Instance() {
 }
 
 std::uint32_t CConnectionTable::Add(std::shared_ptr<CConnection> connection) {
-    const std::lock_guard guard(lock_);
+    const CLockGuard guard(lock_);
     do {
         ++lastHandle_;
     } while (lastHandle_ == 0 || entries_.contains(lastHandle_));
@@ -91,20 +79,20 @@ std::uint32_t CConnectionTable::Add(std::shared_ptr<CConnection> connection) {
 }
 
 std::shared_ptr<CConnection> CConnectionTable::Find(std::uint32_t handle) {
-    const std::lock_guard guard(lock_);
+    const CLockGuard guard(lock_);
     const auto entry = entries_.find(handle);
     return entry == entries_.end() ? nullptr : entry->second.connection;
 }
 
 std::shared_ptr<CReadRegistration> CConnectionTable::FindRegistration(std::uint32_t handle) {
-    const std::lock_guard guard(lock_);
+    const CLockGuard guard(lock_);
     const auto entry = entries_.find(handle);
     return entry == entries_.end() ? nullptr : entry->second.registration;
 }
 
 bool CConnectionTable::SetRegistration(std::uint32_t handle,
                                        std::shared_ptr<CReadRegistration> registration) {
-    const std::lock_guard guard(lock_);
+    const CLockGuard guard(lock_);
     const auto entry = entries_.find(handle);
     if (entry == entries_.end() || entry->second.registration != nullptr) {
         return false;
@@ -114,33 +102,24 @@ bool CConnectionTable::SetRegistration(std::uint32_t handle,
 }
 
 std::shared_ptr<CReadRegistration> CConnectionTable::TakeRegistration(std::uint32_t handle) {
-    const std::lock_guard guard(lock_);
+    const CLockGuard guard(lock_);
     const auto entry = entries_.find(handle);
     return entry == entries_.end() ? nullptr : std::exchange(entry->second.registration, nullptr);
 }
 
 ConnectionEntry CConnectionTable::Take(std::uint32_t handle) {
-    const std::lock_guard guard(lock_);
+    const CLockGuard guard(lock_);
     auto node = entries_.extract(handle);
     return node.empty() ? ConnectionEntry{} : std::move(node.mapped());
 }
 
 std::pair<std::uint32_t, ConnectionEntry> CConnectionTable::After(std::uint32_t handle) {
-    const std::lock_guard guard(lock_);
+    const CLockGuard guard(lock_);
     const auto entry = entries_.upper_bound(handle);
     if (entry == entries_.end()) {
         return {};
     }
     return *entry;
-}
-
-void EndConnection(const ConnectionEntry& entry) {
-    if (entry.registration != nullptr) {
-        entry.registration->End();
-    }
-    if (entry.connection != nullptr) {
-        entry.connection->Break();
-    }
 }
 
 }  // namespace onvif_client

@@ -8,36 +8,19 @@
 #include <cstdint>
 #include <map>
 #include <memory>
-#include <mutex>
 #include <utility>
+
+#include "platform/Mutex.h"
+#include "platform/Sockets.h"
 
 namespace onvif_client {
 
 class CReadRegistration;
 
-/// A file descriptor, closed at the end of its owner.
-class CDescriptor {
- public:
-    /// Takes it over; -1 is none.
-    explicit CDescriptor(int descriptor) : descriptor_(descriptor) {}
-    ~CDescriptor();
-    CDescriptor(CDescriptor&& other) noexcept : descriptor_(other.Release()) {}
-    CDescriptor& operator=(CDescriptor&&) = delete;
-
-    int Get() const { return descriptor_; }
-    /// Whoever asks closes it.
-    int Release() { return std::exchange(descriptor_, -1); }
-
- private:
-    int descriptor_;
-};
-
 /// A non-blocking TCP socket, closed when the last user lets go of it. Any thread.
 class CConnection {
  public:
-    enum class State { kConnecting, kEstablished, kFailed };
-
-    CConnection(CDescriptor descriptor, State state)
+    CConnection(CDescriptor descriptor, ConnectState state)
         : descriptor_(std::move(descriptor)), state_(state) {}
     CConnection(const CConnection&) = delete;
     CConnection& operator=(const CConnection&) = delete;
@@ -45,7 +28,7 @@ class CConnection {
     int Descriptor() const { return descriptor_.Get(); }
 
     /// Looks whether a connection that was being made stands by now.
-    State Poll();
+    ConnectState Poll();
 
     /// Sends what the system takes, waiting at most @p waitMs for room.
     /// @return bytes sent; 0 with @p broken set when the connection is no more.
@@ -58,7 +41,7 @@ class CConnection {
 
  private:
     const CDescriptor descriptor_;
-    std::atomic<State> state_;
+    std::atomic<ConnectState> state_;
 };
 
 /// What stands behind a handle.
@@ -87,13 +70,10 @@ class CConnectionTable {
     std::pair<std::uint32_t, ConnectionEntry> After(std::uint32_t handle);
 
  private:
-    std::mutex lock_;  // guards the members below; leaf
-    std::map<std::uint32_t, ConnectionEntry> entries_;
-    std::uint32_t lastHandle_ = 0;
+    CMutex lock_;  // leaf
+    std::map<std::uint32_t, ConnectionEntry> entries_ GUARDED_BY(lock_);
+    std::uint32_t lastHandle_ GUARDED_BY(lock_) = 0;
 };
-
-/// Ends the registration, waiting for its callback, and breaks the connection off.
-void EndConnection(const ConnectionEntry& entry);
 
 }  // namespace onvif_client
 

@@ -1,14 +1,13 @@
 #include <pthread.h>
 
 #include <atomic>
-#include <condition_variable>
 #include <memory>
-#include <mutex>
 #include <string>
 #include <system_error>
 #include <thread>
 
 #include "platform/Corekit.h"
+#include "platform/Mutex.h"
 
 namespace onvif_client {
 
@@ -26,22 +25,28 @@ thread_local std::uint64_t currentThreadId = 0;
 struct CorekitThread {
     enum class State { kSuspended, kResumed, kAbandoned };
 
-    std::uint64_t id = 0;
-    std::string name;
-    CorekitThreadFunction function = nullptr;
-    void* context = nullptr;
-    std::mutex lock;  // guards state; leaf
-    std::condition_variable changed;
-    State state = State::kSuspended;
+    CorekitThread(CorekitThreadFunction run, void* with, const char* shownName, State first)
+        : name(std::string(shownName == nullptr ? "" : shownName).substr(0, kLongestName)),
+          function(run),
+          context(with),
+          state(first) {}
+
+    const std::uint64_t id = ++lastThreadId;
+    const std::string name;
+    const CorekitThreadFunction function;
+    void* const context;
+    CMutex lock;  // leaf
+    CCondition changed;
+    State state GUARDED_BY(lock);
     std::thread thread;
 
     bool Leave(State next) {
-        const std::lock_guard guard(lock);
+        const CLockGuard guard(lock);
         if (state != State::kSuspended) {
             return false;
         }
         state = next;
-        changed.notify_all();
+        changed.NotifyAll();
         return true;
     }
 
@@ -49,8 +54,10 @@ struct CorekitThread {
         currentThreadId = id;
         pthread_setname_np(pthread_self(), name.c_str());
         {
-            std::unique_lock guard(lock);
-            changed.wait(guard, [this] { return state != State::kSuspended; });
+            const CLockGuard guard(lock);
+            while (state == State::kSuspended) {
+                changed.Wait(lock);
+            }
             if (state == State::kAbandoned) {
                 return;
             }
@@ -71,12 +78,9 @@ CorekitThreadHandle COREKIT_CreateRunOneThread(CorekitThreadFunction function, v
         return nullptr;
     }
     try {
-        auto made = std::make_unique<CorekitThread>();
-        made->id = ++lastThreadId;
-        made->name = std::string(name == nullptr ? "" : name).substr(0, kLongestName);
-        made->function = function;
-        made->context = context;
-        made->state = suspended ? CorekitThread::State::kSuspended : CorekitThread::State::kResumed;
+        auto made = std::make_unique<CorekitThread>(
+            function, context, name,
+            suspended ? CorekitThread::State::kSuspended : CorekitThread::State::kResumed);
         made->thread = std::thread(&CorekitThread::Run, made.get());
         return made.release();
     } catch (const std::exception&) {

@@ -3,19 +3,21 @@
 namespace onvif_client {
 
 void CManualResetEvent::Set() {
-    const std::lock_guard guard(lock_);
+    const CLockGuard guard(lock_);
     signalled_ = true;
-    changed_.notify_all();
+    changed_.NotifyAll();
 }
 
 void CManualResetEvent::Reset() {
-    const std::lock_guard guard(lock_);
+    const CLockGuard guard(lock_);
     signalled_ = false;
 }
 
 void CManualResetEvent::Wait() {
-    std::unique_lock guard(lock_);
-    changed_.wait(guard, [this] { return signalled_; });
+    const CLockGuard guard(lock_);
+    while (!signalled_) {
+        changed_.Wait(lock_);
+    }
 }
 
 }  // namespace onvif_client

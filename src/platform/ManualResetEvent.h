@@ -3,8 +3,7 @@
 #ifndef ONVIF_CLIENT_PLATFORM_MANUALRESETEVENT_H
 #define ONVIF_CLIENT_PLATFORM_MANUALRESETEVENT_H
 
-#include <condition_variable>
-#include <mutex>
+#include "platform/Mutex.h"
 
 namespace onvif_client {
 
@@ -18,9 +17,9 @@ class CManualResetEvent {
     void Wait();
 
  private:
-    std::mutex lock_;  // guards signalled_; leaf
-    std::condition_variable changed_;
-    bool signalled_ = false;
+    CMutex lock_;  // leaf
+    CCondition changed_;
+    bool signalled_ GUARDED_BY(lock_) = false;
 };
 
 }  // namespace onvif_client

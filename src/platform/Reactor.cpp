@@ -5,7 +5,6 @@
 
 #include <array>
 #include <cerrno>
-#include <condition_variable>
 #include <thread>
 #include <utility>
 #include <vector>
@@ -17,6 +16,7 @@
 
 #include "platform/Corekit.h"
 #include "platform/Immortal.h"
+#include "platform/Mutex.h"
 #include "platform/SocketLayer.h"
 
 namespace onvif_client {
@@ -49,7 +49,7 @@ class CReactor : public std::enable_shared_from_this<CReactor> {
     /// The reactor in force, started when there is none.
     static std::shared_ptr<CReactor> Get() {
         CCurrent& current = Current();
-        const std::lock_guard guard(current.lock);
+        const CLockGuard guard(current.lock);
         if (current.reactor == nullptr) {
             auto made = std::make_shared<CReactor>();
             made->StartThreads();
@@ -62,7 +62,7 @@ class CReactor : public std::enable_shared_from_this<CReactor> {
         std::shared_ptr<CReactor> stopped;
         {
             CCurrent& current = Current();
-            const std::lock_guard guard(current.lock);
+            const CLockGuard guard(current.lock);
             stopped = std::exchange(current.reactor, nullptr);
         }
         if (stopped == nullptr) {
@@ -82,8 +82,8 @@ class CReactor : public std::enable_shared_from_this<CReactor> {
 
  private:
     struct CCurrent {
-        std::mutex lock;  // guards reactor; leaf
-        std::shared_ptr<CReactor> reactor;
+        CMutex lock;  // leaf
+        std::shared_ptr<CReactor> reactor GUARDED_BY(lock);
     };
     static CCurrent& Current() {
         static CCurrent& current = MakeImmortal<CCurrent>();
@@ -134,30 +134,30 @@ class CAsioReadRegistration final : public CReadRegistration,
           socket_(reactor_->Io(), tcp::v4(), waitedOn) {}
 
     void Start() override {
-        const std::lock_guard guard(lock_);
+        const CLockGuard guard(lock_);
         started_ = true;
         ArmLocked();
     }
 
     void Stop() override {
-        const std::lock_guard guard(lock_);
+        const CLockGuard guard(lock_);
         started_ = false;
     }
 
     void End() override {
-        std::unique_lock guard(lock_);
+        const CLockGuard guard(lock_);
         ended_ = true;
         error_code ignored;
         socket_.close(ignored);
         const auto own = std::this_thread::get_id();
-        changed_.wait(guard, [this, own] {
-            return callbackThread_ == std::thread::id() || callbackThread_ == own;
-        });
+        while (callbackThread_ != std::thread::id() && callbackThread_ != own) {
+            changed_.Wait(lock_);
+        }
     }
 
  private:
     /// Waits for bytes, unless that is going on already.
-    void ArmLocked() {
+    void ArmLocked() REQUIRES(lock_) {
         if (!started_ || ended_ || armed_ || callbackThread_ != std::thread::id()) {
             return;
         }
@@ -171,13 +171,13 @@ class CAsioReadRegistration final : public CReadRegistration,
     }
 
     void OnReadable(const error_code& error) {
-        std::unique_lock guard(lock_);
+        CUniqueLock guard(lock_);
         armed_ = false;
         if (error || ended_ || !started_) {
             return;
         }
         callbackThread_ = std::this_thread::get_id();
-        guard.unlock();
+        guard.Unlock();
 
         std::array<char, 16384> bytes;
         bool closed = false;
@@ -190,9 +190,9 @@ class CAsioReadRegistration final : public CReadRegistration,
             });
         }
 
-        guard.lock();
+        guard.Lock();
         callbackThread_ = std::thread::id();
-        changed_.notify_all();
+        changed_.NotifyAll();
         if (!closed) {
             ArmLocked();
         }
@@ -202,13 +202,14 @@ class CAsioReadRegistration final : public CReadRegistration,
     const std::shared_ptr<CConnection> connection_;
     const std::uint32_t handle_;
     CSocketDataObserver* const observer_;
-    std::mutex lock_;  // guards the members below; leaf, never held during a callback
-    std::condition_variable changed_;
-    tcp::socket socket_;  // only waited on; the bytes are read from the connection
-    bool started_ = false;
-    bool ended_ = false;
-    bool armed_ = false;
-    std::thread::id callbackThread_;
+    CMutex lock_;  // leaf, never held during a callback
+    CCondition changed_;
+    // Only waited on; the bytes are read from the connection.
+    tcp::socket socket_ GUARDED_BY(lock_);
+    bool started_ GUARDED_BY(lock_) = false;
+    bool ended_ GUARDED_BY(lock_) = false;
+    bool armed_ GUARDED_BY(lock_) = false;
+    std::thread::id callbackThread_ GUARDED_BY(lock_);
 };
 
 class CAsioListener final : public CListener, public std::enable_shared_from_this<CAsioListener> {
@@ -223,36 +224,38 @@ class CAsioListener final : public CListener, public std::enable_shared_from_thi
         error_code error;
         const tcp::endpoint endpoint(asio::ip::make_address_v4(address, error), port);
         // Asio would leave the socket to child processes.
-        CDescriptor descriptor(socket(AF_INET, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0));
-        std::unique_lock guard(lock_);
+        CDescriptor descriptor = MakeTcpSocket();
+        const CLockGuard guard(lock_);
         if (!error) acceptor_.assign(endpoint.protocol(), descriptor.Get(), error);
         if (!error) descriptor.Release();
         if (!error) acceptor_.set_option(tcp::acceptor::reuse_address(true), error);
         if (!error) acceptor_.bind(endpoint, error);
         if (!error) acceptor_.listen(tcp::acceptor::max_listen_connections, error);
-        if (!error) AcceptLocked(guard);
+        if (!error) AcceptLocked();
         return !error;
     }
 
     std::uint16_t Port() const override {
-        const std::lock_guard guard(lock_);
+        const CLockGuard guard(lock_);
         error_code ignored;
         return acceptor_.local_endpoint(ignored).port();
     }
 
     void Stop() override {
-        std::unique_lock guard(lock_);
+        const CLockGuard guard(lock_);
         stopped_ = true;
         error_code ignored;
         acceptor_.close(ignored);
         pause_.cancel();
         const int own = servedHere == this ? 1 : 0;
-        changed_.wait(guard, [this, own] { return busy_ <= own; });
+        while (busy_ > own) {
+            changed_.Wait(lock_);
+        }
     }
 
  private:
     /// Waits for the next connection; a thread that has no memory for that tries it until it has.
-    void AcceptLocked(std::unique_lock<std::mutex>& guard) {
+    void AcceptLocked() REQUIRES(lock_) {
         while (!stopped_ && !accepting_ && busy_ < kMostAcceptCallbacks) {
             try {
                 // An async_accept that has no memory for its socket would forget its handler.
@@ -264,34 +267,34 @@ class CAsioListener final : public CListener, public std::enable_shared_from_thi
                                      });
                 accepting_ = true;
             } catch (const std::exception&) {
-                changed_.wait_for(guard, kPauseAfterFailedAccept);
+                changed_.WaitFor(lock_, kPauseAfterFailedAccept);
             }
         }
     }
 
     void OnAcceptable(const error_code& error) {
-        std::unique_lock guard(lock_);
+        const CLockGuard guard(lock_);
         accepting_ = false;
         if (stopped_) {
             return;
         }
         const bool served = !error && ServeLocked();
         if (served || !PauseLocked()) {
-            AcceptLocked(guard);
+            AcceptLocked();
         }
     }
 
     /// False when out of descriptors, threads or memory.
-    bool ServeLocked() {
+    bool ServeLocked() REQUIRES(lock_) {
         CDescriptor descriptor(
             accept4(acceptor_.native_handle(), nullptr, nullptr, SOCK_NONBLOCK | SOCK_CLOEXEC));
-        if (descriptor.Get() < 0) {
-            return errno == EAGAIN || errno == EINTR || errno == ECONNABORTED;
+        if (!descriptor) {
+            return WouldHaveWaited() || errno == EINTR || errno == ECONNABORTED;
         }
         std::uint32_t handle = 0;
         try {
-            handle = CConnectionTable::Instance().Add(std::make_shared<CConnection>(
-                std::move(descriptor), CConnection::State::kEstablished));
+            handle = CConnectionTable::Instance().Add(
+                std::make_shared<CConnection>(std::move(descriptor), ConnectState::kEstablished));
             std::thread([self = shared_from_this(), handle] { self->Serve(handle); }).detach();
         } catch (const std::exception&) {
             if (handle != 0) {
@@ -304,14 +307,14 @@ class CAsioListener final : public CListener, public std::enable_shared_from_thi
     }
 
     /// Lets the next try come after a while. False when there is no memory for that.
-    bool PauseLocked() {
+    bool PauseLocked() REQUIRES(lock_) {
         try {
             pause_.expires_after(kPauseAfterFailedAccept);
             pause_.async_wait([weak = weak_from_this()](const error_code& cancelled) {
                 const auto self = weak.lock();
                 if (self != nullptr && !cancelled) {
-                    std::unique_lock guard(self->lock_);
-                    self->AcceptLocked(guard);
+                    const CLockGuard guard(self->lock_);
+                    self->AcceptLocked();
                 }
             });
         } catch (const std::exception&) {
@@ -324,23 +327,23 @@ class CAsioListener final : public CListener, public std::enable_shared_from_thi
         servedHere = this;
         RunCallback([&] { observer_->OnAccept(handle); });
         servedHere = nullptr;
-        std::unique_lock guard(lock_);
+        const CLockGuard guard(lock_);
         --busy_;
-        changed_.notify_all();
-        AcceptLocked(guard);
+        changed_.NotifyAll();
+        AcceptLocked();
     }
 
     static inline thread_local const CAsioListener* servedHere = nullptr;
 
     const std::shared_ptr<CReactor> reactor_;
     CListenSocketObserver* const observer_;
-    mutable std::mutex lock_;  // guards the members below; before the connection table's
-    std::condition_variable changed_;
-    tcp::acceptor acceptor_;
-    asio::steady_timer pause_;
-    bool accepting_ = false;
-    bool stopped_ = false;
-    int busy_ = 0;
+    mutable CMutex lock_;  // before the connection table's
+    CCondition changed_;
+    tcp::acceptor acceptor_ GUARDED_BY(lock_);
+    asio::steady_timer pause_ GUARDED_BY(lock_);
+    bool accepting_ GUARDED_BY(lock_) = false;
+    bool stopped_ GUARDED_BY(lock_) = false;
+    int busy_ GUARDED_BY(lock_) = 0;
 };
 
 }  // namespace
@@ -350,7 +353,7 @@ std::shared_ptr<CReadRegistration> CReadRegistration::Make(std::shared_ptr<CConn
                                                            CSocketDataObserver* observer) {
     // Asio closes what it waits on; the connection keeps its own descriptor.
     CDescriptor waitedOn(fcntl(connection->Descriptor(), F_DUPFD_CLOEXEC, 0));
-    if (waitedOn.Get() < 0) {
+    if (!waitedOn) {
         return nullptr;
     }
     try {
@@ -370,6 +373,15 @@ std::shared_ptr<CListener> CListener::Make(const char* address, std::uint16_t po
         return listener->Open(address, port) ? listener : nullptr;
     } catch (const std::exception&) {
         return nullptr;
+    }
+}
+
+void EndConnection(const ConnectionEntry& entry) {
+    if (entry.registration != nullptr) {
+        entry.registration->End();
+    }
+    if (entry.connection != nullptr) {
+        entry.connection->Break();
     }
 }
 

@@ -46,6 +46,9 @@ class CListener {
     virtual void Stop() = 0;
 };
 
+/// Ends the registration, waiting for its callback, and breaks the connection off.
+void EndConnection(const ConnectionEntry& entry);
+
 /// Ends the background threads; those who wait must have ended before. The next waiter starts new
 /// ones.
 void StopReactor();

@@ -23,61 +23,71 @@ CSocketLayer& CSocketLayer::Instance() {
 CSocketLayer::CSocketLayer() : abortDescriptor_(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {}
 
 bool CSocketLayer::Start() {
-    std::unique_lock guard(lock_);
-    // Whoever stops the layer waits for its callbacks, so these must not wait for the stop.
-    changed_.wait(guard, [this] { return !stopping_ || callbackDepth > 0; });
+    const CLockGuard guard(lock_);
+    WaitForStopLocked();
     running_ = !stopping_ && abortDescriptor_ >= 0;
     return running_;
 }
 
 void CSocketLayer::Stop(const std::function<void()>& cleanUp) {
-    std::unique_lock guard(lock_);
+    CUniqueLock guard(lock_);
     if (!running_) {
-        changed_.wait(guard, [this] { return !stopping_ || callbackDepth > 0; });
-        WaitForCallbacks(guard);
+        WaitForStopLocked();
+        WaitForCallbacksLocked();
         return;
     }
     running_ = false;
     stopping_ = true;
     eventfd_write(abortDescriptor_, 1);
-    changed_.wait(guard, [this] { return inside_ == 0; });
+    while (inside_ > 0) {
+        changed_.Wait(lock_);
+    }
     eventfd_t drained = 0;
     eventfd_read(abortDescriptor_, &drained);
-    guard.unlock();
+    guard.Unlock();
     try {
         cleanUp();
     } catch (...) {
         // Whoever waits for the end of the stop goes on all the same.
         COREKIT_AbnormalOutput("ASSERT", "Wirelink", kCleanUpThrewLine);
     }
-    guard.lock();
+    guard.Lock();
     stopping_ = false;
-    changed_.notify_all();
-    WaitForCallbacks(guard);
+    changed_.NotifyAll();
+    WaitForCallbacksLocked();
 }
 
-void CSocketLayer::WaitForCallbacks(std::unique_lock<std::mutex>& guard) {
-    changed_.wait(guard, [this] { return callbacks_ == 0 || callbackDepth > 0; });
+void CSocketLayer::WaitForStopLocked() {
+    // Whoever stops the layer waits for its callbacks, so these must not wait for the stop.
+    while (stopping_ && callbackDepth == 0) {
+        changed_.Wait(lock_);
+    }
+}
+
+void CSocketLayer::WaitForCallbacksLocked() {
+    while (callbacks_ > 0 && callbackDepth == 0) {
+        changed_.Wait(lock_);
+    }
 }
 
 CSocketLayer::CCallback::CCallback() {
     ++callbackDepth;
     CSocketLayer& layer = Instance();
-    const std::lock_guard guard(layer.lock_);
+    const CLockGuard guard(layer.lock_);
     ++layer.callbacks_;
 }
 
 CSocketLayer::CCallback::~CCallback() {
     --callbackDepth;
     CSocketLayer& layer = Instance();
-    const std::lock_guard guard(layer.lock_);
+    const CLockGuard guard(layer.lock_);
     if (--layer.callbacks_ == 0) {
-        layer.changed_.notify_all();
+        layer.changed_.NotifyAll();
     }
 }
 
 CSocketLayer::CVisit CSocketLayer::Enter() {
-    const std::lock_guard guard(lock_);
+    const CLockGuard guard(lock_);
     if (running_) {
         ++inside_;
     }
@@ -88,9 +98,9 @@ CSocketLayer::CVisit::~CVisit() {
     if (!inside_) {
         return;
     }
-    const std::lock_guard guard(layer_.lock_);
+    const CLockGuard guard(layer_.lock_);
     if (--layer_.inside_ == 0 && layer_.stopping_) {
-        layer_.changed_.notify_all();
+        layer_.changed_.NotifyAll();
     }
 }
 

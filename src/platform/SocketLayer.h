@@ -3,9 +3,9 @@
 #ifndef ONVIF_CLIENT_PLATFORM_SOCKETLAYER_H
 #define ONVIF_CLIENT_PLATFORM_SOCKETLAYER_H
 
-#include <condition_variable>
 #include <functional>
-#include <mutex>
+
+#include "platform/Mutex.h"
 
 namespace onvif_client {
 
@@ -56,15 +56,16 @@ class CSocketLayer {
     int AbortDescriptor() const { return abortDescriptor_; }
 
  private:
-    void WaitForCallbacks(std::unique_lock<std::mutex>& guard);
+    void WaitForStopLocked() REQUIRES(lock_);
+    void WaitForCallbacksLocked() REQUIRES(lock_);
 
     const int abortDescriptor_;
-    std::mutex lock_;  // guards the members below; leaf
-    std::condition_variable changed_;
-    bool running_ = false;
-    bool stopping_ = false;
-    unsigned int inside_ = 0;
-    unsigned int callbacks_ = 0;
+    CMutex lock_;  // leaf
+    CCondition changed_;
+    bool running_ GUARDED_BY(lock_) = false;
+    bool stopping_ GUARDED_BY(lock_) = false;
+    unsigned int inside_ GUARDED_BY(lock_) = 0;
+    unsigned int callbacks_ GUARDED_BY(lock_) = 0;
 };
 
 }  // namespace onvif_client

@@ -1,9 +1,4 @@
-#include <arpa/inet.h>
-#include <netinet/in.h>
-#include <sys/socket.h>
-
 #include <algorithm>
-#include <cerrno>
 #include <climits>
 #include <exception>
 #include <utility>
@@ -30,23 +25,19 @@ std::size_t Bounded(std::uint32_t length) {
 }  // namespace
 
 std::uint32_t WIRELINK_AddConnect(std::uint32_t, const char* ip, unsigned short port) {
-    sockaddr_in address = {};
-    address.sin_family = AF_INET;
-    address.sin_port = htons(port);
+    const auto address = Ipv4Address(ip, port);
     const CSocketLayer::CVisit visit = CSocketLayer::Instance().Enter();
-    if (!visit || ip == nullptr || inet_pton(AF_INET, ip, &address.sin_addr) != 1) {
+    if (!visit || !address) {
         return 0;
     }
-    CDescriptor descriptor(socket(AF_INET, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0));
-    if (descriptor.Get() < 0) {
+    CDescriptor descriptor = MakeTcpSocket();
+    if (!descriptor) {
         return 0;
     }
     try {
         auto connection =
-            std::make_shared<CConnection>(std::move(descriptor), CConnection::State::kConnecting);
-        if (connect(connection->Descriptor(), reinterpret_cast<const sockaddr*>(&address),
-                    sizeof address) != 0 &&
-            errno != EINPROGRESS) {
+            std::make_shared<CConnection>(std::move(descriptor), ConnectState::kConnecting);
+        if (StartConnecting(connection->Descriptor(), *address) == ConnectState::kFailed) {
             connection->Break();
         }
         return CConnectionTable::Instance().Add(std::move(connection));
@@ -61,9 +52,9 @@ bool WIRELINK_PopConnectResult(std::uint32_t handle, int& result, std::uint32_t)
     if (connection == nullptr) {
         return false;
     }
-    const CConnection::State state = connection->Poll();
-    if (state != CConnection::State::kConnecting) {
-        result = state == CConnection::State::kEstablished ? 1 : -1;
+    const ConnectState state = connection->Poll();
+    if (state != ConnectState::kConnecting) {
+        result = state == ConnectState::kEstablished ? 1 : -1;
     }
     return true;
 }
@@ -108,7 +99,7 @@ bool WIRELINK_RegisterNode(std::uint32_t handle, CSocketDataObserver* observer,
     const CSocketLayer::CVisit visit = CSocketLayer::Instance().Enter();
     auto connection = CConnectionTable::Instance().Find(handle);
     if (!visit || observer == nullptr || connection == nullptr ||
-        connection->Poll() != CConnection::State::kEstablished) {
+        connection->Poll() != ConnectState::kEstablished) {
         return false;
     }
     auto registration = CReadRegistration::Make(std::move(connection), handle, observer);

@@ -1,8 +1,5 @@
-#include <arpa/inet.h>
-#include <netinet/in.h>
 #include <poll.h>
 #include <sys/socket.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
@@ -12,6 +9,7 @@
 #include <string_view>
 
 #include "platform/SocketLayer.h"
+#include "platform/Sockets.h"
 #include "platform/Wirelink.h"
 
 namespace onvif_client {
@@ -25,41 +23,29 @@ using SteadyClock = std::chrono::steady_clock;
 class CExchangeSocket {
  public:
     CExchangeSocket(int abortDescriptor, unsigned int timeoutMs)
-        : descriptor_(socket(AF_INET, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0)),
+        : descriptor_(MakeTcpSocket()),
           abortDescriptor_(abortDescriptor),
           deadline_(SteadyClock::now() + std::chrono::milliseconds(timeoutMs)) {}
-    ~CExchangeSocket() {
-        if (descriptor_ >= 0) {
-            close(descriptor_);
-        }
-    }
-    CExchangeSocket(const CExchangeSocket&) = delete;
-    CExchangeSocket& operator=(const CExchangeSocket&) = delete;
 
     bool Connect(const sockaddr_in& address) const {
-        if (descriptor_ < 0) {
+        if (!descriptor_) {
             return false;
         }
-        if (connect(descriptor_, reinterpret_cast<const sockaddr*>(&address), sizeof address) ==
-            0) {
-            return true;
+        ConnectState state = StartConnecting(descriptor_.Get(), address);
+        if (state == ConnectState::kConnecting && Wait(POLLOUT)) {
+            state = ConnectOutcome(descriptor_.Get());
         }
-        if (errno != EINPROGRESS || !Wait(POLLOUT)) {
-            return false;
-        }
-        int error = 0;
-        socklen_t size = sizeof error;
-        return getsockopt(descriptor_, SOL_SOCKET, SO_ERROR, &error, &size) == 0 && error == 0;
+        return state == ConnectState::kEstablished;
     }
 
     bool SendAll(std::string_view data) const {
         while (!data.empty()) {
-            const ssize_t sent = send(descriptor_, data.data(), data.size(), MSG_NOSIGNAL);
+            const ssize_t sent = send(descriptor_.Get(), data.data(), data.size(), MSG_NOSIGNAL);
             if (sent > 0) {
                 data.remove_prefix(static_cast<std::size_t>(sent));
             } else if (errno == EINTR) {
                 continue;
-            } else if ((errno != EAGAIN && errno != EWOULDBLOCK) || !Wait(POLLOUT)) {
+            } else if (!WouldHaveWaited() || !Wait(POLLOUT)) {
                 return false;
             }
         }
@@ -69,11 +55,11 @@ class CExchangeSocket {
     /// @return the number of bytes received; 0 at the end of the data, whatever ended it.
     std::size_t Receive(char* buffer, std::size_t capacity) const {
         while (Wait(POLLIN)) {
-            const ssize_t received = recv(descriptor_, buffer, capacity, 0);
+            const ssize_t received = recv(descriptor_.Get(), buffer, capacity, 0);
             if (received >= 0) {
                 return static_cast<std::size_t>(received);
             }
-            if (errno != EAGAIN && errno != EWOULDBLOCK && errno != EINTR) {
+            if (!WouldHaveWaited() && errno != EINTR) {
                 break;
             }
         }
@@ -83,7 +69,7 @@ class CExchangeSocket {
  private:
     /// @return false at the deadline and when the layer stops.
     bool Wait(short events) const {
-        pollfd polled[] = {{descriptor_, events, 0}, {abortDescriptor_, POLLIN, 0}};
+        pollfd polled[] = {{descriptor_.Get(), events, 0}, {abortDescriptor_, POLLIN, 0}};
         for (;;) {
             const auto left =
                 std::chrono::ceil<std::chrono::milliseconds>(deadline_ - SteadyClock::now());
@@ -101,7 +87,7 @@ class CExchangeSocket {
         }
     }
 
-    const int descriptor_;
+    const CDescriptor descriptor_;
     const int abortDescriptor_;
     const SteadyClock::time_point deadline_;
 };
@@ -135,11 +121,8 @@ int WIRELINK_SimpleClientComm(const char* ip, unsigned short port, const char* r
                               unsigned int requestLength, char* replyBuffer,
                               unsigned int replyCapacity, const char* endMarker,
                               unsigned int timeoutMs) {
-    sockaddr_in address = {};
-    address.sin_family = AF_INET;
-    address.sin_port = htons(port);
-    if (ip == nullptr || request == nullptr || replyBuffer == nullptr || replyCapacity == 0 ||
-        inet_pton(AF_INET, ip, &address.sin_addr) != 1) {
+    const auto address = Ipv4Address(ip, port);
+    if (!address || request == nullptr || replyBuffer == nullptr || replyCapacity == 0) {
         return -1;
     }
     CSocketLayer& layer = CSocketLayer::Instance();
@@ -148,7 +131,7 @@ int WIRELINK_SimpleClientComm(const char* ip, unsigned short port, const char* r
         return -1;
     }
     const CExchangeSocket socket(layer.AbortDescriptor(), timeoutMs);
-    if (!socket.Connect(address) || !socket.SendAll({request, requestLength})) {
+    if (!socket.Connect(*address) || !socket.SendAll({request, requestLength})) {
         return -1;
     }
     return static_cast<int>(

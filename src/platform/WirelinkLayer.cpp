@@ -1,11 +1,11 @@
 #include <cstdlib>
 #include <map>
 #include <memory>
-#include <mutex>
 #include <utility>
 
 #include "platform/Connections.h"
 #include "platform/Immortal.h"
+#include "platform/Mutex.h"
 #include "platform/Reactor.h"
 #include "platform/SocketLayer.h"
 #include "platform/Wirelink.h"
@@ -28,7 +28,7 @@ class CListenerTable {
     }
 
     bool Add(std::uint16_t port, CListenSocketObserver* observer) {
-        const std::lock_guard guard(lock_);
+        const CLockGuard guard(lock_);
         if (listeners_.contains(port)) {
             return false;
         }
@@ -37,19 +37,19 @@ class CListenerTable {
     }
 
     std::shared_ptr<CListener> Take(std::uint16_t port) {
-        const std::lock_guard guard(lock_);
+        const CLockGuard guard(lock_);
         auto node = listeners_.extract(port);
         return node.empty() ? nullptr : std::move(node.mapped());
     }
 
     std::map<std::uint16_t, std::shared_ptr<CListener>> TakeAll() {
-        const std::lock_guard guard(lock_);
+        const CLockGuard guard(lock_);
         return std::exchange(listeners_, {});
     }
 
  private:
-    std::mutex lock_;  // guards listeners_; before the reactor's locks
-    std::map<std::uint16_t, std::shared_ptr<CListener>> listeners_;
+    CMutex lock_;  // before the reactor's locks
+    std::map<std::uint16_t, std::shared_ptr<CListener>> listeners_ GUARDED_BY(lock_);
 };
 
 /// Ends everything in the background. Connections are broken off first, so that whoever waits in a
