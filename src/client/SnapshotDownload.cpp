@@ -32,34 +32,6 @@ constexpr int kTooLongLine = 1523;
 
 }  // namespace
 
-/// The connection of one attempt.
-class CSnapshotDownload::CConnection {
- public:
-    CConnection(const char* ip, std::uint16_t port) : handle_(WIRELINK_AddConnect(0, ip, port)) {
-        if (handle_ < 1) {
-            COREKIT_AbnormalOutput("ASSERT", kSource, kConnectLine);
-        }
-        int result = 0;
-        for (int poll = 0; poll < kConnectPolls; ++poll) {
-            if (!WIRELINK_PopConnectResult(handle_, result, 0) || result != 0) {
-                break;
-            }
-            SleepMilliseconds(kConnectPollMs);
-        }
-    }
-    ~CConnection() {
-        WIRELINK_DelConnect(handle_);
-        WIRELINK_DestroyHNetCommunication(handle_);
-    }
-    CConnection(const CConnection&) = delete;
-    CConnection& operator=(const CConnection&) = delete;
-
-    std::uint32_t Handle() const { return handle_; }
-
- private:
-    const std::uint32_t handle_;
-};
-
 CSnapshotDownload::CSnapshotDownload(const std::string& ip, const Credentials& credentials,
                                      std::string_view address)
     : ip_(ip), credentials_(credentials), address_(ParseSnapshotAddress(address)) {}
@@ -71,20 +43,24 @@ void CSnapshotDownload::Run(ResponseBuffer& picture) {
 }
 
 void CSnapshotDownload::Attempt(ResponseBuffer& picture) {
-    CConnection connection(ip_.c_str(), address_.port);
+    const CWirelinkHandle connection(WIRELINK_AddConnect(0, ip_.c_str(), address_.port));
+    if (!connection) {
+        COREKIT_AbnormalOutput("ASSERT", kSource, kConnectLine);
+    }
+    connection.AwaitConnected(kConnectPolls, kConnectPollMs);
     if (SendRequest(connection)) {
         Receive(connection, picture);
     }
 }
 
-bool CSnapshotDownload::SendRequest(CConnection& connection) const {
+bool CSnapshotDownload::SendRequest(const CWirelinkHandle& connection) const {
     const std::string request = BuildSnapshotRequest(address_, credentials_, challenge_);
     const std::uint32_t began = TickCount();
     std::size_t sent = 0;
     while (sent < request.size()) {
         bool error = false;
         sent += static_cast<std::size_t>(
-            WIRELINK_Send_Immediate(connection.Handle(), request.data() + sent,
+            WIRELINK_Send_Immediate(connection.Get(), request.data() + sent,
                                     static_cast<std::uint32_t>(request.size() - sent), error));
         if (error || TickCount() - began > kAttemptMs) {
             return false;
@@ -93,13 +69,13 @@ bool CSnapshotDownload::SendRequest(CConnection& connection) const {
     return true;
 }
 
-void CSnapshotDownload::Receive(CConnection& connection, ResponseBuffer& picture) {
+void CSnapshotDownload::Receive(const CWirelinkHandle& connection, ResponseBuffer& picture) {
     const std::uint32_t began = TickCount();
     std::string header;
     char chunk[kChunk];
     for (bool goesOn = true; goesOn;) {
         bool closed = false;
-        const int received = WIRELINK_Recv_Immediate(connection.Handle(), chunk, kChunk, &closed);
+        const int received = WIRELINK_Recv_Immediate(connection.Get(), chunk, kChunk, &closed);
         if (received >= 1) {
             const std::string_view bytes(chunk, static_cast<std::size_t>(received));
             goesOn = final_ ? AddToPicture(bytes, picture) : AddToHeader(bytes, header, picture);

@@ -9,6 +9,7 @@
 
 #include "client/SnapshotRequest.h"
 #include "commands/ResponseBuffer.h"
+#include "platform/WirelinkHandle.h"
 
 namespace onvif_client {
 
@@ -29,11 +30,9 @@ class CSnapshotDownload {
     void Run(ResponseBuffer& picture);
 
  private:
-    class CConnection;
-
     void Attempt(ResponseBuffer& picture);
-    bool SendRequest(CConnection& connection) const;
-    void Receive(CConnection& connection, ResponseBuffer& picture);
+    bool SendRequest(const CWirelinkHandle& connection) const;
+    void Receive(const CWirelinkHandle& connection, ResponseBuffer& picture);
     /// Looks at the reply once its header is complete.
     /// @return true when a picture follows, and @p picture is ready for it.
     bool ReadHeader(std::string_view header, ResponseBuffer& picture);

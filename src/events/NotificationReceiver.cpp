@@ -6,6 +6,7 @@
 #include "events/HttpMessage.h"
 #include "platform/Clock.h"
 #include "platform/Corekit.h"
+#include "platform/WirelinkHandle.h"
 
 namespace onvif_client {
 
@@ -19,17 +20,14 @@ constexpr int kNoRequestLine = 412;
 /// An accepted connection, destroyed at the end of its service.
 class CPoster {
  public:
-    explicit CPoster(std::uint32_t handle) : handle_(handle) {}
-    ~CPoster() { WIRELINK_DestroyHNetCommunication(handle_); }
-    CPoster(const CPoster&) = delete;
-    CPoster& operator=(const CPoster&) = delete;
+    explicit CPoster(std::uint32_t handle) : connection_(handle) {}
 
     /// Appends what arrives next. @return false when nothing more is to be had.
     bool ReadInto(std::string& buffer) {
         char block[kBlock];
         for (;;) {
             bool closed = false;
-            const int received = WIRELINK_Recv_Immediate(handle_, block, kBlock, &closed);
+            const int received = WIRELINK_Recv_Immediate(connection_.Get(), block, kBlock, &closed);
             if (received >= 1) {
                 buffer.append(block, static_cast<std::size_t>(received));
                 return true;
@@ -45,7 +43,7 @@ class CPoster {
         while (!reply.empty()) {
             bool broken = false;
             const int sent = WIRELINK_Send_Immediate(
-                handle_, reply.data(), static_cast<std::uint32_t>(reply.size()), broken);
+                connection_.Get(), reply.data(), static_cast<std::uint32_t>(reply.size()), broken);
             if (broken || (sent < 1 && Failed())) {
                 return;
             }
@@ -58,7 +56,7 @@ class CPoster {
     /// long.
     bool Failed() { return ++failures_ >= kMostFailures; }
 
-    const std::uint32_t handle_;
+    const CWirelinkHandle connection_;
     int failures_ = 0;
 };
 
