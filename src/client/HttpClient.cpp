@@ -59,12 +59,12 @@ bool CHttpClient::Set(std::string_view request, std::string& result) {
 }
 
 int CHttpClient::AddReference() {
-    const std::lock_guard guard(countLock_);
+    const CLockGuard guard(countLock_);
     return ++referenceCount_;
 }
 
 int CHttpClient::ReleaseReference() {
-    const std::lock_guard guard(countLock_);
+    const CLockGuard guard(countLock_);
     if (referenceCount_ <= 0) {
         COREKIT_AbnormalOutput("ASSERT", "HttpClient", kOverReleaseLine);
     }
@@ -72,23 +72,23 @@ int CHttpClient::ReleaseReference() {
 }
 
 std::shared_ptr<const ProfileList> CHttpClient::Profiles() const {
-    const std::lock_guard guard(dataLock_);
+    const CLockGuard guard(dataLock_);
     return profiles_;
 }
 
 void CHttpClient::ReplaceProfiles(ProfileList profiles) {
     auto replaced = std::make_shared<const ProfileList>(std::move(profiles));
-    const std::lock_guard guard(dataLock_);
+    const CLockGuard guard(dataLock_);
     profiles_ = std::move(replaced);
 }
 
 ServiceTable CHttpClient::Services() const {
-    const std::lock_guard guard(dataLock_);
+    const CLockGuard guard(dataLock_);
     return services_;
 }
 
 bool CHttpClient::HasMedia2() const {
-    const std::lock_guard guard(dataLock_);
+    const CLockGuard guard(dataLock_);
     return hasMedia2_;
 }
 
@@ -181,7 +181,7 @@ int CHttpClient::FetchDeviceClock(std::string_view path, std::string& deviceTime
 }
 
 std::string CHttpClient::ResolvePath(std::string_view serviceKey) {
-    const std::lock_guard guard(dataLock_);
+    const CLockGuard guard(dataLock_);
     if (const auto found = services_.find(serviceKey); found != services_.end()) {
         return found->second;
     }

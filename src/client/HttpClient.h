@@ -9,7 +9,6 @@
 
 #include <cstdint>
 #include <memory>
-#include <mutex>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -18,6 +17,7 @@
 #include "client/SoapExchange.h"
 #include "commands/CommandSession.h"
 #include "commands/ResponseBuffer.h"
+#include "platform/Mutex.h"
 
 namespace onvif_client {
 
@@ -113,11 +113,13 @@ class CHttpClient final : public ICommandSession {
     const std::string ip_;
     const std::uint16_t port_;
 
-    mutable std::mutex dataLock_;  // guards the members up to the next blank line; leaf
-    ServiceTable services_;
-    std::optional<std::string> eventsPath_;  // known beside the table: GetServices never yields it
-    std::shared_ptr<const ProfileList> profiles_ = std::make_shared<ProfileList>();
-    bool hasMedia2_ = false;
+    mutable CMutex dataLock_;  // leaf
+    ServiceTable services_ GUARDED_BY(dataLock_);
+    // Known beside the table: GetServices never yields it.
+    std::optional<std::string> eventsPath_ GUARDED_BY(dataLock_);
+    std::shared_ptr<const ProfileList> profiles_ GUARDED_BY(dataLock_) =
+        std::make_shared<ProfileList>();
+    bool hasMedia2_ GUARDED_BY(dataLock_) = false;
 
     // Written by the login only, before other threads see the session.
     std::optional<PtzRanges> ptzRanges_;
@@ -125,8 +127,8 @@ class CHttpClient final : public ICommandSession {
     EventCapabilities eventCapabilities_;
     bool loggedIn_ = false;
 
-    std::mutex countLock_;  // guards referenceCount_; behind the registry lock
-    int referenceCount_ = 1;
+    CMutex countLock_;  // behind the registry lock
+    int referenceCount_ GUARDED_BY(countLock_) = 1;
 };
 
 }  // namespace onvif_client

@@ -73,7 +73,7 @@ int CHttpClient::DiscoverServices() {
     const int failed = listed != status::kSuccess || services.empty()
                            ? DiscoverWithoutServices(services)
                            : CompleteServices(services);
-    const std::lock_guard guard(dataLock_);
+    const CLockGuard guard(dataLock_);
     services_ = std::move(services);
     return failed;
 }
@@ -86,7 +86,7 @@ int CHttpClient::GetServersUrl(ServiceTable& services) {
     }
     const bool media2 = services.contains("media2");
     {
-        const std::lock_guard guard(dataLock_);
+        const CLockGuard guard(dataLock_);
         hasMedia2_ = media2;
     }
     std::printf(media2 ? "\n\n%s,%s:%d , is  h265. \n" : "\n\n%s,%s:%d , is  h264. \n",
@@ -140,7 +140,7 @@ int CHttpClient::CompleteServices(ServiceTable& services) {
         return status::kNoReply;
     }
     if (const auto events = scratch.find("events"); events != scratch.end()) {
-        const std::lock_guard guard(dataLock_);
+        const CLockGuard guard(dataLock_);
         eventsPath_ = events->second;
     }
     for (const CapabilityCategory& category : CapabilityCategories()) {

@@ -1,10 +1,10 @@
 #include "client/SecurityHeader.h"
 
 #include <cstdio>
-#include <mutex>
 
 #include "platform/Clock.h"
 #include "platform/Digests.h"
+#include "platform/Mutex.h"
 #include "transform/TimeResults.h"
 
 namespace onvif_client {
@@ -17,13 +17,13 @@ constexpr const char* kHeader = "s:Envelope/s:Header";
 constexpr const char* kSecurity = "s:Envelope/s:Header/wsse:Security";
 constexpr const char* kToken = "s:Envelope/s:Header/wsse:Security/wsse:UsernameToken";
 
-std::mutex nonceLock;  // guards nonceCounter and keeps tick reads in its order; leaf
-std::uint32_t nonceCounter = 0;
+CMutex nonceLock;  // keeps tick reads in the counter's order, too; leaf
+std::uint32_t nonceCounter GUARDED_BY(nonceLock) = 0;
 
 /// Ticks never go back and the counter always moves, so under one lock the sums only ascend and no
 /// nonce comes twice, whatever number of threads asks.
 std::uint32_t NextNonceValue() {
-    const std::lock_guard guard(nonceLock);
+    const CLockGuard guard(nonceLock);
     ++nonceCounter;
     return TickCount() + nonceCounter;
 }

@@ -21,13 +21,13 @@ constexpr int kThrewLine = 36;
 struct CThreadPool::Worker {
     Worker(bool startsIdle, CorekitThreadHandle own) : idle(startsIdle), thread(own) {}
 
-    bool idle;
+    bool idle;               // guarded by the pool's lock, which the analysis cannot tell from here
     CManualResetEvent wake;  // signalled while the worker has, or may have, a task to take
     const CorekitThreadHandle thread;
 };
 
 CThreadPool::CThreadPool(int initialThreads) {
-    const std::lock_guard guard(lock_);
+    const CLockGuard guard(lock_);
     for (int i = 0; i < initialThreads && CreateWorkerLocked(true); ++i) {
     }
 }
@@ -63,7 +63,7 @@ bool CThreadPool::CreateWorkerLocked(bool idle) {
 }
 
 void CThreadPool::AddTask(TaskFunction function, void* argument) {
-    const std::lock_guard guard(lock_);
+    const CLockGuard guard(lock_);
     if (!running_) {
         return;
     }
@@ -101,7 +101,7 @@ void CThreadPool::Work() {
 }
 
 std::shared_ptr<CThreadPool::Worker> CThreadPool::OwnWorker() const {
-    const std::lock_guard guard(lock_);
+    const CLockGuard guard(lock_);
     const auto found = workers_.find(COREKIT_CurrentThreadID());
     return found == workers_.end() ? nullptr : found->second;
 }
@@ -118,7 +118,7 @@ void CThreadPool::RunTask(const Task& task) {
 }
 
 CThreadPool::Task CThreadPool::TakeTask() {
-    const std::lock_guard guard(lock_);
+    const CLockGuard guard(lock_);
     if (tasks_.empty()) {
         return {};
     }
@@ -128,7 +128,7 @@ CThreadPool::Task CThreadPool::TakeTask() {
 }
 
 void CThreadPool::GoIdle(Worker& worker) {
-    const std::lock_guard guard(lock_);
+    const CLockGuard guard(lock_);
     if (tasks_.empty() && running_) {
         worker.idle = true;
         worker.wake.Reset();
@@ -136,21 +136,21 @@ void CThreadPool::GoIdle(Worker& worker) {
 }
 
 void CThreadPool::Stop() {
-    std::unique_lock guard(lock_);
+    CUniqueLock guard(lock_);
     running_ = false;
     while (!workers_.empty()) {
         const std::shared_ptr<Worker> worker = workers_.begin()->second;
         workers_.erase(workers_.begin());
         worker->wake.Set();
-        guard.unlock();
+        guard.Unlock();
         COREKIT_DestroyThread(worker->thread, kSource, kEndLine);
-        guard.lock();
+        guard.Lock();
     }
     tasks_.clear();
 }
 
 std::size_t CThreadPool::WaitingTasks() const {
-    const std::lock_guard guard(lock_);
+    const CLockGuard guard(lock_);
     return tasks_.size();
 }
 

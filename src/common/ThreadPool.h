@@ -12,9 +12,9 @@
 #include <deque>
 #include <map>
 #include <memory>
-#include <mutex>
 
 #include "platform/Corekit.h"
+#include "platform/Mutex.h"
 
 namespace onvif_client {
 
@@ -62,13 +62,13 @@ class CThreadPool {
     /// Makes the worker wait unless there is a task for it.
     void GoIdle(Worker& worker);
     /// False when there is no other worker to be had.
-    bool CreateWorkerLocked(bool idle);
+    bool CreateWorkerLocked(bool idle) REQUIRES(lock_);
 
     std::atomic<bool> running_ = true;
-    mutable std::mutex lock_;  // guards the members below and what workers are doing; leaf, not
-                               // held while a task runs or a thread is waited for
-    std::deque<Task> tasks_;
-    Workers workers_;
+    // Leaf, not held while a task runs or a thread is waited for.
+    mutable CMutex lock_;
+    std::deque<Task> tasks_ GUARDED_BY(lock_);
+    Workers workers_ GUARDED_BY(lock_);
 };
 
 }  // namespace onvif_client
