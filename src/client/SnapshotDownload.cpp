@@ -1,10 +1,10 @@
 #include "client/SnapshotDownload.h"
 
-#include <algorithm>
 #include <climits>
 #include <cstring>
 #include <new>
 
+#include "common/HttpHead.h"
 #include "common/LogText.h"
 #include "platform/Clock.h"
 #include "platform/Wirelink.h"
@@ -21,7 +21,6 @@ constexpr std::uint32_t kAttemptMs = 5000;
 constexpr std::size_t kChunk = 8191;
 constexpr std::size_t kLongestHeader = 65536;
 constexpr std::uint64_t kLimitWithoutLength = 1048576;
-constexpr std::string_view kHeaderEnd = "\r\n\r\n";
 
 constexpr const char* kSource = "HttpClient";
 constexpr int kConnectLine = 1295;
@@ -71,14 +70,14 @@ bool CSnapshotDownload::SendRequest(const CWirelinkHandle& connection) const {
 
 void CSnapshotDownload::Receive(const CWirelinkHandle& connection, ResponseBuffer& picture) {
     const std::uint32_t began = TickCount();
-    std::string header;
+    CollectedHead head;
     char chunk[kChunk];
     for (bool goesOn = true; goesOn;) {
         bool closed = false;
         const int received = WIRELINK_Recv_Immediate(connection.Get(), chunk, kChunk, &closed);
         if (received >= 1) {
             const std::string_view bytes(chunk, static_cast<std::size_t>(received));
-            goesOn = final_ ? AddToPicture(bytes, picture) : AddToHeader(bytes, header, picture);
+            goesOn = final_ ? AddToPicture(bytes, picture) : AddToHeader(bytes, head, picture);
         } else if (closed || TickCount() - began > kAttemptMs) {
             goesOn = false;
         } else {
@@ -87,16 +86,16 @@ void CSnapshotDownload::Receive(const CWirelinkHandle& connection, ResponseBuffe
     }
 }
 
-bool CSnapshotDownload::AddToHeader(std::string_view bytes, std::string& header,
+bool CSnapshotDownload::AddToHeader(std::string_view bytes, CollectedHead& head,
                                     ResponseBuffer& picture) {
-    const std::size_t searched = std::max(header.size(), kHeaderEnd.size()) - kHeaderEnd.size();
-    header += bytes;
-    const std::size_t end = header.find(kHeaderEnd, searched);
-    if (end == std::string::npos) {
-        return header.size() <= kLongestHeader;
+    head.text += bytes;
+    const std::size_t size = HeadSize(head.text, head.searched);
+    if (size == 0) {
+        return head.text.size() <= kLongestHeader;
     }
-    return ReadHeader(std::string_view(header).substr(0, end), picture) &&
-           AddToPicture(std::string_view(header).substr(end + kHeaderEnd.size()), picture);
+    const std::string_view text = head.text;
+    return ReadHeader(text.substr(0, size - kHeadEnd.size()), picture) &&
+           AddToPicture(text.substr(size), picture);
 }
 
 bool CSnapshotDownload::ReadHeader(std::string_view header, ResponseBuffer& picture) {

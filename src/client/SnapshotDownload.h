@@ -30,6 +30,12 @@ class CSnapshotDownload {
     void Run(ResponseBuffer& picture);
 
  private:
+    /// A reply's header as far as it has come.
+    struct CollectedHead {
+        std::string text;
+        std::size_t searched = 0;
+    };
+
     void Attempt(ResponseBuffer& picture);
     bool SendRequest(const CWirelinkHandle& connection) const;
     void Receive(const CWirelinkHandle& connection, ResponseBuffer& picture);
@@ -37,7 +43,7 @@ class CSnapshotDownload {
     /// @return true when a picture follows, and @p picture is ready for it.
     bool ReadHeader(std::string_view header, ResponseBuffer& picture);
     // Both return false once nothing more is wanted.
-    bool AddToHeader(std::string_view bytes, std::string& header, ResponseBuffer& picture);
+    bool AddToHeader(std::string_view bytes, CollectedHead& head, ResponseBuffer& picture);
     bool AddToPicture(std::string_view bytes, ResponseBuffer& picture) const;
 
     const std::string& ip_;

@@ -2,9 +2,10 @@
 
 #include <algorithm>
 #include <charconv>
-#include <limits>
 
-#include "common/HeaderText.h"
+#include "common/AsciiText.h"
+#include "common/HttpAddress.h"
+#include "common/HttpHead.h"
 #include "platform/Digests.h"
 
 namespace onvif_client {
@@ -16,14 +17,6 @@ constexpr std::size_t kLongestDigestText = 511;
 constexpr std::string_view kNonceCount = "00000001";
 constexpr std::string_view kQop = "auth";
 
-/// Takes the text up to @p separator, and the separator, off the front.
-std::string_view TakeUntil(std::string_view& text, std::string_view separator) {
-    const std::size_t end = text.find(separator);
-    const std::string_view taken = text.substr(0, end);
-    text.remove_prefix(end == std::string_view::npos ? text.size() : end + separator.size());
-    return taken;
-}
-
 std::string_view TakeName(std::string_view& text) {
     text.remove_prefix(std::min(text.find_first_not_of(" \t,"), text.size()));
     return Trim(TakeUntil(text, "="));
@@ -31,7 +24,7 @@ std::string_view TakeName(std::string_view& text) {
 
 /// A quoted value keeps its commas; a backslash in it stands for what follows.
 std::string TakeValue(std::string_view& text) {
-    text.remove_prefix(std::min(text.find_first_not_of(kHeaderBlanks), text.size()));
+    text.remove_prefix(std::min(text.find_first_not_of(kHeadBlanks), text.size()));
     if (!text.starts_with('"')) {
         return std::string(Trim(TakeUntil(text, ",")));
     }
@@ -86,19 +79,6 @@ std::optional<HttpChallenge> ReadChallenge(std::string_view field) {
     return challenge;
 }
 
-/// "401" of "HTTP/1.1 401 Unauthorized"; devices choose the words behind it.
-std::string_view StatusCode(std::string_view statusLine) {
-    TakeUntil(statusLine, " ");
-    return TakeUntil(statusLine, " ");
-}
-
-std::uint64_t ReadLength(std::string_view field) {
-    std::uint64_t length = 0;
-    const auto [end, error] = std::from_chars(field.data(), field.data() + field.size(), length);
-    return error == std::errc::result_out_of_range ? std::numeric_limits<std::uint64_t>::max()
-                                                   : length;
-}
-
 /// The MD5 digits of texts joined by colons.
 std::string HashJoined(std::initializer_list<std::string_view> texts) {
     std::string joined;
@@ -140,14 +120,10 @@ std::string DigestRequest(const SnapshotAddress& address, const Credentials& cre
 }  // namespace
 
 SnapshotAddress ParseSnapshotAddress(std::string_view address) {
-    constexpr std::string_view kBehindScheme = "//";
-    if (const std::size_t scheme = address.find(kBehindScheme); scheme != std::string_view::npos) {
-        address.remove_prefix(scheme + kBehindScheme.size());
-    }
-    const std::size_t slash = std::min(address.find('/'), address.size());
+    const HttpAddress parts = SplitAddress(address, Behind(address, "//").value_or(0));
     SnapshotAddress parsed;
-    parsed.host = address.substr(0, slash);
-    parsed.path = slash == address.size() ? "/" : address.substr(slash);
+    parsed.host = parts.host;
+    parsed.path = parts.path.empty() ? "/" : parts.path;
     if (const std::size_t colon = parsed.host.find(':'); colon != std::string::npos) {
         parsed.port = 0;
         std::from_chars(parsed.host.data() + colon + 1, parsed.host.data() + parsed.host.size(),
@@ -158,15 +134,15 @@ SnapshotAddress ParseSnapshotAddress(std::string_view address) {
 
 SnapshotHeader ReadSnapshotHeader(std::string_view header) {
     SnapshotHeader read;
-    const std::string_view statusLine = TakeUntil(header, kHeaderLineEnd);
-    read.unauthorized = StatusCode(statusLine) == "401";
-    read.notFound = StatusCode(statusLine) == "404";
+    const std::string_view status = StatusCode(TakeUntil(header, kHeadLineEnd));
+    read.unauthorized = status == "401";
+    read.notFound = status == "404";
     while (!header.empty()) {
-        std::string_view value = TakeUntil(header, kHeaderLineEnd);
-        const std::string_view name = Trim(TakeUntil(value, ":"));
-        value = Trim(value);
+        const auto field = SplitField(TakeUntil(header, kHeadLineEnd)).value_or(HeadField{});
+        const std::string_view name = Trim(field.name);
+        const std::string_view value = Trim(field.value);
         if (SameLetters(name, "Content-Length") && read.contentLength == 0) {
-            read.contentLength = ReadLength(value);
+            read.contentLength = LenientNumber(value);
         } else if (SameLetters(name, "WWW-Authenticate")) {
             // Of several offers Digest is taken before Basic.
             const auto offered = ReadChallenge(value);

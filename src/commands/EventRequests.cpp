@@ -1,6 +1,7 @@
 #include "commands/Envelope.h"
 #include "commands/EnvelopeFiller.h"
 #include "commands/ServiceRequests.h"
+#include "common/HttpAddress.h"
 
 namespace onvif_client {
 
@@ -74,12 +75,8 @@ void AddReferenceParameter(const CommandRequest& request, CAddressedEnvelope& en
 
 /// What follows the host; empty when nothing does.
 std::string PathOfSubscription(std::string_view address) {
-    constexpr std::string_view kScheme = "http://";
-    if (address.starts_with(kScheme)) {
-        address.remove_prefix(kScheme.size());
-    }
-    const std::size_t slash = address.find('/');
-    return std::string(slash == std::string_view::npos ? "" : address.substr(slash + 1));
+    const std::size_t hostAt = address.starts_with(kHttpScheme) ? kHttpScheme.size() : 0;
+    return std::string(SplitAddress(address, hostAt).PathBehindSlash());
 }
 
 }  // namespace

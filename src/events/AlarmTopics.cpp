@@ -51,8 +51,4 @@ AlarmType ClassifyNotifiedTopic(std::string_view topic) {
     return Classify(kNotifiedTopics, topic);
 }
 
-bool IsActive(std::string_view value) {
-    return value == "true" || value == "TRUE" || value == "1";
-}
-
 }  // namespace onvif_client

@@ -29,9 +29,6 @@ AlarmType ClassifyPulledTopic(std::string_view topic);
 /// knows cell motion alone.
 AlarmType ClassifyNotifiedTopic(std::string_view topic);
 
-/// True for exactly "true", "TRUE" and "1".
-bool IsActive(std::string_view value);
-
 }  // namespace onvif_client
 
 #endif

@@ -50,7 +50,7 @@ AlarmItem ReadItem(const XMLElement* notifyMessage) {
     if (value == nullptr) {
         value = FindElement(notifyMessage, "message/data/item/val");
     }
-    return {ClassifyPulledTopic(TextAt(notifyMessage, "topic")), IsActive(TextOf(value))};
+    return {ClassifyPulledTopic(TextAt(notifyMessage, "topic")), IsTrue(TextOf(value))};
 }
 
 std::uint16_t ReadLimit(std::string_view text) {

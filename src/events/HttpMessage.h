@@ -30,10 +30,6 @@ struct MessageFrame {
 /// @param frame  what the last call left there; the buffer has only grown since.
 MessageState CutMessage(std::string_view buffer, MessageFrame& frame);
 
-/// The path of a request without its leading slash: what stands between the header's first "/" and
-/// the " HTTP" behind it. Empty when there is no such text.
-std::string_view RequestPath(std::string_view header);
-
 }  // namespace onvif_client
 
 #endif

@@ -2,6 +2,7 @@
 
 #include <string>
 
+#include "common/HttpHead.h"
 #include "events/ContentTypes.h"
 #include "events/HttpMessage.h"
 #include "platform/Clock.h"

@@ -1,7 +1,8 @@
 #include "events/NotifyMessage.h"
 
+#include "common/HttpAddress.h"
 #include "common/XmlDocument.h"
-#include "events/AlarmTopics.h"
+#include "transform/Conversions.h"
 
 namespace onvif_client {
 
@@ -13,7 +14,7 @@ NotifyItem ReadItem(const XMLElement* message) {
         AttributeOf(FindElement(message, "wsn:Message/tt:Message/tt:Data/tt:SimpleItem"), "Value");
     NotifyItem item;
     item.topic = TextOf(topic != nullptr ? topic : FindElement(message, "wsn:topic"));
-    item.active = value != nullptr && IsActive(value);
+    item.active = value != nullptr && IsTrue(value);
     item.subscriptionReference = TextAt(message, "wsn:SubscriptionReference/ad:Address");
     return item;
 }
@@ -32,13 +33,12 @@ NotifyMessage ReadNotify(std::string_view body) {
 }
 
 bool AddressesAgree(std::string_view reference, std::string_view renewAddress) {
-    constexpr std::string_view kScheme = "http://";
-    if (!reference.starts_with(kScheme)) {
+    if (!reference.starts_with(kHttpScheme)) {
         return false;
     }
-    const std::string_view schemeHostPort =
-        reference.substr(0, reference.find('/', kScheme.size()));
-    return schemeHostPort.size() > kScheme.size() && renewAddress.starts_with(schemeHostPort);
+    const HttpAddress parts = SplitAddress(reference, kHttpScheme.size());
+    return !parts.host.empty() &&
+           renewAddress.starts_with(reference.substr(0, parts.scheme.size() + parts.host.size()));
 }
 
 }  // namespace onvif_client

@@ -129,4 +129,8 @@ std::string DecimalText(double value, int decimals) {
     return error == std::errc() ? std::string(text, end) : std::string("0");
 }
 
+bool IsTrue(std::string_view text) {
+    return text == "true" || text == "TRUE" || text == "1";
+}
+
 }  // namespace onvif_client

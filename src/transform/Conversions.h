@@ -32,6 +32,9 @@ double ToReal(std::string_view text);
 /// must not reach the device.
 std::string DecimalText(double value, int decimals);
 
+/// True for exactly "true", "TRUE" and "1".
+bool IsTrue(std::string_view text);
+
 }  // namespace onvif_client
 
 #endif

@@ -3,7 +3,9 @@
 #include <algorithm>
 #include <iterator>
 
+#include "common/HttpAddress.h"
 #include "platform/Corekit.h"
+#include "transform/Conversions.h"
 #include "transform/XmlTransform.h"
 
 namespace onvif_client {
@@ -50,10 +52,6 @@ const XMLElement* FindCategory(const XMLElement* envelope, const char* name) {
     return category != nullptr ? category : FirstChild(FirstChild(capabilities, "Extension"), name);
 }
 
-bool IsTrue(std::string_view text) {
-    return text == "true" || text == "TRUE" || text == "1";
-}
-
 void ReadEventFlags(const XMLElement* category, EventCapabilities& events) {
     if (const XMLElement* flag = FirstChild(category, "WSSubscriptionPolicySupport")) {
         events.subscriptionPolicySupport = IsTrue(TextOf(flag));
@@ -70,13 +68,8 @@ std::span<const CapabilityCategory> CapabilityCategories() {
 }
 
 std::string PathOfAddress(std::string_view address) {
-    constexpr std::string_view kScheme = "http://";
-    const std::size_t scheme = address.find(kScheme);
-    if (scheme == std::string_view::npos) {
-        return std::string(address);
-    }
-    const std::size_t slash = address.find('/', scheme + kScheme.size());
-    return std::string(slash == std::string_view::npos ? "" : address.substr(slash + 1));
+    const auto hostAt = Behind(address, kHttpScheme);
+    return std::string(hostAt ? SplitAddress(address, *hostAt).PathBehindSlash() : address);
 }
 
 void ReadServices(std::string_view reply, ServiceTable& services) {

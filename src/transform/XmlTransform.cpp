@@ -5,7 +5,7 @@
 #include <map>
 #include <optional>
 
-#include "common/HeaderText.h"
+#include "common/AsciiText.h"
 
 namespace onvif_client {
 

@@ -7,6 +7,7 @@
 #include "client/SnapshotRequest.h"
 #include "client/SoapExchange.h"
 #include "commands/GetCmd.h"
+#include "common/HttpHead.h"
 #include "events/ContentTypes.h"
 #include "events/EventDocuments.h"
 #include "events/HttpMessage.h"

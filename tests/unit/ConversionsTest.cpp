@@ -54,6 +54,15 @@ TEST(Conversions, NumbersAsScanfReadsThem) {
     }
 }
 
+TEST(Conversions, TruthIsWrittenInThreeWays) {
+    const std::pair<const char*, bool> cases[] = {{"true", true},  {"TRUE", true},  {"1", true},
+                                                  {"True", false}, {"on", false},   {"", false},
+                                                  {"11", false},   {" true", false}};
+    for (const auto& [text, value] : cases) {
+        EXPECT_EQ(IsTrue(text), value) << text;
+    }
+}
+
 TEST(Conversions, RealNumbers) {
     const std::pair<const char*, double> read[] = {{" +0.5x", 0.5}, {"-1e2", -100}, {"", 0},
                                                    {"x", 0},        {"inf", 0},     {"1e999", 0}};
