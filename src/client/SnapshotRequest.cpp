@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <charconv>
+#include <span>
+#include <vector>
 
 #include "common/AsciiText.h"
 #include "common/HttpAddress.h"
@@ -79,6 +81,19 @@ std::optional<HttpChallenge> ReadChallenge(std::string_view field) {
     return challenge;
 }
 
+/// Digest before Basic, else the first that this client speaks.
+std::optional<HttpChallenge> ChooseChallenge(std::span<const std::string> offers) {
+    std::optional<HttpChallenge> chosen;
+    for (const std::string& each : offers) {
+        const auto offered = ReadChallenge(Trim(each));
+        if (offered && (!chosen || (offered->scheme == AuthorizationScheme::kDigest &&
+                                    chosen->scheme != AuthorizationScheme::kDigest))) {
+            chosen = offered;
+        }
+    }
+    return chosen;
+}
+
 /// The MD5 digits of texts joined by colons.
 std::string HashJoined(std::initializer_list<std::string_view> texts) {
     std::string joined;
@@ -137,22 +152,24 @@ SnapshotHeader ReadSnapshotHeader(std::string_view header) {
     const std::string_view status = StatusCode(TakeUntil(header, kHeadLineEnd));
     read.unauthorized = status == "401";
     read.notFound = status == "404";
+    std::vector<std::string> offers;
+    bool offering = false;  // a folded line goes on with the last offer
     while (!header.empty()) {
-        const auto field = SplitField(TakeUntil(header, kHeadLineEnd)).value_or(HeadField{});
+        const std::string_view line = TakeUntil(header, kHeadLineEnd);
+        const auto field = SplitField(line).value_or(HeadField{});
         const std::string_view name = Trim(field.name);
-        const std::string_view value = Trim(field.value);
         if (SameLetters(name, "Content-Length") && read.contentLength == 0) {
-            read.contentLength = LenientNumber(value);
+            read.contentLength = LenientNumber(Trim(field.value));
         } else if (SameLetters(name, "WWW-Authenticate")) {
-            // Of several offers Digest is taken before Basic.
-            const auto offered = ReadChallenge(value);
-            if (offered &&
-                (!read.challenge || (offered->scheme == AuthorizationScheme::kDigest &&
-                                     read.challenge->scheme != AuthorizationScheme::kDigest))) {
-                read.challenge = offered;
-            }
+            offers.emplace_back(field.value);
+            offering = true;
+        } else if (offering && IsFolded(line)) {
+            offers.back().append(" ").append(Trim(line));
+        } else {
+            offering = false;
         }
     }
+    read.challenge = ChooseChallenge(offers);
     return read;
 }
 

@@ -45,7 +45,8 @@ struct SnapshotHeader {
     std::uint64_t contentLength = 0;
 };
 
-/// @param header  the text up to the empty line. Field names compare without case.
+/// @param header  the text up to the empty line. Field names compare without case; a challenge may
+///                be folded over several lines.
 SnapshotHeader ReadSnapshotHeader(std::string_view header);
 
 /// The response of a Digest authentication for GET: 32 hexadecimal digits.

@@ -53,6 +53,10 @@ TEST(SnapshotRequest, ReadsWhatAHeaderSays) {
          kDigest, "r", "2", "", "", 0},
         {"HTTP/1.1 401 Unauthorized\r\nWWW-Authenticate: Digest realm=\"unending, nonce=\"",
          kDigest, "unending, nonce=", "", "", "", 0},
+        {"HTTP/1.1 401 Unauthorized\r\nWWW-Authenticate:\r\n Digest realm=\"a\r\n\tb: c\",\r\n   "
+         "nonce=\"n\",\r\n "
+         "qop=auth\r\nWWW-Authenticate: Digest nonce=\"2\"\r\n Content-Length: 5\r\n opaque=\"x\"",
+         kDigest, "a b: c", "n", "auth", "", 5},
         {"HTTP/1.1 401 Unauthorized\r\nWWW-Authenticate: Basic", kBasic, "", "", "", "", 0},
         {"HTTP/1.1 401 Unauthorized\r\nWWW-Authenticate: Bearer realm=\"x\"", kNone, "", "", "", "",
          0},
