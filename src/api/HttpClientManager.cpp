@@ -5,12 +5,6 @@
 
 namespace onvif_client {
 
-namespace {
-
-constexpr int kLoginTimeLine = 75;
-
-}  // namespace
-
 std::uint32_t CHttpClientManager::Login(std::uint32_t loginId, const char* ip, std::uint16_t port,
                                         const char* user, const char* password,
                                         std::uint32_t& errorCode) {
@@ -24,7 +18,7 @@ std::uint32_t CHttpClientManager::Login(std::uint32_t loginId, const char* ip, s
     auto session = std::make_unique<CHttpClient>(user, password, ip, port);
     const std::uint32_t started = TickCount();
     errorCode = static_cast<std::uint32_t>(session->Login());
-    LogNormal("HttpClientManager", kLoginTimeLine,
+    LogNormal(logpoint::kLoginEnded,
               "####################################login process takes %d !!!!\r\n",
               static_cast<int>(TickCount() - started));
     if (errorCode != 0) {

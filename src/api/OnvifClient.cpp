@@ -4,7 +4,7 @@
 #include <string>
 
 #include "api/Singletons.h"
-#include "platform/Corekit.h"
+#include "common/LogText.h"
 #include "platform/Wirelink.h"
 
 namespace {
@@ -12,15 +12,14 @@ namespace {
 using onvif_client::EventController;
 using onvif_client::SessionRegistry;
 
-constexpr int kExceptionLine = 41;
-
 /// The boundary of every export: nothing is thrown across it.
 template <typename Work, typename Result>
 Result Guarded(Result onFailure, const Work& work) noexcept {
     try {
         return work();
     } catch (...) {
-        onvif_client::COREKIT_AbnormalOutput("ASSERT", "OnvifClient", kExceptionLine);
+        onvif_client::LogAssert(onvif_client::loglabel::kOnvifClient,
+                                "an exception reached an export");
         return onFailure;
     }
 }

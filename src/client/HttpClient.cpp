@@ -6,7 +6,7 @@
 #include "client/SnapshotDownload.h"
 #include "commands/DeviceRequests.h"
 #include "commands/GetCmd.h"
-#include "platform/Corekit.h"
+#include "common/LogText.h"
 #include "platform/Wirelink.h"
 #include "transform/EventResults.h"
 #include "transform/TimeResults.h"
@@ -16,8 +16,6 @@ namespace onvif_client {
 namespace {
 
 constexpr std::size_t kLongestField = 64;
-constexpr int kOverReleaseLine = 323;
-constexpr int kResponseAllocationLine = 1182;
 
 std::string Field(std::string_view text) {
     return std::string(text.substr(0, kLongestField));
@@ -29,7 +27,7 @@ ResponseBuffer MakeResponse(const std::string& document) {
     // NOLINTNEXTLINE(cppcoreguidelines-owning-memory): without memory there is no result, no throw
     response.data.reset(new (std::nothrow) char[document.size() + 1]);
     if (response.data == nullptr) {
-        COREKIT_AbnormalOutput("ASSERT", "HttpClient", kResponseAllocationLine);
+        LogAssert(loglabel::kHttpClient, "no memory for a result");
         return response;
     }
     std::memcpy(response.data.get(), document.c_str(), document.size() + 1);
@@ -66,7 +64,7 @@ int CHttpClient::AddReference() {
 int CHttpClient::ReleaseReference() {
     const CLockGuard guard(countLock_);
     if (referenceCount_ <= 0) {
-        COREKIT_AbnormalOutput("ASSERT", "HttpClient", kOverReleaseLine);
+        LogAssert(logpoint::kOverReleased);
     }
     return --referenceCount_;
 }

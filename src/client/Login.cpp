@@ -4,16 +4,13 @@
 #include "commands/DeviceRequests.h"
 #include "commands/Sender.h"
 #include "commands/ServiceRequests.h"
+#include "common/LogPoints.h"
 
 namespace onvif_client {
 
 namespace {
 
 constexpr std::uint32_t kServicesCapacity = 30720;
-
-constexpr int kMedia2TraceLine = 2619;
-constexpr int kNoMedia2TraceLine = 2622;
-constexpr int kServicesReadTraceLine = 108;
 
 }  // namespace
 
@@ -65,8 +62,8 @@ int CHttpClient::SetDeviceClock() const {
 int CHttpClient::DiscoverServices() {
     ServiceTable services;
     const int listed = GetServersUrl(services);
-    std::printf("%s,%s:%d ---------------\n", "HttpClient", "CHttpClient::Login",
-                kServicesReadTraceLine);
+    std::printf("%s,%s:%d ---------------\n", tracepoint::kServicesRead.label,
+                tracepoint::kServicesRead.function, tracepoint::kServicesRead.line);
     if (listed == status::kNoReply) {
         return listed;
     }
@@ -89,9 +86,9 @@ int CHttpClient::GetServersUrl(ServiceTable& services) {
         const CLockGuard guard(dataLock_);
         hasMedia2_ = media2;
     }
-    std::printf(media2 ? "\n\n%s,%s:%d , is  h265. \n" : "\n\n%s,%s:%d , is  h264. \n",
-                "HttpClient", "CHttpClient::GetServersUrl",
-                media2 ? kMedia2TraceLine : kNoMedia2TraceLine);
+    const TracePoint& trace = media2 ? tracepoint::kMedia2 : tracepoint::kNoMedia2;
+    std::printf("\n\n%s,%s:%d , is  %s. \n", trace.label, trace.function, trace.line,
+                media2 ? "h265" : "h264");
     return reply.status;
 }
 

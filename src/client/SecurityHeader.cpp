@@ -2,6 +2,7 @@
 
 #include <cstdio>
 
+#include "common/LogPoints.h"
 #include "platform/Clock.h"
 #include "platform/Digests.h"
 #include "platform/Mutex.h"
@@ -10,8 +11,6 @@
 namespace onvif_client {
 
 namespace {
-
-constexpr int kDeviceClockTraceLine = 3341;
 
 constexpr const char* kHeader = "s:Envelope/s:Header";
 constexpr const char* kSecurity = "s:Envelope/s:Header/wsse:Security";
@@ -80,8 +79,8 @@ bool Authentication_UseIPCTime(const Credentials& credentials, CXmlTransform& en
         return true;
     }
     const std::string created = CreatedFromDeviceTime(deviceTimeResult);
-    std::printf("%s,%s:%d, xml:%s.\n", "HttpClient", "CHttpClient::Authentication_UseIPCTime",
-                kDeviceClockTraceLine, created.c_str());
+    std::printf("%s,%s:%d, xml:%s.\n", tracepoint::kDeviceClock.label,
+                tracepoint::kDeviceClock.function, tracepoint::kDeviceClock.line, created.c_str());
     return FillToken(credentials, envelope, created);
 }
 

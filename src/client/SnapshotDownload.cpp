@@ -22,13 +22,6 @@ constexpr std::size_t kChunk = 8191;
 constexpr std::size_t kLongestHeader = 65536;
 constexpr std::uint64_t kLimitWithoutLength = 1048576;
 
-constexpr const char* kSource = "HttpClient";
-constexpr int kConnectLine = 1295;
-constexpr int kUnknownChallengeLine = 1432;
-constexpr int kNoLengthLine = 1457;
-constexpr int kAllocationLine = 1473;
-constexpr int kTooLongLine = 1523;
-
 }  // namespace
 
 CSnapshotDownload::CSnapshotDownload(const std::string& ip, const Credentials& credentials,
@@ -44,7 +37,7 @@ void CSnapshotDownload::Run(ResponseBuffer& picture) {
 void CSnapshotDownload::Attempt(ResponseBuffer& picture) {
     const CWirelinkHandle connection(WIRELINK_AddConnect(0, ip_.c_str(), address_.port));
     if (!connection) {
-        COREKIT_AbnormalOutput("ASSERT", kSource, kConnectLine);
+        LogAssert(logpoint::kPictureNotConnected);
     }
     connection.AwaitConnected(kConnectPolls, kConnectPollMs);
     if (SendRequest(connection)) {
@@ -104,7 +97,7 @@ bool CSnapshotDownload::ReadHeader(std::string_view header, ResponseBuffer& pict
         if (read.challenge) {
             challenge_ = *read.challenge;
         } else {
-            LogNormal(kSource, kUnknownChallengeLine, "unkown authenticate:%s. \n",
+            LogNormal(logpoint::kUnknownChallenge, "unkown authenticate:%s. \n",
                       address_.host.c_str());
         }
         return false;
@@ -114,7 +107,7 @@ bool CSnapshotDownload::ReadHeader(std::string_view header, ResponseBuffer& pict
     }
     limit_ = read.contentLength;
     if (limit_ == 0) {
-        LogNormal(kSource, kNoLengthLine, " can't pare content-length from device : %s. \n",
+        LogNormal(logpoint::kNoPictureLength, " can't pare content-length from device : %s. \n",
                   ip_.c_str());
         limit_ = kLimitWithoutLength;
     }
@@ -125,7 +118,7 @@ bool CSnapshotDownload::ReadHeader(std::string_view header, ResponseBuffer& pict
         picture.data.reset(new (std::nothrow) char[static_cast<std::size_t>(limit_)]);
     }
     if (picture.data == nullptr) {
-        COREKIT_AbnormalOutput("ASSERT", kSource, kAllocationLine);
+        LogAssert(logpoint::kNoPictureMemory);
         return false;
     }
     return true;
@@ -135,7 +128,7 @@ bool CSnapshotDownload::AddToPicture(std::string_view bytes, ResponseBuffer& pic
     const auto size = static_cast<std::size_t>(picture.size);
     const std::size_t room = static_cast<std::size_t>(limit_) - size;
     if (bytes.size() > room) {
-        LogNormal(kSource, kTooLongLine, "device : %s, pic data more than content-length. \n",
+        LogNormal(logpoint::kPictureTooLong, "device : %s, pic data more than content-length. \n",
                   ip_.c_str());
         bytes = bytes.substr(0, room);
     }

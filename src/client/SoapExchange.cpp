@@ -10,7 +10,6 @@ namespace onvif_client {
 namespace {
 
 constexpr std::size_t kLargestRequest = 8191;
-constexpr int kNoReplyLine = 943;
 
 struct TelltaleText {
     std::string_view text;
@@ -60,7 +59,7 @@ std::string BuildPost(std::string_view path, std::string_view host, std::string_
 int ClassifyReply(std::string_view host, std::uint16_t port, std::string_view reply,
                   std::string_view& soap) {
     if (reply.empty()) {
-        LogNormal("HttpClient", kNoReplyLine,
+        LogNormal(logpoint::kNoReply,
                   "************************************%s:%d  no data return \r\n",
                   std::string(host).c_str(), int{port});
         return status::kNoReply;

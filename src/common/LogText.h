@@ -1,10 +1,11 @@
 /// @file
-/// Formatted log lines.
+/// Log lines of the places in common/LogPoints.h, and of those without a number.
 #ifndef ONVIF_CLIENT_COMMON_LOGTEXT_H
 #define ONVIF_CLIENT_COMMON_LOGTEXT_H
 
 #include <cstdio>
 
+#include "common/LogPoints.h"
 #include "platform/Corekit.h"
 
 namespace onvif_client {
@@ -12,10 +13,18 @@ namespace onvif_client {
 /// Formats as printf does into 256 bytes (255 characters at most, the rest is cut) and writes the
 /// text with COREKIT_NormalOutput.
 template <typename... Arguments>
-void LogNormal(const char* source, int line, const char* format, Arguments... arguments) {
+void LogNormal(const LogPoint& point, const char* format, Arguments... arguments) {
     char text[256];
     std::snprintf(text, sizeof text, format, arguments...);
-    COREKIT_NormalOutput(text, source, line);
+    COREKIT_NormalOutput(text, point.label, point.line);
+}
+
+/// A broken invariant or a failure; the program goes on.
+inline void LogAssert(const LogPoint& point) {
+    COREKIT_AbnormalOutput("ASSERT", point.label, point.line);
+}
+inline void LogAssert(const char* label, const char* what) {
+    COREKIT_AbnormalOutput("ASSERT", label, what);
 }
 
 }  // namespace onvif_client

@@ -4,17 +4,15 @@
 #include <utility>
 
 #include "common/GbkTexts.h"
+#include "common/LogText.h"
 #include "platform/ManualResetEvent.h"
 
 namespace onvif_client {
 
 namespace {
 
-constexpr const char* kSource = "ThreadPool";
-constexpr int kCreationLine = 33;
-constexpr int kArgumentLine = 34;
-constexpr int kEndLine = 35;
-constexpr int kThrewLine = 36;
+constexpr const char* kSource = loglabel::kThreadPool;
+constexpr int kNoNumber = 0;  // the texts tell the places apart
 
 }  // namespace
 
@@ -42,9 +40,9 @@ bool CThreadPool::CreateWorkerLocked(bool idle) {
     }
     // The thread finds its worker by its own id, so it must not run before the worker is there.
     const CorekitThreadHandle thread = COREKIT_CreateRunOneThread(
-        &CThreadPool::WorkerMain, this, true, kSource, kCreationLine, "##Thread Pool Thread##");
+        &CThreadPool::WorkerMain, this, true, kSource, kNoNumber, "##Thread Pool Thread##");
     if (thread == nullptr) {
-        COREKIT_NormalOutput(kPoolThreadNotMade, kSource, kCreationLine);
+        COREKIT_NormalOutput(kPoolThreadNotMade, kSource, kNoNumber);
         return false;
     }
     try {
@@ -54,8 +52,8 @@ bool CThreadPool::CreateWorkerLocked(bool idle) {
         }
         workers_.emplace(COREKIT_GetThreadID(thread), std::move(worker));
     } catch (const std::exception&) {
-        COREKIT_DestroyThread(thread, kSource, kCreationLine);
-        COREKIT_NormalOutput(kPoolThreadNotMade, kSource, kCreationLine);
+        COREKIT_DestroyThread(thread, kSource, kNoNumber);
+        COREKIT_NormalOutput(kPoolThreadNotMade, kSource, kNoNumber);
         return false;
     }
     COREKIT_ResumeThread(thread);
@@ -81,11 +79,11 @@ void CThreadPool::AddTask(TaskFunction function, void* argument) {
 
 void CThreadPool::WorkerMain(void* pool) {
     if (pool == nullptr) {
-        COREKIT_AbnormalOutput(kPoolThreadWithoutPool, kSource, kArgumentLine);
+        COREKIT_AbnormalOutput(kPoolThreadWithoutPool, kSource, kNoNumber);
         return;
     }
     static_cast<CThreadPool*>(pool)->Work();
-    COREKIT_NormalOutput(kPoolThreadEnds, kSource, kEndLine);
+    COREKIT_NormalOutput(kPoolThreadEnds, kSource, kNoNumber);
 }
 
 void CThreadPool::Work() {
@@ -113,7 +111,7 @@ void CThreadPool::RunTask(const Task& task) {
     try {
         task.function(task.argument);
     } catch (...) {
-        COREKIT_AbnormalOutput("ASSERT", kSource, kThrewLine);
+        LogAssert(kSource, "a task threw");
     }
 }
 
@@ -143,7 +141,7 @@ void CThreadPool::Stop() {
         workers_.erase(workers_.begin());
         worker->wake.Set();
         guard.Unlock();
-        COREKIT_DestroyThread(worker->thread, kSource, kEndLine);
+        COREKIT_DestroyThread(worker->thread, kSource, kNoNumber);
         guard.Lock();
     }
     tasks_.clear();

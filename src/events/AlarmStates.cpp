@@ -1,8 +1,8 @@
 #include "events/AlarmStates.h"
 
+#include "common/LogText.h"
 #include "events/Ticks.h"
 #include "onvif_client/OnvifClient.h"
-#include "platform/Corekit.h"
 
 namespace onvif_client {
 
@@ -12,7 +12,6 @@ constexpr std::int32_t kRepeatedAfterMs = 5000;
 constexpr std::int32_t kClearedAfterMs = 60000;
 /// Which of a device's inputs it was is not told apart.
 constexpr unsigned int kAlarmInputNumber = 1;
-constexpr int kObserverThrewLine = 341;
 
 }  // namespace
 
@@ -54,7 +53,7 @@ void CAlarmStates::Tell(const Alarm& alarm) noexcept {
             observer_->OnAlarmInState(loginId_, kAlarmInputNumber, alarm.state);
         }
     } catch (...) {
-        COREKIT_AbnormalOutput("ASSERT", "OnvifEvent", kObserverThrewLine);
+        LogAssert(loglabel::kOnvifEvent, "an observer threw");
     }
 }
 

@@ -5,14 +5,12 @@
 #include <utility>
 #include <vector>
 
+#include "common/LogText.h"
 #include "platform/Clock.h"
-#include "platform/Corekit.h"
 
 namespace onvif_client {
 
 namespace {
-
-constexpr int kVisitThrewLine = 299;
 
 /// Gives a claim back, unless it has been passed on.
 class CClaim {
@@ -43,7 +41,7 @@ void CControlLoop::Pass() {
             Visit(record);
         } catch (const std::exception&) {
             // Out of memory: the other devices, and the next passes, may do better.
-            COREKIT_AbnormalOutput("ASSERT", "OnvifEvent", kVisitThrewLine);
+            LogAssert(loglabel::kOnvifEvent, "a visit threw");
         }
     }
     devices_.EndVisits();

@@ -4,8 +4,8 @@
 #include <string>
 #include <string_view>
 
+#include "common/LogText.h"
 #include "platform/Clock.h"
-#include "platform/Corekit.h"
 #include "platform/Wirelink.h"
 
 namespace onvif_client {
@@ -17,7 +17,6 @@ constexpr int kResultPolls = 20;
 constexpr std::uint32_t kResultPauseMs = 30;
 constexpr int kSendTries = 100;
 constexpr std::uint32_t kSendPauseMs = 10;
-constexpr int kNotRegisteredLine = 402;
 
 /// Sends a Set document through the device's session.
 /// @return the result document; empty when there is none.
@@ -83,7 +82,7 @@ bool TryPull(EventDeviceRecord& record, std::uint32_t handle, std::string_view t
     int result = 0;
     if (!WIRELINK_RegisterNode(handle, &parser, &parser, 1, 1) &&
         WIRELINK_PopConnectResult(handle, result, 0)) {  // else the layer has just stopped
-        COREKIT_AbnormalOutput("ASSERT", "OnvifEvent", kNotRegisteredLine);
+        LogAssert(loglabel::kOnvifEvent, "a pull's connection was not registered");
     }
     WIRELINK_Start(handle);
     SendAll(handle, text);

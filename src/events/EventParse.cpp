@@ -3,15 +3,9 @@
 #include <cstring>
 #include <string>
 
-#include "platform/Corekit.h"
+#include "common/LogText.h"
 
 namespace onvif_client {
-
-namespace {
-
-constexpr int kEmptyBlockLine = 118;
-
-}  // namespace
 
 CEventParse::CEventParse(IPullSink& sink, ISessionSource& sessions, std::uint32_t loginId)
     : sink_(sink),
@@ -28,7 +22,7 @@ std::uint32_t CEventParse::OnData(std::uint32_t, const char* data, std::uint32_t
         return length;
     }
     if (data == nullptr || length == 0) {
-        COREKIT_AbnormalOutput("ASSERT", "EventParse", kEmptyBlockLine);
+        LogAssert(loglabel::kEventParse, "a block of a reply is empty");
     } else if (!handled_ && Accumulate({data, length})) {
         handled_ = true;
         HandleReply();

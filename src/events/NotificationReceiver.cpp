@@ -3,10 +3,10 @@
 #include <string>
 
 #include "common/HttpHead.h"
+#include "common/LogText.h"
 #include "events/ContentTypes.h"
 #include "events/HttpMessage.h"
 #include "platform/Clock.h"
-#include "platform/Corekit.h"
 #include "platform/WirelinkHandle.h"
 
 namespace onvif_client {
@@ -16,7 +16,6 @@ namespace {
 constexpr int kMostFailures = 30;
 constexpr std::uint32_t kPauseMs = 100;
 constexpr std::uint32_t kBlock = 1023;
-constexpr int kNoRequestLine = 412;
 
 /// An accepted connection, destroyed at the end of its service.
 class CPoster {
@@ -78,7 +77,7 @@ void CNotificationReceiver::OnAccept(std::uint32_t handle) {
         return;
     }
     if (buffer.starts_with("HTTP")) {
-        COREKIT_AbnormalOutput("ASSERT", "OnvifEvent", kNoRequestLine);
+        LogAssert(loglabel::kOnvifEvent, "a reply was posted, not a request");
     }
     if (frame.bodySize == 0) {
         while (buffer.size() < kLargestMessage && poster.ReadInto(buffer)) {

@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "common/GbkTexts.h"
+#include "common/LogPoints.h"
 #include "events/CallbackAddress.h"
 #include "events/DeviceExchanges.h"
 #include "events/DeviceTasks.h"
@@ -16,9 +17,6 @@ namespace onvif_client {
 
 namespace {
 
-constexpr const char* kSource = "OnvifEvent";
-constexpr int kThreadLine = 286;
-constexpr int kThreadEndLine = 307;
 constexpr std::uint32_t kPassPauseMs = 10;
 
 /// The controller whose event thread this is.
@@ -58,7 +56,8 @@ void COnvifEventCtrol::Start() {
     tasks_ = std::make_unique<CDeviceTasks>(sessions_);
     EventThread& thread = threads_.emplace_back(*this);
     thread.handle = COREKIT_CreateRunOneThread(&COnvifEventCtrol::EventThreadMain, &thread, false,
-                                               kSource, kThreadLine, kEventThreadName);
+                                               logpoint::kEventThreadMade.label,
+                                               logpoint::kEventThreadMade.line, kEventThreadName);
     if (thread.handle == nullptr) {
         threads_.pop_back();
     }
@@ -113,7 +112,8 @@ COnvifEventCtrol::EventThreads COnvifEventCtrol::TakePredecessors(const EventThr
 
 void COnvifEventCtrol::Join(const EventThreads& threads) {
     for (const EventThread& each : threads) {
-        COREKIT_DestroyThread(each.handle, kSource, kThreadEndLine);
+        COREKIT_DestroyThread(each.handle, logpoint::kEventThreadEnded.label,
+                              logpoint::kEventThreadEnded.line);
     }
 }
 

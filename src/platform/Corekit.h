@@ -12,12 +12,15 @@
 
 namespace onvif_client {
 
-/// Information. @p source is the source unit's label, @p line a literal of the trace text's own.
-/// Trailing line breaks of @p text are not written twice. Any thread.
+/// Information. @p source is the source unit's label, @p line a literal of the trace text's own; 0:
+/// it has none, and none is written. Trailing line breaks of @p text are not written twice. Any
+/// thread.
 void COREKIT_NormalOutput(const char* text, const char* source, int line);
 
 /// A broken invariant (@p kind is "ASSERT") or a failure; the program goes on. Any thread.
 void COREKIT_AbnormalOutput(const char* kind, const char* source, int line);
+/// The same at a place without a number, which says in words what happened.
+void COREKIT_AbnormalOutput(const char* kind, const char* source, const char* what);
 
 /// A thread made by COREKIT_CreateRunOneThread.
 struct CorekitThread;

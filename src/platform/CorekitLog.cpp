@@ -6,6 +6,7 @@
 #include <cstdlib>
 #include <memory>
 #include <string_view>
+#include <utility>
 
 #include "platform/Corekit.h"
 #include "platform/Immortal.h"
@@ -48,28 +49,45 @@ class CLogger final : public spdlog::logger {
     }
 };
 
-void Write(spdlog::level::level_enum level, const char* text, const char* source,
-           int line) noexcept {
+std::string_view Text(const char* text) {
+    return text == nullptr ? "" : text;
+}
+
+template <typename... Arguments>
+void Write(spdlog::level::level_enum level, spdlog::format_string_t<Arguments...> format,
+           Arguments&&... arguments) noexcept {
     try {
         static CLogger& logger = MakeImmortal<CLogger>();
-        std::string_view shown = text == nullptr ? "" : text;
-        while (shown.ends_with('\n') || shown.ends_with('\r')) {
-            shown.remove_suffix(1);
-        }
-        logger.log(level, "{}:{} {}", source == nullptr ? "" : source, line, shown);
+        logger.log(level, format, std::forward<Arguments>(arguments)...);
     } catch (...) {
         // Without memory for a log line the program goes on without it.
+    }
+}
+
+void WriteText(spdlog::level::level_enum level, const char* text, const char* source, int line) {
+    std::string_view shown = Text(text);
+    while (shown.ends_with('\n') || shown.ends_with('\r')) {
+        shown.remove_suffix(1);
+    }
+    if (line > 0) {
+        Write(level, "{}:{} {}", Text(source), line, shown);
+    } else {
+        Write(level, "{} {}", Text(source), shown);
     }
 }
 
 }  // namespace
 
 void COREKIT_NormalOutput(const char* text, const char* source, int line) {
-    Write(spdlog::level::info, text, source, line);
+    WriteText(spdlog::level::info, text, source, line);
 }
 
 void COREKIT_AbnormalOutput(const char* kind, const char* source, int line) {
-    Write(spdlog::level::err, kind, source, line);
+    WriteText(spdlog::level::err, kind, source, line);
+}
+
+void COREKIT_AbnormalOutput(const char* kind, const char* source, const char* what) {
+    Write(spdlog::level::err, "{} {}: {}", Text(source), Text(kind), Text(what));
 }
 
 }  // namespace onvif_client

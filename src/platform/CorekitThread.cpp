@@ -13,11 +13,18 @@ namespace onvif_client {
 
 namespace {
 
-constexpr int kThrewLine = 60;
 constexpr std::size_t kLongestName = 15;  // what Linux keeps of a thread's name
 
 std::atomic<std::uint64_t> lastThreadId{0};
 thread_local std::uint64_t currentThreadId = 0;
+
+void ReportNotMade(const char* source, int line) {
+    if (line > 0) {
+        COREKIT_AbnormalOutput("ASSERT", source, line);
+    } else {
+        COREKIT_AbnormalOutput("ASSERT", source, "a thread was not made");
+    }
+}
 
 }  // namespace
 
@@ -65,7 +72,7 @@ struct CorekitThread {
         try {
             function(context);
         } catch (...) {
-            COREKIT_AbnormalOutput("ASSERT", "Corekit", kThrewLine);
+            COREKIT_AbnormalOutput("ASSERT", "Corekit", "a thread's function threw");
         }
     }
 };
@@ -74,7 +81,7 @@ CorekitThreadHandle COREKIT_CreateRunOneThread(CorekitThreadFunction function, v
                                                bool suspended, const char* source, int line,
                                                const char* name) {
     if (function == nullptr) {
-        COREKIT_AbnormalOutput("ASSERT", source, line);
+        ReportNotMade(source, line);
         return nullptr;
     }
     try {
@@ -84,7 +91,7 @@ CorekitThreadHandle COREKIT_CreateRunOneThread(CorekitThreadFunction function, v
         made->thread = std::thread(&CorekitThread::Run, made.get());
         return made.release();
     } catch (const std::exception&) {
-        COREKIT_AbnormalOutput("ASSERT", source, line);
+        ReportNotMade(source, line);
         return nullptr;
     }
 }

@@ -12,8 +12,6 @@ namespace onvif_client {
 
 namespace {
 
-constexpr int kNoDigestLine = 29;
-
 /// Looking an algorithm up costs microseconds, so each is fetched once; never freed, as threads may
 /// still sign while the process ends.
 const EVP_MD* Fetch(const char* name) {
@@ -26,7 +24,7 @@ std::optional<std::array<std::uint8_t, Size>> Digest(const EVP_MD* method,
     std::array<std::uint8_t, Size> digest = {};
     if (method == nullptr ||
         EVP_Digest(data.data(), data.size(), digest.data(), nullptr, method, nullptr) != 1) {
-        COREKIT_AbnormalOutput("ASSERT", "Digests", kNoDigestLine);
+        COREKIT_AbnormalOutput("ASSERT", "Digests", "the system does not offer the digest");
         return std::nullopt;
     }
     return digest;

@@ -30,8 +30,6 @@ using boost::system::error_code;
 constexpr std::size_t kReactorThreads = 2;
 constexpr int kMostAcceptCallbacks = 16;
 constexpr auto kPauseAfterFailedAccept = std::chrono::milliseconds(100);
-constexpr int kCallbackThrewLine = 34;
-constexpr int kHandlerThrewLine = 35;
 
 /// Runs a callback of an observer; what it throws ends here.
 template <typename Callback>
@@ -40,7 +38,7 @@ void RunCallback(const Callback& callback) {
     try {
         callback();
     } catch (...) {
-        COREKIT_AbnormalOutput("ASSERT", "Wirelink", kCallbackThrewLine);
+        COREKIT_AbnormalOutput("ASSERT", "Wirelink", "an observer's callback threw");
     }
 }
 
@@ -111,7 +109,8 @@ class CReactor : public std::enable_shared_from_this<CReactor> {
                 io_.run();
                 return;
             } catch (const std::exception&) {
-                COREKIT_AbnormalOutput("ASSERT", "Wirelink", kHandlerThrewLine);
+                COREKIT_AbnormalOutput("ASSERT", "Wirelink",
+                                       "a handler threw, its connection is lost");
             }
         }
     }

@@ -9,8 +9,6 @@ namespace onvif_client {
 
 namespace {
 
-constexpr int kCleanUpThrewLine = 36;
-
 thread_local int callbackDepth = 0;
 
 }  // namespace
@@ -49,7 +47,7 @@ void CSocketLayer::Stop(const std::function<void()>& cleanUp) {
         cleanUp();
     } catch (...) {
         // Whoever waits for the end of the stop goes on all the same.
-        COREKIT_AbnormalOutput("ASSERT", "Wirelink", kCleanUpThrewLine);
+        COREKIT_AbnormalOutput("ASSERT", "Wirelink", "what ends the layer threw");
     }
     guard.Lock();
     stopping_ = false;

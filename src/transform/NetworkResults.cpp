@@ -1,4 +1,4 @@
-#include "platform/Corekit.h"
+#include "common/LogText.h"
 #include "transform/Conversions.h"
 #include "transform/DeviceResults.h"
 
@@ -6,12 +6,10 @@ namespace onvif_client {
 
 namespace {
 
-constexpr int kInterfaceWalkAssertLine = 247;
-
 void CopyNetworkInterface(const XMLElement* interface, XMLElement* command) {
     XMLElement* item = Append(command, "item");
     if (item == nullptr) {
-        COREKIT_AbnormalOutput("ASSERT", "XmlTransform", kInterfaceWalkAssertLine);
+        LogAssert(logpoint::kInterfaceWalk);
         return;
     }
     if (const char* token = AttributeOf(interface, "token")) {

@@ -4,15 +4,13 @@
 #include <iterator>
 
 #include "common/HttpAddress.h"
-#include "platform/Corekit.h"
+#include "common/LogText.h"
 #include "transform/Conversions.h"
 #include "transform/XmlTransform.h"
 
 namespace onvif_client {
 
 namespace {
-
-constexpr int kUnknownServiceLine = 218;
 
 constexpr CapabilityCategory kCategories[] = {
     {"Media", "media"},         {"PTZ", "ptz"},           {"Imaging", "imaging"},
@@ -83,8 +81,8 @@ void ReadServices(std::string_view reply, ServiceTable& services) {
                                        });
         const XMLElement* address = FirstChild(service, "XAddr");
         if (row == std::end(kNamespaceParts)) {
-            COREKIT_NormalOutput("Warning, unknowed service address!!", "XmlTransform",
-                                 kUnknownServiceLine);
+            COREKIT_NormalOutput("Warning, unknowed service address!!",
+                                 logpoint::kUnknownService.label, logpoint::kUnknownService.line);
         } else if (address != nullptr) {
             services.emplace(row->key, PathOfAddress(TextOf(address)));
         }

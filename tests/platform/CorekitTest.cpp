@@ -3,13 +3,20 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <cstdlib>
+#include <regex>
 #include <stdexcept>
+#include <string>
 #include <thread>
 
 #include "platform/ManualResetEvent.h"
 
 namespace onvif_client {
 namespace {
+
+/// Before the first line, whose test reads what standard error gets.
+const bool logIsOrdinary =
+    unsetenv("ONVIF_CLIENT_LOG") == 0 && unsetenv("ONVIF_CLIENT_LOG_FILE") == 0;
 
 struct Noted {
     std::atomic<std::uint64_t> id = 0;
@@ -61,6 +68,22 @@ TEST(CorekitThreads, BadArgumentsAndExceptionsAreContained) {
     COREKIT_DestroyThread(Create([](void*) { throw std::runtime_error("x"); }, nullptr, false),
                           "CorekitTest", 3);
     COREKIT_NormalOutput(nullptr, nullptr, 0);
+}
+
+TEST(CorekitLog, NamesThePlaceByNumberOrByWords) {
+    ASSERT_TRUE(logIsOrdinary);
+    testing::internal::CaptureStderr();
+    COREKIT_NormalOutput(" text: %d {} \r\n", "HttpClient", 943);
+    COREKIT_NormalOutput("text", "ThreadPool", 0);
+    COREKIT_AbnormalOutput("ASSERT", "HttpClient", 1295);
+    COREKIT_AbnormalOutput("ASSERT", "OnvifEvent", "an observer threw");
+    const std::string time = "[0-9]{4}(-[0-9]{2}){2} [0-9]{2}(:[0-9]{2}){2}\\.[0-9]{3} ";
+    const std::string log = testing::internal::GetCapturedStderr();
+    EXPECT_TRUE(std::regex_match(
+        log, std::regex(time + "info HttpClient:943  text: %d \\{\\} \n" + time +
+                        "info ThreadPool text\n" + time + "error HttpClient:1295 ASSERT\n" + time +
+                        "error OnvifEvent ASSERT: an observer threw\n")))
+        << log;
 }
 
 TEST(ManualResetEvent, StaysSetUntilItIsReset) {
