@@ -1,11 +1,11 @@
 #include "common/ThreadPool.h"
 
-#include <exception>
 #include <utility>
 
 #include "common/GbkTexts.h"
 #include "common/LogText.h"
 #include "platform/ManualResetEvent.h"
+#include "platform/OrNothing.h"
 
 namespace onvif_client {
 
@@ -41,17 +41,15 @@ bool CThreadPool::CreateWorkerLocked(bool idle) {
     // The thread finds its worker by its own id, so it must not run before the worker is there.
     const CorekitThreadHandle thread = COREKIT_CreateRunOneThread(
         &CThreadPool::WorkerMain, this, true, kSource, kNoNumber, "##Thread Pool Thread##");
-    if (thread == nullptr) {
-        COREKIT_NormalOutput(kPoolThreadNotMade, kSource, kNoNumber);
-        return false;
-    }
-    try {
+    // The lock is held, which the analysis does not see in a lambda.
+    const auto add = [&]() NO_THREAD_SAFETY_ANALYSIS {
         auto worker = std::make_shared<Worker>(idle, thread);
         if (!idle) {
             worker->wake.Set();
         }
-        workers_.emplace(COREKIT_GetThreadID(thread), std::move(worker));
-    } catch (const std::exception&) {
+        return workers_.emplace(COREKIT_GetThreadID(thread), std::move(worker)).second;
+    };
+    if (thread == nullptr || !OrNothing(add)) {
         COREKIT_DestroyThread(thread, kSource, kNoNumber);
         COREKIT_NormalOutput(kPoolThreadNotMade, kSource, kNoNumber);
         return false;

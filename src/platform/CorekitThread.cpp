@@ -3,11 +3,11 @@
 #include <atomic>
 #include <memory>
 #include <string>
-#include <system_error>
 #include <thread>
 
 #include "platform/Corekit.h"
 #include "platform/Mutex.h"
+#include "platform/OrNothing.h"
 
 namespace onvif_client {
 
@@ -80,20 +80,20 @@ struct CorekitThread {
 CorekitThreadHandle COREKIT_CreateRunOneThread(CorekitThreadFunction function, void* context,
                                                bool suspended, const char* source, int line,
                                                const char* name) {
-    if (function == nullptr) {
-        ReportNotMade(source, line);
-        return nullptr;
-    }
-    try {
+    const CorekitThreadHandle thread = OrNothing([&]() -> CorekitThreadHandle {
+        if (function == nullptr) {
+            return nullptr;
+        }
         auto made = std::make_unique<CorekitThread>(
             function, context, name,
             suspended ? CorekitThread::State::kSuspended : CorekitThread::State::kResumed);
         made->thread = std::thread(&CorekitThread::Run, made.get());
         return made.release();
-    } catch (const std::exception&) {
+    });
+    if (thread == nullptr) {
         ReportNotMade(source, line);
-        return nullptr;
     }
+    return thread;
 }
 
 std::uint64_t COREKIT_GetThreadID(CorekitThreadHandle thread) {

@@ -17,6 +17,7 @@
 #include "platform/Corekit.h"
 #include "platform/Immortal.h"
 #include "platform/Mutex.h"
+#include "platform/OrNothing.h"
 #include "platform/SocketLayer.h"
 
 namespace onvif_client {
@@ -291,23 +292,24 @@ class CAsioListener final : public CListener, public std::enable_shared_from_thi
             return WouldHaveWaited() || errno == EINTR || errno == ECONNABORTED;
         }
         std::uint32_t handle = 0;
-        try {
+        const bool served = OrNothing([&] {
             handle = CConnectionTable::Instance().Add(
                 std::make_shared<CConnection>(std::move(descriptor), ConnectState::kEstablished));
             std::thread([self = shared_from_this(), handle] { self->Serve(handle); }).detach();
-        } catch (const std::exception&) {
-            if (handle != 0) {
-                EndConnection(CConnectionTable::Instance().Take(handle));
-            }
-            return false;
+            return true;
+        });
+        if (served) {
+            ++busy_;
+        } else {
+            EndConnection(CConnectionTable::Instance().Take(handle));
         }
-        ++busy_;
-        return true;
+        return served;
     }
 
     /// Lets the next try come after a while. False when there is no memory for that.
     bool PauseLocked() REQUIRES(lock_) {
-        try {
+        // The lock is held, which the analysis does not see in a lambda.
+        return OrNothing([&]() NO_THREAD_SAFETY_ANALYSIS {
             pause_.expires_after(kPauseAfterFailedAccept);
             pause_.async_wait([weak = weak_from_this()](const error_code& cancelled) {
                 const auto self = weak.lock();
@@ -316,10 +318,8 @@ class CAsioListener final : public CListener, public std::enable_shared_from_thi
                     self->AcceptLocked();
                 }
             });
-        } catch (const std::exception&) {
-            return false;
-        }
-        return true;
+            return true;
+        });
     }
 
     void Serve(std::uint32_t handle) {
@@ -355,24 +355,20 @@ std::shared_ptr<CReadRegistration> CReadRegistration::Make(std::shared_ptr<CConn
     if (!waitedOn) {
         return nullptr;
     }
-    try {
+    return OrNothing([&] {
         auto registration = std::make_shared<CAsioReadRegistration>(
             CReactor::Get(), std::move(connection), handle, observer, waitedOn.Get());
         waitedOn.Release();
         return registration;
-    } catch (const std::exception&) {
-        return nullptr;
-    }
+    });
 }
 
 std::shared_ptr<CListener> CListener::Make(const char* address, std::uint16_t port,
                                            CListenSocketObserver* observer) {
-    try {
+    return OrNothing([&] {
         auto listener = std::make_shared<CAsioListener>(CReactor::Get(), observer);
         return listener->Open(address, port) ? listener : nullptr;
-    } catch (const std::exception&) {
-        return nullptr;
-    }
+    });
 }
 
 void EndConnection(const ConnectionEntry& entry) {

@@ -1,9 +1,9 @@
 #include <algorithm>
 #include <climits>
-#include <exception>
 #include <utility>
 
 #include "platform/Connections.h"
+#include "platform/OrNothing.h"
 #include "platform/Reactor.h"
 #include "platform/SocketLayer.h"
 #include "platform/Wirelink.h"
@@ -34,16 +34,14 @@ std::uint32_t WIRELINK_AddConnect(std::uint32_t, const char* ip, unsigned short 
     if (!descriptor) {
         return 0;
     }
-    try {
+    return OrNothing([&] {
         auto connection =
             std::make_shared<CConnection>(std::move(descriptor), ConnectState::kConnecting);
         if (StartConnecting(connection->Descriptor(), *address) == ConnectState::kFailed) {
             connection->Break();
         }
         return CConnectionTable::Instance().Add(std::move(connection));
-    } catch (const std::exception&) {
-        return 0;  // without memory
-    }
+    });
 }
 
 bool WIRELINK_PopConnectResult(std::uint32_t handle, int& result, std::uint32_t) {
