@@ -39,7 +39,7 @@ void CSnapshotDownload::Attempt(ResponseBuffer& picture) {
     if (!connection) {
         LogAssert(logpoint::kPictureNotConnected);
     }
-    connection.AwaitConnected(kConnectPolls, kConnectPollMs);
+    AwaitConnected(connection.Get(), kConnectPolls, kConnectPollMs);
     if (SendRequest(connection)) {
         Receive(connection, picture);
     }

@@ -13,21 +13,21 @@ CWirelinkHandle& CWirelinkHandle::operator=(CWirelinkHandle&& other) noexcept {
     return *this;
 }
 
-bool CWirelinkHandle::AwaitConnected(int looks, std::uint32_t pauseMs) const {
+void CWirelinkHandle::Close() noexcept {
+    if (const std::uint32_t handle = std::exchange(handle_, 0)) {
+        WIRELINK_DestroyHNetCommunication(handle);
+    }
+}
+
+bool AwaitConnected(std::uint32_t handle, int looks, std::uint32_t pauseMs) {
     int result = 0;
     for (int look = 0; look < looks; ++look) {
-        if (!WIRELINK_PopConnectResult(handle_, result, 0) || result != 0) {
+        if (!WIRELINK_PopConnectResult(handle, result, 0) || result != 0) {
             break;
         }
         SleepMilliseconds(pauseMs);
     }
     return result > 0;
-}
-
-void CWirelinkHandle::Close() noexcept {
-    if (const std::uint32_t handle = std::exchange(handle_, 0)) {
-        WIRELINK_DestroyHNetCommunication(handle);
-    }
 }
 
 }  // namespace onvif_client

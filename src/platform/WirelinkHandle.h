@@ -8,8 +8,8 @@
 
 namespace onvif_client {
 
-/// A connection by its handle, destroyed at the end of its owner. As an int an owner belongs to one
-/// thread at a time; the connection itself answers every thread.
+/// A connection by its handle, destroyed at the end of its owner. The owner belongs to one thread
+/// at a time; the connection itself answers every thread.
 class CWirelinkHandle {
  public:
     /// Owns nothing.
@@ -23,11 +23,6 @@ class CWirelinkHandle {
     std::uint32_t Get() const { return handle_; }
     explicit operator bool() const { return handle_ != 0; }
 
-    /// Waits for a connection that is being made, looking at most @p looks times and pausing after
-    /// each look in vain.
-    /// @return true when it stands.
-    bool AwaitConnected(int looks, std::uint32_t pauseMs) const;
-
     /// Breaks the connection off and forgets it. A data callback that runs is waited for, and none
     /// follows; called from that very callback, it does not wait.
     void Close() noexcept;
@@ -35,6 +30,11 @@ class CWirelinkHandle {
  private:
     std::uint32_t handle_ = 0;
 };
+
+/// Waits for a connection that is being made, looking at most @p looks times and pausing after each
+/// look in vain.
+/// @return true when it stands.
+bool AwaitConnected(std::uint32_t handle, int looks, std::uint32_t pauseMs);
 
 }  // namespace onvif_client
 
