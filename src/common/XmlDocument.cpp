@@ -1,5 +1,7 @@
 #include "common/XmlDocument.h"
 
+#include "common/XmlReferences.h"
+
 namespace onvif_client {
 
 namespace {
@@ -26,6 +28,10 @@ CXmlDocument::CXmlDocument(std::string_view text) {
 
 bool CXmlDocument::Load(std::string_view text) {
     document_.Clear();
+    const auto escaped = EscapeStrayAmpersands(text);
+    if (escaped) {
+        text = *escaped;
+    }
     // An empty text is nothing to complain about; tinyxml2 would write a message at length.
     const bool parsed =
         !text.empty() && document_.Parse(text.data(), text.size()) == tinyxml2::XML_SUCCESS;

@@ -30,7 +30,8 @@ class CXmlDocument {
     explicit CXmlDocument(std::string_view text);
 
     /// Replaces the content by the parsed text, which ends at its first zero byte. A text without
-    /// declaration gets one; a text that does not parse leaves nothing but the declaration.
+    /// declaration gets one; a text that does not parse leaves nothing but the declaration. An
+    /// ampersand that starts no reference is text (XmlReferences.h).
     /// @return true when the text parsed.
     bool Load(std::string_view text);
 

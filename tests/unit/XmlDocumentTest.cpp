@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 namespace onvif_client {
 namespace {
 
@@ -67,6 +69,47 @@ TEST(XmlDocument, DeclarationIsAddedOnlyWhereThereIsNone) {
         EXPECT_TRUE(document.Print().starts_with(start)) << text;
         EXPECT_EQ(document.Root() != nullptr, text.find("<a/>") != std::string::npos) << text;
         EXPECT_EQ(document.Find("b"), nullptr);
+    }
+}
+
+TEST(XmlDocument, AmpersandsThatStartNoReferenceAreText) {
+    const std::pair<std::string, std::string> cases[] = {
+        {"x &amp; &copy; y", "x & &copy; y"},
+        {"&copy;&lt;&copy;", "&copy;<&copy;"},
+        {"a\r\n&copy;b", "a\n&copy;b"},
+        {"&#65;&#x42;&;& &&amp", "AB&;& &&amp"},
+        {"&lt;&&gt;&quot&AMP;&apos;", "<&>&quot&AMP;'"},
+        {"&amp;copy; &am&amp;p;", "&copy; &am&p;"},
+        {"&amp;&#xZZ;&#65", "&&#xZZ;&#65"},
+        {"&amp;&#;&#x;z&#", "&&#;&#x;z&#"},
+        {"&#x41x42;&#6&#65;", "&#x41x42;&#6A"},
+        {"&#0;&#x110000;&#99999999999;z", "&#0;&#x110000;&#99999999999;z"},
+        {"&#xD83D;&#xDE00;&#x1F600;", "&#xD83D;&#xDE00;\xF0\x9F\x98\x80"},
+        {"&#x0000000E9;&#13;&#233;", "\xC3\xA9\r\xC3\xA9"},
+    };
+    for (const auto& [written, text] : cases) {
+        std::string whole = "<r a=\"";
+        whole.append(written).append("\" b='").append(written).append("\">'><t>");
+        CXmlDocument document(whole.append(written).append("</t></r>"));
+        ASSERT_NE(document.Root(), nullptr) << written;
+        EXPECT_EQ(AttributeOf(document.Root(), "a"), text);
+        EXPECT_EQ(AttributeOf(document.Root(), "b"), text + "\">");
+        EXPECT_EQ(TextAt(document.Root(), "t"), text);
+        // Printed and read again, for all but a carriage return.
+        std::string printed = text;
+        std::replace(printed.begin(), printed.end(), '\r', '\n');
+        EXPECT_EQ(TextAt(CXmlDocument(document.Print()).Root(), "t"), printed);
+    }
+    const std::string verbatim =
+        "<?x &copy; '?><!DOCTYPE a \"&b;\"><!-- &c; --><r><![CDATA[<&d;]]><!--&e;'--></r>";
+    CXmlDocument document(verbatim + "<!-- &copy");
+    EXPECT_EQ(document.Root(), nullptr);
+    document.Load(verbatim);
+    EXPECT_EQ(TextOf(document.Root()), "<&d;");
+    EXPECT_EQ(document.Print().find("&amp;"), std::string::npos) << document.Print();
+    for (const char* unreadable :
+         {"<r &copy;='1'/>", "<r a=&copy;/>", "<r>&copy;", "<r a='&copy;"}) {
+        EXPECT_FALSE(document.Load(unreadable)) << unreadable;
     }
 }
 
