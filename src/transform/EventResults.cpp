@@ -81,7 +81,6 @@ constinit const ResultFrame kSubscribeResult = {.root = "SetResponse",
                                                 .element = "subscribe",
                                                 .copyValues = CopySubscription,
                                                 .response = "SubscribeResponse"};
-constinit const ResultFrame kUnsubscribeResult = {"SetResponse", "unsubscribe"};
 constinit const ResultFrame kRenewResult = {.root = "GetResponse",
                                             .element = "renew",
                                             .copyValues = CopyRenewal,

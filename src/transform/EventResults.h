@@ -9,7 +9,6 @@ namespace onvif_client {
 
 extern const ResultFrame kCreatePullPointSubscriptionResult;
 extern const ResultFrame kSubscribeResult;
-extern const ResultFrame kUnsubscribeResult;
 /// Rooted at GetResponse, although renew is a Set command.
 extern const ResultFrame kRenewResult;
 extern const ResultFrame kPullMessagesResult;

@@ -14,6 +14,7 @@
 #include <string>
 #include <string_view>
 
+#include "common/FixedText.h"
 #include "common/XmlDocument.h"
 #include "transform/CopiedValues.h"
 
@@ -63,6 +64,10 @@ struct ResultFrame {
     std::string_view response = {};
     PrefixRemoval prefixRemoval = PrefixRemoval::kInText;
 };
+
+/// The result of a command that reports nothing but its status: kStatusOnly<"dns">.
+template <FixedText element, FixedText root = "SetResponse">
+inline constexpr ResultFrame kStatusOnly = {root, element};
 
 /// Adds a command's answer to the result document.
 /// @param reply   the SOAP text as the device sent it.

@@ -135,7 +135,7 @@ TEST(EventResults, TellWhatTheDeviceAnswers) {
          "</w:CurrentTime></w:RenewResponse>",
          "<GetResponse><renew><status>success</status><currentTime>C</currentTime>"
          "<terminationTime>T</terminationTime></renew></GetResponse>"},
-        {kUnsubscribeResult, "",
+        {kStatusOnly<"unsubscribe">, "",
          "<SetResponse><unsubscribe><status>success</status></unsubscribe></SetResponse>"},
         {kPullMessagesResult,
          "<p:PullMessagesResponse><p:CurrentTime>C</p:CurrentTime><p:TerminationTime>T"

@@ -6,7 +6,6 @@
 #include "transform/MediaResults.h"
 #include "transform/MotionResults.h"
 #include "transform/PtzResults.h"
-#include "transform/SetResults.h"
 #include "unit/Texts.h"
 
 namespace onvif_client {
@@ -206,9 +205,9 @@ TEST(ServiceResults, NameWhatWasMade) {
         {&kCreateOsdResult, "<CreateOSDResponse><OSDToken>O</OSDToken></CreateOSDResponse>",
          "<CreateResponse><createosd><status>success</status><token>O</token></createosd>"
          "</CreateResponse>"},
-        {&kDeleteOsdResult, "<DeleteOSDResponse/>",
+        {&kStatusOnly<"deleteosd", "DeleteResponse">, "<DeleteOSDResponse/>",
          "<DeleteResponse><deleteosd><status>success</status></deleteosd></DeleteResponse>"},
-        {&kSetOsdResult, "<Fault/>",
+        {&kStatusOnly<"osd">, "<Fault/>",
          "<SetResponse><osd><status>fail<errorCode>6</errorCode></status></osd></SetResponse>"},
         {&kSnapshotUriResult,
          "<GetSnapshotUriResponse><MediaUri><Uri>http://h/p</Uri></MediaUri>"
