@@ -113,13 +113,13 @@ std::string CHttpClient::BuildHttpRequest(std::string_view request) {
 }
 
 std::string CHttpClient::ReadPullReply(std::string_view reply) const {
-    std::string result;
+    CResultDocument result;
     std::string_view soap;
     reply = reply.substr(0, reply.find('\0'));
     if (ClassifyReply(ip_, port_, reply, soap) == status::kSuccess) {
         BuildResult(kPullMessagesResult, soap, {}, result);
     }
-    return result;
+    return result.Print();
 }
 
 int CHttpClient::DownloadPicture(const std::string& address, ResponseBuffer& picture) {

@@ -24,9 +24,9 @@ int CHttpClient::Login() {
     if (const int failed = DiscoverServices()) {
         return failed;
     }
-    std::string discarded;
+    CResultDocument discarded;
     const int profilesStatus =
-        SendCommand(*this, *FindCommand(kGetCommands, "profiles"), nullptr, discarded);
+        SendCommand(*this, *FindCommand(kGetCommands, "profiles"), {}, discarded);
     if (profilesStatus == status::kSuccess) {
         if (const int failed = ReadOptions()) {
             return failed;

@@ -84,7 +84,7 @@ struct CommandRow {
     const CommandSteps* media2 = nullptr;
     ProfileLoop loop = ProfileLoop::kNone;
     /// Not null: answers without any exchange, adding to the result document.
-    void (*answerLocally)(const ICommandSession& session, std::string& result) = nullptr;
+    void (*answerLocally)(const ICommandSession& session, CResultDocument& result) = nullptr;
     /// Not null: the answer is a picture, fetched from what the steps' result document says; the
     /// request ends with it. Returns a status.
     int (*fetchPicture)(ICommandSession& session, const std::string& result,

@@ -1,5 +1,7 @@
 #include "commands/GetCmd.h"
 
+#include <vector>
+
 #include "commands/Sender.h"
 
 namespace onvif_client {
@@ -29,77 +31,107 @@ bool Complete(const ICommandSession& session, const Completion& completion, XMLE
     return true;
 }
 
-/// The row of a command that can run: known and completed.
-const CommandRow* Prepare(const ICommandSession& session, const CommandTable& table,
-                          XMLElement* command) {
-    const CommandRow* row = FindCommand(table, command->Name());
-    return row != nullptr && Complete(session, row->completion, command) ? row : nullptr;
-}
+/// The commands of a request in their order.
+class CCommandWalk {
+ public:
+    CCommandWalk(std::string_view request, const CommandTable& table)
+        : document_(request),
+          table_(table),
+          next_(FirstCommand(document_.Find(table.root))),
+          firstOfRow_(table.rows.size()) {}
 
-/// Builders find a command by its path, so of several with one name each is built from the first.
-XMLElement* ParametersOf(CXmlDocument& request, const CommandTable& table, std::string_view name) {
-    return request.Find(std::string(table.root) + "/" + std::string(name));
+    /// Goes to the next command, known or not.
+    bool Next() {
+        command_ = next_;
+        next_ = command_ == nullptr ? nullptr : command_->NextSiblingElement();
+        return command_ != nullptr;
+    }
+
+    /// The row of the command, which gets completed; null when it cannot run.
+    const CommandRow* Prepare(const ICommandSession& session) {
+        const CommandRow* row = FindCommand(table_, command_->Name());
+        if (row == nullptr) {
+            return nullptr;
+        }
+        XMLElement*& first = firstOfRow_[static_cast<std::size_t>(row - table_.rows.data())];
+        first = first == nullptr ? command_ : first;
+        parameters_ = first;
+        return Complete(session, row->completion, command_) ? row : nullptr;
+    }
+
+    /// Builders find a command by its path, so of several with one name each is built from the
+    /// first.
+    CommandElements Elements() const { return {command_, parameters_}; }
+
+ private:
+    static XMLElement* FirstCommand(XMLElement* root) {
+        return root == nullptr ? nullptr : root->FirstChildElement();
+    }
+
+    CXmlDocument document_;
+    const CommandTable& table_;
+    XMLElement* next_;
+    std::vector<XMLElement*> firstOfRow_;
+    XMLElement* command_ = nullptr;
+    XMLElement* parameters_ = nullptr;
+};
+
+int FetchPicture(ICommandSession& session, const CommandRow& row, const CommandElements& command,
+                 ResponseBuffer& picture) {
+    CResultDocument found;
+    const int sent = SendCommand(session, row, command, found);
+    return sent == status::kSuccess ? row.fetchPicture(session, found.Print(), picture) : sent;
 }
 
 }  // namespace
 
 GetAnswer RunGet(ICommandSession& session, std::string_view request, const CommandTable& table) {
-    CXmlDocument document(request);
-    XMLElement* root = document.Find(table.root);
+    CCommandWalk walk(request, table);
+    CResultDocument result;
     GetAnswer answer;
     int lastStatus = status::kNotSent;
-    for (XMLElement* command = root == nullptr ? nullptr : root->FirstChildElement();
-         command != nullptr; command = command->NextSiblingElement()) {
-        if (const CommandRow* row = Prepare(session, table, command)) {
-            XMLElement* parameters = ParametersOf(document, table, row->name);
-            if (row->fetchPicture != nullptr) {
-                std::string found;
-                lastStatus = SendCommand(session, *row, parameters, found);
-                if (lastStatus == status::kSuccess) {
-                    lastStatus = row->fetchPicture(session, found, answer.picture);
-                }
-                answer.document.clear();
-                break;
-            }
-            lastStatus = SendCommand(session, *row, parameters, answer.document);
+    while (walk.Next()) {
+        const CommandRow* row = walk.Prepare(session);
+        if (row != nullptr && row->fetchPicture != nullptr) {
+            lastStatus = FetchPicture(session, *row, walk.Elements(), answer.picture);
+            answer.success = lastStatus == status::kSuccess;
+            return answer;
+        }
+        if (row != nullptr) {
+            lastStatus = SendCommand(session, *row, walk.Elements(), result);
         }
         if (!status::LetsRequestGoOn(lastStatus)) {
-            answer.document.clear();
-            break;
+            return answer;
         }
     }
     answer.success = lastStatus == status::kSuccess;
+    answer.document = result.Print();
     return answer;
 }
 
 std::optional<SignedRequest> FirstRequest(const ICommandSession& session, std::string_view request,
                                           const CommandTable& table) {
-    CXmlDocument document(request);
-    XMLElement* root = document.Find(table.root);
-    XMLElement* command = root == nullptr ? nullptr : root->FirstChildElement();
-    const CommandRow* row = command == nullptr ? nullptr : Prepare(session, table, command);
+    CCommandWalk walk(request, table);
+    const CommandRow* row = walk.Next() ? walk.Prepare(session) : nullptr;
     if (row == nullptr || row->steps.front().build == nullptr) {
         return std::nullopt;
     }
-    return MakeRequest(row->steps.front(), {.command = command});
+    return MakeRequest(row->steps.front(), {.command = walk.Elements().parameters});
 }
 
 bool RunSet(ICommandSession& session, std::string_view request, std::string& result,
             const CommandTable& table) {
-    CXmlDocument document(request);
-    XMLElement* root = document.Find(table.root);
-    for (XMLElement* command = root == nullptr ? nullptr : root->FirstChildElement();
-         command != nullptr; command = command->NextSiblingElement()) {
-        const CommandRow* row = Prepare(session, table, command);
-        if (row == nullptr) {
-            continue;
-        }
-        XMLElement* parameters = ParametersOf(document, table, row->name);
-        if (!status::LetsRequestGoOn(SendCommand(session, *row, parameters, result))) {
-            return false;
+    CCommandWalk walk(request, table);
+    CResultDocument document;
+    bool success = true;
+    while (success && walk.Next()) {
+        if (const CommandRow* row = walk.Prepare(session)) {
+            success =
+                status::LetsRequestGoOn(SendCommand(session, *row, walk.Elements(), document));
         }
     }
-    return true;
+    result = document.Print();
+    return success;
 }
 
 }  // namespace onvif_client

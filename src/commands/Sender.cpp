@@ -7,7 +7,7 @@ namespace onvif_client {
 namespace {
 
 int SendStep(ICommandSession& session, const CommandStep& step, const CommandRequest& request,
-             int index, std::string& result) {
+             int index, CResultDocument& result) {
     const Reply reply = session.Exchange(MakeRequest(step, request));
     if (reply.status != status::kSuccess) {
         return reply.status;
@@ -34,11 +34,16 @@ bool EndsCommand(GoOn goOn, int stepStatus) {
     return false;
 }
 
-int SendSteps(ICommandSession& session, const CommandSteps& steps, const CommandRequest& request,
-              int index, std::string& result) {
+bool Applies(const CommandStep& step, const XMLElement* run) {
+    return step.build != nullptr &&
+           (step.onlyWith.empty() || FirstChild(run, step.onlyWith) != nullptr);
+}
+
+int SendSteps(ICommandSession& session, const CommandSteps& steps, const XMLElement* run,
+              const CommandRequest& request, int index, CResultDocument& result) {
     int stepStatus = status::kNotAnswered;
     for (const CommandStep& step : steps) {
-        if (step.build == nullptr || (!step.onlyWith.empty() && !request.Has(step.onlyWith))) {
+        if (!Applies(step, run)) {
             continue;
         }
         stepStatus = SendStep(session, step, request, index, result);
@@ -51,11 +56,11 @@ int SendSteps(ICommandSession& session, const CommandSteps& steps, const Command
 
 /// Once per "index" or "item", up to the first status that is not a success.
 int SendLoop(ICommandSession& session, const CommandRow& row, const CommandSteps& steps,
-             const ProfileList& profiles, XMLElement* command, std::string& result) {
+             const ProfileList& profiles, const CommandElements& command, CResultDocument& result) {
     const bool overItems = row.loop == ProfileLoop::kItems;
     const char* name = overItems ? "item" : "index";
     int loopStatus = status::kNotAnswered;
-    for (XMLElement* each = FirstChild(command, name); each != nullptr;
+    for (XMLElement* each = FirstChild(command.parameters, name); each != nullptr;
          each = each->NextSiblingElement(name)) {
         const XMLElement* index = overItems ? FirstChild(each, "index") : each;
         const MediaProfile* profile = SelectProfile(profiles, index);
@@ -65,7 +70,8 @@ int SendLoop(ICommandSession& session, const CommandRow& row, const CommandSteps
         if (overItems) {
             Append(each, "encodeToken", profile->videoEncoderConfigurationToken);
         }
-        loopStatus = SendSteps(session, steps, {command, profile, each, session.SpeedRanges()},
+        loopStatus = SendSteps(session, steps, command.parameters,
+                               {command.parameters, profile, each, session.SpeedRanges()},
                                ToInt(TextOf(index)), result);
         if (loopStatus != status::kSuccess) {
             break;
@@ -76,8 +82,8 @@ int SendLoop(ICommandSession& session, const CommandRow& row, const CommandSteps
 
 }  // namespace
 
-int SendCommand(ICommandSession& session, const CommandRow& row, XMLElement* command,
-                std::string& result) {
+int SendCommand(ICommandSession& session, const CommandRow& row, const CommandElements& command,
+                CResultDocument& result) {
     if (row.answerLocally != nullptr) {
         row.answerLocally(session, result);
         return status::kSuccess;
@@ -89,7 +95,8 @@ int SendCommand(ICommandSession& session, const CommandRow& row, XMLElement* com
         return SendLoop(session, row, steps, *profiles, command, result);
     }
     const MediaProfile* first = profiles->empty() ? nullptr : &profiles->front();
-    return SendSteps(session, steps, {command, first, nullptr, session.SpeedRanges()}, 0, result);
+    return SendSteps(session, steps, command.parameters,
+                     {command.parameters, first, nullptr, session.SpeedRanges()}, 0, result);
 }
 
 SignedRequest MakeRequest(const CommandStep& step, const CommandRequest& request) {

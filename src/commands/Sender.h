@@ -3,19 +3,23 @@
 #ifndef ONVIF_CLIENT_COMMANDS_SENDER_H
 #define ONVIF_CLIENT_COMMANDS_SENDER_H
 
-#include <string>
-
 #include "commands/CommandTable.h"
 
 namespace onvif_client {
 
+/// A command of a request document; null elements for one without parameters.
+struct CommandElements {
+    /// The element that is run, completed. The conditions of steps look here.
+    const XMLElement* run = nullptr;
+    /// What requests are built from; items of an item loop are completed here.
+    XMLElement* parameters = nullptr;
+};
+
 /// Runs every exchange of the command.
-/// @param command  its element, completed; items of an item loop are completed here. Null for a
-///                 command without parameters.
 /// @param result   the request's result document so far; the answers are added to it.
 /// @return the status that counts; 2 when nothing was to be sent.
-int SendCommand(ICommandSession& session, const CommandRow& row, XMLElement* command,
-                std::string& result);
+int SendCommand(ICommandSession& session, const CommandRow& row, const CommandElements& command,
+                CResultDocument& result);
 
 /// The request of one exchange of a command.
 SignedRequest MakeRequest(const CommandStep& step, const CommandRequest& request);

@@ -1,5 +1,8 @@
 #include "common/XmlDocument.h"
 
+#include <cstring>
+#include <optional>
+
 #include "common/XmlReferences.h"
 
 namespace onvif_client {
@@ -14,6 +17,38 @@ std::string_view NextStep(std::string_view& path) {
     const std::string_view step = path.substr(0, slash);
     path.remove_prefix(slash == std::string_view::npos ? path.size() : slash + 1);
     return step;
+}
+
+bool IsBlank(const char* text) {
+    while (tinyxml2::XMLUtil::IsWhiteSpace(*text)) {
+        ++text;
+    }
+    return *text == '\0';
+}
+
+/// The text as a parser reads it, with a line feed for each carriage return or pair with one;
+/// nothing when it has none.
+std::optional<std::string> ParsedLineEnds(const char* text) {
+    if (std::strchr(text, '\r') == nullptr) {
+        return std::nullopt;
+    }
+    std::string parsed;
+    for (; *text != '\0'; ++text) {
+        const bool lineEnd = *text == '\r' || *text == '\n';
+        parsed += lineEnd ? '\n' : *text;
+        if (lineEnd && text[1] == (*text == '\r' ? '\n' : '\r')) {
+            ++text;
+        }
+    }
+    return parsed;
+}
+
+void TakeParsedAttributes(XMLElement* element) {
+    for (const auto* each = element->FirstAttribute(); each != nullptr; each = each->Next()) {
+        if (const auto parsed = ParsedLineEnds(each->Value())) {
+            element->SetAttribute(each->Name(), parsed->c_str());
+        }
+    }
 }
 
 }  // namespace
@@ -165,6 +200,24 @@ XMLElement* Append(XMLElement* parent, std::string_view path, std::int32_t value
 
 XMLElement* Append(XMLElement* parent, std::string_view path, std::uint32_t value) {
     return Append(parent, path, std::to_string(value));
+}
+
+void TakeParsedForm(XMLElement* parent, XMLNode* behind) {
+    if (parent == nullptr) {
+        return;
+    }
+    XMLNode* next = behind == nullptr ? parent->FirstChild() : behind->NextSibling();
+    while (XMLNode* node = next) {
+        next = node->NextSibling();
+        if (XMLElement* element = node->ToElement()) {
+            TakeParsedAttributes(element);
+            TakeParsedForm(element);
+        } else if (IsBlank(node->Value())) {
+            parent->DeleteChild(node);
+        } else if (const auto parsed = ParsedLineEnds(node->Value())) {
+            node->SetValue(parsed->c_str());
+        }
+    }
 }
 
 }  // namespace onvif_client

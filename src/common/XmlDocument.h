@@ -21,6 +21,7 @@
 namespace onvif_client {
 
 using tinyxml2::XMLElement;
+using tinyxml2::XMLNode;
 
 class CXmlDocument {
  public:
@@ -119,6 +120,12 @@ XMLElement* Append(XMLElement* parent, std::string_view path);
 XMLElement* Append(XMLElement* parent, std::string_view path, std::string_view text);
 XMLElement* Append(XMLElement* parent, std::string_view path, std::int32_t value);
 XMLElement* Append(XMLElement* parent, std::string_view path, std::uint32_t value);
+
+/// Gives the attributes and texts below @p parent the form that they have once the document is
+/// printed and parsed again: carriage returns become or join line feeds, and texts of nothing but
+/// white space are gone.
+/// @param behind  a child of @p parent: only what follows it is looked at; null: all.
+void TakeParsedForm(XMLElement* parent, XMLNode* behind = nullptr);
 
 }  // namespace onvif_client
 

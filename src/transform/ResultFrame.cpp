@@ -42,23 +42,9 @@ bool LacksResponse(const ResultFrame& frame, std::string_view reply,
 
 }  // namespace
 
-CResultDocument::CResultDocument(const std::string& result, std::string_view root)
-    : document_(result), root_(document_.Find(root)) {
-    if (root_ == nullptr) {
-        root_ = document_.Root() == nullptr ? document_.AppendRoot(root)
-                                            : Append(document_.Root(), root);
-    }
-}
-
-XMLElement* CResultDocument::CommandElement(std::string_view name) {
-    XMLElement* element = FirstChild(root_, name);
-    return element == nullptr ? Append(root_, name) : element;
-}
-
 void BuildResult(const ResultFrame& frame, std::string_view reply, const Subject& subject,
-                 std::string& result) {
-    CResultDocument document(result, frame.root);
-    XMLElement* command = document.CommandElement(frame.element);
+                 CResultDocument& result) {
+    XMLElement* command = result.Command(frame.root, frame.element);
 
     CXmlDocument trimmed;
     if (frame.prefixRemoval == PrefixRemoval::kInText) {
@@ -73,7 +59,6 @@ void BuildResult(const ResultFrame& frame, std::string_view reply, const Subject
                frame.copyValues != nullptr) {
         frame.copyValues({trimmed.Root(), subject}, command);
     }
-    result = document.Print();
 }
 
 }  // namespace onvif_client

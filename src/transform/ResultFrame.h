@@ -1,10 +1,9 @@
 /// @file
-/// Result documents: what every result builder has in common.
+/// What every result builder has in common.
 ///
-/// One result document answers a whole request. Each command's builder parses the text that the
-/// commands before it left (an empty one starts a document), adds its own element below the root,
-/// and prints the document back. Builders differ in what a ResultFrame says; the values are copied
-/// by tables (CopiedValue) wherever the device's answer maps one to one.
+/// One result document answers a whole request; each command's builder adds its own element to it
+/// (ResultDocument.h). Builders differ in what a ResultFrame says; the values are copied by tables
+/// (CopiedValue) wherever the device's answer maps one to one.
 ///
 /// A value whose source is missing is left out and never turns a success into a failure; a source
 /// without text gives an empty element.
@@ -17,6 +16,7 @@
 #include "common/FixedText.h"
 #include "common/XmlDocument.h"
 #include "transform/CopiedValues.h"
+#include "transform/ResultDocument.h"
 
 namespace onvif_client {
 
@@ -71,26 +71,9 @@ inline constexpr ResultFrame kStatusOnly = {root, element};
 
 /// Adds a command's answer to the result document.
 /// @param reply   the SOAP text as the device sent it.
-/// @param result  in: what earlier commands produced, or nothing; out: the whole document.
+/// @param result  what earlier commands of the request produced.
 void BuildResult(const ResultFrame& frame, std::string_view reply, const Subject& subject,
-                 std::string& result);
-
-/// The result document of a request under construction: its command element, found or made.
-class CResultDocument {
- public:
-    /// Goes on with the document in @p result.
-    CResultDocument(const std::string& result, std::string_view root);
-
-    /// The element below the root, made when it is missing.
-    XMLElement* CommandElement(std::string_view name);
-    /// The root itself.
-    XMLElement* Root() { return root_; }
-    const std::string& Print() { return document_.Print(); }
-
- private:
-    CXmlDocument document_;
-    XMLElement* root_;
-};
+                 CResultDocument& result);
 
 }  // namespace onvif_client
 

@@ -57,8 +57,8 @@ std::string TransGetSystemDateAndTimeForAuthentication(std::string_view reply,
     if (!hasAll("Time", kTimeRows) || !hasAll("Date", kDateRows)) {
         return {};
     }
-    CResultDocument document({}, "GetResponse");
-    CopyUtcDateTime(utc, document.CommandElement("dateAndTime"));
+    CResultDocument document;
+    CopyUtcDateTime(utc, document.Command("GetResponse", "dateAndTime"));
     result = document.Print();
     return CreatedFromDeviceTime(result);
 }

@@ -1,7 +1,9 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
+#include <functional>
 #include <map>
+#include <random>
 
 #include "commands/GetCmd.h"
 
@@ -27,13 +29,14 @@ class CScriptedSession final : public ICommandSession {
         log += std::string(request.envelope) + (request.clock == SigningClock::kDevice ? "*" : "") +
                "@" + std::string(request.serviceKey) + " ";
         const auto found = statuses.find(std::string(request.envelope));
-        return {found == statuses.end() ? 0 : found->second, "<Envelope/>"};
+        return {found == statuses.end() ? 0 : found->second, soap()};
     }
 
     std::shared_ptr<const ProfileList> profiles = std::make_shared<ProfileList>(
         ProfileList{{"P0", "S0", "V0", "E0", "", "", ""}, {"P1", "S1", "V1", "E1", "", "", ""}});
     bool media2 = false;
     std::map<std::string, int> statuses;
+    std::function<std::string()> soap = [] { return "<Envelope/>"; };
     std::string log;
 };
 
@@ -56,8 +59,8 @@ std::string BuildChosen(const CommandRequest& request) {
     return request.profile->token + std::string(TextAt(request.item, "encodeToken"));
 }
 
-void AnswerLocally(const ICommandSession&, std::string& result) {
-    result += "local";
+void AnswerLocally(const ICommandSession&, CResultDocument& result) {
+    result.AddCommand("Response", "local");
 }
 
 int FetchPicture(ICommandSession&, const std::string& result, ResponseBuffer& picture) {
@@ -235,6 +238,98 @@ TEST(Dispatch, APictureEndsTheRequest) {
     EXPECT_EQ(session.log, "one@device two@device ");
     session.statuses["two"] = 5;
     EXPECT_EQ(RunGet(session, "<Get><picture/></Get>", kGetTable).picture.size, 0);
+}
+
+/// A reply to every operation below, with @p value () in the place of each value.
+std::string SoapWith(const std::function<std::string()>& value) {
+    const std::string_view pattern =
+        "<Envelope><Body><GetDeviceInformationResponse><Manufacturer>@</Manufacturer><Model>@"
+        "</Model></GetDeviceInformationResponse><GetNetworkInterfacesResponse><NetworkInterfaces"
+        " token='@'><IPv4><Config><DHCP>false</DHCP><Manual><Address>@</Address></Manual></Config>"
+        "</IPv4></NetworkInterfaces></"
+        "GetNetworkInterfacesResponse><GetNetworkDefaultGatewayResponse"
+        "><NetworkGateway><IPv4Address>@</IPv4Address></NetworkGateway>"
+        "</GetNetworkDefaultGatewayResponse><SetNetworkInterfacesResponse><RebootNeeded>@"
+        "</RebootNeeded></SetNetworkInterfacesResponse><GetPresetsResponse><Preset "
+        "token='@'><Name>@"
+        "</Name></Preset></GetPresetsResponse></Body></Envelope>";
+    std::string soap;
+    for (const char each : pattern) {
+        soap += each == '@' ? value() : std::string(1, each);
+    }
+    return soap;
+}
+
+/// Printing and parsing between two answers is what shows in a result: a further command that adds
+/// nothing makes the same of it.
+TEST(Dispatch, EveryAnswerPrintsAndParsesTheEarlierOnes) {
+    const std::string commands[] = {"<devInfo/>", "<ipv4/>", "<presets/>", "<serviceUrl/>"};
+    const std::string pieces[] = {"a",     " ",     "\t",     "\n",   "\r\n",   "&#13;",    "&#10;",
+                                  "&#32;", "&amp;", "&copy;", "&lt;", "&quot;", "\x01\xFF", ""};
+    const auto run = [&](unsigned int seed, const std::string& request) {
+        CScriptedSession session;
+        std::mt19937 random(seed);
+        session.soap = [&] {
+            return SoapWith([&] {
+                std::string value;
+                for (auto left = random() % 4; left != 0; --left) {
+                    value += pieces[random() % std::size(pieces)];
+                }
+                return value;
+            });
+        };
+        return RunGet(session, "<Get><streamCount/>" + request + "</Get>").document;
+    };
+    int changed = 0;
+    for (unsigned int seed = 0; seed < 300; ++seed) {
+        std::mt19937 random(seed);
+        std::string request;
+        for (auto left = random() % 5; left != 0; --left) {
+            request += commands[random() % std::size(commands)];
+        }
+        const std::string before = run(seed, request);
+        const std::string behind = run(seed, request + "<streamCount/>");
+        EXPECT_EQ(behind, CXmlDocument(before).Print()) << request;
+        changed += behind == before ? 0 : 1;
+    }
+    EXPECT_GT(changed, 20);
+}
+
+TEST(Dispatch, OnlyTheLastAnswerIsAsItWasCopied) {
+    const struct {
+        const char* request;
+        const char* result;  // without line ends and indentation
+    } cases[] = {
+        {"<Get><devInfo/><devInfo/></Get>",
+         "<devInfo><status>success</status><manufacturer>a\nb</manufacturer><model/><status>success"
+         "</status><manufacturer>a\rb</manufacturer><model> </model></devInfo>"},
+        {"<Get><ipv4/></Get>",
+         "<ipv4><status>success</status><item token=\"a\nb\"><dhcp>false</dhcp><ip/></item>"
+         "<gatewayStatus><status>success</status></gatewayStatus><gateway>a\rb</gateway></ipv4>"},
+        {"<Set><ipv4/><ipv4/><ipv4/></Set>",
+         "<ipv4><status>success<rebootNeeded>a\nb</rebootNeeded><rebootNeeded>a\nb</rebootNeeded>"
+         "<rebootNeeded>a\rb</rebootNeeded></status><status>success</status><status>success"
+         "</status></ipv4>"},
+    };
+    for (const auto& each : cases) {
+        CScriptedSession session;
+        session.soap = [] {
+            int count = 0;
+            return SoapWith(
+                [count]() mutable { return ++count == 2 || count == 4 ? "&#32;" : "a&#13;b"; });
+        };
+        std::string result = RunGet(session, each.request).document;
+        if (result.empty()) {
+            EXPECT_TRUE(RunSet(session, each.request, result));
+        }
+        result.erase(0, result.find("Response>") + std::string_view("Response>").size());
+        result.erase(result.rfind("</"));
+        for (auto at = result.find("\n    "); at != std::string::npos; at = result.find("\n    ")) {
+            result.erase(at, 1);
+            result.erase(at, result.find_first_not_of(' ', at) - at);
+        }
+        EXPECT_EQ(result, std::string(each.result) + "\n") << each.request;
+    }
 }
 
 TEST(Dispatch, LocalAnswersComeFromTheSession) {

@@ -160,9 +160,9 @@ TEST(EventResults, TellWhatTheDeviceAnswers) {
          "</GetResponse>"},
     };
     for (const auto& each : cases) {
-        std::string result;
+        CResultDocument result;
         BuildResult(each.frame, Soap(each.body), {}, result);
-        EXPECT_EQ(Compact(result), each.expected) << each.body;
+        EXPECT_EQ(Compact(result.Print()), each.expected) << each.body;
     }
 }
 

@@ -104,21 +104,21 @@ TEST(Results, CopyWhatTheDeviceAnswered) {
          "<SetResponse><dns><status>success</status></dns></SetResponse>"},
     };
     for (const ResultCase& each : cases) {
-        std::string result;
+        CResultDocument result;
         BuildResult(*each.frame, Envelope(each.body), {}, result);
-        EXPECT_EQ(Compact(result), each.expected);
-        EXPECT_TRUE(result.starts_with("<?xml version=\"1.0\" encoding=\"UTF-8\"?>")) << result;
+        EXPECT_EQ(Compact(result.Print()), each.expected);
+        EXPECT_TRUE(result.Print().starts_with("<?xml version=\"1.0\" encoding=\"UTF-8\"?>"));
     }
 }
 
 TEST(Results, OneDocumentCarriesAllAnswers) {
-    std::string result;
+    CResultDocument result;
     BuildResult(kDnsResult, "unparsable", {}, result);
     BuildResult(kDigitalInputsResult, Envelope("<a:Fault/>"), {}, result);
     BuildResult(kDnsResult, Envelope(""), {}, result);
     BuildResult(kStatusOnly<"dns">, Envelope(""), {},
                 result);  // a second root finds its place below
-    EXPECT_EQ(Compact(result),
+    EXPECT_EQ(Compact(result.Print()),
               "<GetResponse><dns><status>success</status><status>success</status></dns><alarmin>"
               "<status>fail<errorCode>6</errorCode></status></alarmin><SetResponse><dns><status>"
               "success</status></dns></SetResponse></GetResponse>");
@@ -166,12 +166,13 @@ TEST(Results, ProfilesOfBothMediaServices) {
          "<token>Z</token><nodeToken>N</nodeToken></ptzCfg></item>"},
     };
     for (const auto& each : cases) {
-        std::string result;
+        CResultDocument result;
         BuildResult(kProfilesResult,
                     Envelope("<GetProfilesResponse>" + each.profile + "</GetProfilesResponse>"), {},
                     result);
-        EXPECT_EQ(Compact(result), "<GetResponse><profiles><status>success</status>" +
-                                       std::string(each.expected) + "</profiles></GetResponse>");
+        EXPECT_EQ(Compact(result.Print()), "<GetResponse><profiles><status>success</status>" +
+                                               std::string(each.expected) +
+                                               "</profiles></GetResponse>");
     }
 }
 

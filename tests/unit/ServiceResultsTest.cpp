@@ -23,14 +23,14 @@ struct ResultCase {
 
 void ExpectGetResults(std::span<const ResultCase> cases) {
     for (const ResultCase& each : cases) {
-        std::string result;
+        CResultDocument result;
         BuildResult(*each.frame, Envelope(each.body), {7, "T"}, result);
         std::string expected = "<GetResponse><@><status>success</status></@></GetResponse>";
         expected.insert(expected.find("</@>"), each.values);
         for (auto at = expected.find('@'); at != std::string::npos; at = expected.find('@')) {
             expected.replace(at, 1, each.element);
         }
-        EXPECT_EQ(Compact(result), expected);
+        EXPECT_EQ(Compact(result.Print()), expected);
     }
 }
 
@@ -158,10 +158,10 @@ TEST(ServiceResults, ShowMotionInTwoSteps) {
     const auto result = [&](const std::string& rowCount, const std::string& second) {
         std::string first = modules;
         first.replace(first.find("ROWS"), 4, rowCount);
-        std::string text;
+        CResultDocument text;
         BuildResult(kMotionModuleResult, Envelope(first), {0, "A"}, text);
         BuildResult(kMotionRuleResult, Envelope(second), {}, text);
-        return Compact(text);
+        return Compact(text.Print());
     };
     const auto expected = [](const std::string& rowCount, const std::string& behind) {
         return "<GetResponse><motion><status>success</status><token>A</token><name>m</name>"
@@ -216,9 +216,9 @@ TEST(ServiceResults, NameWhatWasMade) {
          "</GetResponse>"},
     };
     for (const auto& each : cases) {
-        std::string result;
+        CResultDocument result;
         BuildResult(*each.frame, Envelope(each.body), {}, result);
-        EXPECT_EQ(Compact(result), each.expected);
+        EXPECT_EQ(Compact(result.Print()), each.expected);
     }
     EXPECT_EQ(SnapshotAddressIn(cases[5].expected), "http://h/p");
     EXPECT_EQ(SnapshotAddressIn("<GetResponse><snapshotURI/></GetResponse>"), "");
