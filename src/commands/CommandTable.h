@@ -59,7 +59,7 @@ struct CommandStep {
     void (*learn)(std::string_view reply, ICommandSession& session) = nullptr;
     /// The token of what the request is about, when the result shows it.
     std::string (*tokenAsked)(const CommandRequest& request) = nullptr;
-    /// Not empty: the step runs only for a request with this child.
+    /// Not empty: the step runs only for an element of the command that has this child.
     std::string_view onlyWith = {};
     /// Where the request goes instead of the service; an empty path means the service.
     std::string (*path)(const CommandRequest& request) = nullptr;

@@ -70,7 +70,7 @@ int SendLoop(ICommandSession& session, const CommandRow& row, const CommandSteps
         if (overItems) {
             Append(each, "encodeToken", profile->videoEncoderConfigurationToken);
         }
-        loopStatus = SendSteps(session, steps, command.parameters,
+        loopStatus = SendSteps(session, steps, command.run,
                                {command.parameters, profile, each, session.SpeedRanges()},
                                ToInt(TextOf(index)), result);
         if (loopStatus != status::kSuccess) {
@@ -95,7 +95,7 @@ int SendCommand(ICommandSession& session, const CommandRow& row, const CommandEl
         return SendLoop(session, row, steps, *profiles, command, result);
     }
     const MediaProfile* first = profiles->empty() ? nullptr : &profiles->front();
-    return SendSteps(session, steps, command.parameters,
+    return SendSteps(session, steps, command.run,
                      {command.parameters, first, nullptr, session.SpeedRanges()}, 0, result);
 }
 
