@@ -157,15 +157,18 @@ bool StartCameras(camera_sim::CameraHost& host, const Arguments& arguments,
     }
     for (int i = 0; i < arguments.cameras; ++i) {
         camera_sim::CameraOptions options = arguments.camera;
-        if (firstPort != 0) options.port = static_cast<std::uint16_t>(firstPort + i);
+        if (firstPort != 0) {
+            options.port = static_cast<std::uint16_t>(firstPort + i);
+        }
         std::string error;
         camera_sim::Camera* camera = host.TryAdd(std::move(options), error);
         if (camera == nullptr) {
             std::cerr << "onvif-camera-sim: " << error << '\n';
             return false;
         }
-        for (const camera_sim::PlannedFault& planned : faults)
+        for (const camera_sim::PlannedFault& planned : faults) {
             camera->Inject(planned.operation, planned.fault);
+        }
         std::cout << "onvif-camera-sim: " << arguments.camera.model
                   << " listening on 127.0.0.1:" << camera->Port() << std::endl;
     }
@@ -201,11 +204,17 @@ int Run(int argc, char** argv) {
     for (const std::string& text : arguments.faults) {
         std::string error;
         auto fault = camera_sim::ParseFault(text, error);
-        if (!fault) return app.exit(CLI::ValidationError("--fault", error));
+        if (!fault) {
+            return app.exit(CLI::ValidationError("--fault", error));
+        }
         faults.push_back(*std::move(fault));
     }
-    if (arguments.noMedia2) arguments.camera.media2 = false;
-    if (arguments.noPtz) arguments.camera.ptz = false;
+    if (arguments.noMedia2) {
+        arguments.camera.media2 = false;
+    }
+    if (arguments.noPtz) {
+        arguments.camera.ptz = false;
+    }
     arguments.camera.clockOffset = std::chrono::seconds(arguments.clockOffset);
     arguments.camera.createdWindow = std::chrono::seconds(arguments.createdWindow);
     arguments.camera.motionPeriod = std::chrono::milliseconds(arguments.motionPeriod);
@@ -217,7 +226,9 @@ int Run(int argc, char** argv) {
     boost::asio::signal_set signals(io, SIGINT, SIGTERM);
     signals.async_wait([](const boost::system::error_code&, int) { io.stop(); });
     camera_sim::CameraHost host;
-    if (!StartCameras(host, arguments, faults)) return kFailure;
+    if (!StartCameras(host, arguments, faults)) {
+        return kFailure;
+    }
     WaitForEnd(io, arguments.exitWithStdin);
     return 0;
 }

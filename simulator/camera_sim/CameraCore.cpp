@@ -51,7 +51,9 @@ CameraCore::Understood::Understood(const HttpRequest& request)
     } else if (const XmlElement* element = soap.Operation()) {
         ns = FindNamespace(NamespaceUri(*element));
         operation = LocalName(*element);
-        if (ns) service = NamespaceOf(*ns).usualPrefix;
+        if (ns) {
+            service = NamespaceOf(*ns).usualPrefix;
+        }
     }
 }
 
@@ -91,8 +93,9 @@ void CameraCore::CheckCredentialsLocked(const HttpRequest& http, Understood& req
 
 Reply CameraCore::AnswerSnapshotLocked(const Understood& request) {
     const SnapshotTime time{SystemTime(), std::chrono::steady_clock::now()};
-    if (request.credentials.valid)
+    if (request.credentials.valid) {
         return SnapshotReply(state_, options_, request.method, request.path, time);
+    }
     const std::string field =
         "WWW-Authenticate: " + snapshotAuthenticator_.Challenge(request.staleNonce, time.steady) +
         "\r\n";
@@ -100,13 +103,23 @@ Reply CameraCore::AnswerSnapshotLocked(const Understood& request) {
 }
 
 Reply CameraCore::AnswerLocked(const Understood& request, bool xmlProlog) {
-    if (request.isSnapshot) return AnswerSnapshotLocked(request);
-    if (!IsServicePath(options_, request.path)) return HttpReply(404);
-    if (request.method != "POST") return HttpReply(405);
+    if (request.isSnapshot) {
+        return AnswerSnapshotLocked(request);
+    }
+    if (!IsServicePath(options_, request.path)) {
+        return HttpReply(404);
+    }
+    if (request.method != "POST") {
+        return HttpReply(405);
+    }
     XmlWriter out(style_, options_.prettyXml);
     std::optional<PullWait> wait;
-    if (const Answer fault = RunLocked(request, out, wait)) return FaultReply(*fault, xmlProlog);
-    if (wait) return DeferLocked(*std::move(wait));
+    if (const Answer fault = RunLocked(request, out, wait)) {
+        return FaultReply(*fault, xmlProlog);
+    }
+    if (wait) {
+        return DeferLocked(*std::move(wait));
+    }
     return HttpReply(200, kSoapType, out.Envelope(xmlProlog));
 }
 
@@ -124,19 +137,24 @@ Answer CameraCore::RunLocked(const Understood& request, XmlWriter& out,
     }
     const auto& open = options_.openOperations;
     if (!request.credentials.valid &&
-        std::find(open.begin(), open.end(), request.operation) == open.end())
+        std::find(open.begin(), open.end(), request.operation) == open.end()) {
         return NotAuthorized();
+    }
     const Operation* operation =
         request.ns ? FindOperation(options_, *request.ns, request.operation) : nullptr;
-    if (operation == nullptr) return NotSupported("Optional action not implemented");
-    if (!IsServedAt(options_, *request.ns, request.path))
+    if (operation == nullptr) {
+        return NotSupported("Optional action not implemented");
+    }
+    if (!IsServedAt(options_, *request.ns, request.path)) {
         return NotSupported("The action belongs to another service address");
+    }
 
     const XmlElement* header = request.soap.Header();
     Call call{state_, options_,    *request.soap.Operation(), out, SystemTime(), events_,
               header, request.path};
-    if (IsEventService(*request.ns))
+    if (IsEventService(*request.ns)) {
         WriteAddressing(out, AnswerAction(header), ChildText(header, "MessageID"));
+    }
     const XmlWriter::Scope response(out, *request.ns,
                                     operation->response.empty()
                                         ? std::string(operation->name) + "Response"
@@ -150,7 +168,9 @@ Reply CameraCore::FaultReply(const SoapFault& fault, bool xmlProlog) const {
     XmlWriter out(style_, options_.prettyXml);
     WriteFault(out, fault);
     unsigned status = fault.code == "Receiver" ? 500 : options_.senderFaultStatus;
-    if (fault.subcode == "NotAuthorized") status = options_.unauthorizedStatus;
+    if (fault.subcode == "NotAuthorized") {
+        status = options_.unauthorizedStatus;
+    }
     return HttpReply(status, kSoapType, out.Envelope(xmlProlog));
 }
 
@@ -191,8 +211,9 @@ Reply CameraCore::DisturbLocked(const Understood& request, const Fault& fault) {
 
 void DisturbReply(Reply& reply, const Fault& fault) {
     reply.delay = fault.delay;
-    if (fault.kind == Fault::Kind::kTruncate)
+    if (fault.kind == Fault::Kind::kTruncate) {
         reply.bytes.resize(std::min(reply.bytes.size(), fault.bytes));
+    }
     if (fault.kind == Fault::Kind::kSegments) {
         reply.segment = fault.bytes;
         reply.pause = fault.pause;

@@ -24,7 +24,9 @@ Reply CameraCore::ResumeLocked(std::uint64_t ticket) {
     Reply reply;
     reply.ending = Reply::Ending::kClose;
     const auto found = deferred_.find(ticket);
-    if (found == deferred_.end()) return reply;
+    if (found == deferred_.end()) {
+        return reply;
+    }
     const PullWait& pull = found->second.pull;
     Subscription* subscription = events_.Find(pull.subscription);
     if (subscription != nullptr && subscription->queue.empty() &&
@@ -39,7 +41,9 @@ Reply CameraCore::ResumeLocked(std::uint64_t ticket) {
     const bool xmlProlog = options_.xmlProlog && !(fault && fault->kind == Fault::Kind::kNoProlog);
     reply = subscription == nullptr ? FaultReply(NoSuchSubscription(state_), xmlProlog)
                                     : PulledLocked(pull, *subscription, xmlProlog);
-    if (fault) DisturbReply(reply, *fault);
+    if (fault) {
+        DisturbReply(reply, *fault);
+    }
     evidence_.SetStatus(found->second.record, reply.status);
     deferred_.erase(found);
     return reply;
@@ -61,18 +65,25 @@ void CameraCore::Abandon(std::uint64_t ticket) {
 }
 
 void CameraCore::PublishLocked() {
-    if (!options_.events) return;
+    if (!options_.events) {
+        return;
+    }
     evidence_.CountEvents("event:messages", events_.Observe(state_));
-    for (auto& [id, subscription] : events_.All()) NotifyLocked(subscription);
+    for (auto& [id, subscription] : events_.All()) {
+        NotifyLocked(subscription);
+    }
     for (auto& [ticket, deferred] : deferred_) {
         const Subscription* subscription = events_.Find(deferred.pull.subscription);
-        if (deferred.wake && (subscription == nullptr || !subscription->queue.empty()))
+        if (deferred.wake && (subscription == nullptr || !subscription->queue.empty())) {
             deferred.wake();
+        }
     }
 }
 
 void CameraCore::NotifyLocked(Subscription& subscription) {
-    if (!subscription.consumer || subscription.posting || subscription.queue.empty()) return;
+    if (!subscription.consumer || subscription.posting || subscription.queue.empty()) {
+        return;
+    }
     XmlWriter out(style_, options_.prettyXml);
     WriteNotify(out, options_, subscription);
     subscription.posting = true;
@@ -83,7 +94,9 @@ void CameraCore::NotificationSent(std::uint64_t subscription, bool accepted) {
     const std::scoped_lock guard(lock_);
     evidence_.CountEvents(accepted ? "event:notified" : "event:failed", 1);
     Subscription* found = events_.Find(subscription);
-    if (found == nullptr) return;
+    if (found == nullptr) {
+        return;
+    }
     found->posting = false;
     ++(accepted ? found->delivered : found->dropped);
     NotifyLocked(*found);
@@ -102,7 +115,9 @@ std::vector<SubscriptionInfo> CameraCore::Subscriptions() const {
     for (const auto& [id, subscription] : events_.All()) {
         SubscriptionInfo info;
         info.id = id;
-        if (subscription.consumer) info.consumer = subscription.consumer->address;
+        if (subscription.consumer) {
+            info.consumer = subscription.consumer->address;
+        }
         info.rest =
             std::chrono::ceil<std::chrono::milliseconds>(subscription.end - EventHub::Clock::now());
         info.waitingPulls = static_cast<std::size_t>(std::count_if(

@@ -67,7 +67,9 @@ class Connections::Session : public std::enable_shared_from_this<Session> {
 
     /// Ends the connection without a further word, unless it serves a control request.
     void Drop() {
-        if (isControl_) return;
+        if (isControl_) {
+            return;
+        }
         waiting_ = false;
         reply_.ending = Reply::Ending::kClose;  // what is being sent keeps its bytes
         timer_.cancel();
@@ -81,11 +83,16 @@ class Connections::Session : public std::enable_shared_from_this<Session> {
         parser.body_limit(std::numeric_limits<std::uint64_t>::max());  // checked below
         error_code error;
         parser.put(asio::buffer(input_.data(), headSize), error);
-        if ((error && error != beast::http::error::need_more) || !parser.is_header_done())
+        if ((error && error != beast::http::error::need_more) || !parser.is_header_done()) {
             return Refuse(400);
-        if (parser.chunked()) return Refuse(411);
+        }
+        if (parser.chunked()) {
+            return Refuse(411);
+        }
         const std::uint64_t length = parser.content_length().value_or(0);
-        if (length > kBodyLimit) return Refuse(413);
+        if (length > kBodyLimit) {
+            return Refuse(413);
+        }
 
         const auto& head = parser.get();
         request_.method = std::string(head.method_string());
@@ -96,23 +103,31 @@ class Connections::Session : public std::enable_shared_from_this<Session> {
         unread_ = input_.size() > headSize + request_.body.size();
         const std::size_t received = request_.body.size();
         request_.body.resize(length);
-        if (received < length && head["Expect"] == "100-continue") return SendContinue(received);
+        if (received < length && head["Expect"] == "100-continue") {
+            return SendContinue(received);
+        }
         ReadRest(received);
     }
 
     void SendContinue(std::size_t received) {
         asio::async_write(stream_, asio::buffer(kContinue),
                           [self = shared_from_this(), received](error_code error, std::size_t) {
-                              if (!error) self->ReadRest(received);
+                              if (!error) {
+                                  self->ReadRest(received);
+                              }
                           });
     }
 
     void ReadRest(std::size_t received) {
-        if (received == request_.body.size()) return Process();
+        if (received == request_.body.size()) {
+            return Process();
+        }
         stream_.expires_after(kIdleLimit);
         asio::async_read(stream_, asio::buffer(request_.body) + received,
                          [self = shared_from_this()](error_code error, std::size_t) {
-                             if (!error) self->Process();
+                             if (!error) {
+                                 self->Process();
+                             }
                          });
     }
 
@@ -128,7 +143,9 @@ class Connections::Session : public std::enable_shared_from_this<Session> {
             return isControl_ ? HandleControl(core_, request_)
                               : core_.Handle(std::move(request_), MakeWake());
         });
-        if (reply_.ending != Reply::Ending::kDeferred) return Deliver();
+        if (reply_.ending != Reply::Ending::kDeferred) {
+            return Deliver();
+        }
         waiting_ = true;
         stream_.expires_never();
         input_ = std::string(kWatchSize, '\0');
@@ -148,7 +165,9 @@ class Connections::Session : public std::enable_shared_from_this<Session> {
     std::function<void()> MakeWake() {
         return [executor = stream_.get_executor(), session = weak_from_this()] {
             asio::post(executor, [session] {
-                if (const auto self = session.lock()) self->Resume();
+                if (const auto self = session.lock()) {
+                    self->Resume();
+                }
             });
         };
     }
@@ -156,15 +175,21 @@ class Connections::Session : public std::enable_shared_from_this<Session> {
     void WaitUntilDue() {
         timer_.expires_at(reply_.until);
         timer_.async_wait([self = shared_from_this()](error_code error) {
-            if (!error) self->Resume();
+            if (!error) {
+                self->Resume();
+            }
         });
     }
 
     /// Asks again for the deferred reply. Once it is there, the end of the watch delivers it.
     void Resume() {
-        if (!waiting_) return;
+        if (!waiting_) {
+            return;
+        }
         SetReply([this] { return core_.Resume(reply_.ticket); });
-        if (reply_.ending == Reply::Ending::kDeferred) return WaitUntilDue();
+        if (reply_.ending == Reply::Ending::kDeferred) {
+            return WaitUntilDue();
+        }
         waiting_ = false;
         timer_.cancel();
         stream_.cancel();
@@ -174,8 +199,12 @@ class Connections::Session : public std::enable_shared_from_this<Session> {
     void Watch() {
         stream_.async_read_some(asio::buffer(input_),
                                 [self = shared_from_this()](error_code error, std::size_t) {
-                                    if (!self->waiting_) return self->Deliver();
-                                    if (!error) return self->Watch();
+                                    if (!self->waiting_) {
+                                        return self->Deliver();
+                                    }
+                                    if (!error) {
+                                        return self->Watch();
+                                    }
                                     self->waiting_ = false;
                                     self->timer_.cancel();
                                     self->core_.Abandon(self->reply_.ticket);
@@ -183,11 +212,15 @@ class Connections::Session : public std::enable_shared_from_this<Session> {
     }
 
     void Deliver() {
-        if (reply_.delay.count() == 0) return Send();
+        if (reply_.delay.count() == 0) {
+            return Send();
+        }
         stream_.expires_never();
         timer_.expires_after(reply_.delay);
         timer_.async_wait([self = shared_from_this()](error_code error) {
-            if (!error) self->Send();
+            if (!error) {
+                self->Send();
+            }
         });
     }
 
@@ -196,22 +229,30 @@ class Connections::Session : public std::enable_shared_from_this<Session> {
             stream_.expires_never();
             return Drain();
         }
-        if (reply_.ending == Reply::Ending::kClose || sent_ == reply_.bytes.size()) return Finish();
+        if (reply_.ending == Reply::Ending::kClose || sent_ == reply_.bytes.size()) {
+            return Finish();
+        }
         const std::size_t rest = reply_.bytes.size() - sent_;
         const std::size_t size = reply_.segment == 0 ? rest : std::min(reply_.segment, rest);
         stream_.expires_after(kIdleLimit);
         asio::async_write(stream_, asio::buffer(reply_.bytes.data() + sent_, size),
                           [self = shared_from_this()](error_code error, std::size_t written) {
-                              if (!error) self->AfterSegment(written);
+                              if (!error) {
+                                  self->AfterSegment(written);
+                              }
                           });
     }
 
     void AfterSegment(std::size_t written) {
         sent_ += written;
-        if (sent_ == reply_.bytes.size() || reply_.pause.count() == 0) return Send();
+        if (sent_ == reply_.bytes.size() || reply_.pause.count() == 0) {
+            return Send();
+        }
         timer_.expires_after(reply_.pause);
         timer_.async_wait([self = shared_from_this()](error_code error) {
-            if (!error) self->Send();
+            if (!error) {
+                self->Send();
+            }
         });
     }
 
@@ -231,7 +272,9 @@ class Connections::Session : public std::enable_shared_from_this<Session> {
         input_.resize(kHeadLimit);
         stream_.async_read_some(asio::buffer(input_),
                                 [self = shared_from_this()](error_code error, std::size_t) {
-                                    if (!error) self->Drain();
+                                    if (!error) {
+                                        self->Drain();
+                                    }
                                 });
     }
 
@@ -253,7 +296,9 @@ void Connections::Serve(tcp::socket socket) {
 }
 
 void Connections::Drop() {
-    for (Session* session : *open_) session->Drop();
+    for (Session* session : *open_) {
+        session->Drop();
+    }
 }
 
 }  // namespace camera_sim

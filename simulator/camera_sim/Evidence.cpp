@@ -18,7 +18,9 @@ std::size_t Size(const RecordedRequest& request) {
 
 void Evidence::CountRequest(std::string_view service, std::string_view operation) {
     ++counters_["*"];
-    if (operation.empty()) return;
+    if (operation.empty()) {
+        return;
+    }
     std::string name(service);
     name.append(":").append(operation);
     const auto counter = counters_.find(name);
@@ -30,7 +32,9 @@ void Evidence::CountRequest(std::string_view service, std::string_view operation
 }
 
 void Evidence::CountEvents(std::string_view what, std::size_t count) {
-    if (count > 0) counters_[std::string(what)] += count;
+    if (count > 0) {
+        counters_[std::string(what)] += count;
+    }
 }
 
 std::uint64_t Evidence::Count(std::string_view operation) const {
@@ -41,8 +45,9 @@ std::uint64_t Evidence::Count(std::string_view operation) const {
         if (all ? operation == "*"
                 : operation != "*" &&
                       MatchesOperation(operation, std::string_view(name).substr(0, colon),
-                                       std::string_view(name).substr(colon + 1)))
+                                       std::string_view(name).substr(colon + 1))) {
             count += value;
+        }
     }
     return count;
 }
@@ -60,8 +65,9 @@ std::uint64_t Evidence::Record(RecordedRequest request) {
 }
 
 void Evidence::SetStatus(std::uint64_t number, unsigned status) {
-    if (number >= forgottenRequests_ && number - forgottenRequests_ < requests_.size())
+    if (number >= forgottenRequests_ && number - forgottenRequests_ < requests_.size()) {
         requests_[number - forgottenRequests_].status = status;
+    }
 }
 
 void Evidence::Clear() {

@@ -11,9 +11,13 @@ constexpr std::size_t kMostFaults = 1000;
 }  // namespace
 
 void FaultPlan::Add(PlannedFault fault) {
-    if (fault.fault.remaining == 0) return;
+    if (fault.fault.remaining == 0) {
+        return;
+    }
     faults_.push_back(std::move(fault));
-    if (faults_.size() > kMostFaults) faults_.pop_front();
+    if (faults_.size() > kMostFaults) {
+        faults_.pop_front();
+    }
 }
 
 std::optional<Fault> FaultPlan::Take(std::string_view service, std::string_view operation) {
@@ -21,9 +25,13 @@ std::optional<Fault> FaultPlan::Take(std::string_view service, std::string_view 
         std::find_if(faults_.begin(), faults_.end(), [&](const PlannedFault& candidate) {
             return MatchesOperation(candidate.operation, service, operation);
         });
-    if (planned == faults_.end()) return std::nullopt;
+    if (planned == faults_.end()) {
+        return std::nullopt;
+    }
     Fault fault = planned->fault;
-    if (planned->fault.remaining > 0 && --planned->fault.remaining == 0) faults_.erase(planned);
+    if (planned->fault.remaining > 0 && --planned->fault.remaining == 0) {
+        faults_.erase(planned);
+    }
     return fault;
 }
 

@@ -96,7 +96,9 @@ void AddPtz(Media& media) {
     ptz.token = "PtzConfig_1";
     ptz.name = "PTZ";
     ptz.node = "PtzNode_1";
-    for (Profile& profile : media.profiles) profile.ptz = ptz.token;
+    for (Profile& profile : media.profiles) {
+        profile.ptz = ptz.token;
+    }
     media.ptz.push_back(std::move(ptz));
 }
 
@@ -183,7 +185,9 @@ constexpr std::array kModels = {
 
 std::optional<CameraState> MakeModel(CameraOptions& options) {
     for (const Model& model : kModels) {
-        if (model.name != options.model) continue;
+        if (model.name != options.model) {
+            continue;
+        }
         CameraState state = model.make();
         state.clock.offset = options.clockOffset;
         state.clock.type = options.clockOffset.count() == 0 ? "NTP" : "Manual";

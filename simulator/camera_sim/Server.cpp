@@ -31,9 +31,15 @@ tcp::acceptor Listen(asio::io_context& io, std::uint16_t port, error_code& error
     tcp::acceptor acceptor(io);
     const tcp::endpoint endpoint(asio::ip::address_v4::loopback(), port);
     acceptor.open(endpoint.protocol(), error);
-    if (!error) acceptor.set_option(tcp::acceptor::reuse_address(true), error);
-    if (!error) acceptor.bind(endpoint, error);
-    if (!error) acceptor.listen(tcp::acceptor::max_listen_connections, error);
+    if (!error) {
+        acceptor.set_option(tcp::acceptor::reuse_address(true), error);
+    }
+    if (!error) {
+        acceptor.bind(endpoint, error);
+    }
+    if (!error) {
+        acceptor.listen(tcp::acceptor::max_listen_connections, error);
+    }
     return acceptor;
 }
 
@@ -86,23 +92,31 @@ class Schedule : public std::enable_shared_from_this<Schedule> {
 };
 
 void ToggleMotion(CameraState& state) {
-    for (VideoSource& source : state.media.videoSources) source.motion = !source.motion;
+    for (VideoSource& source : state.media.videoSources) {
+        source.motion = !source.motion;
+    }
 }
 void ToggleInputs(CameraState& state) {
-    for (DigitalInput& input : state.inputs) input.active = !input.active;
+    for (DigitalInput& input : state.inputs) {
+        input.active = !input.active;
+    }
 }
 
 /// Why no camera can be made so, as far as the options tell; empty when they are fine.
 std::string WhatIsWrong(const CameraOptions& options) {
-    if (FindPrefixStyle(options.prefixStyle) == nullptr)
+    if (FindPrefixStyle(options.prefixStyle) == nullptr) {
         return "unknown prefix style \"" + options.prefixStyle + "\"";
-    if (options.snapshotRealm.find_first_of("\r\n") != std::string::npos)
+    }
+    if (options.snapshotRealm.find_first_of("\r\n") != std::string::npos) {
         return "the realm of snapshots holds a line break";
-    if (FindTopicStyle(options.topicStyle) == nullptr)
+    }
+    if (FindTopicStyle(options.topicStyle) == nullptr) {
         return "unknown topic style \"" + options.topicStyle + "\"";
+    }
     const auto styles = SubscriptionStyleNames();
-    if (std::find(styles.begin(), styles.end(), options.subscriptionStyle) == styles.end())
+    if (std::find(styles.begin(), styles.end(), options.subscriptionStyle) == styles.end()) {
         return "unknown subscription style \"" + options.subscriptionStyle + "\"";
+    }
     return {};
 }
 
@@ -120,7 +134,9 @@ class CameraHost::Impl {
 
     Camera* TryAdd(CameraOptions options, std::string& error) {
         error = WhatIsWrong(options);
-        if (!error.empty()) return nullptr;
+        if (!error.empty()) {
+            return nullptr;
+        }
         auto state = MakeModel(options);
         if (!state) {
             error = "unknown model \"" + options.model + "\"";
@@ -128,7 +144,9 @@ class CameraHost::Impl {
         }
         error_code failure;
         tcp::acceptor acceptor = Listen(io_, options.port, failure);
-        if (!failure) options.port = acceptor.local_endpoint(failure).port();
+        if (!failure) {
+            options.port = acceptor.local_endpoint(failure).port();
+        }
         if (failure) {
             error = "cannot listen on 127.0.0.1:" + std::to_string(options.port) + ": " +
                     failure.message();
@@ -149,7 +167,9 @@ class CameraHost::Impl {
         core.Attach({
             [this, weak = std::weak_ptr(listener)] {
                 asio::post(io_, [weak] {
-                    if (const auto strong = weak.lock()) strong->DropConnections();
+                    if (const auto strong = weak.lock()) {
+                        strong->DropConnections();
+                    }
                 });
             },
             [this, &core](std::uint64_t subscription, NotifyTarget target, std::string body) {
@@ -167,7 +187,9 @@ class CameraHost::Impl {
     }
 
     void Repeat(CameraCore& core, std::chrono::milliseconds period, void (*change)(CameraState&)) {
-        if (period.count() <= 0) return;
+        if (period.count() <= 0) {
+            return;
+        }
         asio::post(io_, [schedule = std::make_shared<Schedule>(io_, core, period, change)] {
             schedule->Run();
         });
@@ -190,7 +212,9 @@ Camera* CameraHost::TryAdd(CameraOptions options, std::string& error) {
 Camera& CameraHost::Add(CameraOptions options) {
     std::string error;
     Camera* camera = TryAdd(std::move(options), error);
-    if (camera == nullptr) throw std::runtime_error(error);
+    if (camera == nullptr) {
+        throw std::runtime_error(error);
+    }
     return *camera;
 }
 

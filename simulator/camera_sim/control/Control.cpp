@@ -41,15 +41,25 @@ Reply AddFaults(IControlledCamera& camera, const HttpRequest& request) {
         const auto end = std::min(rest.find('\n'), rest.size());
         std::string_view line = rest.substr(0, end);
         rest.remove_prefix(std::min(end + 1, rest.size()));
-        if (line.ends_with('\r')) line.remove_suffix(1);
-        if (line.empty()) continue;
+        if (line.ends_with('\r')) {
+            line.remove_suffix(1);
+        }
+        if (line.empty()) {
+            continue;
+        }
         std::string error;
         auto fault = ParseFault(line, error);
-        if (!fault) return BadRequest(std::move(error));
+        if (!fault) {
+            return BadRequest(std::move(error));
+        }
         planned.push_back(*std::move(fault));
     }
-    if (planned.empty()) return BadRequest("no fault given");
-    for (PlannedFault& fault : planned) camera.Inject(std::move(fault));
+    if (planned.empty()) {
+        return BadRequest("no fault given");
+    }
+    for (PlannedFault& fault : planned) {
+        camera.Inject(std::move(fault));
+    }
     return Done();
 }
 
@@ -60,10 +70,13 @@ Reply ClearFaults(IControlledCamera& camera, const HttpRequest&) {
 
 Reply SetClockOffset(IControlledCamera& camera, const HttpRequest& request) {
     std::string_view text = request.body;
-    while (!text.empty() && (text.back() == '\n' || text.back() == '\r')) text.remove_suffix(1);
+    while (!text.empty() && (text.back() == '\n' || text.back() == '\r')) {
+        text.remove_suffix(1);
+    }
     const auto offset = ToInt(text);
-    if (!offset || *offset > kLargestOffset || *offset < -kLargestOffset)
+    if (!offset || *offset > kLargestOffset || *offset < -kLargestOffset) {
         return BadRequest("the offset is a number of seconds, at most ten years");
+    }
     camera.Change([&](CameraState& state) { state.clock.offset = std::chrono::seconds(*offset); });
     return Done();
 }
@@ -71,29 +84,39 @@ Reply SetClockOffset(IControlledCamera& camera, const HttpRequest& request) {
 /// A body of "true" or "false".
 std::optional<bool> ReadSwitch(const HttpRequest& request) {
     std::string_view text = request.body;
-    while (text.ends_with('\n') || text.ends_with('\r')) text.remove_suffix(1);
+    while (text.ends_with('\n') || text.ends_with('\r')) {
+        text.remove_suffix(1);
+    }
     return ToBool(text);
 }
 
 Reply SetMotion(IControlledCamera& camera, const HttpRequest& request) {
     const auto motion = ReadSwitch(request);
-    if (!motion) return BadRequest("the body is neither true nor false");
+    if (!motion) {
+        return BadRequest("the body is neither true nor false");
+    }
     camera.Change([&](CameraState& state) {
-        for (VideoSource& source : state.media.videoSources) source.motion = *motion;
+        for (VideoSource& source : state.media.videoSources) {
+            source.motion = *motion;
+        }
     });
     return Done();
 }
 
 Reply SetInput(IControlledCamera& camera, const HttpRequest& request) {
     const auto active = ReadSwitch(request);
-    if (!active) return BadRequest("the body is neither true nor false");
+    if (!active) {
+        return BadRequest("the body is neither true nor false");
+    }
     const std::string_view path = PathOf(request.target);
     const std::string_view token = path.substr(path.rfind('/') + 1);
     bool found = false;
     camera.Change([&](CameraState& state) {
         DigitalInput* input = FindByToken(state.inputs, token);
         found = input != nullptr;
-        if (found) input->active = *active;
+        if (found) {
+            input->active = *active;
+        }
     });
     return found ? Done() : HttpReply(404, kTextType, "no such input\n");
 }
@@ -158,7 +181,9 @@ Reply HandleControl(IControlledCamera& camera, const HttpRequest& request) {
         const bool matches =
             row.name == name || (row.name.ends_with('/') && name.starts_with(row.name));
         known = known || matches;
-        if (matches && row.method == request.method) return row.handler(camera, request);
+        if (matches && row.method == request.method) {
+            return row.handler(camera, request);
+        }
     }
     return HttpReply(known ? 405 : 404, kTextType, ControlHelp());
 }

@@ -22,20 +22,26 @@ bool IsName(std::string_view text) {
 /// Splits at the first @p separator; the second part is empty when there is none.
 std::pair<std::string_view, std::string_view> SplitAt(std::string_view text, char separator) {
     const auto position = text.find(separator);
-    if (position == std::string_view::npos) return {text, {}};
+    if (position == std::string_view::npos) {
+        return {text, {}};
+    }
     return {text.substr(0, position), text.substr(position + 1)};
 }
 
 bool ReadBytes(std::string_view text, Fault& fault) {
     const auto value = ToInt(text);
-    if (!value || *value < 0) return false;
+    if (!value || *value < 0) {
+        return false;
+    }
     fault.bytes = static_cast<std::size_t>(*value);
     return true;
 }
 
 bool ReadWait(std::string_view text, std::chrono::milliseconds& target) {
     const auto value = ToInt(text);
-    if (!value || *value < 0 || *value > kLongestWait) return false;
+    if (!value || *value < 0 || *value > kLongestWait) {
+        return false;
+    }
     target = std::chrono::milliseconds(*value);
     return true;
 }
@@ -77,7 +83,9 @@ bool ReadRaw(std::string_view argument, Fault& fault) {
     for (std::size_t i = 0; i < argument.size(); ++i) {
         if (argument[i] == '\\' && i + 1 < argument.size()) {
             const auto escape = kEscapes.find(argument[++i]);
-            if (escape == std::string_view::npos) return false;
+            if (escape == std::string_view::npos) {
+                return false;
+            }
             fault.reply += kMeanings[escape];
         } else {
             fault.reply += argument[i];
@@ -167,7 +175,9 @@ std::optional<PlannedFault> ParseFault(std::string_view text, std::string& error
 
 bool MatchesOperation(std::string_view pattern, std::string_view service,
                       std::string_view operation) {
-    if (pattern == "*" || pattern == operation) return true;
+    if (pattern == "*" || pattern == operation) {
+        return true;
+    }
     const auto [prefix, name] = SplitAt(pattern, ':');
     return prefix == service && name == operation && !service.empty();
 }

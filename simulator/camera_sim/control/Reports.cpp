@@ -26,13 +26,17 @@ Json Number(double value) {
 template <typename List, typename Convert>
 Json Array(const List& list, const Convert& convert) {
     Json array = Json::array();
-    for (const auto& entry : list) array.push_back(convert(entry));
+    for (const auto& entry : list) {
+        array.push_back(convert(entry));
+    }
     return array;
 }
 
 Json OfNetwork(const Network& network) {
     Json ports = Json::object();
-    for (const NetworkProtocol& protocol : network.protocols) ports[protocol.name] = protocol.ports;
+    for (const NetworkProtocol& protocol : network.protocols) {
+        ports[protocol.name] = protocol.ports;
+    }
     return {
         {"interfaces",
          Array(network.interfaces,
@@ -106,7 +110,9 @@ Json OfImaging(const VideoSource& source) {
         {"sharpness", Number(settings.sharpness)},
         {"exposure", OfExposure(settings.exposure)},
     };
-    if (source.motorizedFocus) imaging["focus"] = OfFocus(source);
+    if (source.motorizedFocus) {
+        imaging["focus"] = OfFocus(source);
+    }
     imaging["irCutFilter"] = settings.irCutFilter;
     imaging["wideDynamicRange"] = OfSwitched(settings.wideDynamicRange);
     imaging["whiteBalance"] = {{"mode", whiteBalance.mode},
@@ -122,7 +128,9 @@ Json OfOsd(const Osd& osd) {
         {"type", osd.textType},         {"plainText", osd.plainText},
         {"dateFormat", osd.dateFormat}, {"timeFormat", osd.timeFormat},
     };
-    if (osd.channelName) text["channelName"] = *osd.channelName;
+    if (osd.channelName) {
+        text["channelName"] = *osd.channelName;
+    }
     return text;
 }
 
@@ -130,11 +138,15 @@ Json OfOsd(const Osd& osd) {
 Json OfCells(std::string_view packed, Resolution layout) {
     Json rows = Json::array();
     const auto cells = DecodeCells(packed, layout);
-    if (!cells) return rows;
+    if (!cells) {
+        return rows;
+    }
     const auto columns = static_cast<std::size_t>(layout.width);
     for (std::size_t start = 0; start < cells->size(); start += columns) {
         std::string row;
-        for (std::size_t i = start; i < start + columns; ++i) row += (*cells)[i] ? '#' : '.';
+        for (std::size_t i = start; i < start + columns; ++i) {
+            row += (*cells)[i] ? '#' : '.';
+        }
         rows.push_back(std::move(row));
     }
     return rows;
@@ -148,7 +160,9 @@ Json OfAnalyticsItem(const AnalyticsItem& item, Resolution layout) {
     }
     for (const auto& [name, value] : item.parameters) {
         object.emplace(name, value);
-        if (name == "ActiveCells") object.emplace("cells", OfCells(value, layout));
+        if (name == "ActiveCells") {
+            object.emplace("cells", OfCells(value, layout));
+        }
     }
     return object;
 }
@@ -158,10 +172,12 @@ Json OfMotionCells(const Media& media) {
     Json items = Json::array();
     for (const AnalyticsConfiguration& configuration : media.analytics) {
         const Resolution layout = LayoutOf(configuration);
-        for (const AnalyticsItem& item : configuration.modules)
+        for (const AnalyticsItem& item : configuration.modules) {
             items.push_back(OfAnalyticsItem(item, layout));
-        for (const AnalyticsItem& item : configuration.rules)
+        }
+        for (const AnalyticsItem& item : configuration.rules) {
             items.push_back(OfAnalyticsItem(item, layout));
+        }
     }
     return items;
 }
@@ -172,7 +188,9 @@ std::string ReportState(const IControlledCamera& camera) {
     const CameraState state = camera.State();
     const CameraOptions& options = camera.Options();
     Json motion = Json::object();
-    for (const VideoSource& source : state.media.videoSources) motion[source.token] = source.motion;
+    for (const VideoSource& source : state.media.videoSources) {
+        motion[source.token] = source.motion;
+    }
     return TextOf({
         {"model", options.model},
         {"port", options.port},
@@ -194,7 +212,9 @@ std::string ReportState(const IControlledCamera& camera) {
 
 std::string ReportCounters(const IControlledCamera& camera) {
     Json counters = Json::object();
-    for (const auto& [operation, count] : camera.AllCounts()) counters[operation] = count;
+    for (const auto& [operation, count] : camera.AllCounts()) {
+        counters[operation] = count;
+    }
     return TextOf(counters);
 }
 

@@ -17,7 +17,9 @@ const Property* FindSame(const std::vector<Property>& list, const Property& want
 
 Subscription* EventHub::Add(Clock::duration term, TopicFilter filter,
                             std::optional<NotifyTarget> consumer, const CameraState& state) {
-    if (All().size() >= options_.maxSubscriptions) return nullptr;
+    if (All().size() >= options_.maxSubscriptions) {
+        return nullptr;
+    }
     Subscription& subscription = subscriptions_[++lastId_];
     subscription.id = lastId_;
     subscription.term = term;
@@ -30,8 +32,12 @@ Subscription* EventHub::Add(Clock::duration term, TopicFilter filter,
 
 Subscription* EventHub::Find(std::uint64_t id) {
     const auto found = subscriptions_.find(id);
-    if (found == subscriptions_.end()) return nullptr;
-    if (found->second.end > Clock::now()) return &found->second;
+    if (found == subscriptions_.end()) {
+        return nullptr;
+    }
+    if (found->second.end > Clock::now()) {
+        return &found->second;
+    }
     subscriptions_.erase(found);
     return nullptr;
 }
@@ -55,23 +61,30 @@ std::size_t EventHub::Observe(const CameraState& state) {
     const auto publish = [&](const Property& property, std::string_view operation) {
         const auto message =
             std::make_shared<const EventMessage>(MakeMessage(options_, state, property, operation));
-        for (auto& [id, subscription] : All()) Queue(subscription, message);
+        for (auto& [id, subscription] : All()) {
+            Queue(subscription, message);
+        }
         ++count;
     };
     for (const Property& property : current) {
         const Property* before = FindSame(known_, property);
-        if (before == nullptr || before->active != property.active)
+        if (before == nullptr || before->active != property.active) {
             publish(property, before == nullptr ? "Initialized" : "Changed");
+        }
     }
     for (const Property& property : known_) {
-        if (FindSame(current, property) == nullptr) publish(property, "Deleted");
+        if (FindSame(current, property) == nullptr) {
+            publish(property, "Deleted");
+        }
     }
     known_ = std::move(current);
     return count;
 }
 
 void EventHub::Queue(Subscription& subscription, std::shared_ptr<const EventMessage> message) {
-    if (!subscription.filter.Accepts(*message->topic)) return;
+    if (!subscription.filter.Accepts(*message->topic)) {
+        return;
+    }
     subscription.queue.push_back(std::move(message));
     while (subscription.queue.size() > options_.messageQueueLimit) {
         subscription.queue.pop_front();

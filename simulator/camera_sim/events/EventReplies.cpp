@@ -30,7 +30,9 @@ constexpr std::array kSubscriptionStyles = {
 
 const SubscriptionStyle& StyleOf(const CameraOptions& options) {
     for (const SubscriptionStyle& style : kSubscriptionStyles) {
-        if (style.name == options.subscriptionStyle) return style;
+        if (style.name == options.subscriptionStyle) {
+            return style;
+        }
     }
     return kSubscriptionStyles.front();
 }
@@ -44,22 +46,32 @@ std::chrono::sys_time<milliseconds> CameraTime(const CameraState& state) {
 std::vector<std::string> SubscriptionStyleNames() {
     std::vector<std::string> names;
     names.reserve(kSubscriptionStyles.size());
-    for (const SubscriptionStyle& style : kSubscriptionStyles) names.emplace_back(style.name);
+    for (const SubscriptionStyle& style : kSubscriptionStyles) {
+        names.emplace_back(style.name);
+    }
     return names;
 }
 
 void WriteAddressing(XmlWriter& out, std::string_view action, std::string_view relatesTo) {
-    if (action.empty()) return;
+    if (action.empty()) {
+        return;
+    }
     out.Element(Ns::kAddressing, "Action", action);
-    if (!relatesTo.empty()) out.Element(Ns::kAddressing, "RelatesTo", relatesTo);
+    if (!relatesTo.empty()) {
+        out.Element(Ns::kAddressing, "RelatesTo", relatesTo);
+    }
     out.EndHeader();
 }
 
 std::string AnswerAction(const XmlElement* header) {
     constexpr std::string_view kRequest = "Request";
     std::string action(ChildText(header, "Action"));
-    if (action.empty()) return action;
-    if (action.ends_with(kRequest)) action.resize(action.size() - kRequest.size());
+    if (action.empty()) {
+        return action;
+    }
+    if (action.ends_with(kRequest)) {
+        action.resize(action.size() - kRequest.size());
+    }
     return action + "Response";
 }
 
@@ -80,11 +92,15 @@ void WriteReference(XmlWriter& out, Ns ns, const CameraOptions& options, std::ui
     const SubscriptionStyle& style = StyleOf(options);
     const std::string number = std::to_string(id);
     std::string path(kSubscriptionPath);
-    if (style.ownAddress) path.append("/").append(number);
+    if (style.ownAddress) {
+        path.append("/").append(number);
+    }
     const Scope reference(out, ns, "SubscriptionReference");
     out.Element(Ns::kAddressing, "Address",
                 "http://127.0.0.1:" + std::to_string(options.port) + path);
-    if (style.parameters == Parameters::kNone) return;
+    if (style.parameters == Parameters::kNone) {
+        return;
+    }
     const Scope parameters(out, Ns::kAddressing, "ReferenceParameters");
     const std::string name =
         style.parameters == Parameters::kId ? "dom0:SubscriptionId" : "dom0:Session";

@@ -88,7 +88,9 @@ void WriteDescription(XmlWriter& out, const Topic& topic) {
     {
         const Scope source(out, Ns::kSchema, "Source");
         for (const Topic::Item& item : topic.source) {
-            if (item.name.empty()) continue;
+            if (item.name.empty()) {
+                continue;
+            }
             WriteItemDescription(out, item.name,
                                  item.origin == Origin::kRule
                                      ? out.QualifiedName(Ns::kXmlSchema, "string")
@@ -103,7 +105,9 @@ void WriteLevel(XmlWriter& out, const Topic& topic, std::size_t level) {
     const bool prefixed = level == 0 || topic.qualified;
     const Scope element(out, prefixed ? Ns::kTopics : Ns::kNone, topic.path[level]);
     const bool last = level + 1 == topic.path.size() || topic.path[level + 1].empty();
-    if (!last) return WriteLevel(out, topic, level + 1);
+    if (!last) {
+        return WriteLevel(out, topic, level + 1);
+    }
     out.Attribute(out.QualifiedName(Ns::kTopicSet, "topic"), true);
     WriteDescription(out, topic);
 }
@@ -113,18 +117,24 @@ void WriteLevel(XmlWriter& out, const Topic& topic, std::size_t level) {
 std::vector<Property> ListProperties(const CameraState& state) {
     std::vector<Property> properties;
     properties.reserve(state.media.videoSources.size() + state.inputs.size());
-    for (const VideoSource& source : state.media.videoSources)
+    for (const VideoSource& source : state.media.videoSources) {
         properties.push_back({Property::Kind::kMotion, source.token, source.motion});
-    for (const DigitalInput& input : state.inputs)
+    }
+    for (const DigitalInput& input : state.inputs) {
         properties.push_back({Property::Kind::kInput, input.token, input.active});
+    }
     return properties;
 }
 
 std::string Topic::PlainPath() const {
     std::string text;
     for (const std::string_view level : path) {
-        if (level.empty()) break;
-        if (!text.empty()) text += '/';
+        if (level.empty()) {
+            break;
+        }
+        if (!text.empty()) {
+            text += '/';
+        }
         text += level;
     }
     return text;
@@ -132,7 +142,9 @@ std::string Topic::PlainPath() const {
 
 const TopicStyle* FindTopicStyle(std::string_view name) {
     for (const TopicStyle& style : kStyles) {
-        if (style.name == name) return &style;
+        if (style.name == name) {
+            return &style;
+        }
     }
     return nullptr;
 }
@@ -140,7 +152,9 @@ const TopicStyle* FindTopicStyle(std::string_view name) {
 std::vector<std::string> TopicStyleNames() {
     std::vector<std::string> names;
     names.reserve(kStyles.size());
-    for (const TopicStyle& style : kStyles) names.emplace_back(style.name);
+    for (const TopicStyle& style : kStyles) {
+        names.emplace_back(style.name);
+    }
     return names;
 }
 
@@ -160,7 +174,9 @@ EventMessage MakeMessage(const CameraOptions& options, const CameraState& state,
     message.operation = operation;
     message.topic = isInput ? &style.input : &style.motion;
     for (const Topic::Item& item : message.topic->source) {
-        if (item.name.empty()) continue;
+        if (item.name.empty()) {
+            continue;
+        }
         message.source.emplace_back(item.name, ItemValue(state, property, item.origin));
     }
     const bool numeric = isInput && options.numericStates;
@@ -174,9 +190,13 @@ void WriteMessage(XmlWriter& out, const EventMessage& message) {
         out.Attribute("Dialect", kConcreteSetDialect);
         std::string text;
         for (const std::string_view level : message.topic->path) {
-            if (level.empty()) break;
+            if (level.empty()) {
+                break;
+            }
             const bool prefixed = text.empty() || message.topic->qualified;
-            if (!text.empty()) text += '/';
+            if (!text.empty()) {
+                text += '/';
+            }
             text += prefixed ? out.QualifiedName(Ns::kTopics, level) : std::string(level);
         }
         out.Text(text);
@@ -192,7 +212,9 @@ void WriteMessage(XmlWriter& out, const EventMessage& message) {
 TopicFilter TopicFilter::Read(const XmlElement* filter, Problem& problem) {
     TopicFilter result;
     problem = Problem::kNone;
-    if (filter == nullptr || filter->FirstChildElement() == nullptr) return result;
+    if (filter == nullptr || filter->FirstChildElement() == nullptr) {
+        return result;
+    }
     result.everything_ = false;
     for (const XmlElement* part = filter->FirstChildElement(); part != nullptr;
          part = part->NextSiblingElement()) {
@@ -205,7 +227,9 @@ TopicFilter TopicFilter::Read(const XmlElement* filter, Problem& problem) {
         } else if (!result.Add(Text(part))) {
             problem = Problem::kBadExpression;
         }
-        if (problem != Problem::kNone) break;
+        if (problem != Problem::kNone) {
+            break;
+        }
     }
     return result;
 }
@@ -214,23 +238,37 @@ bool TopicFilter::Add(std::string_view expression) {
     while (branches_.size() < kMostBranches) {
         const auto bar = expression.find('|');
         std::string_view rest = expression.substr(0, bar);
-        while (rest.starts_with(' ')) rest.remove_prefix(1);
-        while (rest.ends_with(' ')) rest.remove_suffix(1);
+        while (rest.starts_with(' ')) {
+            rest.remove_prefix(1);
+        }
+        while (rest.ends_with(' ')) {
+            rest.remove_suffix(1);
+        }
         Branch branch;
         branch.below = rest.ends_with("//.");
-        if (branch.below) rest.remove_suffix(3);
+        if (branch.below) {
+            rest.remove_suffix(3);
+        }
         while (true) {
             const auto slash = rest.find('/');
             const std::string_view level = rest.substr(0, slash);
             const std::string_view name = level.substr(level.find(':') + 1);
-            if (name.empty()) return false;
-            if (!branch.path.empty()) branch.path += '/';
+            if (name.empty()) {
+                return false;
+            }
+            if (!branch.path.empty()) {
+                branch.path += '/';
+            }
             branch.path += name;
-            if (slash == std::string_view::npos) break;
+            if (slash == std::string_view::npos) {
+                break;
+            }
             rest.remove_prefix(slash + 1);
         }
         branches_.push_back(std::move(branch));
-        if (bar == std::string_view::npos) return true;
+        if (bar == std::string_view::npos) {
+            return true;
+        }
         expression.remove_prefix(bar + 1);
     }
     return false;

@@ -31,11 +31,15 @@ class Post : public std::enable_shared_from_this<Post> {
         // Closing the socket ends the operation that waits.
         timer_.async_wait([self = shared_from_this()](error_code error) {
             error_code ignored;
-            if (!error) self->socket_.close(ignored);
+            if (!error) {
+                self->socket_.close(ignored);
+            }
         });
         socket_.async_connect({asio::ip::address_v4::loopback(), port},
                               [self = shared_from_this()](error_code error) {
-                                  if (error) return self->Finish(false);
+                                  if (error) {
+                                      return self->Finish(false);
+                                  }
                                   self->Send();
                               });
     }
@@ -44,7 +48,9 @@ class Post : public std::enable_shared_from_this<Post> {
     void Send() {
         asio::async_write(socket_, asio::buffer(message_),
                           [self = shared_from_this()](error_code error, std::size_t) {
-                              if (error) return self->Finish(false);
+                              if (error) {
+                                  return self->Finish(false);
+                              }
                               self->Receive();
                           });
     }

@@ -21,11 +21,15 @@ std::string EncodeBase64(std::string_view bytes) {
 }
 
 std::optional<std::string> DecodeBase64(std::string_view text) {
-    if (text.empty() || text.size() % 4 != 0) return std::nullopt;
+    if (text.empty() || text.size() % 4 != 0) {
+        return std::nullopt;
+    }
     std::string bytes(text.size() / 4 * 3, '\0');
     const int length = EVP_DecodeBlock(reinterpret_cast<unsigned char*>(bytes.data()), Bytes(text),
                                        static_cast<int>(text.size()));
-    if (length < 0) return std::nullopt;
+    if (length < 0) {
+        return std::nullopt;
+    }
     const std::size_t padding = text.ends_with("==") ? 2 : text.ends_with("=") ? 1 : 0;
     bytes.resize(static_cast<std::size_t>(length) - padding);
     return bytes;

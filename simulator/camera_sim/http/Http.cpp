@@ -39,7 +39,9 @@ Reply HttpReply(unsigned status, std::string_view fields, std::string_view conte
     out.reserve(kHeadSize + fields.size() + body.size());
     out.append("HTTP/1.1 ").append(std::to_string(status)).append(" ").append(Phrase(status));
     out.append("\r\nServer: onvif-camera-sim\r\n").append(fields);
-    if (!contentType.empty()) out.append("Content-Type: ").append(contentType).append("\r\n");
+    if (!contentType.empty()) {
+        out.append("Content-Type: ").append(contentType).append("\r\n");
+    }
     out.append("Content-Length: ").append(std::to_string(body.size()));
     out.append("\r\nConnection: close\r\n\r\n").append(body);
     return reply;
@@ -47,9 +49,12 @@ Reply HttpReply(unsigned status, std::string_view fields, std::string_view conte
 
 Reply HttpReply(unsigned status, std::string_view contentType, std::string_view body) {
     std::string_view fields;
-    if (status == 401)
+    if (status == 401) {
         fields = "WWW-Authenticate: Digest realm=\"onvif\", qop=\"auth\", nonce=\"0\"\r\n";
-    if (status == 405) fields = "Allow: POST\r\n";
+    }
+    if (status == 405) {
+        fields = "Allow: POST\r\n";
+    }
     return HttpReply(status, fields, contentType, body);
 }
 

@@ -24,8 +24,9 @@ constexpr std::string_view kBlanks = " \t";
 
 std::string Lower(std::string_view text) {
     std::string lower(text);
-    for (char& character : lower)
+    for (char& character : lower) {
         character = static_cast<char>(std::tolower(static_cast<unsigned char>(character)));
+    }
     return lower;
 }
 
@@ -42,29 +43,35 @@ std::string Hex(const unsigned char* bytes, std::size_t size) {
 std::string Md5(std::string_view text) {
     std::array<unsigned char, EVP_MAX_MD_SIZE> digest{};
     unsigned size = 0;
-    if (EVP_Digest(text.data(), text.size(), digest.data(), &size, EVP_md5(), nullptr) != 1)
+    if (EVP_Digest(text.data(), text.size(), digest.data(), &size, EVP_md5(), nullptr) != 1) {
         throw std::runtime_error("MD5 is not available");
+    }
     return Hex(digest.data(), size);
 }
 
 /// The MD5 of the parts with colons between them.
 std::string Md5(std::initializer_list<std::string_view> parts) {
     std::string joined;
-    for (const std::string_view part : parts) joined.append(part).append(":");
+    for (const std::string_view part : parts) {
+        joined.append(part).append(":");
+    }
     return Md5(std::string_view(joined).substr(0, joined.size() - 1));
 }
 
 std::string RandomText() {
     std::array<unsigned char, kNonceBytes> bytes{};
-    if (RAND_bytes(bytes.data(), static_cast<int>(bytes.size())) != 1)
+    if (RAND_bytes(bytes.data(), static_cast<int>(bytes.size())) != 1) {
         throw std::runtime_error("no random numbers");
+    }
     return Hex(bytes.data(), bytes.size());
 }
 
 std::string Quoted(std::string_view text) {
     std::string quoted = "\"";
     for (const char character : text) {
-        if (character == '"' || character == '\\') quoted += '\\';
+        if (character == '"' || character == '\\') {
+            quoted += '\\';
+        }
         quoted += character;
     }
     return quoted + '"';
@@ -82,7 +89,9 @@ std::optional<std::string> TakeQuoted(std::string_view& text) {
             text.remove_prefix(i + 1);
             return value;
         }
-        if (text[i] == '\\' && ++i == text.size()) break;
+        if (text[i] == '\\' && ++i == text.size()) {
+            break;
+        }
         value += text[i];
     }
     return std::nullopt;
@@ -105,14 +114,22 @@ std::optional<Fields> ReadFields(std::string_view text) {
         SkipBlanks(text);
         const std::string name = Lower(TakeToken(text));
         SkipBlanks(text);
-        if (name.empty() || !text.starts_with('=')) return std::nullopt;
+        if (name.empty() || !text.starts_with('=')) {
+            return std::nullopt;
+        }
         text.remove_prefix(1);
         SkipBlanks(text);
         auto value = text.starts_with('"') ? TakeQuoted(text) : std::string(TakeToken(text));
-        if (!value || !fields.emplace(name, *std::move(value)).second) return std::nullopt;
+        if (!value || !fields.emplace(name, *std::move(value)).second) {
+            return std::nullopt;
+        }
         SkipBlanks(text);
-        if (text.empty()) return fields;
-        if (!text.starts_with(',')) return std::nullopt;
+        if (text.empty()) {
+            return fields;
+        }
+        if (!text.starts_with(',')) {
+            return std::nullopt;
+        }
         text.remove_prefix(1);
     }
 }
@@ -121,7 +138,9 @@ bool Lists(std::string_view list, std::string_view word) {
     while (!list.empty()) {
         SkipBlanks(list);
         const auto end = std::min(list.find(','), list.size());
-        if (list.substr(0, end) == word) return true;
+        if (list.substr(0, end) == word) {
+            return true;
+        }
         list.remove_prefix(std::min(end + 1, list.size()));
     }
     return false;
@@ -131,8 +150,9 @@ bool Lists(std::string_view list, std::string_view word) {
 std::optional<std::uint32_t> ReadCount(std::string_view text) {
     std::uint32_t count = 0;
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), count, 16);
-    if (text.size() != kCountDigits || error != std::errc() || end != text.data() + text.size())
+    if (text.size() != kCountDigits || error != std::errc() || end != text.data() + text.size()) {
         return std::nullopt;
+    }
     return count;
 }
 
@@ -153,7 +173,9 @@ struct HttpAuthenticator::DigestFields {
         const std::string what = qop == "auth-int"
                                      ? Md5({request.method, Get("uri"), Md5(request.body)})
                                      : Md5({request.method, Get("uri")});
-        if (qop.empty()) return Md5({who, Get("nonce"), what});
+        if (qop.empty()) {
+            return Md5({who, Get("nonce"), what});
+        }
         return Md5({who, Get("nonce"), Get("nc"), Get("cnonce"), qop, what});
     }
 };
@@ -163,14 +185,19 @@ HttpAuthenticator::HttpAuthenticator(HttpAuthenticationSettings settings)
 
 HttpAuthenticator::Result HttpAuthenticator::Check(const HttpRequest& request, const User& user,
                                                    Time now) {
-    if (settings_.scheme == HttpScheme::kNone || user.name.empty()) return {{true, {}}};
+    if (settings_.scheme == HttpScheme::kNone || user.name.empty()) {
+        return {{true, {}}};
+    }
     std::string_view rest = request.authorization;
     SkipBlanks(rest);
-    if (rest.empty()) return {};
+    if (rest.empty()) {
+        return {};
+    }
     const std::string scheme = Lower(TakeToken(rest));
     SkipBlanks(rest);
-    if (scheme != (settings_.scheme == HttpScheme::kBasic ? "basic" : "digest"))
+    if (scheme != (settings_.scheme == HttpScheme::kBasic ? "basic" : "digest")) {
         return {{false, "another scheme"}};
+    }
     return settings_.scheme == HttpScheme::kBasic ? Result{CheckBasic(rest, user)}
                                                   : CheckDigest(rest, request, user, now);
 }
@@ -178,9 +205,15 @@ HttpAuthenticator::Result HttpAuthenticator::Check(const HttpRequest& request, c
 Credentials HttpAuthenticator::CheckBasic(std::string_view credentials, const User& user) const {
     const auto decoded = DecodeBase64(credentials);
     const auto colon = decoded ? decoded->find(':') : std::string::npos;
-    if (colon == std::string::npos) return {false, "unreadable credentials"};
-    if (decoded->substr(0, colon) != user.name) return {false, "unknown user"};
-    if (decoded->substr(colon + 1) != user.password) return {false, "wrong password"};
+    if (colon == std::string::npos) {
+        return {false, "unreadable credentials"};
+    }
+    if (decoded->substr(0, colon) != user.name) {
+        return {false, "unknown user"};
+    }
+    if (decoded->substr(colon + 1) != user.password) {
+        return {false, "wrong password"};
+    }
     return {true, {}};
 }
 
@@ -188,13 +221,18 @@ HttpAuthenticator::Result HttpAuthenticator::CheckDigest(std::string_view text,
                                                          const HttpRequest& request,
                                                          const User& user, Time now) {
     auto parsed = ReadFields(text);
-    if (!parsed) return {{false, "unreadable credentials"}};
+    if (!parsed) {
+        return {{false, "unreadable credentials"}};
+    }
     const DigestFields fields{*std::move(parsed)};
     std::string_view refusal = Mismatch(fields, request, user);
     // A nonce counts as used, and as stale, only for those who know the password.
-    if (refusal.empty() && Lower(fields.Get("response")) != fields.Response(request, user))
+    if (refusal.empty() && Lower(fields.Get("response")) != fields.Response(request, user)) {
         refusal = "wrong response";
-    if (!refusal.empty()) return {{false, std::string(refusal)}};
+    }
+    if (!refusal.empty()) {
+        return {{false, std::string(refusal)}};
+    }
     refusal = UseNonce(fields, now);
     return {{refusal.empty(), std::string(refusal)}, !refusal.empty()};
 }
@@ -202,18 +240,33 @@ HttpAuthenticator::Result HttpAuthenticator::CheckDigest(std::string_view text,
 std::string_view HttpAuthenticator::Mismatch(const DigestFields& fields, const HttpRequest& request,
                                              const User& user) const {
     const std::string_view qop = fields.Get("qop");
-    if (fields.Get("username") != user.name) return "unknown user";
-    if (fields.Get("realm") != settings_.realm) return "another realm";
-    if (fields.Get("uri") != request.target) return "another uri";
+    if (fields.Get("username") != user.name) {
+        return "unknown user";
+    }
+    if (fields.Get("realm") != settings_.realm) {
+        return "another realm";
+    }
+    if (fields.Get("uri") != request.target) {
+        return "another uri";
+    }
     // Some clients do not send it back, and it protects nothing.
     const std::string_view opaque = fields.Get("opaque");
-    if (!opaque.empty() && opaque != opaque_) return "another opaque";
+    if (!opaque.empty() && opaque != opaque_) {
+        return "another opaque";
+    }
     const std::string algorithm = Lower(fields.Get("algorithm"));
-    if (!algorithm.empty() && algorithm != "md5") return "another algorithm";
-    if (qop.empty() != settings_.qop.empty() || (!qop.empty() && !Lists(settings_.qop, qop)))
+    if (!algorithm.empty() && algorithm != "md5") {
+        return "another algorithm";
+    }
+    if (qop.empty() != settings_.qop.empty() || (!qop.empty() && !Lists(settings_.qop, qop))) {
         return "qop not offered";
-    if (!qop.empty() && fields.Get("cnonce").empty()) return "no cnonce";
-    if (!qop.empty() && !ReadCount(fields.Get("nc"))) return "no readable nonce count";
+    }
+    if (!qop.empty() && fields.Get("cnonce").empty()) {
+        return "no cnonce";
+    }
+    if (!qop.empty() && !ReadCount(fields.Get("nc"))) {
+        return "no readable nonce count";
+    }
     return {};
 }
 
@@ -221,12 +274,17 @@ std::string_view HttpAuthenticator::UseNonce(const DigestFields& fields, Time no
     const auto nonce = std::find_if(nonces_.begin(), nonces_.end(), [&](const Nonce& candidate) {
         return candidate.text == fields.Get("nonce");
     });
-    if (nonce == nonces_.end()) return "unknown nonce";
+    if (nonce == nonces_.end()) {
+        return "unknown nonce";
+    }
     if (now - nonce->made >= settings_.nonceLifetime ||
-        (settings_.nonceUses != 0 && nonce->uses >= settings_.nonceUses))
+        (settings_.nonceUses != 0 && nonce->uses >= settings_.nonceUses)) {
         return "outdated nonce";
+    }
     if (const auto count = ReadCount(fields.Get("nc")); count && !settings_.qop.empty()) {
-        if (*count <= nonce->lastCount) return "nonce count used before";
+        if (*count <= nonce->lastCount) {
+            return "nonce count used before";
+        }
         nonce->lastCount = *count;
     }
     ++nonce->uses;
@@ -234,13 +292,21 @@ std::string_view HttpAuthenticator::UseNonce(const DigestFields& fields, Time no
 }
 
 std::string HttpAuthenticator::Challenge(bool stale, Time now) {
-    if (settings_.scheme == HttpScheme::kBasic) return "Basic realm=" + Quoted(settings_.realm);
+    if (settings_.scheme == HttpScheme::kBasic) {
+        return "Basic realm=" + Quoted(settings_.realm);
+    }
     const Nonce& nonce = nonces_.emplace_back(Nonce{.text = RandomText(), .made = now});
     std::string challenge = "Digest realm=" + Quoted(settings_.realm);
-    if (!settings_.qop.empty()) challenge += ", qop=" + Quoted(settings_.qop);
+    if (!settings_.qop.empty()) {
+        challenge += ", qop=" + Quoted(settings_.qop);
+    }
     challenge += ", nonce=" + Quoted(nonce.text) + ", opaque=" + Quoted(opaque_);
-    if (stale) challenge += ", stale=true";
-    if (nonces_.size() > kRememberedNonces) nonces_.pop_front();
+    if (stale) {
+        challenge += ", stale=true";
+    }
+    if (nonces_.size() > kRememberedNonces) {
+        nonces_.pop_front();
+    }
     return challenge;
 }
 

@@ -18,14 +18,18 @@ using Compressor = std::unique_ptr<std::remove_pointer_t<tjhandle>, CloseCompres
 std::optional<std::string> CompressJpeg(const Picture& picture, int quality) {
     const auto& [width, height] = picture.size;
     const Compressor compressor(tjInitCompress());
-    if (!compressor) return std::nullopt;
+    if (!compressor) {
+        return std::nullopt;
+    }
     std::string file(tjBufSize(width, height, TJSAMP_420), '\0');
     auto* start = reinterpret_cast<unsigned char*>(file.data());
     unsigned long size = file.size();
     const int failed =
         tjCompress2(compressor.get(), picture.pixels.data(), width, 0, height, TJPF_RGB, &start,
                     &size, TJSAMP_420, quality, TJFLAG_NOREALLOC | TJFLAG_ACCURATEDCT);
-    if (failed != 0) return std::nullopt;
+    if (failed != 0) {
+        return std::nullopt;
+    }
     file.resize(size);
     file.shrink_to_fit();
     return file;

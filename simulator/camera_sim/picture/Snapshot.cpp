@@ -36,17 +36,27 @@ std::string TimeText(std::string text, std::chrono::sys_seconds time) {
         const auto at = text.find(field);
         std::string digits = std::to_string(value);
         digits.insert(0, field.size() - std::min(field.size(), digits.size()), '0');
-        if (at != std::string::npos) text.replace(at, field.size(), digits);
+        if (at != std::string::npos) {
+            text.replace(at, field.size(), digits);
+        }
     }
     const auto half = text.find("tt");
-    if (half != std::string::npos) text.replace(half, 2, hour < 12 ? "AM" : "PM");
+    if (half != std::string::npos) {
+        text.replace(half, 2, hour < 12 ? "AM" : "PM");
+    }
     return text;
 }
 
 std::string OsdText(const Osd& osd, std::chrono::sys_seconds time) {
-    if (osd.textType == "Date") return TimeText(osd.dateFormat, time);
-    if (osd.textType == "Time") return TimeText(osd.timeFormat, time);
-    if (osd.textType == "DateAndTime") return TimeText(osd.dateFormat + " " + osd.timeFormat, time);
+    if (osd.textType == "Date") {
+        return TimeText(osd.dateFormat, time);
+    }
+    if (osd.textType == "Time") {
+        return TimeText(osd.timeFormat, time);
+    }
+    if (osd.textType == "DateAndTime") {
+        return TimeText(osd.dateFormat + " " + osd.timeFormat, time);
+    }
     return osd.plainText;
 }
 
@@ -63,13 +73,17 @@ std::optional<MotionCells> CellsOf(const AnalyticsConfiguration& analytics) {
     const auto engine =
         std::find_if(analytics.modules.begin(), analytics.modules.end(),
                      [](const AnalyticsItem& module) { return module.cells.has_value(); });
-    if (engine == analytics.modules.end()) return std::nullopt;
+    if (engine == analytics.modules.end()) {
+        return std::nullopt;
+    }
     MotionCells cells{std::clamp(engine->cells->width, 0, kMostCells),
                       std::clamp(engine->cells->height, 0, kMostCells),
                       {}};
     for (const AnalyticsItem& rule : analytics.rules) {
         for (const auto& [name, value] : rule.parameters) {
-            if (name != "ActiveCells") continue;
+            if (name != "ActiveCells") {
+                continue;
+            }
             cells.active =
                 DecodeCells(value, {cells.columns, cells.rows}).value_or(std::vector<bool>{});
         }
@@ -95,7 +109,9 @@ HttpAuthenticationSettings SnapshotAuthentication(const CameraOptions& options) 
 std::optional<TestCard> MakeTestCard(const CameraState& state, const CameraOptions& options,
                                      const Profile& profile, SnapshotTime time) {
     const auto* encoder = FindByToken(state.media.videoEncoders, profile.videoEncoder);
-    if (encoder == nullptr) return std::nullopt;
+    if (encoder == nullptr) {
+        return std::nullopt;
+    }
     TestCard card;
     card.size = CardSize(encoder->resolution);
     card.cameraName =
@@ -103,26 +119,39 @@ std::optional<TestCard> MakeTestCard(const CameraState& state, const CameraOptio
     const auto* source = FindByToken(state.media.videoSourceConfigurations, profile.videoSource);
     const auto* video =
         source == nullptr ? nullptr : FindByToken(state.media.videoSources, source->source);
-    if (video != nullptr) card.brightness = video->imaging.brightness;
+    if (video != nullptr) {
+        card.brightness = video->imaging.brightness;
+    }
     const auto now = time.system + state.clock.offset;
     card.clock = TimeText("yyyy-MM-dd HH:mm:ss", now);
     for (const Osd& osd : state.media.osds) {
-        if (osd.source == profile.videoSource) card.texts.push_back(OsdOnCard(osd, now));
+        if (osd.source == profile.videoSource) {
+            card.texts.push_back(OsdOnCard(osd, now));
+        }
     }
-    if (!profile.ptz.empty() && options.ptz.value_or(false))
+    if (!profile.ptz.empty() && options.ptz.value_or(false)) {
         card.position = state.ptz.Position(time.steady);
+    }
     const auto* analytics = FindByToken(state.media.analytics, profile.analytics);
-    if (analytics != nullptr && options.analytics) card.motion = CellsOf(*analytics);
+    if (analytics != nullptr && options.analytics) {
+        card.motion = CellsOf(*analytics);
+    }
     return card;
 }
 
 Reply SnapshotReply(const CameraState& state, const CameraOptions& options, std::string_view method,
                     std::string_view path, SnapshotTime time) {
-    if (method != "GET") return HttpReply(405, "Allow: GET\r\n", {}, {});
+    if (method != "GET") {
+        return HttpReply(405, "Allow: GET\r\n", {}, {});
+    }
     const auto* profile = FindByToken(state.media.profiles, path.substr(kPrefix.size()));
-    if (profile == nullptr) return HttpReply(404);
+    if (profile == nullptr) {
+        return HttpReply(404);
+    }
     const auto card = MakeTestCard(state, options, *profile, time);
-    if (!card) return HttpReply(404);
+    if (!card) {
+        return HttpReply(404);
+    }
     const auto file = CompressJpeg(Draw(*card), kJpegQuality);
     return file ? HttpReply(200, kJpegType, *file) : HttpReply(500);
 }

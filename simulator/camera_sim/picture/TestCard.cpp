@@ -36,7 +36,9 @@ class Canvas {
 
     /// @p share of the colour, the rest of what is there; 0..1.
     void Blend(int x, int y, Color color, double share) {
-        if (x < 0 || y < 0 || x >= Width() || y >= Height()) return;
+        if (x < 0 || y < 0 || x >= Width() || y >= Height()) {
+            return;
+        }
         const auto offset = (static_cast<std::size_t>(y) * static_cast<std::size_t>(Width()) +
                              static_cast<std::size_t>(x)) *
                             Picture::kChannels;
@@ -51,7 +53,9 @@ class Canvas {
         const int right = std::min(left + width, Width());
         const int bottom = std::min(top + height, Height());
         for (int y = std::max(top, 0); y < bottom; ++y) {
-            for (int x = std::max(left, 0); x < right; ++x) Blend(x, y, color, share);
+            for (int x = std::max(left, 0); x < right; ++x) {
+                Blend(x, y, color, share);
+            }
         }
     }
 
@@ -99,8 +103,9 @@ void DrawMotionCells(Canvas& canvas, const MotionCells& cells) {
             const auto index =
                 static_cast<std::size_t>(row) * static_cast<std::size_t>(cells.columns) +
                 static_cast<std::size_t>(column);
-            if (index < cells.active.size() && cells.active[index])
+            if (index < cells.active.size() && cells.active[index]) {
                 canvas.Fill(left, top, width, height, kWatched, kCellShare);
+            }
             canvas.Fill(left, top, width, 1, kWhite, kLineShare);
             canvas.Fill(left, top + 1, 1, height - 1, kWhite, kLineShare);
         }
@@ -126,8 +131,9 @@ void DrawAim(Canvas& canvas, const PtzPosition& position) {
     canvas.Fill(x - thickness / 2, y - 2 * radius, thickness, 4 * radius, kAim);
     for (int dy = -radius - thickness; dy <= radius + thickness; ++dy) {
         for (int dx = -radius - thickness; dx <= radius + thickness; ++dx) {
-            if (std::abs(std::hypot(dx, dy) - radius) <= thickness)
+            if (std::abs(std::hypot(dx, dy) - radius) <= thickness) {
                 canvas.Blend(x + dx, y + dy, kAim, 1);
+            }
         }
     }
 }
@@ -139,7 +145,9 @@ std::string Displayable(std::string_view text) {
     for (const char character : text) {
         const auto byte = static_cast<unsigned char>(character);
         const bool continuation = (byte & 0xC0U) == 0x80U;
-        if (!continuation) out += byte < 0x80U ? character : kUnknown;
+        if (!continuation) {
+            out += byte < 0x80U ? character : kUnknown;
+        }
     }
     return out;
 }
@@ -149,8 +157,9 @@ void DrawGlyph(Canvas& canvas, int left, int top, int scale, char character) {
     for (int row = 0; row < kGlyphHeight; ++row) {
         for (int column = 0; column < kGlyphWidth; ++column) {
             const auto dot = 1U << static_cast<unsigned>(kGlyphWidth - 1 - column);
-            if ((glyph[static_cast<std::size_t>(row)] & dot) != 0)
+            if ((glyph[static_cast<std::size_t>(row)] & dot) != 0) {
                 canvas.Fill(left + column * scale, top + row * scale, scale, scale, kWhite);
+            }
         }
     }
 }
@@ -162,7 +171,9 @@ void DrawText(Canvas& canvas, const CardText& placed) {
     const int advance = (kGlyphWidth + 1) * scale;
     std::string text = Displayable(placed.text);
     text.resize(std::min(text.size(), static_cast<std::size_t>(canvas.Width() / advance)));
-    if (text.empty()) return;
+    if (text.empty()) {
+        return;
+    }
     const int width = static_cast<int>(text.size()) * advance + scale;
     const int height = (kGlyphHeight + 2) * scale;
     const auto start = [](double place, int side, int size) {
@@ -201,12 +212,20 @@ Resolution CardSize(Resolution resolution) {
 Picture Draw(const TestCard& card) {
     Canvas canvas(card.size);
     DrawBackground(canvas, card.brightness);
-    if (card.motion) DrawMotionCells(canvas, *card.motion);
-    if (card.position) DrawAim(canvas, *card.position);
+    if (card.motion) {
+        DrawMotionCells(canvas, *card.motion);
+    }
+    if (card.position) {
+        DrawAim(canvas, *card.position);
+    }
     DrawText(canvas, {card.cameraName, -1, -1});
     DrawText(canvas, {card.clock, 1, -1});
-    if (card.position) DrawText(canvas, {PositionText(*card.position), -1, -0.85});
-    for (const CardText& text : card.texts) DrawText(canvas, text);
+    if (card.position) {
+        DrawText(canvas, {PositionText(*card.position), -1, -0.85});
+    }
+    for (const CardText& text : card.texts) {
+        DrawText(canvas, text);
+    }
     return canvas.Take();
 }
 

@@ -52,9 +52,12 @@ SoapFault Invalid(const ItemKind& kind, std::string_view what) {
 
 Answer WriteItems(Call& call, const ItemKind& kind) {
     const AnalyticsConfiguration* configuration = RequestedConfiguration(call);
-    if (configuration == nullptr) return NoConfiguration();
-    for (const AnalyticsItem& item : configuration->*kind.items)
+    if (configuration == nullptr) {
+        return NoConfiguration();
+    }
+    for (const AnalyticsItem& item : configuration->*kind.items) {
         WriteAnalyticsItem(call.out, Ns::kAnalytics, kind.element, item);
+    }
     return kDone;
 }
 
@@ -64,10 +67,16 @@ std::string_view AttributeText(const XmlElement* element, const char* name) {
 }
 
 bool IsValidParameter(std::string_view name, std::string_view value, Resolution layout) {
-    if (value.size() > kLongestValue) return false;
-    if (name == kCellsParameter) return DecodeCells(value, layout).has_value();
+    if (value.size() > kLongestValue) {
+        return false;
+    }
+    if (name == kCellsParameter) {
+        return DecodeCells(value, layout).has_value();
+    }
     for (const NumberParameter& row : kNumberParameters) {
-        if (row.name != name) continue;
+        if (row.name != name) {
+            continue;
+        }
         const auto number = ToInt(value);
         return number && *number >= row.least && *number <= row.most;
     }
@@ -82,18 +91,23 @@ Answer ReadParameter(const XmlElement& given, const ItemKind& kind, Resolution l
     const std::string_view value = AttributeText(&given, "Value");
     const auto parameter = std::find_if(item.parameters.begin(), item.parameters.end(),
                                         [name](const auto& each) { return each.first == name; });
-    if (parameter == item.parameters.end() || !IsValidParameter(name, value, layout))
+    if (parameter == item.parameters.end() || !IsValidParameter(name, value, layout)) {
         return Invalid(kind, name.empty() ? "A parameter without a name" : name);
+    }
     parameter->second = value;
     return kDone;
 }
 
 /// A vector of the transformation; true when it is absent or valid.
 bool ReadVector(const XmlElement* given, PictureVector& vector) {
-    if (given == nullptr) return true;
+    if (given == nullptr) {
+        return true;
+    }
     const auto x = ToDouble(AttributeText(given, "x"));
     const auto y = ToDouble(AttributeText(given, "y"));
-    if (!x || !y) return false;
+    if (!x || !y) {
+        return false;
+    }
     vector = {*x, *y};
     return true;
 }
@@ -102,16 +116,22 @@ bool ReadLayout(const XmlElement* given, AnalyticsItem& item) {
     const auto columns = ToInt(AttributeText(given, "Columns"));
     const auto rows = ToInt(AttributeText(given, "Rows"));
     if (!item.cells || !columns || !rows || *columns < 1 || *rows < 1 ||
-        *columns > kMostColumnsOrRows || *rows > kMostColumnsOrRows)
+        *columns > kMostColumnsOrRows || *rows > kMostColumnsOrRows) {
         return false;
-    if (item.cells->width != *columns || item.cells->height != *rows) item.transformation.reset();
+    }
+    if (item.cells->width != *columns || item.cells->height != *rows) {
+        item.transformation.reset();
+    }
     item.cells = {*columns, *rows};
     const XmlElement* transformation = Child(given, "Transformation");
-    if (transformation == nullptr) return true;
+    if (transformation == nullptr) {
+        return true;
+    }
     CellTransformation changed = TransformationOf(item);
     if (!ReadVector(Child(transformation, "Translate"), changed.translate) ||
-        !ReadVector(Child(transformation, "Scale"), changed.scale))
+        !ReadVector(Child(transformation, "Scale"), changed.scale)) {
         return false;
+    }
     item.transformation = changed;
     return true;
 }
@@ -124,15 +144,20 @@ bool HasType(const XmlElement& given, const AnalyticsItem& item) {
 
 Answer ReadItem(const XmlElement& given, const ItemKind& kind, Resolution layout,
                 AnalyticsItem& item) {
-    if (!HasType(given, item)) return Invalid(kind, "Type");
+    if (!HasType(given, item)) {
+        return Invalid(kind, "Type");
+    }
     const XmlElement* parameters = Child(&given, "Parameters");
     for (const XmlElement* parameter : Children(parameters, "SimpleItem")) {
-        if (auto fault = ReadParameter(*parameter, kind, layout, item)) return fault;
+        if (auto fault = ReadParameter(*parameter, kind, layout, item)) {
+            return fault;
+        }
     }
     for (const XmlElement* parameter : Children(parameters, "ElementItem")) {
         if (AttributeText(parameter, "Name") != "Layout" ||
-            !ReadLayout(Child(parameter, "CellLayout"), item))
+            !ReadLayout(Child(parameter, "CellLayout"), item)) {
             return Invalid(kind, "Layout");
+        }
     }
     return kDone;
 }
@@ -140,21 +165,30 @@ Answer ReadItem(const XmlElement& given, const ItemKind& kind, Resolution layout
 /// Lets the rules keep their cells when the layout below them has changed.
 void FollowLayout(AnalyticsConfiguration& configuration, Resolution before) {
     const Resolution after = LayoutOf(configuration);
-    if (after.width == before.width && after.height == before.height) return;
+    if (after.width == before.width && after.height == before.height) {
+        return;
+    }
     for (AnalyticsItem& rule : configuration.rules) {
         for (auto& [name, value] : rule.parameters) {
-            if (name != kCellsParameter) continue;
-            if (const auto cells = DecodeCells(value, before))
+            if (name != kCellsParameter) {
+                continue;
+            }
+            if (const auto cells = DecodeCells(value, before)) {
                 value = EncodeCells(MoveCells(*cells, before, after));
+            }
         }
     }
 }
 
 Answer ModifyItems(Call& call, const ItemKind& kind) {
     AnalyticsConfiguration* configuration = RequestedConfiguration(call);
-    if (configuration == nullptr) return NoConfiguration();
+    if (configuration == nullptr) {
+        return NoConfiguration();
+    }
     const auto given = Children(&call.request, kind.element);
-    if (given.empty()) return Invalid(kind, "A request without an item");
+    if (given.empty()) {
+        return Invalid(kind, "A request without an item");
+    }
     AnalyticsConfiguration changed = *configuration;
     const Resolution layout = LayoutOf(changed);
     auto& items = changed.*kind.items;
@@ -163,9 +197,12 @@ Answer ModifyItems(Call& call, const ItemKind& kind) {
         const auto item =
             std::find_if(items.begin(), items.end(),
                          [name](const AnalyticsItem& candidate) { return candidate.name == name; });
-        if (item == items.end())
+        if (item == items.end()) {
             return InvalidArgument(std::string(kind.noSuchItem), "There is none of that name");
-        if (auto fault = ReadItem(*each, kind, layout, *item)) return fault;
+        }
+        if (auto fault = ReadItem(*each, kind, layout, *item)) {
+            return fault;
+        }
     }
     FollowLayout(changed, layout);
     *configuration = std::move(changed);

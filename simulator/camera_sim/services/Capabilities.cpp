@@ -123,7 +123,9 @@ std::span<const Service> AllServices() {
 
 const Service* FindService(Ns ns) {
     for (const Service& service : kServices) {
-        if (service.ns == ns) return &service;
+        if (service.ns == ns) {
+            return &service;
+        }
     }
     return nullptr;
 }

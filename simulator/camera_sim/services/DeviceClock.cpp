@@ -22,23 +22,35 @@ std::optional<ZoneOffset> ReadTimeZone(std::string_view zone) {
     constexpr std::size_t kLongestZone = 64;
     const bool printable =
         std::all_of(zone.begin(), zone.end(), [](char c) { return c > ' ' && c <= '~'; });
-    if (!printable || zone.size() > kLongestZone) return std::nullopt;
+    if (!printable || zone.size() > kLongestZone) {
+        return std::nullopt;
+    }
     std::size_t nameEnd = zone.find_first_not_of(kLetters);
-    if (zone.starts_with('<')) nameEnd = zone.find('>') + 1;  // 0 when there is none
-    if (nameEnd == std::string_view::npos || nameEnd < kShortestName) return std::nullopt;
+    if (zone.starts_with('<')) {
+        nameEnd = zone.find('>') + 1;  // 0 when there is none
+    }
+    if (nameEnd == std::string_view::npos || nameEnd < kShortestName) {
+        return std::nullopt;
+    }
     zone.remove_prefix(nameEnd);
     const bool east = zone.starts_with('-');
-    if (zone.starts_with('-') || zone.starts_with('+')) zone.remove_prefix(1);
+    if (zone.starts_with('-') || zone.starts_with('+')) {
+        zone.remove_prefix(1);
+    }
 
     std::array<int, 3> fields{};  // hours, minutes, seconds
     constexpr std::array kLimits = {24, 59, 59};
     for (std::size_t i = 0; i < fields.size(); ++i) {
         const std::size_t end = std::min(zone.find_first_not_of("0123456789"), zone.size());
         const auto number = end > 2 ? std::nullopt : ToInt(zone.substr(0, end));
-        if (!number || *number > kLimits[i]) return std::nullopt;
+        if (!number || *number > kLimits[i]) {
+            return std::nullopt;
+        }
         fields[i] = *number;
         zone.remove_prefix(end);
-        if (!zone.starts_with(':')) break;
+        if (!zone.starts_with(':')) {
+            break;
+        }
         zone.remove_prefix(1);
     }
     // POSIX counts westwards.
@@ -77,7 +89,9 @@ Answer GetSystemDateAndTime(Call& call) {
         call.out.Element(Ns::kSchema, "TZ", clock.timeZone);
     }
     WriteDateTime(call.out, "UTCDateTime", now);
-    if (zone && !zone->hasRules) WriteDateTime(call.out, "LocalDateTime", now + zone->value);
+    if (zone && !zone->hasRules) {
+        WriteDateTime(call.out, "LocalDateTime", now + zone->value);
+    }
     return kDone;
 }
 
@@ -89,14 +103,19 @@ std::optional<std::chrono::sys_seconds> ReadDateTime(const XmlElement* element) 
                s = ToInt(ChildText(time, "Second"));
     const auto y = ToInt(ChildText(date, "Year")), mo = ToInt(ChildText(date, "Month")),
                d = ToInt(ChildText(date, "Day"));
-    if (!h || !mi || !s || !y || !mo || !d) return std::nullopt;
+    if (!h || !mi || !s || !y || !mo || !d) {
+        return std::nullopt;
+    }
     const auto within = [](int value, int low, int high) { return value >= low && value <= high; };
     if (!within(*h, 0, 23) || !within(*mi, 0, 59) || !within(*s, 0, 61) ||
-        !within(*y, 1970, 9999) || !within(*mo, 1, 12) || !within(*d, 1, 31))
+        !within(*y, 1970, 9999) || !within(*mo, 1, 12) || !within(*d, 1, 31)) {
         return std::nullopt;
+    }
     const year_month_day calendarDay{year(*y), month(static_cast<unsigned>(*mo)),
                                      day(static_cast<unsigned>(*d))};
-    if (!calendarDay.ok()) return std::nullopt;
+    if (!calendarDay.ok()) {
+        return std::nullopt;
+    }
     return sys_days(calendarDay) + hours(*h) + minutes(*mi) + seconds(*s);
 }
 
@@ -104,20 +123,25 @@ std::optional<std::chrono::sys_seconds> ReadDateTime(const XmlElement* element) 
 Answer SetSystemDateAndTime(Call& call) {
     CameraClock clock = call.state.clock;
     clock.type = call.Argument("DateTimeType");
-    if (clock.type != "Manual" && clock.type != "NTP")
+    if (clock.type != "Manual" && clock.type != "NTP") {
         return InvalidArgument({}, "DateTimeType is neither Manual nor NTP");
+    }
     const auto daylightSavings = ToBool(call.Argument("DaylightSavings"));
-    if (!daylightSavings) return InvalidArgument({}, "DaylightSavings is neither true nor false");
+    if (!daylightSavings) {
+        return InvalidArgument({}, "DaylightSavings is neither true nor false");
+    }
     clock.daylightSavings = *daylightSavings;
     if (const XmlElement* zone = Child(&call.request, "TimeZone")) {
         clock.timeZone = ChildText(zone, "TZ");
-        if (!ReadTimeZone(clock.timeZone))
+        if (!ReadTimeZone(clock.timeZone)) {
             return InvalidArgument("InvalidTimeZone", "The time zone is not a POSIX time zone");
+        }
     }
     if (clock.type == "Manual") {
         const auto time = ReadDateTime(Child(&call.request, "UTCDateTime"));
-        if (!time)
+        if (!time) {
             return InvalidArgument("InvalidDateTime", "UTCDateTime is missing or not a time");
+        }
         clock.offset = *time - call.systemTime;
     }
     call.state.clock = std::move(clock);

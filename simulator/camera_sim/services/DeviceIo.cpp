@@ -33,28 +33,36 @@ Answer SetRelayOutputSettings(Call& call) {
     const char* attribute = output == nullptr ? nullptr : output->Attribute("token");
     const std::string_view token = attribute ? attribute : call.Argument("RelayOutputToken");
     RelayOutput* relay = FindByToken(call.state.relays, token);
-    if (relay == nullptr) return NoSuchRelay();
+    if (relay == nullptr) {
+        return NoSuchRelay();
+    }
     const XmlElement* properties = Child(output ? output : &call.request, "Properties");
     RelayOutput changed = *relay;
     changed.mode = ChildText(properties, "Mode");
     changed.delayTime = ChildText(properties, "DelayTime");
     changed.idleState = ChildText(properties, "IdleState");
-    if (changed.mode != "Bistable" && changed.mode != "Monostable")
+    if (changed.mode != "Bistable" && changed.mode != "Monostable") {
         return InvalidArgument("ModeError", "Mode is neither Bistable nor Monostable");
-    if (!IsDuration(changed.delayTime))
+    }
+    if (!IsDuration(changed.delayTime)) {
         return InvalidArgument("DelayTimeError", "DelayTime is not a duration");
-    if (changed.idleState != "open" && changed.idleState != "closed")
+    }
+    if (changed.idleState != "open" && changed.idleState != "closed") {
         return InvalidArgument("ModeError", "IdleState is neither open nor closed");
+    }
     *relay = std::move(changed);
     return kDone;
 }
 
 Answer SetRelayOutputState(Call& call) {
     RelayOutput* relay = FindByToken(call.state.relays, call.Argument("RelayOutputToken"));
-    if (relay == nullptr) return NoSuchRelay();
+    if (relay == nullptr) {
+        return NoSuchRelay();
+    }
     const std::string_view state = call.Argument("LogicalState");
-    if (state != "active" && state != "inactive")
+    if (state != "active" && state != "inactive") {
         return InvalidArgument({}, "LogicalState is neither active nor inactive");
+    }
     relay->active = state == "active";
     return kDone;
 }

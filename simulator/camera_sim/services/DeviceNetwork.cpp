@@ -73,10 +73,12 @@ Answer GetNetworkInterfaces(Call& call) {
         const Scope ipv4(out, Ns::kSchema, "IPv4");
         out.Element(Ns::kSchema, "Enabled", interface.ipv4Enabled);
         const Scope config(out, Ns::kSchema, "Config");
-        for (const PrefixedAddress& address : interface.manual)
+        for (const PrefixedAddress& address : interface.manual) {
             WritePrefixed(out, "Manual", address);
-        if (interface.dhcp && interface.fromDhcp)
+        }
+        if (interface.dhcp && interface.fromDhcp) {
             WritePrefixed(out, "FromDHCP", *interface.fromDhcp);
+        }
         out.Element(Ns::kSchema, "DHCP", interface.dhcp);
     }
     return kDone;
@@ -84,14 +86,18 @@ Answer GetNetworkInterfaces(Call& call) {
 
 /// Changes @p target when the child is there; false when its text is not a value of that kind.
 bool ReadOptional(const XmlElement* parent, std::string_view name, bool& target) {
-    if (Child(parent, name) == nullptr) return true;
+    if (Child(parent, name) == nullptr) {
+        return true;
+    }
     const auto value = ToBool(ChildText(parent, name));
     target = value.value_or(target);
     return value.has_value();
 }
 
 bool ReadOptional(const XmlElement* parent, std::string_view name, int& target) {
-    if (Child(parent, name) == nullptr) return true;
+    if (Child(parent, name) == nullptr) {
+        return true;
+    }
     const auto value = ToInt(ChildText(parent, name));
     target = value.value_or(target);
     return value.has_value();
@@ -99,41 +105,57 @@ bool ReadOptional(const XmlElement* parent, std::string_view name, int& target) 
 
 Answer ReadIpv4(const XmlElement* ipv4, NetworkInterface& interface) {
     if (!ReadOptional(ipv4, "Enabled", interface.ipv4Enabled) ||
-        !ReadOptional(ipv4, "DHCP", interface.dhcp))
+        !ReadOptional(ipv4, "DHCP", interface.dhcp)) {
         return InvalidArgument({}, "Enabled and DHCP are true or false");
+    }
     const auto manual = Children(ipv4, "Manual");
-    if (manual.size() > kLongestList) return TooMany();
+    if (manual.size() > kLongestList) {
+        return TooMany();
+    }
     std::vector<PrefixedAddress> addresses;
     for (const XmlElement* element : manual) {
         const std::string_view address = ChildText(element, "Address");
-        if (!IsIpv4(address)) return BadIpv4();
+        if (!IsIpv4(address)) {
+            return BadIpv4();
+        }
         const auto prefixLength = ToInt(ChildText(element, "PrefixLength"));
-        if (!prefixLength || *prefixLength < 0 || *prefixLength > 32)
+        if (!prefixLength || *prefixLength < 0 || *prefixLength > 32) {
             return InvalidArgument({}, "PrefixLength is not between 0 and 32");
+        }
         addresses.push_back({std::string(address), *prefixLength});
     }
-    if (!addresses.empty()) interface.manual = std::move(addresses);
+    if (!addresses.empty()) {
+        interface.manual = std::move(addresses);
+    }
     return kDone;
 }
 
 Answer SetNetworkInterfaces(Call& call) {
     auto* interface = FindByToken(call.state.network.interfaces, call.Argument("InterfaceToken"));
-    if (interface == nullptr)
+    if (interface == nullptr) {
         return InvalidArgument("InvalidNetworkInterface", "No such network interface");
+    }
     NetworkInterface changed = *interface;
     const XmlElement* wanted = Child(&call.request, "NetworkInterface");
     const XmlElement* link = Child(wanted, "Link");
     if (!ReadOptional(wanted, "Enabled", changed.enabled) ||
         !ReadOptional(link, "AutoNegotiation", changed.autoNegotiation) ||
-        !ReadOptional(link, "Speed", changed.speed))
+        !ReadOptional(link, "Speed", changed.speed)) {
         return InvalidArgument("SettingNotSupported", "A setting is not of its kind");
-    if (const XmlElement* duplex = Child(link, "Duplex")) changed.duplex = Text(duplex);
-    if (changed.duplex != "Full" && changed.duplex != "Half")
+    }
+    if (const XmlElement* duplex = Child(link, "Duplex")) {
+        changed.duplex = Text(duplex);
+    }
+    if (changed.duplex != "Full" && changed.duplex != "Half") {
         return InvalidArgument("SettingNotSupported", "Duplex is neither Full nor Half");
+    }
     if (!ReadOptional(wanted, "MTU", changed.mtu) || changed.mtu < kSmallestMtu ||
-        changed.mtu > kLargestMtu)
+        changed.mtu > kLargestMtu) {
         return InvalidArgument("InvalidMtuValue", "The MTU is out of range");
-    if (Answer fault = ReadIpv4(Child(wanted, "IPv4"), changed)) return fault;
+    }
+    if (Answer fault = ReadIpv4(Child(wanted, "IPv4"), changed)) {
+        return fault;
+    }
     *interface = std::move(changed);
     call.out.Element(Ns::kDevice, "RebootNeeded", false);
     return kDone;
@@ -141,25 +163,33 @@ Answer SetNetworkInterfaces(Call& call) {
 
 Answer GetNetworkDefaultGateway(Call& call) {
     const Scope gateway(call.out, Ns::kDevice, "NetworkGateway");
-    for (const std::string& address : call.state.network.gatewaysIpv4)
+    for (const std::string& address : call.state.network.gatewaysIpv4) {
         call.out.Element(Ns::kSchema, "IPv4Address", address);
-    for (const std::string& address : call.state.network.gatewaysIpv6)
+    }
+    for (const std::string& address : call.state.network.gatewaysIpv6) {
         call.out.Element(Ns::kSchema, "IPv6Address", address);
+    }
     return kDone;
 }
 
 Answer SetNetworkDefaultGateway(Call& call) {
     std::vector<std::string> ipv4;
-    for (const XmlElement* address : Children(&call.request, "IPv4Address"))
+    for (const XmlElement* address : Children(&call.request, "IPv4Address")) {
         ipv4.emplace_back(Text(address));
+    }
     std::vector<std::string> ipv6;
-    for (const XmlElement* address : Children(&call.request, "IPv6Address"))
+    for (const XmlElement* address : Children(&call.request, "IPv6Address")) {
         ipv6.emplace_back(Text(address));
-    if (ipv4.size() > kLongestList || ipv6.size() > kLongestList) return TooMany();
-    if (!std::all_of(ipv4.begin(), ipv4.end(), IsIpv4))
+    }
+    if (ipv4.size() > kLongestList || ipv6.size() > kLongestList) {
+        return TooMany();
+    }
+    if (!std::all_of(ipv4.begin(), ipv4.end(), IsIpv4)) {
         return InvalidArgument("InvalidGatewayAddress", "Not an IPv4 address");
-    if (!std::all_of(ipv6.begin(), ipv6.end(), IsIpv6))
+    }
+    if (!std::all_of(ipv6.begin(), ipv6.end(), IsIpv6)) {
         return InvalidArgument("InvalidGatewayAddress", "Not an IPv6 address");
+    }
     call.state.network.gatewaysIpv4 = std::move(ipv4);
     call.state.network.gatewaysIpv6 = std::move(ipv6);
     return kDone;
@@ -176,14 +206,17 @@ Answer GetDns(Call& call) {
     const NameServers& servers = call.state.network.nameServers;
     const Scope information(call.out, Ns::kDevice, "DNSInformation");
     call.out.Element(Ns::kSchema, "FromDHCP", servers.fromDhcp);
-    for (const std::string& domain : servers.searchDomains)
+    for (const std::string& domain : servers.searchDomains) {
         call.out.Element(Ns::kSchema, "SearchDomain", domain);
-    if (servers.fromDhcp) {
-        for (const std::string& address : servers.dhcpAddresses)
-            WriteIpAddress(call.out, "DNSFromDHCP", address);
     }
-    for (const std::string& address : servers.manualAddresses)
+    if (servers.fromDhcp) {
+        for (const std::string& address : servers.dhcpAddresses) {
+            WriteIpAddress(call.out, "DNSFromDHCP", address);
+        }
+    }
+    for (const std::string& address : servers.manualAddresses) {
         WriteIpAddress(call.out, "DNSManual", address);
+    }
     return kDone;
 }
 
@@ -191,17 +224,24 @@ Answer GetDns(Call& call) {
 Answer ReadAddresses(const XmlElement& request, std::string_view name,
                      std::vector<std::string>& target) {
     const auto elements = Children(&request, name);
-    if (elements.size() > kLongestList) return TooMany();
+    if (elements.size() > kLongestList) {
+        return TooMany();
+    }
     std::vector<std::string> addresses;
     for (const XmlElement* element : elements) {
         const bool ipv6 = ChildText(element, "Type") == "IPv6";
         const std::string_view address = ChildText(element, ipv6 ? "IPv6Address" : "IPv4Address");
-        if (ipv6 && !IsIpv6(address))
+        if (ipv6 && !IsIpv6(address)) {
             return InvalidArgument("InvalidIPv6Address", "Not an IPv6 address");
-        if (!ipv6 && !IsIpv4(address)) return BadIpv4();
+        }
+        if (!ipv6 && !IsIpv4(address)) {
+            return BadIpv4();
+        }
         addresses.emplace_back(address);
     }
-    if (!addresses.empty()) target = std::move(addresses);
+    if (!addresses.empty()) {
+        target = std::move(addresses);
+    }
     return kDone;
 }
 
@@ -209,20 +249,29 @@ Answer ReadAddresses(const XmlElement& request, std::string_view name,
 Answer SetDns(Call& call) {
     NameServers servers = call.state.network.nameServers;
     const auto fromDhcp = ToBool(call.Argument("FromDHCP"));
-    if (!fromDhcp) return InvalidArgument({}, "FromDHCP is neither true nor false");
+    if (!fromDhcp) {
+        return InvalidArgument({}, "FromDHCP is neither true nor false");
+    }
     servers.fromDhcp = *fromDhcp;
     const auto domains = Children(&call.request, "SearchDomain");
-    if (domains.size() > kLongestList) return TooMany();
-    if (!domains.empty()) servers.searchDomains.clear();
+    if (domains.size() > kLongestList) {
+        return TooMany();
+    }
+    if (!domains.empty()) {
+        servers.searchDomains.clear();
+    }
     for (const XmlElement* domain : domains) {
-        if (!IsDomainName(Text(domain)))
+        if (!IsDomainName(Text(domain))) {
             return InvalidArgument("InvalidDnsName", "Not a domain name");
+        }
         servers.searchDomains.emplace_back(Text(domain));
     }
-    if (Answer fault = ReadAddresses(call.request, "DNSManual", servers.manualAddresses))
+    if (Answer fault = ReadAddresses(call.request, "DNSManual", servers.manualAddresses)) {
         return fault;
-    if (Answer fault = ReadAddresses(call.request, "DNSFromDHCP", servers.dhcpAddresses))
+    }
+    if (Answer fault = ReadAddresses(call.request, "DNSFromDHCP", servers.dhcpAddresses)) {
         return fault;
+    }
     call.state.network.nameServers = std::move(servers);
     return kDone;
 }
@@ -232,7 +281,9 @@ Answer GetNetworkProtocols(Call& call) {
         const Scope element(call.out, Ns::kDevice, "NetworkProtocols");
         call.out.Element(Ns::kSchema, "Name", protocol.name);
         call.out.Element(Ns::kSchema, "Enabled", protocol.enabled);
-        for (const int port : protocol.ports) call.out.Element(Ns::kSchema, "Port", port);
+        for (const int port : protocol.ports) {
+            call.out.Element(Ns::kSchema, "Port", port);
+        }
     }
     return kDone;
 }
@@ -244,17 +295,24 @@ Answer SetNetworkProtocols(Call& call) {
         const auto protocol =
             std::find_if(protocols.begin(), protocols.end(),
                          [name](const auto& known) { return known.name == name; });
-        if (protocol == protocols.end())
+        if (protocol == protocols.end()) {
             return InvalidArgument("ServiceNotSupported", "No such protocol");
-        if (!ReadOptional(wanted, "Enabled", protocol->enabled))
+        }
+        if (!ReadOptional(wanted, "Enabled", protocol->enabled)) {
             return InvalidArgument({}, "Enabled is neither true nor false");
+        }
         const auto ports = Children(wanted, "Port");
-        if (ports.size() > kLongestList) return TooMany();
-        if (!ports.empty()) protocol->ports.clear();
+        if (ports.size() > kLongestList) {
+            return TooMany();
+        }
+        if (!ports.empty()) {
+            protocol->ports.clear();
+        }
         for (const XmlElement* element : ports) {
             const auto port = ToInt(Text(element));
-            if (!port || *port < 1 || *port > kLargestPort)
+            if (!port || *port < 1 || *port > kLargestPort) {
                 return InvalidArgument({}, "The port is not between 1 and 65535");
+            }
             protocol->ports.push_back(*port);
         }
     }

@@ -11,10 +11,13 @@ using Scope = XmlWriter::Scope;
 Answer GetServices(Call& call) {
     const std::string_view wanted = call.Argument("IncludeCapability");
     const auto includeCapability = wanted.empty() ? false : ToBool(wanted);
-    if (!includeCapability)
+    if (!includeCapability) {
         return InvalidArgument({}, "IncludeCapability is neither true nor false");
+    }
     for (const Service& service : AllServices()) {
-        if (!Offers(call.options, service.ns)) continue;
+        if (!Offers(call.options, service.ns)) {
+            continue;
+        }
         const Scope entry(call.out, Ns::kDevice, "Service");
         call.out.Element(Ns::kDevice, "Namespace", NamespaceOf(service.ns).uri);
         call.out.Element(Ns::kDevice, "XAddr", AdvertisedAddress(call.options, service));
@@ -34,7 +37,9 @@ void WriteAddress(Call& call, Ns ns) {
 }
 
 void WriteFlags(XmlWriter& out, std::initializer_list<std::pair<std::string_view, bool>> flags) {
-    for (const auto& [name, value] : flags) out.Element(Ns::kSchema, name, value);
+    for (const auto& [name, value] : flags) {
+        out.Element(Ns::kSchema, name, value);
+    }
 }
 
 void WriteAnalyticsCapabilities(Call& call) {
@@ -140,10 +145,13 @@ SoapFault NoSuchService() {
 bool Select(const CameraOptions& options, std::string_view name, Selection& selected) {
     const bool all = name == "All";
     bool known = all && options.capabilitiesAll;
-    if (all && !known) return false;
+    if (all && !known) {
+        return false;
+    }
     for (std::size_t i = 0; i < kCategories.size(); ++i) {
-        if ((all || kCategories[i].name == name) && Offers(options, kCategories[i].ns))
+        if ((all || kCategories[i].name == name) && Offers(options, kCategories[i].ns)) {
             selected[i] = known = true;
+        }
     }
     return known;
 }
@@ -151,15 +159,23 @@ bool Select(const CameraOptions& options, std::string_view name, Selection& sele
 Answer GetCapabilities(Call& call) {
     Selection selected{};
     const auto wanted = Children(&call.request, "Category");
-    if (wanted.empty() && !Select(call.options, "All", selected)) return NoSuchService();
+    if (wanted.empty() && !Select(call.options, "All", selected)) {
+        return NoSuchService();
+    }
     for (const XmlElement* category : wanted) {
-        if (!Select(call.options, Text(category), selected)) return NoSuchService();
+        if (!Select(call.options, Text(category), selected)) {
+            return NoSuchService();
+        }
     }
     const Scope capabilities(call.out, Ns::kDevice, "Capabilities");
     for (std::size_t i = 0; i < kCategories.size(); ++i) {
-        if (!selected[i]) continue;
+        if (!selected[i]) {
+            continue;
+        }
         std::optional<Scope> extension;
-        if (kCategories[i].extension) extension.emplace(call.out, Ns::kSchema, "Extension");
+        if (kCategories[i].extension) {
+            extension.emplace(call.out, Ns::kSchema, "Extension");
+        }
         const Scope category(call.out, Ns::kSchema, kCategories[i].name);
         kCategories[i].write(call);
     }

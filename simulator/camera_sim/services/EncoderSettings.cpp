@@ -35,7 +35,9 @@ bool IsIn(Range range, double value) {
 /// Takes the number over; false when @p text is none of the range.
 bool TakeInt(std::string_view text, Range range, int& value) {
     const auto number = ToInt(text);
-    if (!number || !IsIn(range, *number)) return false;
+    if (!number || !IsIn(range, *number)) {
+        return false;
+    }
     value = *number;
     return true;
 }
@@ -49,20 +51,28 @@ bool ReadInt(const XmlElement* parent, std::string_view name, Range range, int& 
 bool ReadWord(const XmlElement* parent, std::string_view name,
               std::span<const std::string_view> words, std::string& value) {
     const XmlElement* element = Child(parent, name);
-    if (element == nullptr) return true;
-    if (!Has(words, Text(element))) return false;
+    if (element == nullptr) {
+        return true;
+    }
+    if (!Has(words, Text(element))) {
+        return false;
+    }
     value = Text(element);
     return true;
 }
 
 bool ReadResolution(const XmlElement* given, const EncoderLimits& limits, Resolution& resolution) {
-    if (given == nullptr) return true;
+    if (given == nullptr) {
+        return true;
+    }
     const auto width = ToInt(ChildText(given, "Width"));
     const auto height = ToInt(ChildText(given, "Height"));
     const bool offered =
         std::any_of(limits.resolutions.begin(), limits.resolutions.end(),
                     [&](Resolution each) { return each.width == width && each.height == height; });
-    if (!offered) return false;
+    if (!offered) {
+        return false;
+    }
     resolution = {*width, *height};
     return true;
 }
@@ -71,28 +81,39 @@ bool ReadResolution(const XmlElement* given, const EncoderLimits& limits, Resolu
 bool ReadFrameRate(const XmlElement* rateControl, const EncoderLimits& limits, bool version2,
                    int& frameRate) {
     const XmlElement* element = Child(rateControl, "FrameRateLimit");
-    if (element == nullptr) return true;
+    if (element == nullptr) {
+        return true;
+    }
     const auto given = ToDouble(Text(element));
     if (!given || std::floor(*given) != *given ||
         !IsIn({limits.frameRates.front(), limits.frameRates.back()}, *given) ||
-        (version2 && !Has(limits.frameRates, *given)))
+        (version2 && !Has(limits.frameRates, *given))) {
         return false;
+    }
     frameRate = static_cast<int>(*given);
     return true;
 }
 
 Answer ReadRateControl(const XmlElement* given, const EncoderLimits& limits, bool version2,
                        VideoEncoder& encoder) {
-    if (given == nullptr) return kDone;
-    if (!ReadFrameRate(given, limits, version2, encoder.frameRate))
+    if (given == nullptr) {
+        return kDone;
+    }
+    if (!ReadFrameRate(given, limits, version2, encoder.frameRate)) {
         return Invalid("FrameRateLimit");
-    if (!ReadInt(given, "BitrateLimit", limits.bitrate, encoder.bitrate))
+    }
+    if (!ReadInt(given, "BitrateLimit", limits.bitrate, encoder.bitrate)) {
         return Invalid("BitrateLimit");
+    }
     if (version2) {
         const char* constant = given->Attribute("ConstantBitRate");
         const auto value = ToBool(constant == nullptr ? "false" : constant);
-        if (!value) return Invalid("ConstantBitRate");
-        if (constant != nullptr) encoder.constantBitrate = *value;
+        if (!value) {
+            return Invalid("ConstantBitRate");
+        }
+        if (constant != nullptr) {
+            encoder.constantBitrate = *value;
+        }
     } else if (!ReadInt(given, "EncodingInterval", IntervalsOf(encoder.encoding),
                         encoder.encodingInterval)) {
         return Invalid("EncodingInterval");
@@ -105,23 +126,34 @@ Answer ReadRateControl(const XmlElement* given, const EncoderLimits& limits, boo
 Answer ReadCodec10(const XmlElement* given, const EncoderLimits& limits, VideoEncoder& encoder) {
     const bool mpeg4 = encoder.encoding == "MPEG4";
     const XmlElement* codec = Child(given, mpeg4 ? "MPEG4" : "H264");
-    if (codec == nullptr || encoder.encoding == "JPEG") return kDone;
-    if (!ReadInt(codec, "GovLength", limits.govLength, encoder.govLength))
+    if (codec == nullptr || encoder.encoding == "JPEG") {
+        return kDone;
+    }
+    if (!ReadInt(codec, "GovLength", limits.govLength, encoder.govLength)) {
         return Invalid("GovLength");
+    }
     if (!ReadWord(codec, mpeg4 ? "Mpeg4Profile" : "H264Profile", ProfilesOf(encoder.encoding),
-                  encoder.profile))
+                  encoder.profile)) {
         return Invalid("Profile");
+    }
     return kDone;
 }
 
 Answer ReadCodec20(const XmlElement* given, const EncoderLimits& limits, VideoEncoder& encoder) {
-    if (encoder.encoding == "JPEG") return kDone;
+    if (encoder.encoding == "JPEG") {
+        return kDone;
+    }
     const char* govLength = given->Attribute("GovLength");
-    if (govLength != nullptr && !TakeInt(govLength, limits.govLength, encoder.govLength))
+    if (govLength != nullptr && !TakeInt(govLength, limits.govLength, encoder.govLength)) {
         return Invalid("GovLength");
+    }
     const char* profile = given->Attribute("Profile");
-    if (profile == nullptr) return kDone;
-    if (!Has(ProfilesOf(encoder.encoding), std::string_view(profile))) return Invalid("Profile");
+    if (profile == nullptr) {
+        return kDone;
+    }
+    if (!Has(ProfilesOf(encoder.encoding), std::string_view(profile))) {
+        return Invalid("Profile");
+    }
     encoder.profile = profile;
     return kDone;
 }
@@ -137,35 +169,55 @@ Answer ReadMulticast(const XmlElement* given, Multicast& multicast) {
     if (address != nullptr) {
         const std::string_view type = ChildText(address, "Type");
         const std::string_view text = ChildText(address, "IPv4Address");
-        if ((!type.empty() && type != "IPv4") || !IsMulticastAddress(text))
+        if ((!type.empty() && type != "IPv4") || !IsMulticastAddress(text)) {
             return Invalid("Multicast address");
+        }
         multicast.address = text;
     }
-    if (!ReadInt(given, "Port", kPorts, multicast.port)) return Invalid("Multicast port");
-    if (!ReadInt(given, "TTL", kTimesToLive, multicast.ttl)) return Invalid("TTL");
+    if (!ReadInt(given, "Port", kPorts, multicast.port)) {
+        return Invalid("Multicast port");
+    }
+    if (!ReadInt(given, "TTL", kTimesToLive, multicast.ttl)) {
+        return Invalid("TTL");
+    }
     const XmlElement* autoStart = Child(given, "AutoStart");
-    if (autoStart == nullptr) return kDone;
+    if (autoStart == nullptr) {
+        return kDone;
+    }
     const auto value = ToBool(Text(autoStart));
-    if (!value) return Invalid("AutoStart");
+    if (!value) {
+        return Invalid("AutoStart");
+    }
     multicast.autoStart = *value;
     return kDone;
 }
 
 /// Another codec may not have what the one before was set to.
 void FitToEncoding(VideoEncoder& encoder) {
-    if (encoder.encoding == "JPEG") encoder.encodingInterval = 1;
+    if (encoder.encoding == "JPEG") {
+        encoder.encodingInterval = 1;
+    }
     const auto profiles = ProfilesOf(encoder.encoding);
-    if (!profiles.empty() && !Has(profiles, std::string_view(encoder.profile)))
+    if (!profiles.empty() && !Has(profiles, std::string_view(encoder.profile))) {
         encoder.profile = encoder.encoding == "MPEG4" ? "SP" : "Main";
+    }
 }
 
 Answer ReadNameAndTimeout(const XmlElement* given, VideoEncoder& encoder) {
     const std::string_view name = ChildText(given, "Name");
-    if (name.size() > kLongestName) return Invalid("Name");
-    if (!name.empty()) encoder.name = name;
+    if (name.size() > kLongestName) {
+        return Invalid("Name");
+    }
+    if (!name.empty()) {
+        encoder.name = name;
+    }
     const XmlElement* timeout = Child(given, "SessionTimeout");
-    if (timeout == nullptr) return kDone;
-    if (!IsDuration(Text(timeout))) return Invalid("SessionTimeout");
+    if (timeout == nullptr) {
+        return kDone;
+    }
+    if (!IsDuration(Text(timeout))) {
+        return Invalid("SessionTimeout");
+    }
     encoder.sessionTimeout = Text(timeout);
     return kDone;
 }
@@ -173,22 +225,30 @@ Answer ReadNameAndTimeout(const XmlElement* given, VideoEncoder& encoder) {
 /// Takes over what @p given has; with a fault, @p encoder may be changed in part.
 Answer ReadEncoder(const XmlElement* given, bool version2, VideoEncoder& encoder) {
     const EncoderLimits limits = LimitsOf(encoder);
-    if (auto fault = ReadNameAndTimeout(given, encoder)) return fault;
-    if (!ReadWord(given, "Encoding", version2 ? kEncodings20 : kEncodings10, encoder.encoding))
+    if (auto fault = ReadNameAndTimeout(given, encoder)) {
+        return fault;
+    }
+    if (!ReadWord(given, "Encoding", version2 ? kEncodings20 : kEncodings10, encoder.encoding)) {
         return Invalid("Encoding");
+    }
     FitToEncoding(encoder);
-    if (!ReadResolution(Child(given, "Resolution"), limits, encoder.resolution))
+    if (!ReadResolution(Child(given, "Resolution"), limits, encoder.resolution)) {
         return Invalid("Resolution");
+    }
     if (const XmlElement* quality = Child(given, "Quality")) {
         const auto value = ToDouble(Text(quality));
-        if (!value || !IsIn(limits.quality, *value)) return Invalid("Quality");
+        if (!value || !IsIn(limits.quality, *value)) {
+            return Invalid("Quality");
+        }
         encoder.quality = *value;
     }
-    if (auto fault = ReadRateControl(Child(given, "RateControl"), limits, version2, encoder))
+    if (auto fault = ReadRateControl(Child(given, "RateControl"), limits, version2, encoder)) {
         return fault;
+    }
     if (auto fault =
-            version2 ? ReadCodec20(given, limits, encoder) : ReadCodec10(given, limits, encoder))
+            version2 ? ReadCodec20(given, limits, encoder) : ReadCodec10(given, limits, encoder)) {
         return fault;
+    }
     return ReadMulticast(Child(given, "Multicast"), encoder.multicast);
 }
 
@@ -197,9 +257,13 @@ Answer SetVideoEncoder(Call& call, bool version2) {
     const char* token = given == nullptr ? nullptr : given->Attribute("token");
     VideoEncoder* encoder =
         FindByToken(call.state.media.videoEncoders, token == nullptr ? "" : token);
-    if (encoder == nullptr) return InvalidArgument("NoConfig", "No such configuration");
+    if (encoder == nullptr) {
+        return InvalidArgument("NoConfig", "No such configuration");
+    }
     VideoEncoder changed = *encoder;
-    if (auto fault = ReadEncoder(given, version2, changed)) return fault;
+    if (auto fault = ReadEncoder(given, version2, changed)) {
+        return fault;
+    }
     *encoder = std::move(changed);
     return kDone;
 }

@@ -22,8 +22,9 @@ Answer GetEventProperties(Call& call) {
     call.out.Element(Ns::kNotification, "FixedTopicSet", true);
     WriteTopicSet(call.out, *FindTopicStyle(call.options.topicStyle));
     for (const char* dialect : {"http://docs.oasis-open.org/wsn/t-1/TopicExpression/Concrete",
-                                "http://www.onvif.org/ver10/tev/topicExpression/ConcreteSet"})
+                                "http://www.onvif.org/ver10/tev/topicExpression/ConcreteSet"}) {
         call.out.Element(Ns::kNotification, "TopicExpressionDialect", dialect);
+    }
     call.out.Element(Ns::kEvents, "MessageContentFilterDialect", "");
     call.out.Element(Ns::kEvents, "MessageContentSchemaLocation",
                      "http://www.onvif.org/ver10/schema/onvif.xsd");
@@ -32,13 +33,19 @@ Answer GetEventProperties(Call& call) {
 
 /// How long a subscription shall live. Nothing when the time is malformed, past or too far.
 std::optional<milliseconds> ReadTermination(const Call& call, std::string_view text) {
-    if (text.empty()) return call.options.defaultTermination;
+    if (text.empty()) {
+        return call.options.defaultTermination;
+    }
     auto term = ParseDuration(text);
     if (!term) {
         const auto end = ParseUtc(text);
-        if (end) term = *end - (call.systemTime + call.state.clock.offset);
+        if (end) {
+            term = *end - (call.systemTime + call.state.clock.offset);
+        }
     }
-    if (!term || term->count() <= 0 || *term > call.options.maxTermination) return std::nullopt;
+    if (!term || term->count() <= 0 || *term > call.options.maxTermination) {
+        return std::nullopt;
+    }
     return term;
 }
 
@@ -66,15 +73,20 @@ SoapFault BadFilter(const Call& call, TopicFilter::Problem problem) {
 
 Answer Create(Call& call, std::optional<NotifyTarget> consumer) {
     const auto term = ReadTermination(call, call.Argument("InitialTerminationTime"));
-    if (!term) return BadTermination(call, "wsnt:UnacceptableInitialTerminationTimeFault");
+    if (!term) {
+        return BadTermination(call, "wsnt:UnacceptableInitialTerminationTimeFault");
+    }
     TopicFilter::Problem problem = TopicFilter::Problem::kNone;
     TopicFilter filter = TopicFilter::Read(Child(&call.request, "Filter"), problem);
-    if (problem != TopicFilter::Problem::kNone) return BadFilter(call, problem);
+    if (problem != TopicFilter::Problem::kNone) {
+        return BadFilter(call, problem);
+    }
     const Ns ns = consumer ? Ns::kNotification : Ns::kEvents;
     const Subscription* subscription =
         call.events.Add(*term, std::move(filter), std::move(consumer), call.state);
-    if (subscription == nullptr)
+    if (subscription == nullptr) {
         return BaseFault(call.state, "wsnt:SubscribeCreationFailedFault", "Too many subscriptions");
+    }
     WriteReference(call.out, ns, call.options, subscription->id);
     WriteTimes(call.out, Ns::kNotification, call.state, *subscription);
     return kDone;
@@ -118,17 +130,25 @@ SoapFault PullLimits(const CameraOptions& options) {
 // what comes first.
 Answer PullMessages(Call& call) {
     Subscription* subscription = FindSubscription(call);
-    if (subscription == nullptr || subscription->consumer) return NoSuchSubscription(call.state);
+    if (subscription == nullptr || subscription->consumer) {
+        return NoSuchSubscription(call.state);
+    }
     const auto timeout = ParseDuration(call.Argument("Timeout"));
     const auto limit = ToInt(call.Argument("MessageLimit"));
-    if (!timeout) return InvalidArgument({}, "Timeout is not a duration");
-    if (!limit || *limit < 1) return InvalidArgument({}, "MessageLimit is not a number above 0");
-    if (*timeout > call.options.maxPullTimeout || *limit > call.options.maxMessageLimit)
+    if (!timeout) {
+        return InvalidArgument({}, "Timeout is not a duration");
+    }
+    if (!limit || *limit < 1) {
+        return InvalidArgument({}, "MessageLimit is not a number above 0");
+    }
+    if (*timeout > call.options.maxPullTimeout || *limit > call.options.maxMessageLimit) {
         return PullLimits(call.options);
+    }
 
     const auto now = EventHub::Clock::now();
-    if (call.options.pullsRenew)
+    if (call.options.pullsRenew) {
         subscription->end = std::max(subscription->end, now + subscription->term);
+    }
     call.wait =
         PullWait{subscription->id, static_cast<std::size_t>(*limit), now + *timeout,
                  AnswerAction(call.header), std::string(ChildText(call.header, "MessageID"))};
@@ -137,16 +157,22 @@ Answer PullMessages(Call& call) {
 
 Answer SetSynchronizationPoint(Call& call) {
     Subscription* subscription = FindSubscription(call);
-    if (subscription == nullptr) return NoSuchSubscription(call.state);
+    if (subscription == nullptr) {
+        return NoSuchSubscription(call.state);
+    }
     call.events.Synchronize(*subscription, call.state);
     return kDone;
 }
 
 Answer Renew(Call& call) {
     Subscription* subscription = FindSubscription(call);
-    if (subscription == nullptr) return NoSuchSubscription(call.state);
+    if (subscription == nullptr) {
+        return NoSuchSubscription(call.state);
+    }
     const auto term = ReadTermination(call, call.Argument("TerminationTime"));
-    if (!term) return BadTermination(call, "wsnt:UnacceptableTerminationTimeFault");
+    if (!term) {
+        return BadTermination(call, "wsnt:UnacceptableTerminationTimeFault");
+    }
     subscription->term = *term;
     subscription->end = EventHub::Clock::now() + *term;
     WriteTerminationTime(call.out, Ns::kNotification, call.state, *subscription);
@@ -157,7 +183,9 @@ Answer Renew(Call& call) {
 
 Answer Unsubscribe(Call& call) {
     const Subscription* subscription = FindSubscription(call);
-    if (subscription == nullptr) return NoSuchSubscription(call.state);
+    if (subscription == nullptr) {
+        return NoSuchSubscription(call.state);
+    }
     call.events.Remove(subscription->id);
     return kDone;
 }
@@ -166,19 +194,26 @@ Answer Unsubscribe(Call& call) {
 std::optional<NotifyTarget> ReadConsumer(std::string_view address) {
     const bool printable =
         std::all_of(address.begin(), address.end(), [](char c) { return c > ' ' && c <= '~'; });
-    if (!printable || address.size() > kLongestAddress || !address.starts_with(kHost))
+    if (!printable || address.size() > kLongestAddress || !address.starts_with(kHost)) {
         return std::nullopt;
+    }
     std::string_view rest = address.substr(kHost.size());
     NotifyTarget target{std::string(address), 80, "/"};
     if (rest.starts_with(':')) {
         const auto end = std::min(rest.find('/'), rest.size());
         const auto port = ToInt(rest.substr(1, end - 1));
-        if (!port || *port < 1 || *port > kLargestPort) return std::nullopt;
+        if (!port || *port < 1 || *port > kLargestPort) {
+            return std::nullopt;
+        }
         target.port = static_cast<std::uint16_t>(*port);
         rest.remove_prefix(end);
     }
-    if (!rest.empty() && !rest.starts_with('/')) return std::nullopt;
-    if (!rest.empty()) target.path = rest;
+    if (!rest.empty() && !rest.starts_with('/')) {
+        return std::nullopt;
+    }
+    if (!rest.empty()) {
+        target.path = rest;
+    }
     return target;
 }
 

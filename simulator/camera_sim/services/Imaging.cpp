@@ -31,7 +31,9 @@ TimePoint Now() {
 
 Answer GetImagingSettings(Call& call) {
     const VideoSource* source = RequestedSource(call);
-    if (source == nullptr) return NoSource();
+    if (source == nullptr) {
+        return NoSource();
+    }
     const Scope settings(call.out, Ns::kImaging, "ImagingSettings");
     WriteImagingSettings(call.out, *source);
     return kDone;
@@ -40,21 +42,30 @@ Answer GetImagingSettings(Call& call) {
 // What is set lasts as long as the camera does, with or without ForcePersistence.
 Answer SetImagingSettings(Call& call) {
     VideoSource* source = RequestedSource(call);
-    if (source == nullptr) return NoSource();
+    if (source == nullptr) {
+        return NoSource();
+    }
     const XmlElement* persistence = Child(&call.request, "ForcePersistence");
-    if (persistence != nullptr && !ToBool(Text(persistence)))
+    if (persistence != nullptr && !ToBool(Text(persistence))) {
         return InvalidSettings("ForcePersistence");
+    }
     const XmlElement* given = Child(&call.request, "ImagingSettings");
-    if (given == nullptr) return InvalidSettings("ImagingSettings");
+    if (given == nullptr) {
+        return InvalidSettings("ImagingSettings");
+    }
     ImagingSettings changed = source->imaging;
-    if (auto fault = ReadImagingSettings(given, *source, changed)) return fault;
+    if (auto fault = ReadImagingSettings(given, *source, changed)) {
+        return fault;
+    }
     source->imaging = std::move(changed);
     return kDone;
 }
 
 Answer GetOptions(Call& call) {
     const VideoSource* source = RequestedSource(call);
-    if (source == nullptr) return NoSource();
+    if (source == nullptr) {
+        return NoSource();
+    }
     const Scope options(call.out, Ns::kImaging, "ImagingOptions");
     WriteImagingOptions(call.out, *source);
     return kDone;
@@ -62,9 +73,13 @@ Answer GetOptions(Call& call) {
 
 Answer GetMoveOptions(Call& call) {
     const VideoSource* source = RequestedSource(call);
-    if (source == nullptr) return NoSource();
+    if (source == nullptr) {
+        return NoSource();
+    }
     const Scope options(call.out, Ns::kImaging, "MoveOptions");
-    if (!source->motorizedFocus) return kDone;
+    if (!source->motorizedFocus) {
+        return kDone;
+    }
     {
         const Scope absolute(call.out, Ns::kSchema, "Absolute");
         WriteRange(call.out, "Position", kFocusPosition);
@@ -82,15 +97,21 @@ Answer GetMoveOptions(Call& call) {
 
 /// The fault for a source whose focus cannot be moved; nothing for one that can.
 Answer CheckFocus(const VideoSource* source) {
-    if (source == nullptr) return NoSource();
-    if (source->motorizedFocus) return kDone;
+    if (source == nullptr) {
+        return NoSource();
+    }
+    if (source->motorizedFocus) {
+        return kDone;
+    }
     return SoapFault{"Receiver", "ActionNotSupported", "NoImagingForSource",
                      "The video source has no motorised focus"};
 }
 
 std::optional<double> ReadNumber(const XmlElement* parent, std::string_view name, Range range) {
     const auto value = ToDouble(ChildText(parent, name));
-    if (!value || *value < range.minimum || *value > range.maximum) return std::nullopt;
+    if (!value || *value < range.minimum || *value > range.maximum) {
+        return std::nullopt;
+    }
     return value;
 }
 
@@ -101,7 +122,9 @@ std::optional<FocusLens> Ordered(const XmlElement* focus, const VideoSource& sou
     lens.start = source.lens.Position(lens.since);
     if (const XmlElement* continuous = Child(focus, "Continuous")) {
         const auto speed = ReadNumber(continuous, "Speed", kFullRange);
-        if (!speed) return std::nullopt;
+        if (!speed) {
+            return std::nullopt;
+        }
         lens.speed = std::abs(*speed);
         lens.destination = *speed > 0 ? kFocusPosition.maximum : kFocusPosition.minimum;
         return lens;
@@ -112,7 +135,9 @@ std::optional<FocusLens> Ordered(const XmlElement* focus, const VideoSource& sou
                                             : ReadNumber(order, "Distance", kFullRange);
     const auto speed = Child(order, "Speed") == nullptr ? source.imaging.focus.defaultSpeed
                                                         : ReadNumber(order, "Speed", kFocusSpeed);
-    if (!target || !speed) return std::nullopt;
+    if (!target || !speed) {
+        return std::nullopt;
+    }
     lens.speed = *speed;
     lens.destination = std::clamp(absolute != nullptr ? *target : lens.start + *target,
                                   kFocusPosition.minimum, kFocusPosition.maximum);
@@ -122,9 +147,13 @@ std::optional<FocusLens> Ordered(const XmlElement* focus, const VideoSource& sou
 // A move by hand ends the automatic focus.
 Answer Move(Call& call) {
     VideoSource* source = RequestedSource(call);
-    if (auto fault = CheckFocus(source)) return fault;
+    if (auto fault = CheckFocus(source)) {
+        return fault;
+    }
     const auto lens = Ordered(Child(&call.request, "Focus"), *source);
-    if (!lens) return InvalidSettings("Focus");
+    if (!lens) {
+        return InvalidSettings("Focus");
+    }
     source->lens = *lens;
     source->imaging.focus.mode = "MANUAL";
     return kDone;
@@ -132,7 +161,9 @@ Answer Move(Call& call) {
 
 Answer Stop(Call& call) {
     VideoSource* source = RequestedSource(call);
-    if (auto fault = CheckFocus(source)) return fault;
+    if (auto fault = CheckFocus(source)) {
+        return fault;
+    }
     const double position = source->lens.Position(Now());
     source->lens = {position, position, 0, {}};
     return kDone;
@@ -140,9 +171,13 @@ Answer Stop(Call& call) {
 
 Answer GetStatus(Call& call) {
     const VideoSource* source = RequestedSource(call);
-    if (source == nullptr) return NoSource();
+    if (source == nullptr) {
+        return NoSource();
+    }
     const Scope status(call.out, Ns::kImaging, "Status");
-    if (!source->motorizedFocus) return kDone;
+    if (!source->motorizedFocus) {
+        return kDone;
+    }
     const FocusLens& lens = source->lens;
     const double position = lens.Position(Now());
     const bool moving = lens.speed > 0 && position != lens.destination;

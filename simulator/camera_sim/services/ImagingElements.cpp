@@ -119,26 +119,32 @@ bool IsIn(Range range, double value) {
 
 template <typename Rows, typename Part>
 void WriteChoices(XmlWriter& out, const Rows& rows, const Part& part) {
-    for (const auto& row : rows)
+    for (const auto& row : rows) {
         out.Element(Ns::kSchema, row.name, std::string_view(part.*row.value));
+    }
 }
 
 template <typename Rows, typename Part>
 void WriteNumbers(XmlWriter& out, const Rows& rows, const Part& part) {
-    for (const auto& row : rows) out.Element(Ns::kSchema, row.name, part.*row.value);
+    for (const auto& row : rows) {
+        out.Element(Ns::kSchema, row.name, part.*row.value);
+    }
 }
 
 template <typename Rows>
 void WriteWords(XmlWriter& out, const Rows& rows) {
     for (const auto& row : rows) {
-        for (const std::string_view word : row.words)
+        for (const std::string_view word : row.words) {
             out.Element(Ns::kSchema, row.optionName, word);
+        }
     }
 }
 
 template <typename Rows>
 void WriteRanges(XmlWriter& out, const Rows& rows) {
-    for (const auto& row : rows) WriteRange(out, row.optionName, row.range);
+    for (const auto& row : rows) {
+        WriteRange(out, row.optionName, row.range);
+    }
 }
 
 template <typename Choices, typename Numbers, typename Part>
@@ -162,8 +168,9 @@ void WriteExposure(XmlWriter& out, const ExposureSettings& exposure) {
     WriteChoices(out, kExposureChoices, exposure);
     {
         const Scope window(out, Ns::kSchema, "Window");
-        for (const Edge& edge : kEdges)
+        for (const Edge& edge : kEdges) {
             out.Attribute(edge.name, XmlWriter::NumberText(exposure.window.*edge.value));
+        }
     }
     WriteNumbers(out, kExposureNumbers, exposure);
 }
@@ -172,10 +179,13 @@ template <typename Rows, typename Part>
 Answer ReadChoices(const XmlElement* given, const Rows& rows, Part& part) {
     for (const auto& row : rows) {
         const XmlElement* element = Child(given, row.name);
-        if (element == nullptr) continue;
+        if (element == nullptr) {
+            continue;
+        }
         const std::string_view word = Text(element);
-        if (std::find(row.words.begin(), row.words.end(), word) == row.words.end())
+        if (std::find(row.words.begin(), row.words.end(), word) == row.words.end()) {
             return InvalidSettings(row.name);
+        }
         part.*row.value = word;
     }
     return kDone;
@@ -185,9 +195,13 @@ template <typename Rows, typename Part>
 Answer ReadNumbers(const XmlElement* given, const Rows& rows, Part& part) {
     for (const auto& row : rows) {
         const XmlElement* element = Child(given, row.name);
-        if (element == nullptr) continue;
+        if (element == nullptr) {
+            continue;
+        }
         const auto value = ToDouble(Text(element));
-        if (!value || !IsIn(row.range, *value)) return InvalidSettings(row.name);
+        if (!value || !IsIn(row.range, *value)) {
+            return InvalidSettings(row.name);
+        }
         part.*row.value = *value;
     }
     return kDone;
@@ -196,38 +210,63 @@ Answer ReadNumbers(const XmlElement* given, const Rows& rows, Part& part) {
 template <typename Choices, typename Numbers, typename Part>
 Answer ReadGroup(const XmlElement* given, const Choices& choices, const Numbers& numbers,
                  Part& part) {
-    if (auto fault = ReadChoices(given, choices, part)) return fault;
+    if (auto fault = ReadChoices(given, choices, part)) {
+        return fault;
+    }
     return ReadNumbers(given, numbers, part);
 }
 
 Answer ReadWindow(const XmlElement* given, PictureArea& window) {
-    if (given == nullptr) return kDone;
+    if (given == nullptr) {
+        return kDone;
+    }
     for (const Edge& edge : kEdges) {
         const char* text = given->Attribute(edge.name);
         const auto value = ToDouble(text == nullptr ? "" : text);
-        if (!value || !IsIn({-1, 1}, *value)) return InvalidSettings("Window");
+        if (!value || !IsIn({-1, 1}, *value)) {
+            return InvalidSettings("Window");
+        }
         window.*edge.value = *value;
     }
-    if (window.left >= window.right || window.bottom >= window.top)
+    if (window.left >= window.right || window.bottom >= window.top) {
         return InvalidSettings("Window");
+    }
     return kDone;
 }
 
 Answer ReadExposure(const XmlElement* given, ExposureSettings& exposure) {
-    if (auto fault = ReadGroup(given, kExposureChoices, kExposureNumbers, exposure)) return fault;
-    if (auto fault = ReadWindow(Child(given, "Window"), exposure.window)) return fault;
-    if (exposure.minimumTime > exposure.maximumTime) return InvalidSettings("MinExposureTime");
-    if (exposure.minimumGain > exposure.maximumGain) return InvalidSettings("MinGain");
-    if (exposure.minimumIris > exposure.maximumIris) return InvalidSettings("MinIris");
+    if (auto fault = ReadGroup(given, kExposureChoices, kExposureNumbers, exposure)) {
+        return fault;
+    }
+    if (auto fault = ReadWindow(Child(given, "Window"), exposure.window)) {
+        return fault;
+    }
+    if (exposure.minimumTime > exposure.maximumTime) {
+        return InvalidSettings("MinExposureTime");
+    }
+    if (exposure.minimumGain > exposure.maximumGain) {
+        return InvalidSettings("MinGain");
+    }
+    if (exposure.minimumIris > exposure.maximumIris) {
+        return InvalidSettings("MinIris");
+    }
     return kDone;
 }
 
 Answer ReadFocus(const XmlElement* given, const VideoSource& source, FocusSettings& focus) {
-    if (given == nullptr) return kDone;
-    if (!source.motorizedFocus) return InvalidSettings("Focus");
-    if (auto fault = ReadGroup(given, kFocusChoices, kFocusNumbers, focus)) return fault;
+    if (given == nullptr) {
+        return kDone;
+    }
+    if (!source.motorizedFocus) {
+        return InvalidSettings("Focus");
+    }
+    if (auto fault = ReadGroup(given, kFocusChoices, kFocusNumbers, focus)) {
+        return fault;
+    }
     const bool infinite = focus.farLimit == 0;
-    if (!infinite && focus.nearLimit > focus.farLimit) return InvalidSettings("NearLimit");
+    if (!infinite && focus.nearLimit > focus.farLimit) {
+        return InvalidSettings("NearLimit");
+    }
     return kDone;
 }
 
@@ -243,8 +282,9 @@ void WriteImagingSettings(XmlWriter& out, const VideoSource& source) {
     WriteGroup(out, "BacklightCompensation", kSwitchChoices, kSwitchNumbers, settings.backlight);
     WriteNumbers(out, kToneNumbers, settings);
     WriteExposure(out, settings.exposure);
-    if (source.motorizedFocus)
+    if (source.motorizedFocus) {
         WriteGroup(out, "Focus", kFocusChoices, kFocusNumbers, settings.focus);
+    }
     WriteChoices(out, kPictureChoices, settings);
     WriteNumbers(out, kSharpnessNumbers, settings);
     WriteGroup(out, "WideDynamicRange", kSwitchChoices, kSwitchNumbers, settings.wideDynamicRange);
@@ -256,7 +296,9 @@ void WriteImagingOptions(XmlWriter& out, const VideoSource& source) {
     WriteGroupOptions(out, "BacklightCompensation", kSwitchChoices, kSwitchNumbers);
     WriteRanges(out, kToneNumbers);
     WriteGroupOptions(out, "Exposure", kExposureChoices, kExposureNumbers);
-    if (source.motorizedFocus) WriteGroupOptions(out, "Focus", kFocusChoices, kFocusNumbers);
+    if (source.motorizedFocus) {
+        WriteGroupOptions(out, "Focus", kFocusChoices, kFocusNumbers);
+    }
     WriteWords(out, kPictureChoices);
     WriteRanges(out, kSharpnessNumbers);
     WriteGroupOptions(out, "WideDynamicRange", kSwitchChoices, kSwitchNumbers);
@@ -265,16 +307,26 @@ void WriteImagingOptions(XmlWriter& out, const VideoSource& source) {
 
 Answer ReadImagingSettings(const XmlElement* given, const VideoSource& source,
                            ImagingSettings& settings) {
-    if (auto fault = ReadGroup(given, kPictureChoices, kToneNumbers, settings)) return fault;
-    if (auto fault = ReadNumbers(given, kSharpnessNumbers, settings)) return fault;
+    if (auto fault = ReadGroup(given, kPictureChoices, kToneNumbers, settings)) {
+        return fault;
+    }
+    if (auto fault = ReadNumbers(given, kSharpnessNumbers, settings)) {
+        return fault;
+    }
     if (auto fault = ReadGroup(Child(given, "BacklightCompensation"), kSwitchChoices,
-                               kSwitchNumbers, settings.backlight))
+                               kSwitchNumbers, settings.backlight)) {
         return fault;
-    if (auto fault = ReadExposure(Child(given, "Exposure"), settings.exposure)) return fault;
-    if (auto fault = ReadFocus(Child(given, "Focus"), source, settings.focus)) return fault;
+    }
+    if (auto fault = ReadExposure(Child(given, "Exposure"), settings.exposure)) {
+        return fault;
+    }
+    if (auto fault = ReadFocus(Child(given, "Focus"), source, settings.focus)) {
+        return fault;
+    }
     if (auto fault = ReadGroup(Child(given, "WideDynamicRange"), kSwitchChoices, kSwitchNumbers,
-                               settings.wideDynamicRange))
+                               settings.wideDynamicRange)) {
         return fault;
+    }
     return ReadGroup(Child(given, "WhiteBalance"), kWhiteBalanceChoices, kWhiteBalanceNumbers,
                      settings.whiteBalance);
 }

@@ -58,33 +58,43 @@ void WriteProfile(Call& call, std::string_view name, const Profile& profile) {
     out.Attribute("token", profile.token);
     out.Attribute("fixed", profile.fixed);
     out.Element(Ns::kSchema, "Name", profile.name);
-    if (const auto* source = FindByToken(media.videoSourceConfigurations, profile.videoSource))
+    if (const auto* source = FindByToken(media.videoSourceConfigurations, profile.videoSource)) {
         WriteVideoSource(out, Ns::kSchema, "VideoSourceConfiguration", media, *source);
-    if (const auto* source = FindByToken(media.audioSourceConfigurations, profile.audioSource))
+    }
+    if (const auto* source = FindByToken(media.audioSourceConfigurations, profile.audioSource)) {
         WriteAudioSource(out, Ns::kSchema, "AudioSourceConfiguration", media, *source);
-    if (const auto* encoder = FindByToken(media.videoEncoders, profile.videoEncoder))
+    }
+    if (const auto* encoder = FindByToken(media.videoEncoders, profile.videoEncoder)) {
         WriteVideoEncoder(out, Ns::kSchema, "VideoEncoderConfiguration", media, *encoder);
-    if (const auto* encoder = FindByToken(media.audioEncoders, profile.audioEncoder))
+    }
+    if (const auto* encoder = FindByToken(media.audioEncoders, profile.audioEncoder)) {
         WriteAudioEncoder(out, "AudioEncoderConfiguration", media, *encoder);
+    }
     const auto* analytics = FindByToken(media.analytics, profile.analytics);
-    if (analytics != nullptr && call.options.analytics)
+    if (analytics != nullptr && call.options.analytics) {
         WriteAnalytics(out, Ns::kSchema, "VideoAnalyticsConfiguration", media, *analytics);
+    }
     const auto* ptz = FindByToken(media.ptz, profile.ptz);
-    if (ptz != nullptr && Offers(call.options, Ns::kPtz))
+    if (ptz != nullptr && Offers(call.options, Ns::kPtz)) {
         WritePtz(out, Ns::kSchema, "PTZConfiguration", media, *ptz);
-    if (const auto* metadata = FindByToken(media.metadata, profile.metadata))
+    }
+    if (const auto* metadata = FindByToken(media.metadata, profile.metadata)) {
         WriteMetadata(out, Ns::kSchema, "MetadataConfiguration", media, *metadata);
+    }
 }
 
 Answer GetProfiles(Call& call) {
-    for (const Profile& profile : call.state.media.profiles)
+    for (const Profile& profile : call.state.media.profiles) {
         WriteProfile(call, "Profiles", profile);
+    }
     return kDone;
 }
 
 Answer GetProfile(Call& call) {
     const auto* profile = FindProfile(call);
-    if (profile == nullptr) return NoSuchProfile();
+    if (profile == nullptr) {
+        return NoSuchProfile();
+    }
     WriteProfile(call, "Profile", *profile);
     return kDone;
 }
@@ -99,15 +109,20 @@ void WriteMediaUri(XmlWriter& out, std::string_view uri) {
 
 Answer GetStreamUri(Call& call) {
     const auto* profile = FindProfile(call);
-    if (profile == nullptr) return NoSuchProfile();
+    if (profile == nullptr) {
+        return NoSuchProfile();
+    }
     const XmlElement* setup = Child(&call.request, "StreamSetup");
     const std::string_view stream = ChildText(setup, "Stream");
     const std::string_view protocol = ChildText(Child(setup, "Transport"), "Protocol");
-    if (stream != "RTP-Unicast" || protocol != "RTSP")
+    if (stream != "RTP-Unicast" || protocol != "RTSP") {
         return InvalidArgument("InvalidStreamSetup", "Only RTP-Unicast over RTSP is offered");
+    }
     int port = 554;
     for (const NetworkProtocol& each : call.state.network.protocols) {
-        if (each.name == "RTSP" && !each.ports.empty()) port = each.ports.front();
+        if (each.name == "RTSP" && !each.ports.empty()) {
+            port = each.ports.front();
+        }
     }
     WriteMediaUri(call.out,
                   "rtsp://127.0.0.1:" + std::to_string(port) + "/stream/" + profile->token);
@@ -121,7 +136,9 @@ Answer GetSnapshotUri(Call& call) {
 Answer GetVideoEncoderConfiguration(Call& call) {
     const Media& media = call.state.media;
     const auto* encoder = FindEncoder(call);
-    if (encoder == nullptr) return NoSuchConfiguration();
+    if (encoder == nullptr) {
+        return NoSuchConfiguration();
+    }
     WriteVideoEncoder(call.out, Ns::kMedia, "Configuration", media, *encoder);
     return kDone;
 }
@@ -130,10 +147,13 @@ Answer GetVideoEncoderConfiguration(Call& call) {
 void WriteCodecOptions(XmlWriter& out, const EncoderLimits& limits, std::string_view encoding,
                        bool withBitrate) {
     const Scope codec(out, Ns::kSchema, encoding);
-    for (const Resolution& resolution : limits.resolutions)
+    for (const Resolution& resolution : limits.resolutions) {
         WriteResolution(out, resolution, "ResolutionsAvailable");
+    }
     const auto profiles = ProfilesOf(encoding);
-    if (!profiles.empty()) WriteRange(out, "GovLengthRange", limits.govLength);
+    if (!profiles.empty()) {
+        WriteRange(out, "GovLengthRange", limits.govLength);
+    }
     WriteRange(out, "FrameRateRange", {limits.frameRates.front(), limits.frameRates.back()});
     WriteRange(out, "EncodingIntervalRange", IntervalsOf(encoding));
     for (const std::string_view profile : profiles) {
@@ -141,21 +161,27 @@ void WriteCodecOptions(XmlWriter& out, const EncoderLimits& limits, std::string_
                     encoding == "H264" ? "H264ProfilesSupported" : "Mpeg4ProfilesSupported",
                     profile);
     }
-    if (withBitrate) WriteRange(out, "BitrateRange", limits.bitrate);
+    if (withBitrate) {
+        WriteRange(out, "BitrateRange", limits.bitrate);
+    }
 }
 
 Answer GetVideoEncoderConfigurationOptions(Call& call) {
     const auto* encoder = FindEncoder(call);
-    if (encoder == nullptr) return NoSuchConfiguration();
+    if (encoder == nullptr) {
+        return NoSuchConfiguration();
+    }
     const EncoderLimits limits = LimitsOf(*encoder);
     XmlWriter& out = call.out;
     const Scope options(out, Ns::kMedia, "Options");
     WriteRange(out, "QualityRange", limits.quality);
-    for (const std::string_view encoding : {"JPEG", "MPEG4", "H264"})
+    for (const std::string_view encoding : {"JPEG", "MPEG4", "H264"}) {
         WriteCodecOptions(out, limits, encoding, false);
+    }
     const Scope extension(out, Ns::kSchema, "Extension");
-    for (const std::string_view encoding : {"JPEG", "MPEG4", "H264"})
+    for (const std::string_view encoding : {"JPEG", "MPEG4", "H264"}) {
         WriteCodecOptions(out, limits, encoding, true);
+    }
     return kDone;
 }
 

@@ -51,7 +51,9 @@ void WriteAudioEncoder(XmlWriter& out, Ns ns, std::string_view name, const Media
 class WantedTypes {
  public:
     explicit WantedTypes(const XmlElement& request) {
-        for (const XmlElement* type : Children(&request, "Type")) types_.push_back(Text(type));
+        for (const XmlElement* type : Children(&request, "Type")) {
+            types_.push_back(Text(type));
+        }
     }
     bool Any() const { return !types_.empty(); }
     bool Has(std::string_view type) const { return Contains(type) || Contains("All"); }
@@ -68,40 +70,53 @@ void WriteConfigurations(Call& call, const Profile& profile, const WantedTypes& 
     XmlWriter& out = call.out;
     const Scope configurations(out, Ns::kMedia2, "Configurations");
     const auto* videoSource = FindByToken(media.videoSourceConfigurations, profile.videoSource);
-    if (videoSource != nullptr && wanted.Has("VideoSource"))
+    if (videoSource != nullptr && wanted.Has("VideoSource")) {
         WriteVideoSource(out, Ns::kMedia2, "VideoSource", media, *videoSource);
+    }
     const auto* audioSource = FindByToken(media.audioSourceConfigurations, profile.audioSource);
-    if (audioSource != nullptr && wanted.Has("AudioSource"))
+    if (audioSource != nullptr && wanted.Has("AudioSource")) {
         WriteAudioSource(out, Ns::kMedia2, "AudioSource", media, *audioSource);
+    }
     const auto* videoEncoder = FindByToken(media.videoEncoders, profile.videoEncoder);
-    if (videoEncoder != nullptr && wanted.Has("VideoEncoder"))
+    if (videoEncoder != nullptr && wanted.Has("VideoEncoder")) {
         WriteVideoEncoder(out, Ns::kMedia2, "VideoEncoder", media, *videoEncoder);
+    }
     const auto* audioEncoder = FindByToken(media.audioEncoders, profile.audioEncoder);
-    if (audioEncoder != nullptr && wanted.Has("AudioEncoder"))
+    if (audioEncoder != nullptr && wanted.Has("AudioEncoder")) {
         WriteAudioEncoder(out, Ns::kMedia2, "AudioEncoder", media, *audioEncoder);
+    }
     const auto* analytics = FindByToken(media.analytics, profile.analytics);
-    if (analytics != nullptr && wanted.Has("Analytics") && call.options.analytics)
+    if (analytics != nullptr && wanted.Has("Analytics") && call.options.analytics) {
         WriteAnalytics(out, Ns::kMedia2, "Analytics", media, *analytics);
+    }
     const auto* ptz = FindByToken(media.ptz, profile.ptz);
-    if (ptz != nullptr && wanted.Has("PTZ") && Offers(call.options, Ns::kPtz))
+    if (ptz != nullptr && wanted.Has("PTZ") && Offers(call.options, Ns::kPtz)) {
         WritePtz(out, Ns::kMedia2, "PTZ", media, *ptz);
+    }
     const auto* metadata = FindByToken(media.metadata, profile.metadata);
-    if (metadata != nullptr && wanted.Has("Metadata"))
+    if (metadata != nullptr && wanted.Has("Metadata")) {
         WriteMetadata(out, Ns::kMedia2, "Metadata", media, *metadata);
+    }
 }
 
 Answer GetProfiles(Call& call) {
     const Media& media = call.state.media;
     const std::string_view token = call.Argument("Token");
-    if (!token.empty() && FindByToken(media.profiles, token) == nullptr) return NoSuchProfile();
+    if (!token.empty() && FindByToken(media.profiles, token) == nullptr) {
+        return NoSuchProfile();
+    }
     const WantedTypes wanted(call.request);
     for (const Profile& profile : media.profiles) {
-        if (!token.empty() && profile.token != token) continue;
+        if (!token.empty() && profile.token != token) {
+            continue;
+        }
         const Scope element(call.out, Ns::kMedia2, "Profiles");
         call.out.Attribute("token", profile.token);
         call.out.Attribute("fixed", profile.fixed);
         call.out.Element(Ns::kMedia2, "Name", profile.name);
-        if (wanted.Any()) WriteConfigurations(call, profile, wanted);
+        if (wanted.Any()) {
+            WriteConfigurations(call, profile, wanted);
+        }
     }
     return kDone;
 }
@@ -115,13 +130,17 @@ Answer GetSnapshotUri(Call& call) {
 template <typename List, typename ToText>
 std::string Joined(const List& list, const ToText& toText) {
     std::string joined;
-    for (const auto& each : list) joined.append(joined.empty() ? "" : " ").append(toText(each));
+    for (const auto& each : list) {
+        joined.append(joined.empty() ? "" : " ").append(toText(each));
+    }
     return joined;
 }
 
 Answer GetVideoEncoderConfigurationOptions(Call& call) {
     const auto* encoder = FindEncoder(call);
-    if (encoder == nullptr) return NoSuchConfiguration();
+    if (encoder == nullptr) {
+        return NoSuchConfiguration();
+    }
     const EncoderLimits limits = LimitsOf(*encoder);
     XmlWriter& out = call.out;
     for (const std::string_view encoding : {"JPEG", "H264", "H265"}) {
@@ -138,8 +157,9 @@ Answer GetVideoEncoderConfigurationOptions(Call& call) {
         out.Attribute("ConstantBitRateSupported", true);
         out.Element(Ns::kSchema, "Encoding", encoding);
         WriteRange(out, "QualityRange", limits.quality);
-        for (const Resolution& resolution : limits.resolutions)
+        for (const Resolution& resolution : limits.resolutions) {
             WriteResolution(out, resolution, "ResolutionsAvailable");
+        }
         WriteRange(out, "BitrateRange", limits.bitrate);
     }
     return kDone;

@@ -43,7 +43,9 @@ void WriteAnalyticsItem(XmlWriter& out, Ns ns, std::string_view name, const Anal
         out.Attribute("Name", key);
         out.Attribute("Value", value);
     }
-    if (item.cells) WriteCellLayout(out, item);
+    if (item.cells) {
+        WriteCellLayout(out, item);
+    }
 }
 
 int UseCount(const Media& media, std::string Profile::*member, std::string_view token) {
@@ -116,12 +118,14 @@ void WriteAnalytics(XmlWriter& out, Ns ns, std::string_view name, const Media& m
                     UseCount(media, &Profile::analytics, configuration.token));
     {
         const Scope modules(out, Ns::kSchema, "AnalyticsEngineConfiguration");
-        for (const AnalyticsItem& item : configuration.modules)
+        for (const AnalyticsItem& item : configuration.modules) {
             WriteAnalyticsItem(out, Ns::kSchema, "AnalyticsModule", item);
+        }
     }
     const Scope rules(out, Ns::kSchema, "RuleEngineConfiguration");
-    for (const AnalyticsItem& item : configuration.rules)
+    for (const AnalyticsItem& item : configuration.rules) {
         WriteAnalyticsItem(out, Ns::kSchema, "Rule", item);
+    }
 }
 
 void WritePtz(XmlWriter& out, Ns ns, std::string_view name, const Media& media,
@@ -179,7 +183,9 @@ EncoderLimits LimitsOf(const VideoEncoder& encoder) {
     std::vector<Resolution> resolutions = {encoder.largest};
     for (const Resolution& each : {Resolution{1920, 1080}, Resolution{1280, 720},
                                    Resolution{704, 576}, Resolution{352, 288}}) {
-        if (each.width < encoder.largest.width) resolutions.push_back(each);
+        if (each.width < encoder.largest.width) {
+            resolutions.push_back(each);
+        }
     }
     return {std::move(resolutions), {1, 5, 10, 15, 20, 25, 30}, {0, 6}, {1, 300}, {32, 8192}};
 }
@@ -187,8 +193,12 @@ EncoderLimits LimitsOf(const VideoEncoder& encoder) {
 std::span<const std::string_view> ProfilesOf(std::string_view encoding) {
     static constexpr std::array<std::string_view, 2> kMpeg4 = {"SP", "ASP"};
     static constexpr std::array<std::string_view, 3> kOthers = {"Baseline", "Main", "High"};
-    if (encoding == "JPEG") return {};
-    if (encoding == "MPEG4") return kMpeg4;
+    if (encoding == "JPEG") {
+        return {};
+    }
+    if (encoding == "MPEG4") {
+        return kMpeg4;
+    }
     return kOthers;
 }
 

@@ -22,8 +22,12 @@ SoapFault NoSuchConfiguration() {
 
 Answer AnswerSnapshotUri(Call& call, void (*write)(XmlWriter& out, std::string_view uri)) {
     const Profile* profile = FindProfile(call);
-    if (profile == nullptr) return NoSuchProfile();
-    if (profile->videoEncoder.empty()) return IncompleteProfile();
+    if (profile == nullptr) {
+        return NoSuchProfile();
+    }
+    if (profile->videoEncoder.empty()) {
+        return IncompleteProfile();
+    }
     write(call.out, AdvertisedSnapshot(call.options, *profile));
     return kDone;
 }

@@ -64,10 +64,18 @@ void WriteText(XmlWriter& out, const Osd& osd) {
     const Scope text(out, Ns::kSchema, "TextString");
     out.Element(Ns::kSchema, "Type", osd.textType);
     const TextType* type = FindTextType(osd.textType);
-    if (type == nullptr) return;
-    if (type->date) out.Element(Ns::kSchema, "DateFormat", osd.dateFormat);
-    if (type->time) out.Element(Ns::kSchema, "TimeFormat", osd.timeFormat);
-    if (type->plain) out.Element(Ns::kSchema, "PlainText", osd.plainText);
+    if (type == nullptr) {
+        return;
+    }
+    if (type->date) {
+        out.Element(Ns::kSchema, "DateFormat", osd.dateFormat);
+    }
+    if (type->time) {
+        out.Element(Ns::kSchema, "TimeFormat", osd.timeFormat);
+    }
+    if (type->plain) {
+        out.Element(Ns::kSchema, "PlainText", osd.plainText);
+    }
 }
 
 void WriteOsd(XmlWriter& out, std::string_view name, const Osd& osd) {
@@ -85,24 +93,34 @@ void WriteOsd(XmlWriter& out, std::string_view name, const Osd& osd) {
         }
     }
     WriteText(out, osd);
-    if (!osd.channelName) return;
+    if (!osd.channelName) {
+        return;
+    }
     const Scope extension(out, Ns::kSchema, "Extension");
     out.Element(Ns::kSchema, "ChannelName", *osd.channelName);
 }
 
 void ReadWord(const XmlElement* parent, std::string_view name, std::string& word) {
-    if (const XmlElement* element = Child(parent, name)) word = Text(element);
+    if (const XmlElement* element = Child(parent, name)) {
+        word = Text(element);
+    }
 }
 
 Answer ReadPosition(const XmlElement* given, Osd& osd) {
     ReadWord(given, "Type", osd.position);
-    if (!Has(kPositions, osd.position)) return BadOsd("Position");
-    if (given == nullptr || osd.position != kCustom) return kDone;
+    if (!Has(kPositions, osd.position)) {
+        return BadOsd("Position");
+    }
+    if (given == nullptr || osd.position != kCustom) {
+        return kDone;
+    }
     const XmlElement* place = Child(given, "Pos");
     for (const auto& [name, value] : {std::pair{"x", &osd.x}, std::pair{"y", &osd.y}}) {
         const char* text = place == nullptr ? nullptr : place->Attribute(name);
         const auto share = ToDouble(text == nullptr ? "" : text);
-        if (!share || *share < -1 || *share > 1) return BadOsd("Pos");
+        if (!share || *share < -1 || *share > 1) {
+            return BadOsd("Pos");
+        }
         *value = *share;
     }
     return kDone;
@@ -113,18 +131,30 @@ Answer ReadText(const XmlElement* given, Osd& osd) {
     ReadWord(given, "DateFormat", osd.dateFormat);
     ReadWord(given, "TimeFormat", osd.timeFormat);
     ReadWord(given, "PlainText", osd.plainText);
-    if (FindTextType(osd.textType) == nullptr) return BadOsd("TextString");
-    if (!Has(kDateFormats, osd.dateFormat)) return BadOsd("DateFormat");
-    if (!Has(kTimeFormats, osd.timeFormat)) return BadOsd("TimeFormat");
-    if (osd.plainText.size() > kLongestText) return BadOsd("PlainText");
+    if (FindTextType(osd.textType) == nullptr) {
+        return BadOsd("TextString");
+    }
+    if (!Has(kDateFormats, osd.dateFormat)) {
+        return BadOsd("DateFormat");
+    }
+    if (!Has(kTimeFormats, osd.timeFormat)) {
+        return BadOsd("TimeFormat");
+    }
+    if (osd.plainText.size() > kLongestText) {
+        return BadOsd("PlainText");
+    }
     return kDone;
 }
 
 const XmlElement* FindDescendant(const XmlElement* parent, std::string_view localName) {
     const XmlElement* child = parent == nullptr ? nullptr : parent->FirstChildElement();
     for (; child != nullptr; child = child->NextSiblingElement()) {
-        if (LocalName(*child) == localName) return child;
-        if (const XmlElement* found = FindDescendant(child, localName)) return found;
+        if (LocalName(*child) == localName) {
+            return child;
+        }
+        if (const XmlElement* found = FindDescendant(child, localName)) {
+            return found;
+        }
     }
     return nullptr;
 }
@@ -132,12 +162,21 @@ const XmlElement* FindDescendant(const XmlElement* parent, std::string_view loca
 /// Takes over what @p given has; with a fault, @p osd may be changed in part.
 Answer ReadOsd(const Media& media, const XmlElement* given, Osd& osd) {
     ReadWord(given, "VideoSourceConfigurationToken", osd.source);
-    if (!HasSource(media, osd.source)) return NoSuchSource();
-    if (ChildText(given, "Type") != "Text") return BadOsd("Type");
-    if (auto fault = ReadPosition(Child(given, "Position"), osd)) return fault;
-    if (auto fault = ReadText(Child(given, "TextString"), osd)) return fault;
-    if (const XmlElement* channel = FindDescendant(given, "ChannelName"))
+    if (!HasSource(media, osd.source)) {
+        return NoSuchSource();
+    }
+    if (ChildText(given, "Type") != "Text") {
+        return BadOsd("Type");
+    }
+    if (auto fault = ReadPosition(Child(given, "Position"), osd)) {
+        return fault;
+    }
+    if (auto fault = ReadText(Child(given, "TextString"), osd)) {
+        return fault;
+    }
+    if (const XmlElement* channel = FindDescendant(given, "ChannelName")) {
         osd.channelName = Text(channel);
+    }
     return osd.channelName && osd.channelName->size() > kLongestText ? Answer(BadOsd("ChannelName"))
                                                                      : kDone;
 }
@@ -155,27 +194,37 @@ SoapFault TooManyOsds() {
 Answer GetOsds(Call& call) {
     const std::string_view source = call.Argument("ConfigurationToken");
     const bool all = Child(&call.request, "ConfigurationToken") == nullptr;
-    if (!all && !HasSource(call.state.media, source)) return NoSuchSource();
+    if (!all && !HasSource(call.state.media, source)) {
+        return NoSuchSource();
+    }
     for (const Osd& osd : call.state.media.osds) {
-        if (all || osd.source == source) WriteOsd(call.out, "OSDs", osd);
+        if (all || osd.source == source) {
+            WriteOsd(call.out, "OSDs", osd);
+        }
     }
     return kDone;
 }
 
 Answer GetOsd(Call& call) {
     const Osd* osd = FindByToken(call.state.media.osds, call.Argument("OSDToken"));
-    if (osd == nullptr) return NoSuchOsd();
+    if (osd == nullptr) {
+        return NoSuchOsd();
+    }
     WriteOsd(call.out, "OSD", *osd);
     return kDone;
 }
 
 template <typename List>
 void WriteWords(XmlWriter& out, std::string_view name, const List& words) {
-    for (const std::string_view word : words) out.Element(Ns::kSchema, name, word);
+    for (const std::string_view word : words) {
+        out.Element(Ns::kSchema, name, word);
+    }
 }
 
 Answer GetOsdOptions(Call& call) {
-    if (!HasSource(call.state.media, call.Argument("ConfigurationToken"))) return NoSuchSource();
+    if (!HasSource(call.state.media, call.Argument("ConfigurationToken"))) {
+        return NoSuchSource();
+    }
     XmlWriter& out = call.out;
     const Scope options(out, Ns::kMedia, "OSDOptions");
     {
@@ -190,7 +239,9 @@ Answer GetOsdOptions(Call& call) {
     out.Element(Ns::kSchema, "Type", "Text");
     WriteWords(out, "PositionOption", kPositions);
     const Scope text(out, Ns::kSchema, "TextOption");
-    for (const TextType& type : kTextTypes) out.Element(Ns::kSchema, "Type", type.name);
+    for (const TextType& type : kTextTypes) {
+        out.Element(Ns::kSchema, "Type", type.name);
+    }
     WriteWords(out, "DateFormat", kDateFormats);
     WriteWords(out, "TimeFormat", kTimeFormats);
     return kDone;
@@ -202,8 +253,12 @@ Answer CreateOsd(Call& call) {
     Osd osd;
     osd.position.clear();
     osd.textType.clear();
-    if (auto fault = ReadOsd(media, Child(&call.request, "OSD"), osd)) return fault;
-    if (CountOf(media, osd.source) >= kMostOsds) return TooManyOsds();
+    if (auto fault = ReadOsd(media, Child(&call.request, "OSD"), osd)) {
+        return fault;
+    }
+    if (CountOf(media, osd.source) >= kMostOsds) {
+        return TooManyOsds();
+    }
     osd.token = "OSD_" + std::to_string(++media.lastOsdNumber);
     call.out.Element(Ns::kMedia, "OSDToken", osd.token);
     media.osds.push_back(std::move(osd));
@@ -215,11 +270,16 @@ Answer SetOsd(Call& call) {
     const XmlElement* given = Child(&call.request, "OSD");
     const char* token = given == nullptr ? nullptr : given->Attribute("token");
     Osd* osd = FindByToken(media.osds, token == nullptr ? "" : token);
-    if (osd == nullptr) return NoSuchOsd();
+    if (osd == nullptr) {
+        return NoSuchOsd();
+    }
     Osd changed = *osd;
-    if (auto fault = ReadOsd(media, given, changed)) return fault;
-    if (changed.source != osd->source && CountOf(media, changed.source) >= kMostOsds)
+    if (auto fault = ReadOsd(media, given, changed)) {
+        return fault;
+    }
+    if (changed.source != osd->source && CountOf(media, changed.source) >= kMostOsds) {
         return TooManyOsds();
+    }
     *osd = std::move(changed);
     return kDone;
 }
@@ -228,7 +288,9 @@ Answer DeleteOsd(Call& call) {
     const std::string_view token = call.Argument("OSDToken");
     const auto removed = std::erase_if(call.state.media.osds,
                                        [token](const Osd& osd) { return osd.token == token; });
-    if (removed == 0) return NoSuchOsd();
+    if (removed == 0) {
+        return NoSuchOsd();
+    }
     return kDone;
 }
 

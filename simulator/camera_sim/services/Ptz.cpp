@@ -17,7 +17,9 @@ constexpr Range kSpeed{0, 1};
 Answer GetConfigurationOptions(Call& call) {
     const auto* configuration =
         FindByToken(call.state.media.ptz, call.Argument("ConfigurationToken"));
-    if (configuration == nullptr) return InvalidArgument("NoConfig", "No such PTZ configuration");
+    if (configuration == nullptr) {
+        return InvalidArgument("NoConfig", "No such PTZ configuration");
+    }
     XmlWriter& out = call.out;
     const Scope options(out, Ns::kPtz, "PTZConfigurationOptions");
     {
@@ -49,7 +51,9 @@ std::chrono::steady_clock::time_point Now() {
 /// A number between -1 and 1, as all spaces of this camera have it.
 std::optional<double> ReadShare(const XmlElement* element, const char* attribute) {
     const char* text = element == nullptr ? nullptr : element->Attribute(attribute);
-    if (text == nullptr) return std::nullopt;
+    if (text == nullptr) {
+        return std::nullopt;
+    }
     const auto value = ToDouble(text);
     return value && *value >= -1 && *value <= 1 ? value : std::nullopt;
 }
@@ -57,8 +61,12 @@ std::optional<double> ReadShare(const XmlElement* element, const char* attribute
 /// The fault for a profile that cannot move; nothing for one that can.
 Answer CheckProfile(const Call& call) {
     const auto* profile = FindProfile(call);
-    if (profile == nullptr) return NoSuchProfile();
-    if (profile->ptz.empty()) return InvalidArgument("NoPTZProfile", "The profile has no PTZ");
+    if (profile == nullptr) {
+        return NoSuchProfile();
+    }
+    if (profile->ptz.empty()) {
+        return InvalidArgument("NoPTZProfile", "The profile has no PTZ");
+    }
     return kDone;
 }
 
@@ -68,7 +76,9 @@ void MoveOn(PtzHead& head, const PtzPosition& velocity) {
     head.start = head.Position(now);
     head.since = now;
     head.velocity = velocity;
-    for (PtzTour& tour : head.tours) tour.state = "Idle";
+    for (PtzTour& tour : head.tours) {
+        tour.state = "Idle";
+    }
 }
 
 void JumpTo(PtzHead& head, const PtzPosition& position) {
@@ -77,15 +87,18 @@ void JumpTo(PtzHead& head, const PtzPosition& position) {
 }
 
 Answer ContinuousMove(Call& call) {
-    if (auto fault = CheckProfile(call)) return fault;
+    if (auto fault = CheckProfile(call)) {
+        return fault;
+    }
     const XmlElement* velocity = Child(&call.request, "Velocity");
     const XmlElement* panTilt = Child(velocity, "PanTilt");
     const XmlElement* zoom = Child(velocity, "Zoom");
     const auto x = ReadShare(panTilt, "x");
     const auto y = ReadShare(panTilt, "y");
     const auto z = ReadShare(zoom, "x");
-    if ((panTilt != nullptr && (!x || !y)) || (zoom != nullptr && !z))
+    if ((panTilt != nullptr && (!x || !y)) || (zoom != nullptr && !z)) {
         return InvalidArgument("InvalidVelocity", "The velocity is out of range");
+    }
     const PtzPosition before = call.state.ptz.velocity;
     MoveOn(call.state.ptz,
            {x.value_or(before.pan), y.value_or(before.tilt), z.value_or(before.zoom)});
@@ -93,12 +106,18 @@ Answer ContinuousMove(Call& call) {
 }
 
 Answer Stop(Call& call) {
-    if (auto fault = CheckProfile(call)) return fault;
+    if (auto fault = CheckProfile(call)) {
+        return fault;
+    }
     const bool panTilt = ToBool(call.Argument("PanTilt")).value_or(true);
     const bool zoom = ToBool(call.Argument("Zoom")).value_or(true);
     PtzPosition velocity = call.state.ptz.velocity;
-    if (panTilt) velocity.pan = velocity.tilt = 0;
-    if (zoom) velocity.zoom = 0;
+    if (panTilt) {
+        velocity.pan = velocity.tilt = 0;
+    }
+    if (zoom) {
+        velocity.zoom = 0;
+    }
     MoveOn(call.state.ptz, velocity);
     return kDone;
 }
@@ -117,7 +136,9 @@ void WritePosition(XmlWriter& out, std::string_view name, const PtzPosition& pos
 }
 
 Answer GetPresets(Call& call) {
-    if (auto fault = CheckProfile(call)) return fault;
+    if (auto fault = CheckProfile(call)) {
+        return fault;
+    }
     for (const PtzPreset& preset : call.state.ptz.presets) {
         const Scope element(call.out, Ns::kPtz, "Preset");
         call.out.Attribute("token", preset.token);
@@ -129,44 +150,61 @@ Answer GetPresets(Call& call) {
 
 Answer SetPreset(Call& call) {
     constexpr std::size_t kMostPresets = 256;
-    if (auto fault = CheckProfile(call)) return fault;
+    if (auto fault = CheckProfile(call)) {
+        return fault;
+    }
     PtzHead& head = call.state.ptz;
     const std::string_view token = call.Argument("PresetToken");
     PtzPreset* preset = FindByToken(head.presets, token);
     if (preset == nullptr) {
-        if (!token.empty()) return InvalidArgument("NoToken", "No such preset");
-        if (head.presets.size() >= kMostPresets)
+        if (!token.empty()) {
+            return InvalidArgument("NoToken", "No such preset");
+        }
+        if (head.presets.size() >= kMostPresets) {
             return SoapFault{"Receiver", "Action", "TooManyPresets", "No more presets"};
+        }
         head.presets.push_back({"Preset_" + std::to_string(++head.lastNumber), {}, {}});
         preset = &head.presets.back();
         preset->name = preset->token;
     }
     const std::string_view name = call.Argument("PresetName");
-    if (!name.empty()) preset->name = name;
+    if (!name.empty()) {
+        preset->name = name;
+    }
     preset->position = head.Position(Now());
     call.out.Element(Ns::kPtz, "PresetToken", preset->token);
     return kDone;
 }
 
 Answer RemovePreset(Call& call) {
-    if (auto fault = CheckProfile(call)) return fault;
+    if (auto fault = CheckProfile(call)) {
+        return fault;
+    }
     const std::string_view token = call.Argument("PresetToken");
     const auto removed = std::erase_if(
         call.state.ptz.presets, [token](const PtzPreset& preset) { return preset.token == token; });
-    if (removed == 0) return InvalidArgument("NoToken", "No such preset");
+    if (removed == 0) {
+        return InvalidArgument("NoToken", "No such preset");
+    }
     return kDone;
 }
 
 Answer GotoPreset(Call& call) {
-    if (auto fault = CheckProfile(call)) return fault;
+    if (auto fault = CheckProfile(call)) {
+        return fault;
+    }
     const auto* preset = FindByToken(call.state.ptz.presets, call.Argument("PresetToken"));
-    if (preset == nullptr) return InvalidArgument("NoToken", "No such preset");
+    if (preset == nullptr) {
+        return InvalidArgument("NoToken", "No such preset");
+    }
     JumpTo(call.state.ptz, preset->position);
     return kDone;
 }
 
 Answer GetPresetTours(Call& call) {
-    if (auto fault = CheckProfile(call)) return fault;
+    if (auto fault = CheckProfile(call)) {
+        return fault;
+    }
     XmlWriter& out = call.out;
     for (const PtzTour& tour : call.state.ptz.tours) {
         const Scope element(out, Ns::kPtz, "PresetTour");
@@ -192,10 +230,13 @@ Answer GetPresetTours(Call& call) {
 
 Answer CreatePresetTour(Call& call) {
     constexpr std::size_t kMostTours = 16;
-    if (auto fault = CheckProfile(call)) return fault;
+    if (auto fault = CheckProfile(call)) {
+        return fault;
+    }
     PtzHead& head = call.state.ptz;
-    if (head.tours.size() >= kMostTours)
+    if (head.tours.size() >= kMostTours) {
         return SoapFault{"Receiver", "Action", "TooManyPresetTours", "No more tours"};
+    }
     const std::string token = "Tour_" + std::to_string(++head.lastNumber);
     head.tours.push_back({token, token, "Idle", {}});
     call.out.Element(Ns::kPtz, "PresetTourToken", token);
@@ -204,24 +245,33 @@ Answer CreatePresetTour(Call& call) {
 
 /// "PT10S"; nothing for another form.
 std::optional<std::chrono::seconds> ReadStay(std::string_view text) {
-    if (!text.starts_with("PT") || !text.ends_with("S")) return std::nullopt;
+    if (!text.starts_with("PT") || !text.ends_with("S")) {
+        return std::nullopt;
+    }
     const auto seconds = ToInt(text.substr(2, text.size() - 3));
-    if (!seconds || *seconds < 0) return std::nullopt;
+    if (!seconds || *seconds < 0) {
+        return std::nullopt;
+    }
     return std::chrono::seconds(*seconds);
 }
 
 Answer ModifyPresetTour(Call& call) {
-    if (auto fault = CheckProfile(call)) return fault;
+    if (auto fault = CheckProfile(call)) {
+        return fault;
+    }
     const XmlElement* given = Child(&call.request, "PresetTour");
     const char* token = given == nullptr ? nullptr : given->Attribute("token");
     PtzTour* tour = FindByToken(call.state.ptz.tours, token == nullptr ? "" : token);
-    if (tour == nullptr) return InvalidArgument("NoToken", "No such tour");
+    if (tour == nullptr) {
+        return InvalidArgument("NoToken", "No such tour");
+    }
     std::vector<PtzTourSpot> spots;
     for (const XmlElement* spot : Children(given, "TourSpot")) {
         const std::string preset(ChildText(Child(spot, "PresetDetail"), "PresetToken"));
         const auto stay = ReadStay(ChildText(spot, "StayTime"));
-        if (FindByToken(call.state.ptz.presets, preset) == nullptr || !stay)
+        if (FindByToken(call.state.ptz.presets, preset) == nullptr || !stay) {
             return InvalidArgument("InvalidPresetTour", "A spot of the tour is not valid");
+        }
         spots.push_back({preset, *stay});
     }
     tour->name = ChildText(given, "Name");
@@ -230,23 +280,33 @@ Answer ModifyPresetTour(Call& call) {
 }
 
 Answer RemovePresetTour(Call& call) {
-    if (auto fault = CheckProfile(call)) return fault;
+    if (auto fault = CheckProfile(call)) {
+        return fault;
+    }
     const std::string_view token = call.Argument("PresetTourToken");
     const auto removed = std::erase_if(
         call.state.ptz.tours, [token](const PtzTour& tour) { return tour.token == token; });
-    if (removed == 0) return InvalidArgument("NoToken", "No such tour");
+    if (removed == 0) {
+        return InvalidArgument("NoToken", "No such tour");
+    }
     return kDone;
 }
 
 Answer OperatePresetTour(Call& call) {
     constexpr std::pair<std::string_view, const char*> kStates[] = {
         {"Start", "Touring"}, {"Stop", "Idle"}, {"Pause", "Paused"}};
-    if (auto fault = CheckProfile(call)) return fault;
+    if (auto fault = CheckProfile(call)) {
+        return fault;
+    }
     PtzHead& head = call.state.ptz;
     PtzTour* tour = FindByToken(head.tours, call.Argument("PresetTourToken"));
-    if (tour == nullptr) return InvalidArgument("NoToken", "No such tour");
+    if (tour == nullptr) {
+        return InvalidArgument("NoToken", "No such tour");
+    }
     for (const auto& [operation, state] : kStates) {
-        if (call.Argument("Operation") != operation) continue;
+        if (call.Argument("Operation") != operation) {
+            continue;
+        }
         MoveOn(head, {});
         tour->state = state;
         return kDone;
@@ -261,8 +321,9 @@ Answer Control3d(Call& call) {
     const auto y = ToInt(call.Argument("CenterPositionY"));
     const auto left = ToInt(call.Argument("StartPositionX"));
     const auto right = ToInt(call.Argument("EndPositionX"));
-    if (!x || !y || !left || !right)
+    if (!x || !y || !left || !right) {
         return InvalidArgument("InvalidPosition", "The rectangle is not complete");
+    }
     PtzPosition target = call.state.ptz.Position(Now());
     target.pan = std::clamp(target.pan + *x / kWidth - 0.5, -1.0, 1.0);
     target.tilt = std::clamp(target.tilt + 0.5 - *y / kWidth, -1.0, 1.0);
@@ -292,11 +353,16 @@ constexpr std::array kOperations = {
 const PtzPreset* PresetOnTour(const PtzHead& head, const PtzTour& tour,
                               std::chrono::steady_clock::duration elapsed) {
     std::chrono::seconds round{0};
-    for (const PtzTourSpot& spot : tour.spots) round += spot.stay;
-    if (round.count() > 0) elapsed %= round;
     for (const PtzTourSpot& spot : tour.spots) {
-        if (elapsed < spot.stay || round.count() == 0)
+        round += spot.stay;
+    }
+    if (round.count() > 0) {
+        elapsed %= round;
+    }
+    for (const PtzTourSpot& spot : tour.spots) {
+        if (elapsed < spot.stay || round.count() == 0) {
             return FindByToken(head.presets, spot.preset);
+        }
         elapsed -= spot.stay;
     }
     return nullptr;
@@ -306,7 +372,9 @@ const PtzPreset* PresetOnTour(const PtzHead& head, const PtzTour& tour,
 
 PtzPosition PtzHead::Position(std::chrono::steady_clock::time_point now) const {
     for (const PtzTour& tour : tours) {
-        if (tour.state != "Touring") continue;
+        if (tour.state != "Touring") {
+            continue;
+        }
         const PtzPreset* preset = PresetOnTour(*this, tour, now - since);
         return preset == nullptr ? start : preset->position;
     }

@@ -34,7 +34,9 @@ constexpr std::string_view kPathPlaceholder = "{path}";
 
 void Replace(std::string& text, std::string_view placeholder, std::string_view value) {
     const auto position = text.find(placeholder);
-    if (position != std::string::npos) text.replace(position, placeholder.size(), value);
+    if (position != std::string::npos) {
+        text.replace(position, placeholder.size(), value);
+    }
 }
 
 std::string FillIn(std::string address, std::uint16_t port, std::string_view path) {
@@ -89,13 +91,19 @@ std::string AdvertisedSnapshot(const CameraOptions& options, const Profile& prof
 }
 
 const Operation* FindOperation(const CameraOptions& options, Ns ns, std::string_view name) {
-    if (!Offers(options, ns) || (name == "GetServices" && !options.getServices)) return nullptr;
+    if (!Offers(options, ns) || (name == "GetServices" && !options.getServices)) {
+        return nullptr;
+    }
     for (const OperationGroup& group : kGroups) {
-        if (group.ns != ns) continue;
+        if (group.ns != ns) {
+            continue;
+        }
         const auto operations = group.operations();
         const auto found = std::find_if(operations.begin(), operations.end(),
                                         [name](const Operation& row) { return row.name == name; });
-        if (found != operations.end()) return &*found;
+        if (found != operations.end()) {
+            return &*found;
+        }
     }
     return nullptr;
 }
@@ -105,9 +113,12 @@ bool IsEventService(Ns ns) {
 }
 
 bool IsServedAt(const CameraOptions& options, Ns ns, std::string_view path) {
-    if (!options.strictPaths || SharesAddress(options, path)) return true;
-    if (IsEventService(ns))
+    if (!options.strictPaths || SharesAddress(options, path)) {
+        return true;
+    }
+    if (IsEventService(ns)) {
         return path == FindService(Ns::kEvents)->path || IsSubscriptionPath(path);
+    }
     // Relays of the device service are asked for at device I/O as well.
     return path == FindService(ns)->path ||
            (ns == Ns::kDevice && options.deviceIo && path == FindService(Ns::kDeviceIo)->path);

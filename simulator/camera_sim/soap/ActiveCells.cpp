@@ -26,11 +26,15 @@ std::optional<std::string> UnpackBits(std::string_view packed, std::size_t size)
     while (!packed.empty()) {
         const unsigned head = static_cast<unsigned char>(packed.front());
         packed.remove_prefix(1);
-        if (head == kNoOperation) continue;
+        if (head == kNoOperation) {
+            continue;
+        }
         const bool literal = head < kNoOperation;
         const std::size_t length = literal ? head + 1 : 2 * kLongestRun + 1 - head;
         const std::size_t taken = literal ? length : 1;
-        if (taken > packed.size() || length > size - bytes.size()) return std::nullopt;
+        if (taken > packed.size() || length > size - bytes.size()) {
+            return std::nullopt;
+        }
         if (literal) {
             bytes.append(packed.substr(0, taken));
         } else {
@@ -38,7 +42,9 @@ std::optional<std::string> UnpackBits(std::string_view packed, std::size_t size)
         }
         packed.remove_prefix(taken);
     }
-    if (bytes.size() != size) return std::nullopt;
+    if (bytes.size() != size) {
+        return std::nullopt;
+    }
     return bytes;
 }
 
@@ -55,8 +61,10 @@ std::string PackBits(std::string_view bytes) {
             packed += static_cast<char>(2 * kLongestRun + 1 - length);
             packed += bytes.front();
         } else {
-            while (length < std::min(bytes.size(), kLongestRun) && RunAt(bytes.substr(length)) == 1)
+            while (length < std::min(bytes.size(), kLongestRun) &&
+                   RunAt(bytes.substr(length)) == 1) {
                 ++length;
+            }
             packed += static_cast<char>(length - 1);
             packed += bytes.substr(0, length);
         }
@@ -73,19 +81,26 @@ unsigned BitOf(std::size_t cell) {
 
 Resolution LayoutOf(const AnalyticsConfiguration& configuration) {
     for (const AnalyticsItem& module : configuration.modules) {
-        if (module.cells) return *module.cells;
+        if (module.cells) {
+            return *module.cells;
+        }
     }
     return {};
 }
 
 std::optional<Cells> DecodeCells(std::string_view text, Resolution layout) {
     const auto packed = DecodeBase64(text);
-    if (!packed) return std::nullopt;
+    if (!packed) {
+        return std::nullopt;
+    }
     Cells cells(CellCount(layout));
     const auto bytes = UnpackBits(*packed, ByteCount(cells.size()));
-    if (!bytes) return std::nullopt;
-    for (std::size_t i = 0; i < cells.size(); ++i)
+    if (!bytes) {
+        return std::nullopt;
+    }
+    for (std::size_t i = 0; i < cells.size(); ++i) {
         cells[i] = (static_cast<unsigned char>((*bytes)[i / CHAR_BIT]) & BitOf(i)) != 0;
+    }
     return cells;
 }
 
@@ -93,7 +108,9 @@ std::string EncodeCells(const Cells& cells) {
     std::string bytes(ByteCount(cells.size()), '\0');
     for (std::size_t i = 0; i < cells.size(); ++i) {
         char& byte = bytes[i / CHAR_BIT];
-        if (cells[i]) byte = static_cast<char>(static_cast<unsigned char>(byte) | BitOf(i));
+        if (cells[i]) {
+            byte = static_cast<char>(static_cast<unsigned char>(byte) | BitOf(i));
+        }
     }
     return EncodeBase64(PackBits(bytes));
 }

@@ -34,29 +34,45 @@ std::string PasswordDigest(std::string_view nonce, std::string_view created,
 Credentials Authenticator::Check(const XmlElement* header, const User& user,
                                  std::chrono::sys_seconds now) {
     const XmlElement* token = Child(Child(header, "Security"), "UsernameToken");
-    if (token == nullptr) return {user.name.empty(), {}};
-    if (user.name.empty()) return {true, {}};
-    if (ChildText(token, "Username") != user.name) return Refuse("unknown user");
+    if (token == nullptr) {
+        return {user.name.empty(), {}};
+    }
+    if (user.name.empty()) {
+        return {true, {}};
+    }
+    if (ChildText(token, "Username") != user.name) {
+        return Refuse("unknown user");
+    }
     const XmlElement* password = Child(token, "Password");
     const char* type = password == nullptr ? nullptr : password->Attribute("Type");
-    if (type == nullptr || !std::string_view(type).ends_with("#PasswordDigest"))
+    if (type == nullptr || !std::string_view(type).ends_with("#PasswordDigest")) {
         return Refuse("no password digest");
+    }
     auto nonce = DecodeBase64(ChildText(token, "Nonce"));
-    if (!nonce || nonce->empty() || nonce->size() > kLongestNonce)
+    if (!nonce || nonce->empty() || nonce->size() > kLongestNonce) {
         return Refuse("no readable nonce");
+    }
     const std::string_view created = ChildText(token, "Created");
     const auto createdTime = ParseUtc(created);
-    if (!createdTime) return Refuse("no readable creation time");
-    if (Text(password) != PasswordDigest(*nonce, created, user.password))
+    if (!createdTime) {
+        return Refuse("no readable creation time");
+    }
+    if (Text(password) != PasswordDigest(*nonce, created, user.password)) {
         return Refuse("wrong digest");
-    if (std::chrono::abs(*createdTime - now) > createdWindow_)
+    }
+    if (std::chrono::abs(*createdTime - now) > createdWindow_) {
         return Refuse("created too far from the camera's time");
-    if (refuseReplays_ && !Remember(*std::move(nonce))) return Refuse("nonce used before");
+    }
+    if (refuseReplays_ && !Remember(*std::move(nonce))) {
+        return Refuse("nonce used before");
+    }
     return {true, {}};
 }
 
 bool Authenticator::Remember(std::string nonce) {
-    if (!nonces_.insert(nonce).second) return false;
+    if (!nonces_.insert(nonce).second) {
+        return false;
+    }
     order_.push_back(std::move(nonce));
     if (order_.size() > kRememberedNonces) {
         nonces_.erase(order_.front());

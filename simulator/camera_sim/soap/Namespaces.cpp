@@ -59,27 +59,35 @@ constexpr std::array kStyles = {
 }  // namespace
 
 const Namespace& NamespaceOf(Ns ns) {
-    if (ns == Ns::kNone) return kNoNamespace;
+    if (ns == Ns::kNone) {
+        return kNoNamespace;
+    }
     return kNamespaces[static_cast<std::size_t>(ns)];
 }
 
 std::optional<Ns> FindNamespace(std::string_view uri) {
     for (std::size_t i = 0; i < kNamespaceCount; ++i) {
-        if (kNamespaces[i].uri == uri) return static_cast<Ns>(i);
+        if (kNamespaces[i].uri == uri) {
+            return static_cast<Ns>(i);
+        }
     }
     return std::nullopt;
 }
 
 std::optional<Ns> FindUsualPrefix(std::string_view prefix) {
     for (std::size_t i = 0; i < kNamespaceCount; ++i) {
-        if (kNamespaces[i].usualPrefix == prefix) return static_cast<Ns>(i);
+        if (kNamespaces[i].usualPrefix == prefix) {
+            return static_cast<Ns>(i);
+        }
     }
     return std::nullopt;
 }
 
 const PrefixStyle* FindPrefixStyle(std::string_view name) {
     for (const PrefixStyle& style : kStyles) {
-        if (style.name == name) return &style;
+        if (style.name == name) {
+            return &style;
+        }
     }
     return nullptr;
 }
@@ -87,7 +95,9 @@ const PrefixStyle* FindPrefixStyle(std::string_view name) {
 std::vector<std::string> PrefixStyleNames() {
     std::vector<std::string> names;
     names.reserve(kStyles.size());
-    for (const PrefixStyle& style : kStyles) names.emplace_back(style.name);
+    for (const PrefixStyle& style : kStyles) {
+        names.emplace_back(style.name);
+    }
     return names;
 }
 

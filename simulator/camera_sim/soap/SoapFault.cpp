@@ -48,7 +48,9 @@ void WriteFault(XmlWriter& out, const SoapFault& fault) {
         out.Attribute("xml:lang", "en");
         out.Text(fault.reason);
     }
-    if (fault.detail.empty()) return;
+    if (fault.detail.empty()) {
+        return;
+    }
     const XmlWriter::Scope detail(out, Ns::kSoap, "Detail");
     out.Raw(fault.detail);
 }

@@ -18,27 +18,39 @@ std::string_view NamespaceUri(const XmlElement& element) {
     const std::string_view name = element.Name();
     const auto colon = name.find(':');
     std::string declaration = "xmlns";
-    if (colon != std::string_view::npos) declaration.append(":").append(name.substr(0, colon));
+    if (colon != std::string_view::npos) {
+        declaration.append(":").append(name.substr(0, colon));
+    }
     for (const XmlElement* scope = &element; scope != nullptr;
          scope = scope->Parent()->ToElement()) {
-        if (const char* uri = scope->Attribute(declaration.c_str())) return uri;
+        if (const char* uri = scope->Attribute(declaration.c_str())) {
+            return uri;
+        }
     }
     return {};
 }
 
 const XmlElement* Child(const XmlElement* parent, std::string_view localName) {
-    if (parent == nullptr) return nullptr;
+    if (parent == nullptr) {
+        return nullptr;
+    }
     const XmlElement* child = parent->FirstChildElement();
-    while (child != nullptr && LocalName(*child) != localName) child = child->NextSiblingElement();
+    while (child != nullptr && LocalName(*child) != localName) {
+        child = child->NextSiblingElement();
+    }
     return child;
 }
 
 std::vector<const XmlElement*> Children(const XmlElement* parent, std::string_view localName) {
     std::vector<const XmlElement*> found;
-    if (parent == nullptr) return found;
+    if (parent == nullptr) {
+        return found;
+    }
     for (const XmlElement* child = parent->FirstChildElement(); child != nullptr;
          child = child->NextSiblingElement()) {
-        if (LocalName(*child) == localName) found.push_back(child);
+        if (LocalName(*child) == localName) {
+            found.push_back(child);
+        }
     }
     return found;
 }
@@ -47,7 +59,9 @@ std::string_view Text(const XmlElement* element) {
     const char* raw = element == nullptr ? nullptr : element->GetText();
     const std::string_view text = raw == nullptr ? "" : raw;
     const auto first = text.find_first_not_of(kWhiteSpace);
-    if (first == std::string_view::npos) return {};
+    if (first == std::string_view::npos) {
+        return {};
+    }
     return text.substr(first, text.find_last_not_of(kWhiteSpace) - first + 1);
 }
 
@@ -69,7 +83,9 @@ SoapRequest::SoapRequest(std::string_view body) {
     header_ = Child(envelope, "Header");
     const XmlElement* soapBody = Child(envelope, "Body");
     operation_ = soapBody == nullptr ? nullptr : soapBody->FirstChildElement();
-    if (operation_ == nullptr) problem_ = Problem::kNoOperation;
+    if (operation_ == nullptr) {
+        problem_ = Problem::kNoOperation;
+    }
 }
 
 }  // namespace camera_sim

@@ -28,7 +28,9 @@ constexpr std::array kUnits = {
 /// Takes digits off the front of @p text.
 std::optional<int> TakeNumber(std::string_view& text) {
     const auto end = text.find_first_not_of(kDigits);
-    if (end == 0 || end == std::string_view::npos) return std::nullopt;
+    if (end == 0 || end == std::string_view::npos) {
+        return std::nullopt;
+    }
     const auto number = ToInt(text.substr(0, end));
     text.remove_prefix(end);
     return number;
@@ -36,9 +38,13 @@ std::optional<int> TakeNumber(std::string_view& text) {
 
 /// Takes a decimal fraction off the front of @p text, if there is one.
 std::optional<milliseconds> TakeFraction(std::string_view& text) {
-    if (!text.starts_with('.')) return milliseconds(0);
+    if (!text.starts_with('.')) {
+        return milliseconds(0);
+    }
     const auto end = text.find_first_not_of(kDigits, 1);
-    if (end == 1 || end == std::string_view::npos || text[end] != 'S') return std::nullopt;
+    if (end == 1 || end == std::string_view::npos || text[end] != 'S') {
+        return std::nullopt;
+    }
     std::string digits(text.substr(1, end - 1));
     digits.resize(3, '0');
     text.remove_prefix(end);
@@ -47,7 +53,9 @@ std::optional<milliseconds> TakeFraction(std::string_view& text) {
 
 /// The number at a fixed place of a text, or nothing.
 std::optional<int> Digits(std::string_view text, std::size_t position, std::size_t count) {
-    if (position + count > text.size()) return std::nullopt;
+    if (position + count > text.size()) {
+        return std::nullopt;
+    }
     const std::string_view digits = text.substr(position, count);
     return digits.find_first_not_of("0123456789") == std::string_view::npos ? ToInt(digits)
                                                                             : std::nullopt;
@@ -56,7 +64,9 @@ std::optional<int> Digits(std::string_view text, std::size_t position, std::size
 }  // namespace
 
 std::optional<milliseconds> ParseDuration(std::string_view text) {
-    if (!text.starts_with('P')) return std::nullopt;
+    if (!text.starts_with('P')) {
+        return std::nullopt;
+    }
     text.remove_prefix(1);
     milliseconds sum{0};
     bool inTime = false;
@@ -71,12 +81,19 @@ std::optional<milliseconds> ParseDuration(std::string_view text) {
         }
         const auto number = TakeNumber(text);
         const auto fraction = number ? TakeFraction(text) : std::nullopt;
-        if (!fraction) return std::nullopt;
-        while (unit != kUnits.end() && (unit->letter != text.front() || unit->ofTime != inTime))
+        if (!fraction) {
+            return std::nullopt;
+        }
+        while (unit != kUnits.end() && (unit->letter != text.front() || unit->ofTime != inTime)) {
             ++unit;
-        if (unit == kUnits.end() || *number > kLongest / unit->size) return std::nullopt;
+        }
+        if (unit == kUnits.end() || *number > kLongest / unit->size) {
+            return std::nullopt;
+        }
         sum += *number * unit->size + *fraction;
-        if (sum > kLongest) return std::nullopt;
+        if (sum > kLongest) {
+            return std::nullopt;
+        }
         ++unit;
         hasField = true;
         text.remove_prefix(1);
@@ -85,7 +102,9 @@ std::optional<milliseconds> ParseDuration(std::string_view text) {
 }
 
 bool IsDuration(std::string_view text) {
-    if (!text.starts_with('P') || text.size() > kLongestDuration) return false;
+    if (!text.starts_with('P') || text.size() > kLongestDuration) {
+        return false;
+    }
     text.remove_prefix(1);
     std::string_view units = "DT";
     bool hasField = false;
@@ -99,17 +118,22 @@ bool IsDuration(std::string_view text) {
             continue;
         }
         const auto end = text.find_first_not_of("0123456789");
-        if (end == 0 || end == std::string_view::npos) return false;
+        if (end == 0 || end == std::string_view::npos) {
+            return false;
+        }
         std::string_view unit = text.substr(end);
         if (inTime && unit.starts_with('.')) {
             const auto fractionEnd = unit.find_first_not_of("0123456789", 1);
             if (fractionEnd == 1 || fractionEnd == std::string_view::npos ||
-                unit[fractionEnd] != 'S')
+                unit[fractionEnd] != 'S') {
                 return false;
+            }
             unit.remove_prefix(fractionEnd);
         }
         const auto position = units.find(unit.front());
-        if (position == std::string_view::npos || unit.front() == 'T') return false;
+        if (position == std::string_view::npos || unit.front() == 'T') {
+            return false;
+        }
         units.remove_prefix(position + 1);
         text = unit.substr(1);
         hasField = true;
@@ -120,7 +144,9 @@ bool IsDuration(std::string_view text) {
 std::string FormatDuration(milliseconds duration) {
     const auto count = duration.count();
     std::string text = "PT" + std::to_string(count / 1000);
-    if (count % 1000 != 0) text += "." + std::to_string(1000 + count % 1000).substr(1);
+    if (count % 1000 != 0) {
+        text += "." + std::to_string(1000 + count % 1000).substr(1);
+    }
     return text + "S";
 }
 
@@ -128,21 +154,29 @@ std::optional<std::chrono::sys_seconds> ParseUtc(std::string_view text) {
     using namespace std::chrono;
     constexpr std::string_view kShape = "0000-00-00T00:00:00";
     for (std::size_t i = 0; i < kShape.size(); ++i) {
-        if (kShape[i] != '0' && (i >= text.size() || text[i] != kShape[i])) return std::nullopt;
+        if (kShape[i] != '0' && (i >= text.size() || text[i] != kShape[i])) {
+            return std::nullopt;
+        }
     }
     const auto y = Digits(text, 0, 4), mo = Digits(text, 5, 2), d = Digits(text, 8, 2);
     const auto h = Digits(text, 11, 2), mi = Digits(text, 14, 2), s = Digits(text, 17, 2);
-    if (!y || !mo || !d || !h || !mi || !s || *h > 23 || *mi > 59 || *s > 60) return std::nullopt;
+    if (!y || !mo || !d || !h || !mi || !s || *h > 23 || *mi > 59 || *s > 60) {
+        return std::nullopt;
+    }
 
     std::string_view rest = text.substr(kShape.size());
     if (rest.starts_with('.')) {
         const auto end = rest.find_first_not_of("0123456789", 1);
-        if (end == 1 || end == std::string_view::npos) return std::nullopt;
+        if (end == 1 || end == std::string_view::npos) {
+            return std::nullopt;
+        }
         rest.remove_prefix(end);
     }
     const year_month_day date{year(*y), month(static_cast<unsigned>(*mo)),
                               day(static_cast<unsigned>(*d))};
-    if (rest != "Z" || !date.ok()) return std::nullopt;
+    if (rest != "Z" || !date.ok()) {
+        return std::nullopt;
+    }
     return sys_days(date) + hours(*h) + minutes(*mi) + seconds(*s);
 }
 

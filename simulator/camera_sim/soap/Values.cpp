@@ -10,21 +10,28 @@ namespace camera_sim {
 std::optional<int> ToInt(std::string_view text) {
     int value = 0;
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
-    if (error != std::errc() || end != text.data() + text.size()) return std::nullopt;
+    if (error != std::errc() || end != text.data() + text.size()) {
+        return std::nullopt;
+    }
     return value;
 }
 
 std::optional<double> ToDouble(std::string_view text) {
     double value = 0;
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
-    if (error != std::errc() || end != text.data() + text.size() || !std::isfinite(value))
+    if (error != std::errc() || end != text.data() + text.size() || !std::isfinite(value)) {
         return std::nullopt;
+    }
     return value;
 }
 
 std::optional<bool> ToBool(std::string_view text) {
-    if (text == "true" || text == "1") return true;
-    if (text == "false" || text == "0") return false;
+    if (text == "true" || text == "1") {
+        return true;
+    }
+    if (text == "false" || text == "0") {
+        return false;
+    }
     return std::nullopt;
 }
 

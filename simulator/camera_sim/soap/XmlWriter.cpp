@@ -53,8 +53,12 @@ XmlWriter::XmlWriter(const PrefixStyle& style, bool pretty) : style_(style), pre
 void XmlWriter::Open(Ns ns, std::string_view name) {
     CloseStartTag();
     const Ns inherited = open_.empty() ? Ns::kNone : open_.back().defaultNamespace;
-    if (!open_.empty()) open_.back().hasChildren = true;
-    if (pretty_) NewLine(kBodyDepth + open_.size());
+    if (!open_.empty()) {
+        open_.back().hasChildren = true;
+    }
+    if (pretty_) {
+        NewLine(kBodyDepth + open_.size());
+    }
 
     const std::string_view prefix = style_.Prefix(ns);
     OpenElement element{std::string(prefix), prefix.empty() ? ns : inherited, false};
@@ -67,7 +71,9 @@ void XmlWriter::Open(Ns ns, std::string_view name) {
     text_ += element.qualifiedName;
     startTagOpen_ = true;
     open_.push_back(std::move(element));
-    if (prefix.empty() && inherited != ns) Attribute("xmlns", NamespaceOf(ns).uri);
+    if (prefix.empty() && inherited != ns) {
+        Attribute("xmlns", NamespaceOf(ns).uri);
+    }
 }
 
 void XmlWriter::Close() {
@@ -76,7 +82,9 @@ void XmlWriter::Close() {
         text_ += "/>";
         startTagOpen_ = false;
     } else {
-        if (pretty_ && element.hasChildren) NewLine(kBodyDepth + open_.size() - 1);
+        if (pretty_ && element.hasChildren) {
+            NewLine(kBodyDepth + open_.size() - 1);
+        }
         text_ += "</";
         text_ += element.qualifiedName;
         text_ += '>';
@@ -85,7 +93,9 @@ void XmlWriter::Close() {
 }
 
 void XmlWriter::CloseStartTag() {
-    if (startTagOpen_) text_ += '>';
+    if (startTagOpen_) {
+        text_ += '>';
+    }
     startTagOpen_ = false;
 }
 
@@ -145,10 +155,14 @@ std::string XmlWriter::Envelope(bool xmlProlog) const {
     const std::string_view bodyBreak = pretty_ ? "\n  " : "";
     std::string out;
     out.reserve(text_.size() + header_.size() + 1024);
-    if (xmlProlog) out.append(kProlog).append(outerBreak);
+    if (xmlProlog) {
+        out.append(kProlog).append(outerBreak);
+    }
     out.append("<").append(soap).append(":Envelope");
     for (std::size_t i = 0; i < kNamespaceCount; ++i) {
-        if (!used_[i] && static_cast<Ns>(i) != Ns::kSoap) continue;
+        if (!used_[i] && static_cast<Ns>(i) != Ns::kSoap) {
+            continue;
+        }
         out.append(" xmlns:").append(style_.prefixes[i]).append("=\"");
         out.append(NamespaceOf(static_cast<Ns>(i)).uri).append("\"");
     }

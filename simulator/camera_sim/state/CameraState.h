@@ -299,7 +299,9 @@ struct CameraState {
 template <typename List>
 auto* FindByToken(List& list, std::string_view token) {
     for (auto& entry : list) {
-        if (entry.token == token) return &entry;
+        if (entry.token == token) {
+            return &entry;
+        }
     }
     return static_cast<decltype(&list.front())>(nullptr);
 }
