@@ -115,8 +115,8 @@ void CCameraProcess::RunChanges() {
 
 void CCameraProcess::Child() const try {
     prctl(PR_SET_PDEATHSIG, SIGKILL);
-    camera_sim::CameraHost host;
-    std::vector<camera_sim::Camera*> cameras;
+    camera_sim::CCameraHost host;
+    std::vector<camera_sim::CCamera*> cameras;
     for (std::size_t i = 0; i < cameras_; ++i) {
         cameras.push_back(&host.Add({.recordLimit = 1}));
         PageOf(i).port = cameras.back()->Port();

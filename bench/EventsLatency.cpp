@@ -16,7 +16,7 @@ using Clock = std::chrono::steady_clock;
 
 constexpr std::chrono::seconds kPatience{10};
 
-void Trigger(camera_sim::Camera& camera, bool motion, bool state) {
+void Trigger(camera_sim::CCamera& camera, bool motion, bool state) {
     camera.Change([motion, state](camera_sim::CameraState& cameraState) {
         if (motion) {
             cameraState.media.videoSources.front().motion = state;
@@ -27,7 +27,7 @@ void Trigger(camera_sim::Camera& camera, bool motion, bool state) {
 }
 
 /// @return the milliseconds until the camera holds a pull again.
-double AwaitPull(const camera_sim::Camera& camera) {
+double AwaitPull(const camera_sim::CCamera& camera) {
     const Clock::time_point started = Clock::now();
     while (Clock::now() < started + kPatience) {
         const auto subscriptions = camera.Subscriptions();
@@ -43,8 +43,8 @@ double AwaitPull(const camera_sim::Camera& camera) {
 }  // namespace
 
 void MeasureLatency(std::size_t changes) {
-    camera_sim::CameraHost host;
-    camera_sim::Camera& camera = host.Add({.recordLimit = 1});
+    camera_sim::CCameraHost host;
+    camera_sim::CCamera& camera = host.Add({.recordLimit = 1});
     CEar ear(changes);
     std::vector<double> latencies;
     std::vector<double> pauses;

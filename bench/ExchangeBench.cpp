@@ -28,8 +28,8 @@ struct Bed {
     Bed(const Bed&) = delete;
     Bed& operator=(const Bed&) = delete;
 
-    camera_sim::CameraHost host;
-    camera_sim::Camera& camera = host.Add({.user = "", .recordLimit = 1});
+    camera_sim::CCameraHost host;
+    camera_sim::CCamera& camera = host.Add({.user = "", .recordLimit = 1});
     std::string request;
     std::vector<char> buffer = std::vector<char>(8192);
 };

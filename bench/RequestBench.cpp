@@ -41,8 +41,8 @@ struct Bed {
         return success;
     }
 
-    camera_sim::CameraHost host;
-    camera_sim::Camera& camera = host.Add({.refuseReplays = false, .recordLimit = 1});
+    camera_sim::CCameraHost host;
+    camera_sim::CCamera& camera = host.Add({.refuseReplays = false, .recordLimit = 1});
     unsigned int id = 0;
     std::string bytes;
 };

@@ -147,7 +147,7 @@ void AddEventOptions(CLI::App& app, Arguments& arguments) {
 }
 
 /// False when a camera cannot be started; says why.
-bool StartCameras(camera_sim::CameraHost& host, const Arguments& arguments,
+bool StartCameras(camera_sim::CCameraHost& host, const Arguments& arguments,
                   const std::vector<camera_sim::PlannedFault>& faults) {
     constexpr int kLargestPort = 65535;
     const int firstPort = arguments.camera.port;
@@ -161,7 +161,7 @@ bool StartCameras(camera_sim::CameraHost& host, const Arguments& arguments,
             options.port = static_cast<std::uint16_t>(firstPort + i);
         }
         std::string error;
-        camera_sim::Camera* camera = host.TryAdd(std::move(options), error);
+        camera_sim::CCamera* camera = host.TryAdd(std::move(options), error);
         if (camera == nullptr) {
             std::cerr << "onvif-camera-sim: " << error << '\n';
             return false;
@@ -225,7 +225,7 @@ int Run(int argc, char** argv) {
     static boost::asio::io_context io(1);
     boost::asio::signal_set signals(io, SIGINT, SIGTERM);
     signals.async_wait([](const boost::system::error_code&, int) { io.stop(); });
-    camera_sim::CameraHost host;
+    camera_sim::CCameraHost host;
     if (!StartCameras(host, arguments, faults)) {
         return kFailure;
     }

@@ -5,44 +5,44 @@
 
 namespace camera_sim {
 
-Camera::Camera(std::unique_ptr<CameraCore> core) : core_(std::move(core)) {}
-Camera::~Camera() = default;
+CCamera::CCamera(std::unique_ptr<CCameraCore> core) : core_(std::move(core)) {}
+CCamera::~CCamera() = default;
 
-std::uint16_t Camera::Port() const {
+std::uint16_t CCamera::Port() const {
     return core_->Options().port;
 }
 
-void Camera::Inject(std::string operation, Fault fault) {
+void CCamera::Inject(std::string operation, Fault fault) {
     core_->Inject({std::move(operation), std::move(fault)});
 }
 
-void Camera::ClearFaults() {
+void CCamera::ClearFaults() {
     core_->ClearFaults();
 }
-std::vector<PlannedFault> Camera::Faults() const {
+std::vector<PlannedFault> CCamera::Faults() const {
     return core_->Faults();
 }
-std::uint64_t Camera::Count(std::string_view operation) const {
+std::uint64_t CCamera::Count(std::string_view operation) const {
     return core_->Count(operation);
 }
-std::vector<RecordedRequest> Camera::Requests() const {
+std::vector<RecordedRequest> CCamera::Requests() const {
     return core_->Requests();
 }
-void Camera::ClearEvidence() {
+void CCamera::ClearEvidence() {
     core_->ClearEvidence();
 }
-CameraState Camera::State() const {
+CameraState CCamera::State() const {
     return core_->State();
 }
 
-void Camera::Change(const std::function<void(CameraState&)>& change) {
+void CCamera::Change(const std::function<void(CameraState&)>& change) {
     core_->Change(change);
 }
 
-std::vector<SubscriptionInfo> Camera::Subscriptions() const {
+std::vector<SubscriptionInfo> CCamera::Subscriptions() const {
     return core_->Subscriptions();
 }
-void Camera::Reboot() {
+void CCamera::Reboot() {
     core_->Reboot();
 }
 

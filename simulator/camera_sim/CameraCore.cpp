@@ -29,7 +29,7 @@ std::string Garbage(std::size_t size) {
 
 }  // namespace
 
-CameraCore::CameraCore(CameraOptions options, CameraState state, const PrefixStyle& style)
+CCameraCore::CCameraCore(CameraOptions options, CameraState state, const PrefixStyle& style)
     : options_(std::move(options)),
       style_(style),
       state_(std::move(state)),
@@ -40,7 +40,7 @@ CameraCore::CameraCore(CameraOptions options, CameraState state, const PrefixSty
     events_.Observe(state_);
 }
 
-CameraCore::Understood::Understood(const HttpRequest& request)
+CCameraCore::Understood::Understood(const HttpRequest& request)
     : soap(request.body),
       method(request.method),
       path(PathOf(request.target)),
@@ -57,9 +57,9 @@ CameraCore::Understood::Understood(const HttpRequest& request)
     }
 }
 
-Reply CameraCore::Handle(HttpRequest request, std::function<void()> wake) {
+Reply CCameraCore::Handle(HttpRequest request, std::function<void()> wake) {
     Understood understood(request);
-    const std::scoped_lock guard(lock_);
+    const std::lock_guard guard(lock_);
     evidence_.CountRequest(understood.service, understood.operation);
     CheckCredentialsLocked(request, understood);
     const auto fault = faults_.Take(understood.service, understood.operation);
@@ -80,7 +80,7 @@ Reply CameraCore::Handle(HttpRequest request, std::function<void()> wake) {
     return reply;
 }
 
-void CameraCore::CheckCredentialsLocked(const HttpRequest& http, Understood& request) {
+void CCameraCore::CheckCredentialsLocked(const HttpRequest& http, Understood& request) {
     if (!request.isSnapshot) {
         request.credentials = authenticator_.Check(request.soap.Header(), state_.user,
                                                    SystemTime() + state_.clock.offset);
@@ -91,7 +91,7 @@ void CameraCore::CheckCredentialsLocked(const HttpRequest& http, Understood& req
     request.staleNonce = result.stale;
 }
 
-Reply CameraCore::AnswerSnapshotLocked(const Understood& request) {
+Reply CCameraCore::AnswerSnapshotLocked(const Understood& request) {
     const SnapshotTime time{SystemTime(), std::chrono::steady_clock::now()};
     if (request.credentials.valid) {
         return SnapshotReply(state_, options_, request.method, request.path, time);
@@ -102,7 +102,7 @@ Reply CameraCore::AnswerSnapshotLocked(const Understood& request) {
     return HttpReply(401, field, {}, {});
 }
 
-Reply CameraCore::AnswerLocked(const Understood& request, bool xmlProlog) {
+Reply CCameraCore::AnswerLocked(const Understood& request, bool xmlProlog) {
     if (request.isSnapshot) {
         return AnswerSnapshotLocked(request);
     }
@@ -112,7 +112,7 @@ Reply CameraCore::AnswerLocked(const Understood& request, bool xmlProlog) {
     if (request.method != "POST") {
         return HttpReply(405);
     }
-    XmlWriter out(style_, options_.prettyXml);
+    CXmlWriter out(style_, options_.prettyXml);
     std::optional<PullWait> wait;
     if (const Answer fault = RunLocked(request, out, wait)) {
         return FaultReply(*fault, xmlProlog);
@@ -123,16 +123,16 @@ Reply CameraCore::AnswerLocked(const Understood& request, bool xmlProlog) {
     return HttpReply(200, kSoapType, out.Envelope(xmlProlog));
 }
 
-Answer CameraCore::RunLocked(const Understood& request, XmlWriter& out,
-                             std::optional<PullWait>& wait) {
+Answer CCameraCore::RunLocked(const Understood& request, CXmlWriter& out,
+                              std::optional<PullWait>& wait) {
     switch (request.soap.GetProblem()) {
-        case SoapRequest::Problem::kNone:
+        case CSoapRequest::Problem::kNone:
             break;
-        case SoapRequest::Problem::kNotXml:
+        case CSoapRequest::Problem::kNotXml:
             return SoapFault{"Sender", "WellFormed", {}, "Well-formed error"};
-        case SoapRequest::Problem::kNotSoap12:
+        case CSoapRequest::Problem::kNotSoap12:
             return SoapFault{"VersionMismatch", {}, {}, "Not a SOAP 1.2 envelope"};
-        case SoapRequest::Problem::kNoOperation:
+        case CSoapRequest::Problem::kNoOperation:
             return SoapFault{"Sender", "MissingAttr", {}, "The body is empty"};
     }
     const auto& open = options_.openOperations;
@@ -155,17 +155,17 @@ Answer CameraCore::RunLocked(const Understood& request, XmlWriter& out,
     if (IsEventService(*request.ns)) {
         WriteAddressing(out, AnswerAction(header), ChildText(header, "MessageID"));
     }
-    const XmlWriter::Scope response(out, *request.ns,
-                                    operation->response.empty()
-                                        ? std::string(operation->name) + "Response"
-                                        : std::string(operation->response));
+    const CXmlWriter::CScope response(out, *request.ns,
+                                      operation->response.empty()
+                                          ? std::string(operation->name) + "Response"
+                                          : std::string(operation->response));
     Answer answer = operation->handler(call);
     wait = std::move(call.wait);
     return answer;
 }
 
-Reply CameraCore::FaultReply(const SoapFault& fault, bool xmlProlog) const {
-    XmlWriter out(style_, options_.prettyXml);
+Reply CCameraCore::FaultReply(const SoapFault& fault, bool xmlProlog) const {
+    CXmlWriter out(style_, options_.prettyXml);
     WriteFault(out, fault);
     unsigned status = fault.code == "Receiver" ? 500 : options_.senderFaultStatus;
     if (fault.subcode == "NotAuthorized") {
@@ -174,7 +174,7 @@ Reply CameraCore::FaultReply(const SoapFault& fault, bool xmlProlog) const {
     return HttpReply(status, kSoapType, out.Envelope(xmlProlog));
 }
 
-Reply CameraCore::DisturbLocked(const Understood& request, const Fault& fault) {
+Reply CCameraCore::DisturbLocked(const Understood& request, const Fault& fault) {
     using Kind = Fault::Kind;
     Reply reply;
     switch (fault.kind) {
@@ -220,48 +220,48 @@ void DisturbReply(Reply& reply, const Fault& fault) {
     }
 }
 
-void CameraCore::Inject(PlannedFault fault) {
-    const std::scoped_lock guard(lock_);
+void CCameraCore::Inject(PlannedFault fault) {
+    const std::lock_guard guard(lock_);
     faults_.Add(std::move(fault));
 }
 
-void CameraCore::ClearFaults() {
-    const std::scoped_lock guard(lock_);
+void CCameraCore::ClearFaults() {
+    const std::lock_guard guard(lock_);
     faults_.Clear();
 }
 
-std::vector<PlannedFault> CameraCore::Faults() const {
-    const std::scoped_lock guard(lock_);
+std::vector<PlannedFault> CCameraCore::Faults() const {
+    const std::lock_guard guard(lock_);
     return faults_.List();
 }
 
-std::uint64_t CameraCore::Count(std::string_view operation) const {
-    const std::scoped_lock guard(lock_);
+std::uint64_t CCameraCore::Count(std::string_view operation) const {
+    const std::lock_guard guard(lock_);
     return evidence_.Count(operation);
 }
 
-Counters CameraCore::AllCounts() const {
-    const std::scoped_lock guard(lock_);
+Counters CCameraCore::AllCounts() const {
+    const std::lock_guard guard(lock_);
     return evidence_.AllCounts();
 }
 
-std::vector<RecordedRequest> CameraCore::Requests() const {
-    const std::scoped_lock guard(lock_);
+std::vector<RecordedRequest> CCameraCore::Requests() const {
+    const std::lock_guard guard(lock_);
     return evidence_.Requests();
 }
 
-void CameraCore::ClearEvidence() {
-    const std::scoped_lock guard(lock_);
+void CCameraCore::ClearEvidence() {
+    const std::lock_guard guard(lock_);
     evidence_.Clear();
 }
 
-CameraState CameraCore::State() const {
-    const std::scoped_lock guard(lock_);
+CameraState CCameraCore::State() const {
+    const std::lock_guard guard(lock_);
     return state_;
 }
 
-void CameraCore::Change(const std::function<void(CameraState&)>& change) {
-    const std::scoped_lock guard(lock_);
+void CCameraCore::Change(const std::function<void(CameraState&)>& change) {
+    const std::lock_guard guard(lock_);
     change(state_);
     PublishLocked();
 }

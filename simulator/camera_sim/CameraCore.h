@@ -28,10 +28,10 @@
 namespace camera_sim {
 
 /// Any thread may call any operation.
-class CameraCore final : public IControlledCamera {
+class CCameraCore final : public IControlledCamera {
  public:
     /// @p options must be complete, @p style must outlive the camera.
-    CameraCore(CameraOptions options, CameraState state, const PrefixStyle& style);
+    CCameraCore(CameraOptions options, CameraState state, const PrefixStyle& style);
 
     /// What the camera does to the world by itself. Called with the camera's lock held, from any
     /// thread: they must neither wait nor call the camera.
@@ -74,7 +74,7 @@ class CameraCore final : public IControlledCamera {
     struct Understood {
         explicit Understood(const HttpRequest& request);
 
-        SoapRequest soap;
+        CSoapRequest soap;
         std::string_view method;
         std::string_view path;
         std::optional<Ns> ns;
@@ -104,7 +104,7 @@ class CameraCore final : public IControlledCamera {
     void NotifyLocked(Subscription& subscription);
     Reply DisturbLocked(const Understood& request, const Fault& fault);
     /// Runs the operation; @p out holds the body of the answer when there is no fault.
-    Answer RunLocked(const Understood& request, XmlWriter& out, std::optional<PullWait>& wait);
+    Answer RunLocked(const Understood& request, CXmlWriter& out, std::optional<PullWait>& wait);
     Reply FaultReply(const SoapFault& fault, bool xmlProlog) const;
 
     const CameraOptions options_;
@@ -113,11 +113,11 @@ class CameraCore final : public IControlledCamera {
 
     mutable std::mutex lock_;  // guards everything below; leaf
     CameraState state_;
-    Authenticator authenticator_;
-    HttpAuthenticator snapshotAuthenticator_;
-    FaultPlan faults_;
-    Evidence evidence_;
-    mutable EventHub events_;  // drops expired subscriptions whenever it is asked
+    CAuthenticator authenticator_;
+    CHttpAuthenticator snapshotAuthenticator_;
+    CFaultPlan faults_;
+    CEvidence evidence_;
+    mutable CEventHub events_;  // drops expired subscriptions whenever it is asked
     std::map<std::uint64_t, Deferred> deferred_;  // by ticket, oldest first
     std::uint64_t lastTicket_ = 0;
 };

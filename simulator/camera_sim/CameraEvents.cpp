@@ -7,7 +7,7 @@
 
 namespace camera_sim {
 
-Reply CameraCore::DeferLocked(PullWait pull) {
+Reply CCameraCore::DeferLocked(PullWait pull) {
     Reply reply;
     reply.ending = Reply::Ending::kDeferred;
     reply.ticket = ++lastTicket_;
@@ -15,12 +15,12 @@ Reply CameraCore::DeferLocked(PullWait pull) {
     return reply;
 }
 
-Reply CameraCore::Resume(std::uint64_t ticket) {
-    const std::scoped_lock guard(lock_);
+Reply CCameraCore::Resume(std::uint64_t ticket) {
+    const std::lock_guard guard(lock_);
     return ResumeLocked(ticket);
 }
 
-Reply CameraCore::ResumeLocked(std::uint64_t ticket) {
+Reply CCameraCore::ResumeLocked(std::uint64_t ticket) {
     Reply reply;
     reply.ending = Reply::Ending::kClose;
     const auto found = deferred_.find(ticket);
@@ -30,7 +30,7 @@ Reply CameraCore::ResumeLocked(std::uint64_t ticket) {
     const PullWait& pull = found->second.pull;
     Subscription* subscription = events_.Find(pull.subscription);
     if (subscription != nullptr && subscription->queue.empty() &&
-        EventHub::Clock::now() < pull.until) {
+        CEventHub::Clock::now() < pull.until) {
         reply.ending = Reply::Ending::kDeferred;
         reply.ticket = ticket;
         reply.until = std::min(pull.until, subscription->end);
@@ -49,22 +49,22 @@ Reply CameraCore::ResumeLocked(std::uint64_t ticket) {
     return reply;
 }
 
-Reply CameraCore::PulledLocked(const PullWait& pull, Subscription& subscription, bool xmlProlog) {
-    XmlWriter out(style_, options_.prettyXml);
+Reply CCameraCore::PulledLocked(const PullWait& pull, Subscription& subscription, bool xmlProlog) {
+    CXmlWriter out(style_, options_.prettyXml);
     WriteAddressing(out, pull.action, pull.relatesTo);
     {
-        const XmlWriter::Scope response(out, Ns::kEvents, "PullMessagesResponse");
+        const CXmlWriter::CScope response(out, Ns::kEvents, "PullMessagesResponse");
         evidence_.CountEvents("event:pulled", WritePulled(out, state_, subscription, pull.limit));
     }
     return HttpReply(200, kSoapType, out.Envelope(xmlProlog));
 }
 
-void CameraCore::Abandon(std::uint64_t ticket) {
-    const std::scoped_lock guard(lock_);
+void CCameraCore::Abandon(std::uint64_t ticket) {
+    const std::lock_guard guard(lock_);
     deferred_.erase(ticket);
 }
 
-void CameraCore::PublishLocked() {
+void CCameraCore::PublishLocked() {
     if (!options_.events) {
         return;
     }
@@ -80,18 +80,18 @@ void CameraCore::PublishLocked() {
     }
 }
 
-void CameraCore::NotifyLocked(Subscription& subscription) {
+void CCameraCore::NotifyLocked(Subscription& subscription) {
     if (!subscription.consumer || subscription.posting || subscription.queue.empty()) {
         return;
     }
-    XmlWriter out(style_, options_.prettyXml);
+    CXmlWriter out(style_, options_.prettyXml);
     WriteNotify(out, options_, subscription);
     subscription.posting = true;
     outlets_.notify(subscription.id, *subscription.consumer, out.Envelope(options_.xmlProlog));
 }
 
-void CameraCore::NotificationSent(std::uint64_t subscription, bool accepted) {
-    const std::scoped_lock guard(lock_);
+void CCameraCore::NotificationSent(std::uint64_t subscription, bool accepted) {
+    const std::lock_guard guard(lock_);
     evidence_.CountEvents(accepted ? "event:notified" : "event:failed", 1);
     Subscription* found = events_.Find(subscription);
     if (found == nullptr) {
@@ -102,15 +102,15 @@ void CameraCore::NotificationSent(std::uint64_t subscription, bool accepted) {
     NotifyLocked(*found);
 }
 
-void CameraCore::Reboot() {
-    const std::scoped_lock guard(lock_);
+void CCameraCore::Reboot() {
+    const std::lock_guard guard(lock_);
     events_.Clear();
     deferred_.clear();
     outlets_.dropConnections();
 }
 
-std::vector<SubscriptionInfo> CameraCore::Subscriptions() const {
-    const std::scoped_lock guard(lock_);
+std::vector<SubscriptionInfo> CCameraCore::Subscriptions() const {
+    const std::lock_guard guard(lock_);
     std::vector<SubscriptionInfo> list;
     for (const auto& [id, subscription] : events_.All()) {
         SubscriptionInfo info;
@@ -118,8 +118,8 @@ std::vector<SubscriptionInfo> CameraCore::Subscriptions() const {
         if (subscription.consumer) {
             info.consumer = subscription.consumer->address;
         }
-        info.rest =
-            std::chrono::ceil<std::chrono::milliseconds>(subscription.end - EventHub::Clock::now());
+        info.rest = std::chrono::ceil<std::chrono::milliseconds>(subscription.end -
+                                                                 CEventHub::Clock::now());
         info.waitingPulls = static_cast<std::size_t>(std::count_if(
             deferred_.begin(), deferred_.end(),
             [&info](const auto& entry) { return entry.second.pull.subscription == info.id; }));

@@ -2,8 +2,8 @@
 /// A simulated ONVIF camera behind a real HTTP server on 127.0.0.1, for tests, benchmarks and
 /// trials.
 ///
-///     camera_sim::CameraHost host;
-///     camera_sim::Camera& camera = host.Add({.model = "fixed"});
+///     camera_sim::CCameraHost host;
+///     camera_sim::CCamera& camera = host.Add({.model = "fixed"});
 ///     ... talk to 127.0.0.1:camera.Port() ...
 ///     camera.Inject("GetProfiles", {.kind = camera_sim::Fault::Kind::kClose, .remaining = 2});
 ///
@@ -13,7 +13,7 @@
 /// a picture of each profile under /snapshot/ and control requests under /control/, which GET
 /// /control/ lists.
 ///
-/// Threads: everything here may be called from any thread, except the destruction of a CameraHost,
+/// Threads: everything here may be called from any thread, except the destruction of a CCameraHost,
 /// which must be the last call to it and its cameras.
 #ifndef CAMERA_SIM_CAMERASIM_H
 #define CAMERA_SIM_CAMERASIM_H
@@ -32,15 +32,15 @@
 
 namespace camera_sim {
 
-class CameraCore;
+class CCameraCore;
 
-/// Made by CameraHost.
-class Camera {
+/// Made by CCameraHost.
+class CCamera {
  public:
-    explicit Camera(std::unique_ptr<CameraCore> core);
-    ~Camera();
-    Camera(const Camera&) = delete;
-    Camera& operator=(const Camera&) = delete;
+    explicit CCamera(std::unique_ptr<CCameraCore> core);
+    ~CCamera();
+    CCamera(const CCamera&) = delete;
+    CCamera& operator=(const CCamera&) = delete;
 
     std::uint16_t Port() const;
 
@@ -69,27 +69,27 @@ class Camera {
     void Reboot();
 
  private:
-    std::unique_ptr<CameraCore> core_;
+    std::unique_ptr<CCameraCore> core_;
 };
 
 /// Owns cameras and the one thread that serves them.
-class CameraHost {
+class CCameraHost {
  public:
-    CameraHost();
+    CCameraHost();
     /// Ends everything at once, whatever clients wait for.
-    ~CameraHost();
-    CameraHost(const CameraHost&) = delete;
-    CameraHost& operator=(const CameraHost&) = delete;
+    ~CCameraHost();
+    CCameraHost(const CCameraHost&) = delete;
+    CCameraHost& operator=(const CCameraHost&) = delete;
 
     /// Starts a camera; it lives as long as the host. Null on failure (unknown model or prefix
     /// style, line break in the realm, port in use); @p error then says why.
-    Camera* TryAdd(CameraOptions options, std::string& error);
+    CCamera* TryAdd(CameraOptions options, std::string& error);
     /// The same for tests: a failure is thrown as std::runtime_error.
-    Camera& Add(CameraOptions options);
+    CCamera& Add(CameraOptions options);
 
  private:
-    class Impl;
-    std::unique_ptr<Impl> impl_;
+    class CImpl;
+    std::unique_ptr<CImpl> impl_;
 };
 
 }  // namespace camera_sim

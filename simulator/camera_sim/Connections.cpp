@@ -38,18 +38,18 @@ constexpr std::string_view kContinue = "HTTP/1.1 100 Continue\r\n\r\n";
 
 /// One connection: reads a request, has it answered, sends the reply. Kept alive by the operation
 /// that it waits for.
-class Connections::Session : public std::enable_shared_from_this<Session> {
+class CConnections::CSession : public std::enable_shared_from_this<CSession> {
  public:
-    Session(tcp::socket socket, CameraCore& core, std::shared_ptr<Sessions> open)
+    CSession(tcp::socket socket, CCameraCore& core, std::shared_ptr<Sessions> open)
         : stream_(std::move(socket)),
           timer_(stream_.get_executor()),
           core_(core),
           open_(std::move(open)) {
         open_->insert(this);
     }
-    ~Session() { open_->erase(this); }
-    Session(const Session&) = delete;
-    Session& operator=(const Session&) = delete;
+    ~CSession() { open_->erase(this); }
+    CSession(const CSession&) = delete;
+    CSession& operator=(const CSession&) = delete;
 
     void Start() {
         error_code ignored;
@@ -280,7 +280,7 @@ class Connections::Session : public std::enable_shared_from_this<Session> {
 
     beast::tcp_stream stream_;
     asio::steady_timer timer_;
-    CameraCore& core_;
+    CCameraCore& core_;
     const std::shared_ptr<Sessions> open_;
     std::string input_;
     HttpRequest request_;
@@ -291,12 +291,12 @@ class Connections::Session : public std::enable_shared_from_this<Session> {
     bool waiting_ = false;    // for a deferred reply
 };
 
-void Connections::Serve(tcp::socket socket) {
-    std::make_shared<Session>(std::move(socket), core_, open_)->Start();
+void CConnections::Serve(tcp::socket socket) {
+    std::make_shared<CSession>(std::move(socket), core_, open_)->Start();
 }
 
-void Connections::Drop() {
-    for (Session* session : *open_) {
+void CConnections::Drop() {
+    for (CSession* session : *open_) {
         session->Drop();
     }
 }

@@ -14,10 +14,10 @@
 namespace camera_sim {
 
 /// Only the server's thread uses it.
-class Connections {
+class CConnections {
  public:
     /// @p core must outlive all connections.
-    explicit Connections(CameraCore& core) : core_(core) {}
+    explicit CConnections(CCameraCore& core) : core_(core) {}
 
     /// Reads a request, has it answered, sends the reply, while the socket's context runs.
     void Serve(boost::asio::ip::tcp::socket socket);
@@ -25,10 +25,10 @@ class Connections {
     void Drop();
 
  private:
-    class Session;
-    using Sessions = std::unordered_set<Session*>;
+    class CSession;
+    using Sessions = std::unordered_set<CSession*>;
 
-    CameraCore& core_;
+    CCameraCore& core_;
     const std::shared_ptr<Sessions> open_ = std::make_shared<Sessions>();
 };
 

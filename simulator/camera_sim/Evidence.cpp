@@ -16,7 +16,7 @@ std::size_t Size(const RecordedRequest& request) {
 
 }  // namespace
 
-void Evidence::CountRequest(std::string_view service, std::string_view operation) {
+void CEvidence::CountRequest(std::string_view service, std::string_view operation) {
     ++counters_["*"];
     if (operation.empty()) {
         return;
@@ -31,13 +31,13 @@ void Evidence::CountRequest(std::string_view service, std::string_view operation
     }
 }
 
-void Evidence::CountEvents(std::string_view what, std::size_t count) {
+void CEvidence::CountEvents(std::string_view what, std::size_t count) {
     if (count > 0) {
         counters_[std::string(what)] += count;
     }
 }
 
-std::uint64_t Evidence::Count(std::string_view operation) const {
+std::uint64_t CEvidence::Count(std::string_view operation) const {
     std::uint64_t count = 0;
     for (const auto& [name, value] : counters_) {
         const auto colon = name.find(':');
@@ -52,7 +52,7 @@ std::uint64_t Evidence::Count(std::string_view operation) const {
     return count;
 }
 
-std::uint64_t Evidence::Record(RecordedRequest request) {
+std::uint64_t CEvidence::Record(RecordedRequest request) {
     const std::uint64_t number = forgottenRequests_ + requests_.size();
     recordedBytes_ += Size(request);
     requests_.push_back(std::move(request));
@@ -64,13 +64,13 @@ std::uint64_t Evidence::Record(RecordedRequest request) {
     return number;
 }
 
-void Evidence::SetStatus(std::uint64_t number, unsigned status) {
+void CEvidence::SetStatus(std::uint64_t number, unsigned status) {
     if (number >= forgottenRequests_ && number - forgottenRequests_ < requests_.size()) {
         requests_[number - forgottenRequests_].status = status;
     }
 }
 
-void Evidence::Clear() {
+void CEvidence::Clear() {
     counters_.clear();
     forgottenRequests_ += requests_.size();
     requests_.clear();

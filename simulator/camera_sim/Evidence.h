@@ -15,10 +15,10 @@ namespace camera_sim {
 
 /// Counters, and the latest requests as they came; the oldest are forgotten first. Not safe for use
 /// by several threads at once.
-class Evidence {
+class CEvidence {
  public:
     /// @param recordLimit how many requests are kept
-    explicit Evidence(std::size_t recordLimit) : recordLimit_(recordLimit) {}
+    explicit CEvidence(std::size_t recordLimit) : recordLimit_(recordLimit) {}
 
     /// Counts a request. @p operation is empty when it could not be read.
     void CountRequest(std::string_view service, std::string_view operation);

@@ -10,7 +10,7 @@ constexpr std::size_t kMostFaults = 1000;
 
 }  // namespace
 
-void FaultPlan::Add(PlannedFault fault) {
+void CFaultPlan::Add(PlannedFault fault) {
     if (fault.fault.remaining == 0) {
         return;
     }
@@ -20,7 +20,7 @@ void FaultPlan::Add(PlannedFault fault) {
     }
 }
 
-std::optional<Fault> FaultPlan::Take(std::string_view service, std::string_view operation) {
+std::optional<Fault> CFaultPlan::Take(std::string_view service, std::string_view operation) {
     const auto planned =
         std::find_if(faults_.begin(), faults_.end(), [&](const PlannedFault& candidate) {
             return MatchesOperation(candidate.operation, service, operation);

@@ -14,7 +14,7 @@ namespace camera_sim {
 
 /// Faults in the order of injection; the oldest go when there are too many. Not safe for use by
 /// several threads at once.
-class FaultPlan {
+class CFaultPlan {
  public:
     void Add(PlannedFault fault);
     void Clear() { faults_.clear(); }

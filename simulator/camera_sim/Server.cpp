@@ -44,9 +44,9 @@ tcp::acceptor Listen(asio::io_context& io, std::uint16_t port, error_code& error
 }
 
 /// Accepts a camera's connections. Kept alive by its pending accept.
-class Listener : public std::enable_shared_from_this<Listener> {
+class CListener : public std::enable_shared_from_this<CListener> {
  public:
-    Listener(tcp::acceptor acceptor, CameraCore& core)
+    CListener(tcp::acceptor acceptor, CCameraCore& core)
         : acceptor_(std::move(acceptor)), pause_(acceptor_.get_executor()), connections_(core) {}
 
     void DropConnections() { connections_.Drop(); }
@@ -66,14 +66,14 @@ class Listener : public std::enable_shared_from_this<Listener> {
  private:
     tcp::acceptor acceptor_;
     asio::steady_timer pause_;
-    Connections connections_;
+    CConnections connections_;
 };
 
 /// Changes something of a camera at regular intervals. Kept alive by its timer.
-class Schedule : public std::enable_shared_from_this<Schedule> {
+class CSchedule : public std::enable_shared_from_this<CSchedule> {
  public:
-    Schedule(asio::io_context& io, CameraCore& core, std::chrono::milliseconds period,
-             void (*change)(CameraState&))
+    CSchedule(asio::io_context& io, CCameraCore& core, std::chrono::milliseconds period,
+              void (*change)(CameraState&))
         : timer_(io, period), core_(core), period_(period), change_(change) {}
 
     void Run() {
@@ -86,7 +86,7 @@ class Schedule : public std::enable_shared_from_this<Schedule> {
 
  private:
     asio::steady_timer timer_;
-    CameraCore& core_;
+    CCameraCore& core_;
     const std::chrono::milliseconds period_;
     void (*const change_)(CameraState&);
 };
@@ -122,17 +122,17 @@ std::string WhatIsWrong(const CameraOptions& options) {
 
 }  // namespace
 
-class CameraHost::Impl {
+class CCameraHost::CImpl {
  public:
-    Impl() : work_(asio::make_work_guard(io_)), thread_([this] { io_.run(); }) {}
+    CImpl() : work_(asio::make_work_guard(io_)), thread_([this] { io_.run(); }) {}
 
     // Sessions and listeners die with the io_context, which goes before the cameras.
-    ~Impl() {
+    ~CImpl() {
         io_.stop();
         thread_.join();
     }
 
-    Camera* TryAdd(CameraOptions options, std::string& error) {
+    CCamera* TryAdd(CameraOptions options, std::string& error) {
         error = WhatIsWrong(options);
         if (!error.empty()) {
             return nullptr;
@@ -153,17 +153,17 @@ class CameraHost::Impl {
             return nullptr;
         }
         const PrefixStyle& style = *FindPrefixStyle(options.prefixStyle);
-        auto core = std::make_unique<CameraCore>(std::move(options), *std::move(state), style);
-        auto listener = std::make_shared<Listener>(std::move(acceptor), *core);
+        auto core = std::make_unique<CCameraCore>(std::move(options), *std::move(state), style);
+        auto listener = std::make_shared<CListener>(std::move(acceptor), *core);
         Attach(*core, listener);
-        auto camera = std::make_unique<Camera>(std::move(core));
+        auto camera = std::make_unique<CCamera>(std::move(core));
         asio::post(io_, [listener] { listener->Accept(); });
-        const std::scoped_lock guard(lock_);
+        const std::lock_guard guard(lock_);
         return cameras_.emplace_back(std::move(camera)).get();
     }
 
  private:
-    void Attach(CameraCore& core, const std::shared_ptr<Listener>& listener) {
+    void Attach(CCameraCore& core, const std::shared_ptr<CListener>& listener) {
         core.Attach({
             [this, weak = std::weak_ptr(listener)] {
                 asio::post(io_, [weak] {
@@ -186,32 +186,32 @@ class CameraHost::Impl {
         Repeat(core, options.inputPeriod, ToggleInputs);
     }
 
-    void Repeat(CameraCore& core, std::chrono::milliseconds period, void (*change)(CameraState&)) {
+    void Repeat(CCameraCore& core, std::chrono::milliseconds period, void (*change)(CameraState&)) {
         if (period.count() <= 0) {
             return;
         }
-        asio::post(io_, [schedule = std::make_shared<Schedule>(io_, core, period, change)] {
+        asio::post(io_, [schedule = std::make_shared<CSchedule>(io_, core, period, change)] {
             schedule->Run();
         });
     }
 
     std::mutex lock_;  // guards cameras_; leaf
-    std::vector<std::unique_ptr<Camera>> cameras_;
+    std::vector<std::unique_ptr<CCamera>> cameras_;
     asio::io_context io_{1};
     asio::executor_work_guard<asio::io_context::executor_type> work_;
     std::thread thread_;
 };
 
-CameraHost::CameraHost() : impl_(std::make_unique<Impl>()) {}
-CameraHost::~CameraHost() = default;
+CCameraHost::CCameraHost() : impl_(std::make_unique<CImpl>()) {}
+CCameraHost::~CCameraHost() = default;
 
-Camera* CameraHost::TryAdd(CameraOptions options, std::string& error) {
+CCamera* CCameraHost::TryAdd(CameraOptions options, std::string& error) {
     return impl_->TryAdd(std::move(options), error);
 }
 
-Camera& CameraHost::Add(CameraOptions options) {
+CCamera& CCameraHost::Add(CameraOptions options) {
     std::string error;
-    Camera* camera = TryAdd(std::move(options), error);
+    CCamera* camera = TryAdd(std::move(options), error);
     if (camera == nullptr) {
         throw std::runtime_error(error);
     }

@@ -13,8 +13,8 @@
 namespace onvif_client {
 namespace {
 
-using camera_sim::Camera;
-using camera_sim::CameraHost;
+using camera_sim::CCamera;
+using camera_sim::CCameraHost;
 using camera_sim::Fault;
 using client_test::Await;
 using client_test::CAlarmObserver;
@@ -51,7 +51,7 @@ class Controller : public testing::Test {
         controller_.Start();
     }
 
-    unsigned int Observed(const Camera& camera) {
+    unsigned int Observed(const CCamera& camera) {
         std::uint32_t error = 0;
         const std::uint32_t id =
             sessions_.Login(kNoLoginId, "127.0.0.1", camera.Port(), "admin", "camera-1", error);
@@ -62,14 +62,14 @@ class Controller : public testing::Test {
 
     CMovedClock clock_;
     const CScopedClock scoped_{clock_};
-    CameraHost host_;
+    CCameraHost host_;
     CAlarmObserver observer_;
     CHttpClientManager sessions_;
     COnvifEventCtrol controller_{sessions_};
 };
 
 TEST_F(Controller, OnlyChangesAreTold) {
-    Camera& camera = host_.Add({.model = "fixed"});
+    CCamera& camera = host_.Add({.model = "fixed"});
     const unsigned int id = Observed(camera);
     SetInput(camera, true);
     EXPECT_TRUE(observer_.Hears(id, "I+"));
@@ -101,9 +101,9 @@ TEST_F(Controller, ALostReplyIsAskedForAgainAfterAMinute) {
         raw("Content-Length: -5\r\n\r\n<a/>"),
         raw("\r\n<a/>"),
     };
-    Camera& sound = host_.Add({});
+    CCamera& sound = host_.Add({});
     const unsigned int soundId = Observed(sound);
-    std::vector<std::pair<Camera*, unsigned int>> odd;
+    std::vector<std::pair<CCamera*, unsigned int>> odd;
     for (const Fault& fault : faults) {
         odd.emplace_back(&host_.Add({}), 0);
         odd.back().first->Inject("PullMessages", fault);
@@ -128,8 +128,8 @@ TEST_F(Controller, ALostReplyIsAskedForAgainAfterAMinute) {
 }
 
 TEST_F(Controller, ARebootedCameraIsSubscribedToAgain) {
-    Camera& camera = host_.Add({.model = "fixed"});
-    Camera& sound = host_.Add({});
+    CCamera& camera = host_.Add({.model = "fixed"});
+    CCamera& sound = host_.Add({});
     const unsigned int id = Observed(camera);
     const unsigned int soundId = Observed(sound);
     ASSERT_TRUE(Await([&] { return camera.Subscriptions()[0].waitingPulls == 1; }));
@@ -147,9 +147,9 @@ TEST_F(Controller, ARebootedCameraIsSubscribedToAgain) {
 }
 
 TEST_F(Controller, ASiteOfSilentCamerasDelaysNoOther) {
-    Camera& sound = host_.Add({});
+    CCamera& sound = host_.Add({});
     const unsigned int soundId = Observed(sound);
-    std::vector<Camera*> silent;
+    std::vector<CCamera*> silent;
     for (int i = 0; i < 15; ++i) {
         silent.push_back(&host_.Add({}));
         Observed(*silent.back());
@@ -158,7 +158,7 @@ TEST_F(Controller, ASiteOfSilentCamerasDelaysNoOther) {
     clock_.Move(101);
     const auto askedFor = [&](const char* operation, std::uint64_t times) {
         return std::count_if(silent.begin(), silent.end(),
-                             [&](const Camera* each) { return each->Count(operation) >= times; });
+                             [&](const CCamera* each) { return each->Count(operation) >= times; });
     };
     ASSERT_TRUE(Await([&] { return askedFor("Unsubscribe", 1) >= 5; }));
     std::string changes;

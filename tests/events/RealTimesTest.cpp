@@ -20,7 +20,7 @@ namespace {
 
 using namespace std::chrono_literals;
 using Clock = std::chrono::steady_clock;
-using camera_sim::Camera;
+using camera_sim::CCamera;
 using client_test::SetMotion;
 
 constexpr std::uint16_t kListenPort = 6699;
@@ -34,7 +34,7 @@ class CEar final : public CONVIFAlarmStateObserver {
         bool state;
     };
 
-    explicit CEar(const Camera& camera) : id_(client_test::Login(camera)) {
+    explicit CEar(const CCamera& camera) : id_(client_test::Login(camera)) {
         ONVIF_CLIENT_AddAlarmStateObserver(id_, this);
     }
     ~CEar() override { ONVIF_CLIENT_DelAlarmStateObserver(id_); }
@@ -76,7 +76,7 @@ void ExpectTime(const char* what, Clock::duration measured, Clock::duration rule
     EXPECT_LE(measured, rule + kLateness) << what;
 }
 
-void LastingMotionIsRepeatedAndCleared(Camera& camera) {
+void LastingMotionIsRepeatedAndCleared(CCamera& camera) {
     const CEar ear(camera);
     const auto start = Clock::now();
     SetMotion(camera, true);
@@ -91,7 +91,7 @@ void LastingMotionIsRepeatedAndCleared(Camera& camera) {
     }
 }
 
-void UnansweredPullIsReplaced(Camera& camera) {
+void UnansweredPullIsReplaced(CCamera& camera) {
     camera.Inject("PullMessages", {.kind = camera_sim::Fault::Kind::kSilence, .remaining = 1});
     const auto start = Clock::now();
     const CEar ear(camera);
@@ -102,7 +102,7 @@ void UnansweredPullIsReplaced(Camera& camera) {
     EXPECT_EQ(camera.Count("CreatePullPointSubscription"), 1U);
 }
 
-void SilentExchangeIsGivenUp(Camera& camera) {
+void SilentExchangeIsGivenUp(CCamera& camera) {
     const unsigned int id = client_test::Login(camera);
     camera.Inject("GetDeviceInformation", {.kind = camera_sim::Fault::Kind::kSilence});
     const auto start = Clock::now();
@@ -110,7 +110,7 @@ void SilentExchangeIsGivenUp(Camera& camera) {
     ExpectTime("exchange given up", Clock::now() - start, 8s);
 }
 
-void ChangesOutliveTheSubscription(Camera& camera) {
+void ChangesOutliveTheSubscription(CCamera& camera) {
     constexpr int kChanges = 480;
     const CEar ear(camera);
     const auto start = Clock::now();
@@ -147,7 +147,7 @@ void PostsAreAnswered() try {
 
 TEST(RealTimes, AreKept) {
     setenv("ONVIF_CLIENT_LISTEN_ADDRESS", "127.0.0.1", 1);
-    camera_sim::CameraHost host;
+    camera_sim::CCameraHost host;
     const client_test::CStartedLibrary library;
     std::vector<std::jthread> parts;
     parts.emplace_back([&camera = host.Add({})] { LastingMotionIsRepeatedAndCleared(camera); });

@@ -37,7 +37,7 @@ std::string Header(const Token& token) {
 }
 
 /// Moves the camera's clock to 2010-09-16T07:50:45Z plus @p distance.
-void SetClock(camera_sim::Camera& camera, std::chrono::seconds distance) {
+void SetClock(camera_sim::CCamera& camera, std::chrono::seconds distance) {
     using namespace std::chrono;
     const sys_seconds then = sys_days(2010y / September / 16) + 7h + 50min + 45s + distance;
     const auto now = floor<seconds>(system_clock::now());
@@ -94,8 +94,8 @@ TEST(CameraSim, ChecksUsernameTokens) {
     };
     for (const Case& test : cases) {
         SCOPED_TRACE(test.name);
-        camera_sim::CameraHost host;
-        camera_sim::Camera& camera = host.Add(Options());
+        camera_sim::CCameraHost host;
+        camera_sim::CCamera& camera = host.Add(Options());
         SetClock(camera, test.distance);
         const std::string reply = Post(camera.Port(), "GetDeviceInformation", Header(test.token));
         EXPECT_TRUE(test.refusal == nullptr ? Accepted(reply) : Refused(reply)) << reply;
@@ -106,12 +106,12 @@ TEST(CameraSim, ChecksUsernameTokens) {
 }
 
 TEST(CameraSim, RefusesReplaysAndMissingTokens) {
-    camera_sim::CameraHost host;
-    camera_sim::Camera& strict = host.Add(Options());
+    camera_sim::CCameraHost host;
+    camera_sim::CCamera& strict = host.Add(Options());
     auto lenientOptions = Options();
     lenientOptions.refuseReplays = false;
-    camera_sim::Camera& lenient = host.Add(lenientOptions);
-    for (camera_sim::Camera* camera : {&strict, &lenient}) {
+    camera_sim::CCamera& lenient = host.Add(lenientOptions);
+    for (camera_sim::CCamera* camera : {&strict, &lenient}) {
         SetClock(*camera, std::chrono::seconds(0));
         EXPECT_TRUE(Accepted(Post(camera->Port(), "GetDeviceInformation", Header({}))));
         EXPECT_TRUE(Refused(Post(camera->Port(), "GetDeviceInformation")));
@@ -123,8 +123,8 @@ TEST(CameraSim, RefusesReplaysAndMissingTokens) {
 }
 
 TEST(CameraSim, MeetsRequestsWithFaultsInTurn) {
-    camera_sim::CameraHost host;
-    camera_sim::Camera& camera = host.Add({.user = ""});
+    camera_sim::CCameraHost host;
+    camera_sim::CCamera& camera = host.Add({.user = ""});
     using Kind = camera_sim::Fault::Kind;
     camera.Inject("tds:GetDeviceInformation", {.kind = Kind::kClose, .remaining = 1});
     camera.Inject("*", {.kind = Kind::kTruncate, .remaining = 1, .bytes = 10});
@@ -145,8 +145,8 @@ TEST(CameraSim, ServesManyThreadsAndEndsWhileClientsWait) {
     std::atomic<int> accepted = 0;
     std::thread waiting;
     {
-        camera_sim::CameraHost host;
-        camera_sim::Camera& camera = host.Add({.user = ""});
+        camera_sim::CCameraHost host;
+        camera_sim::CCamera& camera = host.Add({.user = ""});
         for (int i = 0; i < kThreads; ++i) {
             clients.emplace_back([&] {
                 for (int round = 0; round < kRounds; ++round) {

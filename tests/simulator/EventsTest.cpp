@@ -17,9 +17,9 @@
 namespace {
 
 using boost::asio::ip::tcp;
-using camera_sim::Camera;
-using camera_sim::CameraHost;
 using camera_sim::CameraState;
+using camera_sim::CCamera;
+using camera_sim::CCameraHost;
 using namespace std::chrono_literals;
 
 constexpr const char* kEvents = "http://www.onvif.org/ver10/events/wsdl";
@@ -54,7 +54,7 @@ std::string Between(const std::string& text, const std::string& begin, const std
     return text.substr(from + begin.size(), text.find(end, from) - from - begin.size());
 }
 
-std::string Create(const Camera& camera, const std::string& arguments = "") {
+std::string Create(const CCamera& camera, const std::string& arguments = "") {
     return Exchange(camera.Port(),
                     Soap(kServicePath, kEvents, "CreatePullPointSubscription", arguments));
 }
@@ -64,7 +64,7 @@ std::string Term(const std::string& time) {
 
 /// A subscription as a client sees it.
 struct PullPoint {
-    explicit PullPoint(const Camera& camera, const std::string& term = "PT1H")
+    explicit PullPoint(const CCamera& camera, const std::string& term = "PT1H")
         : port(camera.Port()) {
         const std::string reply = Create(camera, Term(term));
         path = "/" + Between(Between(reply, ":Address>", "<"), std::to_string(port) + "/", "<");
@@ -99,7 +99,7 @@ void SetMotion(CameraState& state, bool motion) {
 void WaitUntil(const std::function<bool()>& condition) {
     while (!condition()) std::this_thread::yield();
 }
-void WaitForPulls(const Camera& camera, std::size_t count) {
+void WaitForPulls(const CCamera& camera, std::size_t count) {
     WaitUntil([&] { return camera.Subscriptions().at(0).waitingPulls == count; });
 }
 
@@ -141,11 +141,11 @@ TEST(CameraEvents, ReportsStateAndChangesInEveryStyle) {
     };
     for (const Case& test : cases) {
         SCOPED_TRACE(test.topics);
-        CameraHost host;
-        Camera& camera = host.Add({.user = "",
-                                   .topicStyle = test.topics,
-                                   .numericStates = test.numeric,
-                                   .subscriptionStyle = test.subscriptions});
+        CCameraHost host;
+        CCamera& camera = host.Add({.user = "",
+                                    .topicStyle = test.topics,
+                                    .numericStates = test.numeric,
+                                    .subscriptionStyle = test.subscriptions});
         const PullPoint other(camera);
         const PullPoint point(camera);
         EXPECT_EQ(point.path == other.path, std::string(test.subscriptions) == "id");
@@ -175,20 +175,20 @@ TEST(CameraEvents, EndsAWaitingPull) {
         const char* name;
         const char* timeout;
         bool waits;  // until something is done
-        std::function<void(Camera&, const PullPoint&)> act;
+        std::function<void(CCamera&, const PullPoint&)> act;
         const char* expected;  // in the reply; empty: the connection is closed
         unsigned status;
     };
-    const auto nothing = [](Camera&, const PullPoint&) {};
+    const auto nothing = [](CCamera&, const PullPoint&) {};
     const char* const kUnknown = "<SOAP-ENV:Value>wsrfr:ResourceUnknownFault<";
     const std::vector<Case> cases = {
         {"motion", "PT100S", true,
-         [](Camera& camera, const PullPoint&) {
+         [](CCamera& camera, const PullPoint&) {
              camera.Change([](CameraState& state) { SetMotion(state, true); });
          },
          "\"Changed\"", 200},
         {"input by control request", "PT100S", true,
-         [](Camera& camera, const PullPoint&) {
+         [](CCamera& camera, const PullPoint&) {
              const auto set = [&](const char* path, const char* body) {
                  return Exchange(camera.Port(), Http("POST", path, body));
              };
@@ -201,12 +201,12 @@ TEST(CameraEvents, EndsAWaitingPull) {
         {"timeout", "PT0.05S", false, nothing, "PullMessagesResponse", 200},
         {"expiry", "PT100S", false, nothing, kUnknown, 400},
         {"unsubscription", "PT100S", true,
-         [](Camera&, const PullPoint& point) {
+         [](CCamera&, const PullPoint& point) {
              EXPECT_TRUE(Contains(point.Ask("Unsubscribe"), "UnsubscribeResponse"));
          },
          kUnknown, 400},
         {"reboot", "PT100S", true,
-         [](Camera& camera, const PullPoint&) {
+         [](CCamera& camera, const PullPoint&) {
              EXPECT_TRUE(
                  Contains(Exchange(camera.Port(), Http("POST", "/control/reboot", "")), " 200 "));
              EXPECT_TRUE(camera.Subscriptions().empty());
@@ -215,8 +215,8 @@ TEST(CameraEvents, EndsAWaitingPull) {
     };
     for (const Case& test : cases) {
         SCOPED_TRACE(test.name);
-        CameraHost host;
-        Camera& camera = host.Add({.user = ""});
+        CCameraHost host;
+        CCamera& camera = host.Add({.user = ""});
         const PullPoint point(camera);
         EXPECT_TRUE(Contains(point.Pull("PT0S"), "\"Initialized\""));
         if (test.name == std::string("expiry"))
@@ -235,8 +235,8 @@ TEST(CameraEvents, EndsAWaitingPull) {
 }
 
 TEST(CameraEvents, ForgetsThePullOfAClientThatLeft) {
-    CameraHost host;
-    Camera& camera = host.Add({.user = ""});
+    CCameraHost host;
+    CCamera& camera = host.Add({.user = ""});
     const PullPoint point(camera);
     point.Pull("PT0S");
     {
@@ -252,7 +252,7 @@ TEST(CameraEvents, ForgetsThePullOfAClientThatLeft) {
 }
 
 TEST(CameraEvents, RefusesUnknownStyles) {
-    CameraHost host;
+    CCameraHost host;
     std::string error;
     EXPECT_EQ(host.TryAdd({.topicStyle = "none"}, error), nullptr);
     EXPECT_EQ(error, "unknown topic style \"none\"");
@@ -261,13 +261,13 @@ TEST(CameraEvents, RefusesUnknownStyles) {
 }
 
 TEST(CameraEvents, KeepsLimits) {
-    CameraHost host;
-    Camera& camera = host.Add({.user = "",
-                               .maxSubscriptions = 2,
-                               .maxTermination = 3600s,
-                               .maxPullTimeout = 90s,
-                               .maxMessageLimit = 10,
-                               .messageQueueLimit = 4});
+    CCameraHost host;
+    CCamera& camera = host.Add({.user = "",
+                                .maxSubscriptions = 2,
+                                .maxTermination = 3600s,
+                                .maxPullTimeout = 90s,
+                                .maxMessageLimit = 10,
+                                .messageQueueLimit = 4});
     for (const char* time : {"PT0S", "PT2H", "2001-01-01T00:00:00Z", "soon", "PT", "P1", "-PT5S"}) {
         EXPECT_TRUE(Contains(Create(camera, Term(time)),
                              ":UnacceptableInitialTerminationTimeFault</SOAP-ENV:Value>"))
@@ -301,8 +301,8 @@ TEST(CameraEvents, KeepsLimits) {
 }
 
 TEST(CameraEvents, RenewsOnRequest) {
-    CameraHost host;
-    Camera& camera = host.Add({.user = ""});
+    CCameraHost host;
+    CCamera& camera = host.Add({.user = ""});
     const PullPoint point(camera, "PT100S");
     const auto rest = [&] { return camera.Subscriptions().at(0).rest; };
     const auto renew = [&](const std::string& time) {
@@ -326,7 +326,7 @@ TEST(CameraEvents, RenewsOnRequest) {
     const auto strictRest = rest();
     point.Pull("PT0S");
     EXPECT_LE(rest(), strictRest);
-    Camera& lenient = host.Add({.user = "", .pullsRenew = true});
+    CCamera& lenient = host.Add({.user = "", .pullsRenew = true});
     const PullPoint extended(lenient, "PT100S");
     const auto lenientRest = [&] { return lenient.Subscriptions().at(0).rest; };
     WaitUntil([&] { return lenientRest() < 100s - 50ms; });
@@ -343,8 +343,8 @@ TEST(CameraEvents, FiltersTopics) {
         std::size_t messages;
     };
     const std::string dialect = "http://www.onvif.org/ver10/tev/topicExpression/ConcreteSet";
-    CameraHost host;
-    Camera& camera = host.Add({.user = ""});
+    CCameraHost host;
+    CCamera& camera = host.Add({.user = ""});
     const auto filter = [&](const std::string& expression, const std::string& how) {
         return "<Filter><TopicExpression Dialect='" + how + "'>" + expression +
                "</TopicExpression></Filter>";
@@ -384,8 +384,8 @@ class Consumer {
 };
 
 TEST(CameraEvents, PostsNotifications) {
-    CameraHost host;
-    Camera& camera = host.Add({.model = "fixed", .user = ""});
+    CCameraHost host;
+    CCamera& camera = host.Add({.model = "fixed", .user = ""});
     Consumer consumer;
     const auto subscribe = [&](const std::string& address) {
         return Exchange(camera.Port(), Soap(kServicePath, kNotification, "Subscribe",

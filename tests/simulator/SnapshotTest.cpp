@@ -68,7 +68,7 @@ struct Digest {
     }
 };
 
-std::string Get(const camera_sim::Camera& camera, const std::string& authorization = "",
+std::string Get(const camera_sim::CCamera& camera, const std::string& authorization = "",
                 const std::string& target = "/snapshot/Profile_1?size=full") {
     const std::string field =
         authorization.empty() ? "" : "Authorization: " + authorization + "\r\n";
@@ -121,8 +121,8 @@ TEST(Snapshot, ChecksDigestCredentials) {
     };
     for (const Case& test : cases) {
         SCOPED_TRACE(test.name);
-        camera_sim::CameraHost host;
-        camera_sim::Camera& camera =
+        camera_sim::CCameraHost host;
+        camera_sim::CCamera& camera =
             host.Add({.snapshotRealm = "Hall, north", .snapshotQop = test.offered});
         const std::string challenge = Get(camera);
         EXPECT_TRUE(challenge.starts_with("HTTP/1.1 401 Unauthorized\r\n"));
@@ -140,8 +140,8 @@ TEST(Snapshot, ChecksDigestCredentials) {
 }
 
 TEST(Snapshot, WearsNoncesOut) {
-    camera_sim::CameraHost host;
-    camera_sim::Camera& twice = host.Add({.snapshotRealm = "Hall, north", .snapshotNonceUses = 2});
+    camera_sim::CCameraHost host;
+    camera_sim::CCamera& twice = host.Add({.snapshotRealm = "Hall, north", .snapshotNonceUses = 2});
     const std::string nonce = Quoted(Get(twice), " nonce");
     EXPECT_TRUE(HasPicture(Get(twice, Digest{}.Header(nonce))));
     EXPECT_NE(Get(twice, Digest{}.Header(nonce)).find("stale=true"), std::string::npos);
@@ -157,7 +157,7 @@ TEST(Snapshot, WearsNoncesOut) {
     EXPECT_EQ(host.TryAdd({.snapshotRealm = "Hall\r\nServer: x"}, error), nullptr);
     EXPECT_NE(error, "");
 
-    camera_sim::Camera& brief = host.Add(
+    camera_sim::CCamera& brief = host.Add(
         {.snapshotRealm = "Hall, north", .snapshotNonceLifetime = std::chrono::seconds(0)});
     EXPECT_NE(Get(brief, Digest{}.Header(Quoted(Get(brief), " nonce"))).find("stale=true"),
               std::string::npos);
@@ -184,8 +184,8 @@ TEST(Snapshot, ChecksBasicCredentialsOrNone) {
     };
     for (const Case& test : cases) {
         SCOPED_TRACE(test.name);
-        camera_sim::CameraHost host;
-        camera_sim::Camera& camera = host.Add(test.options);
+        camera_sim::CCameraHost host;
+        camera_sim::CCamera& camera = host.Add(test.options);
         const std::string reply = Get(camera, test.authorization);
         EXPECT_EQ(HasPicture(reply), test.refusal == nullptr);
         EXPECT_EQ(reply.find("\r\nWWW-Authenticate: Basic realm=\"onvif-camera-sim\"\r\n") !=
@@ -196,8 +196,8 @@ TEST(Snapshot, ChecksBasicCredentialsOrNone) {
 }
 
 TEST(Snapshot, MeetsFaultsAndUnknownPictures) {
-    camera_sim::CameraHost host;
-    camera_sim::Camera& camera = host.Add({.user = ""});
+    camera_sim::CCameraHost host;
+    camera_sim::CCamera& camera = host.Add({.user = ""});
     using Kind = camera_sim::Fault::Kind;
     camera.Inject("http:snapshot", {.kind = Kind::kUnauthorized, .remaining = 1});
     camera.Inject("snapshot", {.kind = Kind::kTruncate, .remaining = 1, .bytes = 12});
@@ -255,8 +255,8 @@ bool IsAim(Pixel pixel) {
 }
 
 TEST(Snapshot, ShowsTheEncodersPictureAndWhereTheDomeLooks) {
-    camera_sim::CameraHost host;
-    camera_sim::Camera& camera = host.Add({.user = ""});
+    camera_sim::CCameraHost host;
+    camera_sim::CCamera& camera = host.Add({.user = ""});
     const auto take = [&camera](const std::string& profile) {
         const std::string reply = Get(camera, "", "/snapshot/" + profile);
         const auto head = reply.find("\r\n\r\n");

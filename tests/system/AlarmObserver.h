@@ -79,11 +79,11 @@ class CAlarmObserver final : public CONVIFAlarmStateObserver {
     std::map<std::pair<unsigned int, char>, std::string> last_;
 };
 
-inline void SetMotion(camera_sim::Camera& camera, bool active) {
+inline void SetMotion(camera_sim::CCamera& camera, bool active) {
     camera.Change([active](auto& state) { state.media.videoSources.front().motion = active; });
 }
 
-inline void SetInput(camera_sim::Camera& camera, bool active) {
+inline void SetInput(camera_sim::CCamera& camera, bool active) {
     camera.Change([active](auto& state) { state.inputs.front().active = active; });
 }
 

@@ -13,9 +13,9 @@
 namespace client_test {
 namespace {
 
-using camera_sim::Camera;
-using camera_sim::CameraHost;
 using camera_sim::CameraOptions;
+using camera_sim::CCamera;
+using camera_sim::CCameraHost;
 using camera_sim::Fault;
 using std::chrono::milliseconds;
 
@@ -29,7 +29,7 @@ CameraOptions Busy(milliseconds period) {
     return options;
 }
 
-bool PullsWaitAt(const Camera& camera, std::size_t count) {
+bool PullsWaitAt(const CCamera& camera, std::size_t count) {
     return Await([&] {
         const auto subscriptions = camera.Subscriptions();
         return subscriptions.size() == 1 && subscriptions[0].waitingPulls == count;
@@ -38,7 +38,7 @@ bool PullsWaitAt(const Camera& camera, std::size_t count) {
 
 class Alarms : public testing::Test {
  protected:
-    unsigned int Observed(Camera& camera) {
+    unsigned int Observed(CCamera& camera) {
         const unsigned int id = Login(camera);
         EXPECT_TRUE(ONVIF_CLIENT_AddAlarmStateObserver(id, &observer_));
         observed_.push_back(id);
@@ -48,7 +48,7 @@ class Alarms : public testing::Test {
         std::for_each(observed_.begin(), observed_.end(), ONVIF_CLIENT_DelAlarmStateObserver);
     }
 
-    CameraHost host_;
+    CCameraHost host_;
     std::vector<unsigned int> observed_;
     CAlarmObserver observer_;
     CStartedLibrary library_;  // ends before the observer does
@@ -57,7 +57,7 @@ class Alarms : public testing::Test {
 TEST_F(Alarms, ChangesArriveInWhateverFormACameraTellsThem) {
     struct Row {
         CameraOptions options;
-        Camera& camera;
+        CCamera& camera;
         unsigned int id;
     };
     std::vector<Row> rows;
@@ -68,7 +68,7 @@ TEST_F(Alarms, ChangesArriveInWhateverFormACameraTellsThem) {
                                            .topicStyle = topics,
                                            .numericStates = rows.size() % 2 == 0,
                                            .subscriptionStyle = subscriptions};
-            Camera& camera = host_.Add(options);
+            CCamera& camera = host_.Add(options);
             rows.push_back({options, camera, Observed(camera)});
         }
     }
@@ -104,11 +104,11 @@ TEST_F(Alarms, ACameraThatAnswersPullsOddlyIsHeardAndDelaysNoOther) {
         raw(head + "0\r\n\r\n"),
         raw(head + "9\r\n\r\n<a><b></a> and more than was announced"),
     };
-    Camera& sound = host_.Add({});
+    CCamera& sound = host_.Add({});
     const unsigned int soundId = Observed(sound);
     std::string changes;
     for (const Fault& fault : faults) {
-        Camera& camera = host_.Add({});
+        CCamera& camera = host_.Add({});
         camera.Inject("PullMessages", fault);
         const unsigned int id = Observed(camera);
         const auto kind = static_cast<int>(fault.kind);
@@ -123,9 +123,9 @@ TEST_F(Alarms, ACameraThatAnswersPullsOddlyIsHeardAndDelaysNoOther) {
 }
 
 TEST_F(Alarms, PullsKeepToTheLimitsThatACameraNames) {
-    Camera& camera = host_.Add({.senderFaultStatus = 500,
-                                .maxPullTimeout = std::chrono::seconds(30),
-                                .maxMessageLimit = 100});
+    CCamera& camera = host_.Add({.senderFaultStatus = 500,
+                                 .maxPullTimeout = std::chrono::seconds(30),
+                                 .maxMessageLimit = 100});
     const unsigned int id = Observed(camera);
     SetMotion(camera, true);
     ASSERT_TRUE(observer_.Hears(id, "M+"));
@@ -136,7 +136,7 @@ TEST_F(Alarms, PullsKeepToTheLimitsThatACameraNames) {
 }
 
 TEST_F(Alarms, NobodyAtEitherEndIsNoError) {
-    Camera& camera = host_.Add({});
+    CCamera& camera = host_.Add({});
     const unsigned int id = Login(camera);
     constexpr unsigned int kUnknown = 9999;
     EXPECT_TRUE(ONVIF_CLIENT_AddAlarmStateObserver(kUnknown, &observer_));
@@ -163,7 +163,7 @@ TEST_F(Alarms, AnObserverMayDoAnythingInItsCallback) {
     struct Scene {
         unsigned int id;     // of the device that the callback is about
         unsigned int other;  // of a device with the same observer
-        Camera& otherCamera;
+        CCamera& otherCamera;
         CAlarmObserver& own;
         CAlarmObserver& second;
     };
@@ -200,8 +200,8 @@ TEST_F(Alarms, AnObserverMayDoAnythingInItsCallback) {
         {"throws", [](auto&) { throw std::runtime_error("an application's"); }, "M-", "I+", "", ""},
     };
     for (const auto& each : cases) {
-        Camera& camera = host_.Add({.model = "fixed"});
-        Camera& otherCamera = host_.Add({.model = "fixed"});
+        CCamera& camera = host_.Add({.model = "fixed"});
+        CCamera& otherCamera = host_.Add({.model = "fixed"});
         const unsigned int id = Login(camera);
         const unsigned int other = Login(otherCamera);
         CAlarmObserver second;
@@ -242,7 +242,7 @@ TEST_F(Alarms, NothingIsToldAfterAnObserverHasQuit) {
         }
     });
     std::vector<unsigned int> ids;
-    for (Camera* camera : {&host_.Add({}), &host_.Add({})}) {
+    for (CCamera* camera : {&host_.Add({}), &host_.Add({})}) {
         ids.push_back(Login(*camera));
         ONVIF_CLIENT_AddAlarmStateObserver(ids.back(), &observer);
         // One reply brings both changes.
@@ -262,7 +262,7 @@ TEST_F(Alarms, NothingIsToldAfterAnObserverHasQuit) {
 }
 
 TEST_F(Alarms, ARestartOfTheSocketLayerAloneIsGotOver) {
-    Camera& camera = host_.Add({});
+    CCamera& camera = host_.Add({});
     const unsigned int id = Observed(camera);
     EXPECT_TRUE(PullsWaitAt(camera, 1));
     ONVIF_SEARCH_Quit();
@@ -296,7 +296,7 @@ TEST_F(Alarms, ARemovedObserverIsNotCalledAnyMore) {
 }
 
 TEST_F(Alarms, TwoThreadsThatRegisterLeaveOneObserver) {
-    Camera& camera = host_.Add(Busy(milliseconds(0)));
+    CCamera& camera = host_.Add(Busy(milliseconds(0)));
     const unsigned int id = Login(camera);
     for (int round = 0; round < 50; ++round) {
         SetMotion(camera, false);
@@ -362,7 +362,7 @@ TEST_F(Alarms, TheLibraryQuitsAndStartsInTheMiddleOfEverything) {
 }
 
 TEST(AlarmsAtExit, TheProcessEndsWithItsOwnStatus) {
-    CameraHost host;
+    CCameraHost host;
     const CameraOptions busy = Busy(milliseconds(3));
     const std::string port = std::to_string(host.Add(busy).Port());
     for (const std::string from : {"main", "callback", "callback-after-quit"}) {

@@ -7,8 +7,8 @@
 namespace client_test {
 namespace {
 
-using camera_sim::Camera;
-using camera_sim::CameraHost;
+using camera_sim::CCamera;
+using camera_sim::CCameraHost;
 using camera_sim::Fault;
 
 constexpr const char* kOperation = "GetDeviceInformation";
@@ -32,8 +32,8 @@ class BadReplies : public testing::Test {
     }
 
     CStartedLibrary library_;
-    CameraHost host_;
-    Camera& camera_ = host_.Add({});
+    CCameraHost host_;
+    CCamera& camera_ = host_.Add({});
     unsigned int id_ = Login(camera_);
 };
 

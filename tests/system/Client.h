@@ -25,7 +25,7 @@ inline unsigned int LoginAt(unsigned short port, const char* password, unsigned 
                               &error);
 }
 
-inline unsigned int Login(const camera_sim::Camera& camera) {
+inline unsigned int Login(const camera_sim::CCamera& camera) {
     unsigned int error = 0;
     return LoginAt(camera.Port(), "camera-1", error);
 }

@@ -8,9 +8,9 @@
 namespace client_test {
 namespace {
 
-using camera_sim::Camera;
-using camera_sim::CameraHost;
 using camera_sim::CameraState;
+using camera_sim::CCamera;
+using camera_sim::CCameraHost;
 
 struct Value {
     const char* path;
@@ -26,7 +26,7 @@ struct QueryCase {
 class Commands : public testing::Test {
  protected:
     CStartedLibrary library_;
-    CameraHost host_;
+    CCameraHost host_;
 };
 
 TEST_F(Commands, EveryQueryShowsWhatTheCameraIs) {
@@ -123,7 +123,7 @@ TEST_F(Commands, EveryQueryShowsWhatTheCameraIs) {
          {{"alarmin/status", "success"}}},
     };
     for (const char* model : {"dome", "fixed"}) {
-        Camera& camera = host_.Add({.model = model});
+        CCamera& camera = host_.Add({.model = model});
         const unsigned int id = Login(camera);
         for (const QueryCase& each : cases) {
             const auto result = Get(id, each.commands);
@@ -200,7 +200,7 @@ TEST_F(Commands, EveryChangeReachesTheCamera) {
          "manualAlarmout/status", "success", relay, "MonostablePT5Sclosed"},
     };
     for (const char* model : {"dome", "fixed"}) {
-        Camera& camera = host_.Add({.model = model});
+        CCamera& camera = host_.Add({.model = model});
         const unsigned int id = Login(camera);
         for (const ChangeCase& each : cases) {
             const auto result = Set(id, each.command);
@@ -215,7 +215,7 @@ TEST_F(Commands, EveryChangeReachesTheCamera) {
 }
 
 TEST_F(Commands, TheCameraFollowsAClockThatIsSet) {
-    Camera& camera = host_.Add({});
+    CCamera& camera = host_.Add({});
     const unsigned int id = Login(camera);
     const auto result =
         Set(id,
@@ -232,7 +232,7 @@ TEST_F(Commands, TheCameraFollowsAClockThatIsSet) {
 }
 
 TEST_F(Commands, SetCarriesItsResultsAndStopsAtAFailure) {
-    Camera& camera = host_.Add({});
+    CCamera& camera = host_.Add({});
     const unsigned int id = Login(camera);
     const auto both = Set(
         id,

@@ -11,8 +11,8 @@
 namespace client_test {
 namespace {
 
-using camera_sim::Camera;
-using camera_sim::CameraHost;
+using camera_sim::CCamera;
+using camera_sim::CCameraHost;
 
 /// How much each thread does; ONVIF_CLIENT_STRESS multiplies it for a long run by hand.
 int Rounds(int rounds) {
@@ -30,8 +30,8 @@ void OnThreads(int count, const Work& work) {
 
 TEST(Concurrency, ManyThreadsShareOneSession) {
     const CStartedLibrary library;
-    CameraHost host;
-    Camera& camera = host.Add({});
+    CCameraHost host;
+    CCamera& camera = host.Add({});
     const unsigned int id = Login(camera);
     const char* const requests[] = {"<devInfo/>", "<ipv4/><dns/>", "<profiles/>",
                                     "<serviceUrl/><streamCount/>"};
@@ -47,8 +47,8 @@ TEST(Concurrency, ManyThreadsShareOneSession) {
 
 TEST(Concurrency, SessionsComeAndGoWhileOthersWork) {
     const CStartedLibrary library;
-    CameraHost host;
-    std::vector<Camera*> cameras;
+    CCameraHost host;
+    std::vector<CCamera*> cameras;
     std::vector<unsigned int> ids;
     for (int i = 0; i < 20; ++i) {
         cameras.push_back(&host.Add({.model = i % 2 == 0 ? "dome" : "fixed"}));
@@ -74,8 +74,8 @@ TEST(Concurrency, SessionsComeAndGoWhileOthersWork) {
 
 TEST(Concurrency, ALogoutLetsRunningRequestsFinish) {
     const CStartedLibrary library;
-    CameraHost host;
-    Camera& camera = host.Add({});
+    CCameraHost host;
+    CCamera& camera = host.Add({});
     const unsigned int id = Login(camera);
     camera.ClearEvidence();
     camera.Inject("GetDeviceInformation", {.delay = std::chrono::milliseconds(300)});

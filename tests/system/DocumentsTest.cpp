@@ -61,8 +61,8 @@ void ExpectSame(const std::string& documentedText, const char* realText) {
 
 TEST(Documents, TheExamplesGiveTheResultsThatStandBesideThem) {
     const CStartedLibrary library;
-    camera_sim::CameraHost host;
-    camera_sim::Camera& camera = host.Add({});
+    camera_sim::CCameraHost host;
+    camera_sim::CCamera& camera = host.Add({});
     const std::vector<std::string> examples = Examples();
     ASSERT_GE(examples.size(), 32U);
     ASSERT_TRUE(Set(Login(camera), "<createPullPointSubscription/>"));

@@ -37,8 +37,8 @@ TEST(Listener, AnswersPostsFromInitialToQuit) {
 
 TEST(Listener, SilentPostersDelayNoAlarm) {
     const CStartedLibrary library;
-    camera_sim::CameraHost host;
-    camera_sim::Camera& camera = host.Add({});
+    camera_sim::CCameraHost host;
+    camera_sim::CCamera& camera = host.Add({});
     CAlarmObserver observer;
     const unsigned int id = Login(camera);
     ONVIF_CLIENT_AddAlarmStateObserver(id, &observer);

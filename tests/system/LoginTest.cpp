@@ -6,15 +6,15 @@
 namespace client_test {
 namespace {
 
-using camera_sim::Camera;
-using camera_sim::CameraHost;
 using camera_sim::CameraOptions;
+using camera_sim::CCamera;
+using camera_sim::CCameraHost;
 using camera_sim::Fault;
 
 class Login : public testing::Test {
  protected:
     CStartedLibrary library_;
-    CameraHost host_;
+    CCameraHost host_;
 };
 
 /// "key=path key=path ..." as the session knows the services.
@@ -80,7 +80,7 @@ TEST_F(Login, FindsTheServicesOfEveryKindOfDevice) {
          1},
     };
     for (const auto& each : cases) {
-        Camera& camera = host_.Add(each.options);
+        CCamera& camera = host_.Add(each.options);
         if (!each.faulty.empty()) {
             camera.Inject(each.faulty, refuse);
         }
@@ -132,7 +132,7 @@ TEST_F(Login, TellsWhyItFailed) {
         {"GetMoveOptions", close, 0},
     };
     for (const auto& each : cases) {
-        Camera& camera = host_.Add({});
+        CCamera& camera = host_.Add({});
         camera.Inject(each.operation, each.fault);
         unsigned int error = 99;
         const unsigned int id = LoginAt(camera.Port(), "camera-1", error);
@@ -142,9 +142,9 @@ TEST_F(Login, TellsWhyItFailed) {
 }
 
 TEST_F(Login, ChecksCredentials) {
-    Camera& camera = host_.Add({});
-    Camera& open = host_.Add({.model = "fixed", .user = ""});
-    Camera& shy = host_.Add({.model = "fixed", .openOperations = {}});
+    CCamera& camera = host_.Add({});
+    CCamera& open = host_.Add({.model = "fixed", .user = ""});
+    CCamera& shy = host_.Add({.model = "fixed", .openOperations = {}});
     unsigned int error = 0;
     EXPECT_EQ(LoginAt(camera.Port(), "wrong", error), ONVIF_CLIENT_NO_LOGIN_ID);
     EXPECT_EQ(error, 401U);
@@ -168,13 +168,13 @@ TEST_F(Login, ChecksCredentials) {
 }
 
 TEST_F(Login, SetsTheCamerasClockAndSignsByTheDevicesWhereItMust) {
-    Camera& late = host_.Add({.clockOffset = std::chrono::hours(-30)});
+    CCamera& late = host_.Add({.clockOffset = std::chrono::hours(-30)});
     ASSERT_NE(client_test::Login(late), ONVIF_CLIENT_NO_LOGIN_ID);
     EXPECT_LE(std::abs(late.State().clock.offset.count()), 60);
     EXPECT_EQ(late.State().clock.type, "Manual");
 
     // A clock that cannot be set: requests by the device's clock work, those by ours do not.
-    Camera& stubborn = host_.Add({.clockOffset = std::chrono::hours(30)});
+    CCamera& stubborn = host_.Add({.clockOffset = std::chrono::hours(30)});
     stubborn.Inject("SetSystemDateAndTime",
                     {.kind = Fault::Kind::kSoapFault, .soapFault = {.subcode = "InvalidDateTime"}});
     const unsigned int id = client_test::Login(stubborn);
@@ -184,7 +184,7 @@ TEST_F(Login, SetsTheCamerasClockAndSignsByTheDevicesWhereItMust) {
 }
 
 TEST_F(Login, ASlowServiceListIsGivenUpAndTheCapabilitiesServe) {
-    Camera& camera = host_.Add({});
+    CCamera& camera = host_.Add({});
     camera.Inject(
         "GetServices",
         {.kind = Fault::Kind::kSegments, .bytes = 1, .pause = std::chrono::milliseconds(100)});
@@ -194,7 +194,7 @@ TEST_F(Login, ASlowServiceListIsGivenUpAndTheCapabilitiesServe) {
 }
 
 TEST_F(Login, IdsCountSuccessfulLogins) {
-    Camera& camera = host_.Add({.model = "fixed"});
+    CCamera& camera = host_.Add({.model = "fixed"});
     const unsigned int first = client_test::Login(camera);
     unsigned int error = 77;
     LoginAt(camera.Port(), "wrong", error);
@@ -217,7 +217,7 @@ TEST_F(Login, IdsCountSuccessfulLogins) {
 }
 
 TEST_F(Login, NullAndUnknownArgumentsDoNoHarm) {
-    Camera& camera = host_.Add({.model = "fixed"});
+    CCamera& camera = host_.Add({.model = "fixed"});
     const unsigned int none = ONVIF_CLIENT_NO_LOGIN_ID;
     unsigned int error = 77;
     EXPECT_EQ(ONVIF_CLIENT_Login(none, nullptr, 80, "u", "p", &error), none);

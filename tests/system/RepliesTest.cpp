@@ -5,8 +5,8 @@
 namespace client_test {
 namespace {
 
-using camera_sim::Camera;
-using camera_sim::CameraHost;
+using camera_sim::CCamera;
+using camera_sim::CCameraHost;
 using camera_sim::Fault;
 
 constexpr const char* kProlog = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>";
@@ -18,11 +18,11 @@ constexpr const char* kQueries =
 
 TEST(Replies, GiveTheSameResultsWhateverTheirPrefixes) {
     const CStartedLibrary library;
-    CameraHost host;
+    CCameraHost host;
     for (const char* model : {"dome", "fixed"}) {
         std::string expected;
         for (const std::string& style : camera_sim::PrefixStyleNames()) {
-            Camera& camera = host.Add({.model = model, .prefixStyle = style});
+            CCamera& camera = host.Add({.model = model, .prefixStyle = style});
             auto result = Get(Login(camera), kQueries).value_or("(failed)");
             const std::string port = ":" + std::to_string(camera.Port());
             for (auto at = result.find(port); at != std::string::npos; at = result.find(port)) {
@@ -107,8 +107,8 @@ TEST(Replies, AreReadAsCamerasWriteThem) {
          "(failed)"},
     };
     const CStartedLibrary library;
-    CameraHost host;
-    Camera& camera = host.Add({});
+    CCameraHost host;
+    CCamera& camera = host.Add({});
     const unsigned int id = Login(camera);
     for (const auto& each : cases) {
         camera.Inject("GetStreamUri", {.kind = Fault::Kind::kRawReply,

@@ -7,8 +7,8 @@
 namespace client_test {
 namespace {
 
-using camera_sim::Camera;
-using camera_sim::CameraHost;
+using camera_sim::CCamera;
+using camera_sim::CCameraHost;
 
 /// What stands inside the element at a path of names below the document's root.
 std::string InsideOf(const std::string& document, const std::vector<const char*>& path) {
@@ -42,7 +42,7 @@ struct RoundTrip {
 
 TEST(RoundTrips, WhatIsReadCanBeSentBackWithOneValueChanged) {
     const CStartedLibrary library;
-    CameraHost host;
+    CCameraHost host;
     const RoundTrip cases[] = {
         {"imageSettings",
          "",
@@ -94,7 +94,7 @@ TEST(RoundTrips, WhatIsReadCanBeSentBackWithOneValueChanged) {
          true},
     };
     for (const char* model : {"dome", "fixed"}) {
-        Camera& camera = host.Add({.model = model});
+        CCamera& camera = host.Add({.model = model});
         const unsigned int id = Login(camera);
         // A preset that gets another name also gets the place where the dome looks.
         Set(id, "<gotoPreset><presetToken>Preset_1</presetToken></gotoPreset>");
@@ -142,7 +142,7 @@ TEST(RoundTrips, WhatIsReadCanBeSentBackWithOneValueChanged) {
 
 TEST(RoundTrips, WhatIsMadeCanBeNamedByItsToken) {
     const CStartedLibrary library;
-    CameraHost host;
+    CCameraHost host;
     const unsigned int id = Login(host.Add({}));
     const struct {
         const char* make;

@@ -10,14 +10,14 @@
 namespace client_test {
 namespace {
 
-using camera_sim::Camera;
-using camera_sim::CameraHost;
 using camera_sim::CameraState;
+using camera_sim::CCamera;
+using camera_sim::CCameraHost;
 
 class Services : public testing::Test {
  protected:
     CStartedLibrary library_;
-    CameraHost host_;
+    CCameraHost host_;
 };
 
 struct Expectation {
@@ -175,7 +175,7 @@ TEST_F(Services, EveryChangeReachesTheCamera) {
          motion, with(none, "10/34/BPg+AAAf"), with(none, "10/34/BPg+AAAf")},
     };
     for (const char* model : {"dome", "fixed"}) {
-        Camera& camera = host_.Add({.model = model});
+        CCamera& camera = host_.Add({.model = model});
         const unsigned int id = Login(camera);
         for (const ServiceCase& each : cases) {
             const Expectation& expected = model == std::string("dome") ? each.dome : each.fixed;

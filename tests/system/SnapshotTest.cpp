@@ -5,9 +5,9 @@
 namespace client_test {
 namespace {
 
-using camera_sim::Camera;
-using camera_sim::CameraHost;
 using camera_sim::CameraOptions;
+using camera_sim::CCamera;
+using camera_sim::CCameraHost;
 using camera_sim::Fault;
 using camera_sim::HttpScheme;
 
@@ -31,7 +31,7 @@ class Snapshots : public testing::Test {
 
     static constexpr const char* kFirst = "<snapshotURI><index>0</index></snapshotURI>";
     CStartedLibrary library_;
-    CameraHost host_;
+    CCameraHost host_;
 };
 
 TEST_F(Snapshots, ComeWhateverTheCameraAsksFor) {
@@ -45,7 +45,7 @@ TEST_F(Snapshots, ComeWhateverTheCameraAsksFor) {
     options[3].snapshotRealm = "hall, \"north\"";
     options[3].snapshotQop = "auth,auth-int";
     for (CameraOptions& each : options) {
-        Camera& camera = host_.Add(each);
+        CCamera& camera = host_.Add(each);
         const unsigned int id = Login(camera);
         const bool open = each.snapshotAuthentication == HttpScheme::kNone;
         EXPECT_TRUE(IsJpeg(Fetch(id, kFirst)));
@@ -54,7 +54,7 @@ TEST_F(Snapshots, ComeWhateverTheCameraAsksFor) {
 }
 
 TEST_F(Snapshots, EndTheRequestAndChooseAProfile) {
-    Camera& camera = host_.Add({});
+    CCamera& camera = host_.Add({});
     const unsigned int id = Login(camera);
     const std::string first = Fetch(id, kFirst);
     const std::string third =

@@ -47,7 +47,7 @@ inline constexpr const char* kRight = "ONVIF_USER=admin ONVIF_PASSWORD=camera-1"
 inline std::string LocalAddress(std::uint16_t port) {
     return "127.0.0.1:" + std::to_string(port);
 }
-inline std::string AddressOf(const camera_sim::Camera& camera) {
+inline std::string AddressOf(const camera_sim::CCamera& camera) {
     return LocalAddress(camera.Port());
 }
 

@@ -38,8 +38,8 @@ void ExpectRuns(const std::vector<Run>& runs) {
 }
 
 TEST(Onvifctl, ItsExitCodesAndOutputTellWhatHappened) {
-    camera_sim::CameraHost host;
-    camera_sim::Camera& camera = host.Add({});
+    camera_sim::CCameraHost host;
+    camera_sim::CCamera& camera = host.Add({});
     camera.Inject("GetDNS", {.kind = camera_sim::Fault::Kind::kSoapFault,
                              .soapFault = {.code = "Receiver", .reason = "no name servers"}});
     const CClosedPort nobody;
@@ -97,8 +97,8 @@ TEST(Onvifctl, ItsExitCodesAndOutputTellWhatHappened) {
 }
 
 TEST(Onvifctl, WhatGetShowsCanBeEditedAndSet) {
-    camera_sim::CameraHost host;
-    camera_sim::Camera& camera = host.Add({});
+    camera_sim::CCameraHost host;
+    camera_sim::CCamera& camera = host.Add({});
     const std::string at = AddressOf(camera);
     const std::string file = OwnFile("edited.xml");
     const std::string set = "set " + at + " " + file;
@@ -151,9 +151,9 @@ TEST(Onvifctl, WhatGetShowsCanBeEditedAndSet) {
 }
 
 TEST(Onvifctl, PicturesAndStreams) {
-    camera_sim::CameraHost host;
+    camera_sim::CCameraHost host;
     for (const char* model : {"dome", "fixed"}) {
-        camera_sim::Camera& camera = host.Add({.model = model});
+        camera_sim::CCamera& camera = host.Add({.model = model});
         const std::string at = AddressOf(camera);
         const std::string file = OwnFile("picture.jpg");
         const std::string snapshot = "snapshot " + at + " -o ";
@@ -183,8 +183,8 @@ TEST(Onvifctl, PicturesAndStreams) {
 }
 
 TEST(Onvifctl, DomesMoveByNamesOfPresetsAndTours) {
-    camera_sim::CameraHost host;
-    camera_sim::Camera& camera = host.Add({});
+    camera_sim::CCameraHost host;
+    camera_sim::CCamera& camera = host.Add({});
     const std::string ptz = "ptz " + AddressOf(camera) + " ";
     const auto head = [&camera] { return camera.State().ptz; };
     ExpectRuns({{ptz + "move -50 20", 0, ""}});
@@ -214,8 +214,8 @@ TEST(Onvifctl, DomesMoveByNamesOfPresetsAndTours) {
 }
 
 TEST(Onvifctl, ASignalEndsATimedMoveWithAStop) {
-    camera_sim::CameraHost host;
-    camera_sim::Camera& camera = host.Add({});
+    camera_sim::CCameraHost host;
+    camera_sim::CCamera& camera = host.Add({});
     CRunningTool tool("ptz " + AddressOf(camera) + " move 10 0 --for 3000", kRight);
     for (int i = 0; i < 20000 && camera.Count("ContinuousMove") == 0; ++i) {
         std::this_thread::sleep_for(std::chrono::milliseconds(1));
@@ -227,8 +227,8 @@ TEST(Onvifctl, ASignalEndsATimedMoveWithAStop) {
 }
 
 TEST(Onvifctl, ImageSettingsByName) {
-    camera_sim::CameraHost host;
-    camera_sim::Camera& camera = host.Add({});
+    camera_sim::CCameraHost host;
+    camera_sim::CCamera& camera = host.Add({});
     const std::string image = "image " + AddressOf(camera) + " ";
     ExpectRuns({{image + "set brightness 61 wideDynamicRange/level 30", 0, ""},
                 {image + "get", 0, "\n  wideDynamicRange/level       30         0 to 100\n"},

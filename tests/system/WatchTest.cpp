@@ -16,8 +16,8 @@
 namespace client_test {
 namespace {
 
-using camera_sim::Camera;
-using camera_sim::CameraHost;
+using camera_sim::CCamera;
+using camera_sim::CCameraHost;
 
 /// How far "2026-11-21T14:05:09.123" is ahead of now, in whole hours; -1000 for another form.
 long HoursAhead(const std::string& text) {
@@ -49,14 +49,14 @@ TEST(Watch, ShowsEachChangeOfEveryCameraOnce) {
          R"(","kind":"alarm-input","input":1,)", "\"state\":true}\n", "\"state\":false}\n"},
     };
     for (const Form& form : kForms) {
-        CameraHost host;
-        Camera& a = host.Add({.model = "fixed"});
-        Camera& b = host.Add({.model = "fixed"});
+        CCameraHost host;
+        CCamera& a = host.Add({.model = "fixed"});
+        CCamera& b = host.Add({.model = "fixed"});
         SetMotion(a, true);  // what is active already is told at once
         CRunningTool tool(
             "watch --for 100 " + std::string(form.option) + AddressOf(a) + " " + AddressOf(b),
             std::string(kRight) + " TZ=ABC-10");
-        const auto expect = [&](const Camera& camera, const char* kind, const char* state) {
+        const auto expect = [&](const CCamera& camera, const char* kind, const char* state) {
             const std::size_t start = std::strlen(form.beforeTime);
             constexpr std::size_t kTime = sizeof "2026-11-21T14:05:09.123" - 1;
             const std::string line = tool.Line();
@@ -81,8 +81,8 @@ TEST(Watch, ShowsEachChangeOfEveryCameraOnce) {
 }
 
 TEST(Watch, AHostThatFailsDoesNotStopTheOthers) {
-    CameraHost host;
-    Camera& good = host.Add({.model = "fixed"});
+    CCameraHost host;
+    CCamera& good = host.Add({.model = "fixed"});
     SetMotion(good, true);
     const CClosedPort nobody;
     const std::string closed = LocalAddress(nobody.Port());
@@ -97,7 +97,7 @@ TEST(Watch, AHostThatFailsDoesNotStopTheOthers) {
 }
 
 TEST(Watch, EndsWhenThereIsNothingToWatch) {
-    CameraHost host;
+    CCameraHost host;
     const std::string good = AddressOf(host.Add({}));
     const CClosedPort nobody;
     const std::string closed = LocalAddress(nobody.Port());
@@ -128,8 +128,8 @@ TEST(Watch, EndsWhenThereIsNothingToWatch) {
 }
 
 TEST(Watch, ASignalBreaksOffALogin) {
-    CameraHost host;
-    Camera& camera = host.Add({});
+    CCameraHost host;
+    CCamera& camera = host.Add({});
     camera.Inject("*", {.kind = camera_sim::Fault::Kind::kSilence});
     CRunningTool tool("watch " + AddressOf(camera), kRight);
     EXPECT_TRUE(Await([&] { return camera.Count("*") > 0; }));

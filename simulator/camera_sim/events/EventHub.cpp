@@ -15,8 +15,8 @@ const Property* FindSame(const std::vector<Property>& list, const Property& want
 
 }  // namespace
 
-Subscription* EventHub::Add(Clock::duration term, TopicFilter filter,
-                            std::optional<NotifyTarget> consumer, const CameraState& state) {
+Subscription* CEventHub::Add(Clock::duration term, CTopicFilter filter,
+                             std::optional<NotifyTarget> consumer, const CameraState& state) {
     if (All().size() >= options_.maxSubscriptions) {
         return nullptr;
     }
@@ -30,7 +30,7 @@ Subscription* EventHub::Add(Clock::duration term, TopicFilter filter,
     return &subscription;
 }
 
-Subscription* EventHub::Find(std::uint64_t id) {
+Subscription* CEventHub::Find(std::uint64_t id) {
     const auto found = subscriptions_.find(id);
     if (found == subscriptions_.end()) {
         return nullptr;
@@ -42,20 +42,20 @@ Subscription* EventHub::Find(std::uint64_t id) {
     return nullptr;
 }
 
-std::map<std::uint64_t, Subscription>& EventHub::All() {
+std::map<std::uint64_t, Subscription>& CEventHub::All() {
     std::erase_if(subscriptions_,
                   [now = Clock::now()](const auto& entry) { return entry.second.end <= now; });
     return subscriptions_;
 }
 
-void EventHub::Synchronize(Subscription& subscription, const CameraState& state) {
+void CEventHub::Synchronize(Subscription& subscription, const CameraState& state) {
     for (const Property& property : ListProperties(state)) {
         Queue(subscription, std::make_shared<const EventMessage>(
                                 MakeMessage(options_, state, property, "Initialized")));
     }
 }
 
-std::size_t EventHub::Observe(const CameraState& state) {
+std::size_t CEventHub::Observe(const CameraState& state) {
     std::vector<Property> current = ListProperties(state);
     std::size_t count = 0;
     const auto publish = [&](const Property& property, std::string_view operation) {
@@ -81,7 +81,7 @@ std::size_t EventHub::Observe(const CameraState& state) {
     return count;
 }
 
-void EventHub::Queue(Subscription& subscription, std::shared_ptr<const EventMessage> message) {
+void CEventHub::Queue(Subscription& subscription, std::shared_ptr<const EventMessage> message) {
     if (!subscription.filter.Accepts(*message->topic)) {
         return;
     }

@@ -29,7 +29,7 @@ struct Subscription {
     std::uint64_t id = 0;  ///< never used twice
     Clock::duration term{};
     Clock::time_point end{};
-    TopicFilter filter;
+    CTopicFilter filter;
     std::optional<NotifyTarget> consumer;  ///< nothing: a pull point
     bool posting = false;                  ///< a notification is on its way to the consumer
     std::deque<std::shared_ptr<const EventMessage>> queue;
@@ -47,16 +47,16 @@ struct PullWait {
 };
 
 /// Not safe for use by several threads at once.
-class EventHub {
+class CEventHub {
  public:
     using Clock = Subscription::Clock;
 
     /// @p options must outlive the hub.
-    explicit EventHub(const CameraOptions& options) : options_(options) {}
+    explicit CEventHub(const CameraOptions& options) : options_(options) {}
 
     /// A new subscription; the current state of every property waits in it. Null when there are
     /// too many.
-    Subscription* Add(Clock::duration term, TopicFilter filter,
+    Subscription* Add(Clock::duration term, CTopicFilter filter,
                       std::optional<NotifyTarget> consumer, const CameraState& state);
     /// Null when it is unknown or has expired.
     Subscription* Find(std::uint64_t id);

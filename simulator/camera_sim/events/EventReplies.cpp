@@ -8,7 +8,7 @@
 namespace camera_sim {
 namespace {
 
-using Scope = XmlWriter::Scope;
+using Scope = CXmlWriter::CScope;
 using std::chrono::milliseconds;
 
 constexpr std::string_view kNotifyAction =
@@ -52,7 +52,7 @@ std::vector<std::string> SubscriptionStyleNames() {
     return names;
 }
 
-void WriteAddressing(XmlWriter& out, std::string_view action, std::string_view relatesTo) {
+void WriteAddressing(CXmlWriter& out, std::string_view action, std::string_view relatesTo) {
     if (action.empty()) {
         return;
     }
@@ -75,20 +75,21 @@ std::string AnswerAction(const XmlElement* header) {
     return action + "Response";
 }
 
-void WriteTimes(XmlWriter& out, Ns ns, const CameraState& state, const Subscription& subscription) {
+void WriteTimes(CXmlWriter& out, Ns ns, const CameraState& state,
+                const Subscription& subscription) {
     out.Element(ns, "CurrentTime",
                 FormatUtc(std::chrono::floor<std::chrono::seconds>(CameraTime(state))));
     WriteTerminationTime(out, ns, state, subscription);
 }
 
-void WriteTerminationTime(XmlWriter& out, Ns ns, const CameraState& state,
+void WriteTerminationTime(CXmlWriter& out, Ns ns, const CameraState& state,
                           const Subscription& subscription) {
-    const auto rest = std::chrono::round<milliseconds>(subscription.end - EventHub::Clock::now());
+    const auto rest = std::chrono::round<milliseconds>(subscription.end - CEventHub::Clock::now());
     out.Element(ns, "TerminationTime",
                 FormatUtc(std::chrono::floor<std::chrono::seconds>(CameraTime(state) + rest)));
 }
 
-void WriteReference(XmlWriter& out, Ns ns, const CameraOptions& options, std::uint64_t id) {
+void WriteReference(CXmlWriter& out, Ns ns, const CameraOptions& options, std::uint64_t id) {
     const SubscriptionStyle& style = StyleOf(options);
     const std::string number = std::to_string(id);
     std::string path(kSubscriptionPath);
@@ -109,7 +110,7 @@ void WriteReference(XmlWriter& out, Ns ns, const CameraOptions& options, std::ui
     out.Raw(element.append(number).append("</").append(name).append(">"));
 }
 
-std::size_t WritePulled(XmlWriter& out, const CameraState& state, Subscription& subscription,
+std::size_t WritePulled(CXmlWriter& out, const CameraState& state, Subscription& subscription,
                         std::size_t limit) {
     WriteTimes(out, Ns::kEvents, state, subscription);
     std::size_t count = 0;
@@ -122,7 +123,7 @@ std::size_t WritePulled(XmlWriter& out, const CameraState& state, Subscription& 
     return count;
 }
 
-void WriteNotify(XmlWriter& out, const CameraOptions& options, Subscription& subscription) {
+void WriteNotify(CXmlWriter& out, const CameraOptions& options, Subscription& subscription) {
     out.Element(Ns::kAddressing, "To", subscription.consumer->address);
     WriteAddressing(out, kNotifyAction, {});
     const Scope notify(out, Ns::kNotification, "Notify");

@@ -21,21 +21,21 @@ inline constexpr std::string_view kSubscriptionPath = "/onvif/subscription";
 /// Fills the envelope's header of an answer to a request with addressing headers.
 /// @param action of the answer; empty: writes nothing
 /// @param relatesTo the request's identifier, empty for none
-void WriteAddressing(XmlWriter& out, std::string_view action, std::string_view relatesTo);
+void WriteAddressing(CXmlWriter& out, std::string_view action, std::string_view relatesTo);
 /// The action of the answer to a request with that header; empty when the request has none.
 std::string AnswerAction(const XmlElement* header);
 
 /// CurrentTime and TerminationTime.
-void WriteTimes(XmlWriter& out, Ns ns, const CameraState& state, const Subscription& subscription);
-void WriteTerminationTime(XmlWriter& out, Ns ns, const CameraState& state,
+void WriteTimes(CXmlWriter& out, Ns ns, const CameraState& state, const Subscription& subscription);
+void WriteTerminationTime(CXmlWriter& out, Ns ns, const CameraState& state,
                           const Subscription& subscription);
-void WriteReference(XmlWriter& out, Ns ns, const CameraOptions& options, std::uint64_t id);
+void WriteReference(CXmlWriter& out, Ns ns, const CameraOptions& options, std::uint64_t id);
 /// The content of a PullMessagesResponse; takes at most @p limit messages out of the queue and
 /// returns how many.
-std::size_t WritePulled(XmlWriter& out, const CameraState& state, Subscription& subscription,
+std::size_t WritePulled(CXmlWriter& out, const CameraState& state, Subscription& subscription,
                         std::size_t limit);
 /// A whole notification, with the oldest message of the queue, which it takes out.
-void WriteNotify(XmlWriter& out, const CameraOptions& options, Subscription& subscription);
+void WriteNotify(CXmlWriter& out, const CameraOptions& options, Subscription& subscription);
 
 /// A fault of the notification or resource framework: @p name with a usual prefix.
 /// @param extra elements at the end of the detail, in its namespace

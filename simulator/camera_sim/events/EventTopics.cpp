@@ -7,7 +7,7 @@
 namespace camera_sim {
 namespace {
 
-using Scope = XmlWriter::Scope;
+using Scope = CXmlWriter::CScope;
 using Origin = Topic::Origin;
 using Path = std::array<std::string_view, Topic::kDepth>;
 
@@ -66,7 +66,7 @@ std::string ItemValue(const CameraState& state, const Property& property, Origin
     return property.token;
 }
 
-void WriteItems(XmlWriter& out, std::string_view list,
+void WriteItems(CXmlWriter& out, std::string_view list,
                 const std::vector<std::pair<std::string_view, std::string>>& items) {
     const Scope element(out, Ns::kSchema, list);
     for (const auto& [name, value] : items) {
@@ -76,13 +76,13 @@ void WriteItems(XmlWriter& out, std::string_view list,
     }
 }
 
-void WriteItemDescription(XmlWriter& out, std::string_view name, const std::string& type) {
+void WriteItemDescription(CXmlWriter& out, std::string_view name, const std::string& type) {
     const Scope item(out, Ns::kSchema, "SimpleItemDescription");
     out.Attribute("Name", name);
     out.Attribute("Type", type);
 }
 
-void WriteDescription(XmlWriter& out, const Topic& topic) {
+void WriteDescription(CXmlWriter& out, const Topic& topic) {
     const Scope description(out, Ns::kSchema, "MessageDescription");
     out.Attribute("IsProperty", true);
     {
@@ -101,7 +101,7 @@ void WriteDescription(XmlWriter& out, const Topic& topic) {
     WriteItemDescription(out, topic.data, out.QualifiedName(Ns::kXmlSchema, "boolean"));
 }
 
-void WriteLevel(XmlWriter& out, const Topic& topic, std::size_t level) {
+void WriteLevel(CXmlWriter& out, const Topic& topic, std::size_t level) {
     const bool prefixed = level == 0 || topic.qualified;
     const Scope element(out, prefixed ? Ns::kTopics : Ns::kNone, topic.path[level]);
     const bool last = level + 1 == topic.path.size() || topic.path[level + 1].empty();
@@ -158,7 +158,7 @@ std::vector<std::string> TopicStyleNames() {
     return names;
 }
 
-void WriteTopicSet(XmlWriter& out, const TopicStyle& style) {
+void WriteTopicSet(CXmlWriter& out, const TopicStyle& style) {
     const Scope set(out, Ns::kTopicSet, "TopicSet");
     WriteLevel(out, style.motion, 0);
     WriteLevel(out, style.input, 0);
@@ -184,7 +184,7 @@ EventMessage MakeMessage(const CameraOptions& options, const CameraState& state,
     return message;
 }
 
-void WriteMessage(XmlWriter& out, const EventMessage& message) {
+void WriteMessage(CXmlWriter& out, const EventMessage& message) {
     {
         const Scope topic(out, Ns::kNotification, "Topic");
         out.Attribute("Dialect", kConcreteSetDialect);
@@ -209,8 +209,8 @@ void WriteMessage(XmlWriter& out, const EventMessage& message) {
     WriteItems(out, "Data", {{message.topic->data, std::string(message.value)}});
 }
 
-TopicFilter TopicFilter::Read(const XmlElement* filter, Problem& problem) {
-    TopicFilter result;
+CTopicFilter CTopicFilter::Read(const XmlElement* filter, Problem& problem) {
+    CTopicFilter result;
     problem = Problem::kNone;
     if (filter == nullptr || filter->FirstChildElement() == nullptr) {
         return result;
@@ -234,7 +234,7 @@ TopicFilter TopicFilter::Read(const XmlElement* filter, Problem& problem) {
     return result;
 }
 
-bool TopicFilter::Add(std::string_view expression) {
+bool CTopicFilter::Add(std::string_view expression) {
     while (branches_.size() < kMostBranches) {
         const auto bar = expression.find('|');
         std::string_view rest = expression.substr(0, bar);
@@ -274,7 +274,7 @@ bool TopicFilter::Add(std::string_view expression) {
     return false;
 }
 
-bool TopicFilter::Accepts(const Topic& topic) const {
+bool CTopicFilter::Accepts(const Topic& topic) const {
     const std::string path = topic.PlainPath();
     return everything_ ||
            std::any_of(branches_.begin(), branches_.end(), [&](const Branch& branch) {

@@ -53,7 +53,7 @@ struct TopicStyle {
 /// Null when there is none of that name.
 const TopicStyle* FindTopicStyle(std::string_view name);
 /// Writes the topic set of GetEventProperties.
-void WriteTopicSet(XmlWriter& out, const TopicStyle& style);
+void WriteTopicSet(CXmlWriter& out, const TopicStyle& style);
 
 struct EventMessage {
     std::chrono::sys_time<std::chrono::milliseconds> time;  ///< of the camera
@@ -65,17 +65,17 @@ struct EventMessage {
 EventMessage MakeMessage(const CameraOptions& options, const CameraState& state,
                          const Property& property, std::string_view operation);
 /// Writes topic and message, the content of a NotificationMessage.
-void WriteMessage(XmlWriter& out, const EventMessage& message);
+void WriteMessage(CXmlWriter& out, const EventMessage& message);
 
 /// The topics that a subscription wants.
-class TopicFilter {
+class CTopicFilter {
  public:
     enum class Problem { kNone, kUnknownDialect, kUnknownFilter, kBadExpression };
 
     /// Everything.
-    TopicFilter() = default;
+    CTopicFilter() = default;
     /// Reads the Filter element of a request; null means everything.
-    static TopicFilter Read(const XmlElement* filter, Problem& problem);
+    static CTopicFilter Read(const XmlElement* filter, Problem& problem);
     bool Accepts(const Topic& topic) const;
 
  private:

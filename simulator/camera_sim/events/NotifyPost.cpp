@@ -22,9 +22,9 @@ constexpr std::chrono::seconds kLimit{5};
 constexpr std::size_t kHeadLimit = std::size_t{16} * 1024;
 
 /// One notification on its way. Kept alive by the operation that it waits for.
-class Post : public std::enable_shared_from_this<Post> {
+class CPost : public std::enable_shared_from_this<CPost> {
  public:
-    Post(asio::io_context& io, std::string message, std::function<void(bool)> done)
+    CPost(asio::io_context& io, std::string message, std::function<void(bool)> done)
         : socket_(io), timer_(io, kLimit), message_(std::move(message)), done_(std::move(done)) {}
 
     void Start(std::uint16_t port) {
@@ -91,7 +91,7 @@ void PostNotification(asio::io_context& io, const NotifyTarget& target, const st
     message.append(std::to_string(target.port)).append("\r\nContent-Type: ").append(kSoapType);
     message.append("\r\nContent-Length: ").append(std::to_string(body.size()));
     message.append("\r\nConnection: close\r\n\r\n").append(body);
-    std::make_shared<Post>(io, std::move(message), std::move(done))->Start(target.port);
+    std::make_shared<CPost>(io, std::move(message), std::move(done))->Start(target.port);
 }
 
 }  // namespace camera_sim

@@ -21,7 +21,7 @@ struct HttpRequest {
 
 /// What the server does with a connection.
 struct Reply {
-    /// kDeferred: there is no reply yet; CameraCore::Resume has it later.
+    /// kDeferred: there is no reply yet; CCameraCore::Resume has it later.
     enum class Ending { kSend, kSilence, kClose, kDeferred };
     Ending ending = Ending::kSend;
     std::string bytes{};  ///< everything to send, HTTP head included

@@ -158,7 +158,7 @@ std::optional<std::uint32_t> ReadCount(std::string_view text) {
 
 }  // namespace
 
-struct HttpAuthenticator::DigestFields {
+struct CHttpAuthenticator::DigestFields {
     Fields fields;
 
     /// Empty for a missing field.
@@ -180,11 +180,11 @@ struct HttpAuthenticator::DigestFields {
     }
 };
 
-HttpAuthenticator::HttpAuthenticator(HttpAuthenticationSettings settings)
+CHttpAuthenticator::CHttpAuthenticator(HttpAuthenticationSettings settings)
     : settings_(std::move(settings)), opaque_(RandomText()) {}
 
-HttpAuthenticator::Result HttpAuthenticator::Check(const HttpRequest& request, const User& user,
-                                                   Time now) {
+CHttpAuthenticator::Result CHttpAuthenticator::Check(const HttpRequest& request, const User& user,
+                                                     Time now) {
     if (settings_.scheme == HttpScheme::kNone || user.name.empty()) {
         return {{true, {}}};
     }
@@ -202,7 +202,7 @@ HttpAuthenticator::Result HttpAuthenticator::Check(const HttpRequest& request, c
                                                   : CheckDigest(rest, request, user, now);
 }
 
-Credentials HttpAuthenticator::CheckBasic(std::string_view credentials, const User& user) const {
+Credentials CHttpAuthenticator::CheckBasic(std::string_view credentials, const User& user) const {
     const auto decoded = DecodeBase64(credentials);
     const auto colon = decoded ? decoded->find(':') : std::string::npos;
     if (colon == std::string::npos) {
@@ -217,9 +217,9 @@ Credentials HttpAuthenticator::CheckBasic(std::string_view credentials, const Us
     return {true, {}};
 }
 
-HttpAuthenticator::Result HttpAuthenticator::CheckDigest(std::string_view text,
-                                                         const HttpRequest& request,
-                                                         const User& user, Time now) {
+CHttpAuthenticator::Result CHttpAuthenticator::CheckDigest(std::string_view text,
+                                                           const HttpRequest& request,
+                                                           const User& user, Time now) {
     auto parsed = ReadFields(text);
     if (!parsed) {
         return {{false, "unreadable credentials"}};
@@ -237,8 +237,8 @@ HttpAuthenticator::Result HttpAuthenticator::CheckDigest(std::string_view text,
     return {{refusal.empty(), std::string(refusal)}, !refusal.empty()};
 }
 
-std::string_view HttpAuthenticator::Mismatch(const DigestFields& fields, const HttpRequest& request,
-                                             const User& user) const {
+std::string_view CHttpAuthenticator::Mismatch(const DigestFields& fields,
+                                              const HttpRequest& request, const User& user) const {
     const std::string_view qop = fields.Get("qop");
     if (fields.Get("username") != user.name) {
         return "unknown user";
@@ -270,7 +270,7 @@ std::string_view HttpAuthenticator::Mismatch(const DigestFields& fields, const H
     return {};
 }
 
-std::string_view HttpAuthenticator::UseNonce(const DigestFields& fields, Time now) {
+std::string_view CHttpAuthenticator::UseNonce(const DigestFields& fields, Time now) {
     const auto nonce = std::find_if(nonces_.begin(), nonces_.end(), [&](const Nonce& candidate) {
         return candidate.text == fields.Get("nonce");
     });
@@ -291,7 +291,7 @@ std::string_view HttpAuthenticator::UseNonce(const DigestFields& fields, Time no
     return {};
 }
 
-std::string HttpAuthenticator::Challenge(bool stale, Time now) {
+std::string CHttpAuthenticator::Challenge(bool stale, Time now) {
     if (settings_.scheme == HttpScheme::kBasic) {
         return "Basic realm=" + Quoted(settings_.realm);
     }

@@ -27,11 +27,11 @@ struct HttpAuthenticationSettings {
 
 /// Digest uses MD5 and makes a new nonce for every challenge; it remembers a fixed number of them,
 /// the oldest are forgotten first. Not safe for use by several threads at once.
-class HttpAuthenticator {
+class CHttpAuthenticator {
  public:
     using Time = std::chrono::steady_clock::time_point;
 
-    explicit HttpAuthenticator(HttpAuthenticationSettings settings);
+    explicit CHttpAuthenticator(HttpAuthenticationSettings settings);
 
     struct Result {
         Credentials credentials;

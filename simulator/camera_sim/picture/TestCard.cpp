@@ -26,9 +26,9 @@ constexpr double kNeutralBrightness = 50;
 constexpr double kFullBrightness = 100;
 
 /// Draws on a picture; what lies outside is left out.
-class Canvas {
+class CCanvas {
  public:
-    explicit Canvas(Resolution size) : picture_(size) {}
+    explicit CCanvas(Resolution size) : picture_(size) {}
 
     int Width() const { return picture_.size.width; }
     int Height() const { return picture_.size.height; }
@@ -76,7 +76,7 @@ Color Lit(Color color, double brightness) {
 }
 
 /// Colour bars above a grey ramp.
-void DrawBackground(Canvas& canvas, double brightness) {
+void DrawBackground(CCanvas& canvas, double brightness) {
     const int ramp = canvas.Height() - canvas.Height() / 4;
     const int last = std::max(canvas.Width() - 1, 1);
     for (int x = 0; x < canvas.Width(); ++x) {
@@ -88,7 +88,7 @@ void DrawBackground(Canvas& canvas, double brightness) {
     }
 }
 
-void DrawMotionCells(Canvas& canvas, const MotionCells& cells) {
+void DrawMotionCells(CCanvas& canvas, const MotionCells& cells) {
     constexpr double kCellShare = 0.35;
     constexpr double kLineShare = 0.25;
     const int columns = std::clamp(cells.columns, 0, canvas.Width());
@@ -113,7 +113,7 @@ void DrawMotionCells(Canvas& canvas, const MotionCells& cells) {
 }
 
 /// The horizon, and where on the dome the camera looks: a ring that is larger the closer it looks.
-void DrawAim(Canvas& canvas, const PtzPosition& position) {
+void DrawAim(CCanvas& canvas, const PtzPosition& position) {
     constexpr double kSmallestRing = 0.05;
     constexpr double kRingGrowth = 0.2;
     constexpr double kHorizonShare = 0.5;
@@ -152,7 +152,7 @@ std::string Displayable(std::string_view text) {
     return out;
 }
 
-void DrawGlyph(Canvas& canvas, int left, int top, int scale, char character) {
+void DrawGlyph(CCanvas& canvas, int left, int top, int scale, char character) {
     const Glyph& glyph = GlyphOf(character);
     for (int row = 0; row < kGlyphHeight; ++row) {
         for (int column = 0; column < kGlyphWidth; ++column) {
@@ -165,7 +165,7 @@ void DrawGlyph(Canvas& canvas, int left, int top, int scale, char character) {
 }
 
 /// White on a darkened strip.
-void DrawText(Canvas& canvas, const CardText& placed) {
+void DrawText(CCanvas& canvas, const CardText& placed) {
     constexpr double kStripShare = 0.6;
     const int scale = std::max(1, canvas.Width() / 320);
     const int advance = (kGlyphWidth + 1) * scale;
@@ -210,7 +210,7 @@ Resolution CardSize(Resolution resolution) {
 }
 
 Picture Draw(const TestCard& card) {
-    Canvas canvas(card.size);
+    CCanvas canvas(card.size);
     DrawBackground(canvas, card.brightness);
     if (card.motion) {
         DrawMotionCells(canvas, *card.motion);

@@ -6,11 +6,11 @@
 namespace camera_sim {
 namespace {
 
-using Scope = XmlWriter::Scope;
+using Scope = CXmlWriter::CScope;
 
 constexpr int kMaximumProfiles = 8;
 
-void WriteDevice(XmlWriter& out, const CameraState&) {
+void WriteDevice(CXmlWriter& out, const CameraState&) {
     const Scope capabilities(out, Ns::kDevice, "Capabilities");
     {
         const Scope network(out, Ns::kDevice, "Network");
@@ -35,7 +35,7 @@ void WriteDevice(XmlWriter& out, const CameraState&) {
     out.Attribute("SystemLogging", false);
 }
 
-void WriteMedia(XmlWriter& out, const CameraState&) {
+void WriteMedia(CXmlWriter& out, const CameraState&) {
     const Scope capabilities(out, Ns::kMedia, "Capabilities");
     out.Attribute("SnapshotUri", true);
     out.Attribute("Rotation", false);
@@ -50,7 +50,7 @@ void WriteMedia(XmlWriter& out, const CameraState&) {
     out.Attribute("RTP_RTSP_TCP", true);
 }
 
-void WriteMedia2(XmlWriter& out, const CameraState&) {
+void WriteMedia2(CXmlWriter& out, const CameraState&) {
     const Scope capabilities(out, Ns::kMedia2, "Capabilities");
     out.Attribute("SnapshotUri", true);
     out.Attribute("Rotation", false);
@@ -67,13 +67,13 @@ void WriteMedia2(XmlWriter& out, const CameraState&) {
     out.Attribute("RTP_RTSP_TCP", true);
 }
 
-void WriteEvents(XmlWriter& out, const CameraState&) {
+void WriteEvents(CXmlWriter& out, const CameraState&) {
     const Scope capabilities(out, Ns::kEvents, "Capabilities");
     out.Attribute("WSSubscriptionPolicySupport", true);
     out.Attribute("WSPausableSubscriptionManagerInterfaceSupport", false);
 }
 
-void WritePtz(XmlWriter& out, const CameraState&) {
+void WritePtz(CXmlWriter& out, const CameraState&) {
     const Scope capabilities(out, Ns::kPtz, "Capabilities");
     out.Attribute("EFlip", false);
     out.Attribute("Reverse", false);
@@ -81,20 +81,20 @@ void WritePtz(XmlWriter& out, const CameraState&) {
     out.Attribute("StatusPosition", true);
 }
 
-void WriteImaging(XmlWriter& out, const CameraState&) {
+void WriteImaging(CXmlWriter& out, const CameraState&) {
     const Scope capabilities(out, Ns::kImaging, "Capabilities");
     out.Attribute("ImageStabilization", false);
     out.Attribute("Presets", false);
 }
 
-void WriteAnalytics(XmlWriter& out, const CameraState&) {
+void WriteAnalytics(CXmlWriter& out, const CameraState&) {
     const Scope capabilities(out, Ns::kAnalytics, "Capabilities");
     out.Attribute("RuleSupport", true);
     out.Attribute("AnalyticsModuleSupport", true);
     out.Attribute("CellBasedSceneDescriptionSupported", true);
 }
 
-void WriteDeviceIo(XmlWriter& out, const CameraState& state) {
+void WriteDeviceIo(CXmlWriter& out, const CameraState& state) {
     const Scope capabilities(out, Ns::kDeviceIo, "Capabilities");
     out.Attribute("VideoSources", static_cast<int>(state.media.videoSources.size()));
     out.Attribute("VideoOutputs", 0);

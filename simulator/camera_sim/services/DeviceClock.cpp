@@ -7,7 +7,7 @@
 namespace camera_sim {
 namespace {
 
-using Scope = XmlWriter::Scope;
+using Scope = CXmlWriter::CScope;
 
 /// What a POSIX time zone adds to UTC; nothing when it is malformed. Rules for daylight saving
 /// may follow; they are accepted and not evaluated.
@@ -60,7 +60,7 @@ std::optional<ZoneOffset> ReadTimeZone(std::string_view zone) {
     return ZoneOffset{east ? west : -west, !zone.empty()};
 }
 
-void WriteDateTime(XmlWriter& out, std::string_view name, std::chrono::sys_seconds time) {
+void WriteDateTime(CXmlWriter& out, std::string_view name, std::chrono::sys_seconds time) {
     const auto days = std::chrono::floor<std::chrono::days>(time);
     const std::chrono::year_month_day date(days);
     const std::chrono::hh_mm_ss clock(time - days);

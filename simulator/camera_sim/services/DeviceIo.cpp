@@ -9,7 +9,7 @@
 namespace camera_sim {
 namespace {
 
-using Scope = XmlWriter::Scope;
+using Scope = CXmlWriter::CScope;
 
 SoapFault NoSuchRelay() {
     return InvalidArgument("RelayToken", "No such relay output");

@@ -10,7 +10,7 @@
 namespace camera_sim {
 namespace {
 
-using Scope = XmlWriter::Scope;
+using Scope = CXmlWriter::CScope;
 
 constexpr std::size_t kLongestList = 16;
 constexpr int kSmallestMtu = 576;
@@ -38,13 +38,13 @@ SoapFault TooMany() {
     return InvalidArgument({}, "Too many entries");
 }
 
-void WritePrefixed(XmlWriter& out, std::string_view name, const PrefixedAddress& address) {
+void WritePrefixed(CXmlWriter& out, std::string_view name, const PrefixedAddress& address) {
     const Scope element(out, Ns::kSchema, name);
     out.Element(Ns::kSchema, "Address", address.address);
     out.Element(Ns::kSchema, "PrefixLength", address.prefixLength);
 }
 
-void WriteLinkSettings(XmlWriter& out, std::string_view name, const NetworkInterface& interface) {
+void WriteLinkSettings(CXmlWriter& out, std::string_view name, const NetworkInterface& interface) {
     const Scope element(out, Ns::kSchema, name);
     out.Element(Ns::kSchema, "AutoNegotiation", interface.autoNegotiation);
     out.Element(Ns::kSchema, "Speed", interface.speed);
@@ -53,7 +53,7 @@ void WriteLinkSettings(XmlWriter& out, std::string_view name, const NetworkInter
 
 Answer GetNetworkInterfaces(Call& call) {
     constexpr int kEthernet = 6;  // IANA interface type
-    XmlWriter& out = call.out;
+    CXmlWriter& out = call.out;
     for (const NetworkInterface& interface : call.state.network.interfaces) {
         const Scope element(out, Ns::kDevice, "NetworkInterfaces");
         out.Attribute("token", interface.token);
@@ -195,7 +195,7 @@ Answer SetNetworkDefaultGateway(Call& call) {
     return kDone;
 }
 
-void WriteIpAddress(XmlWriter& out, std::string_view name, const std::string& address) {
+void WriteIpAddress(CXmlWriter& out, std::string_view name, const std::string& address) {
     const bool ipv4 = IsIpv4(address);
     const Scope element(out, Ns::kSchema, name);
     out.Element(Ns::kSchema, "Type", ipv4 ? "IPv4" : "IPv6");

@@ -6,7 +6,7 @@
 namespace camera_sim {
 namespace {
 
-using Scope = XmlWriter::Scope;
+using Scope = CXmlWriter::CScope;
 
 Answer GetServices(Call& call) {
     const std::string_view wanted = call.Argument("IncludeCapability");
@@ -36,7 +36,7 @@ void WriteAddress(Call& call, Ns ns) {
     call.out.Element(Ns::kSchema, "XAddr", AdvertisedAddress(call.options, *FindService(ns)));
 }
 
-void WriteFlags(XmlWriter& out, std::initializer_list<std::pair<std::string_view, bool>> flags) {
+void WriteFlags(CXmlWriter& out, std::initializer_list<std::pair<std::string_view, bool>> flags) {
     for (const auto& [name, value] : flags) {
         out.Element(Ns::kSchema, name, value);
     }
@@ -48,7 +48,7 @@ void WriteAnalyticsCapabilities(Call& call) {
 }
 
 void WriteDeviceCapabilities(Call& call) {
-    XmlWriter& out = call.out;
+    CXmlWriter& out = call.out;
     WriteAddress(call, Ns::kDevice);
     {
         const Scope network(out, Ns::kSchema, "Network");
@@ -107,7 +107,7 @@ void WritePtzCapabilities(Call& call) {
 }
 
 void WriteDeviceIoCapabilities(Call& call) {
-    XmlWriter& out = call.out;
+    CXmlWriter& out = call.out;
     const CameraState& state = call.state;
     WriteAddress(call, Ns::kDeviceIo);
     out.Element(Ns::kSchema, "VideoSources", static_cast<int>(state.media.videoSources.size()));

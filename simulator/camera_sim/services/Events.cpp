@@ -9,7 +9,7 @@
 namespace camera_sim {
 namespace {
 
-using Scope = XmlWriter::Scope;
+using Scope = CXmlWriter::CScope;
 using std::chrono::milliseconds;
 
 constexpr std::string_view kHost = "http://127.0.0.1";
@@ -57,12 +57,12 @@ SoapFault BadTermination(const Call& call, std::string_view faultName) {
                          FormatUtc(now + call.options.maxTermination) + "</f:MaximumTime>");
 }
 
-SoapFault BadFilter(const Call& call, TopicFilter::Problem problem) {
+SoapFault BadFilter(const Call& call, CTopicFilter::Problem problem) {
     switch (problem) {
-        case TopicFilter::Problem::kUnknownDialect:
+        case CTopicFilter::Problem::kUnknownDialect:
             return BaseFault(call.state, "wsnt:TopicExpressionDialectUnknownFault",
                              "The dialect is not supported");
-        case TopicFilter::Problem::kUnknownFilter:
+        case CTopicFilter::Problem::kUnknownFilter:
             return BaseFault(call.state, "wsnt:InvalidFilterFault", "The filter is not supported",
                              "<f:UnknownFilter>f:MessageContent</f:UnknownFilter>");
         default:
@@ -76,9 +76,9 @@ Answer Create(Call& call, std::optional<NotifyTarget> consumer) {
     if (!term) {
         return BadTermination(call, "wsnt:UnacceptableInitialTerminationTimeFault");
     }
-    TopicFilter::Problem problem = TopicFilter::Problem::kNone;
-    TopicFilter filter = TopicFilter::Read(Child(&call.request, "Filter"), problem);
-    if (problem != TopicFilter::Problem::kNone) {
+    CTopicFilter::Problem problem = CTopicFilter::Problem::kNone;
+    CTopicFilter filter = CTopicFilter::Read(Child(&call.request, "Filter"), problem);
+    if (problem != CTopicFilter::Problem::kNone) {
         return BadFilter(call, problem);
     }
     const Ns ns = consumer ? Ns::kNotification : Ns::kEvents;
@@ -145,7 +145,7 @@ Answer PullMessages(Call& call) {
         return PullLimits(call.options);
     }
 
-    const auto now = EventHub::Clock::now();
+    const auto now = CEventHub::Clock::now();
     if (call.options.pullsRenew) {
         subscription->end = std::max(subscription->end, now + subscription->term);
     }
@@ -174,7 +174,7 @@ Answer Renew(Call& call) {
         return BadTermination(call, "wsnt:UnacceptableTerminationTimeFault");
     }
     subscription->term = *term;
-    subscription->end = EventHub::Clock::now() + *term;
+    subscription->end = CEventHub::Clock::now() + *term;
     WriteTerminationTime(call.out, Ns::kNotification, call.state, *subscription);
     call.out.Element(Ns::kNotification, "CurrentTime",
                      FormatUtc(call.systemTime + call.state.clock.offset));

@@ -10,7 +10,7 @@
 namespace camera_sim {
 namespace {
 
-using Scope = XmlWriter::Scope;
+using Scope = CXmlWriter::CScope;
 using TimePoint = std::chrono::steady_clock::time_point;
 
 constexpr Range kFullRange{-1, 1};

@@ -9,7 +9,7 @@
 namespace camera_sim {
 namespace {
 
-using Scope = XmlWriter::Scope;
+using Scope = CXmlWriter::CScope;
 using Words = std::span<const std::string_view>;
 
 constexpr std::array<std::string_view, 2> kSwitch = {"OFF", "ON"};
@@ -118,21 +118,21 @@ bool IsIn(Range range, double value) {
 }
 
 template <typename Rows, typename Part>
-void WriteChoices(XmlWriter& out, const Rows& rows, const Part& part) {
+void WriteChoices(CXmlWriter& out, const Rows& rows, const Part& part) {
     for (const auto& row : rows) {
         out.Element(Ns::kSchema, row.name, std::string_view(part.*row.value));
     }
 }
 
 template <typename Rows, typename Part>
-void WriteNumbers(XmlWriter& out, const Rows& rows, const Part& part) {
+void WriteNumbers(CXmlWriter& out, const Rows& rows, const Part& part) {
     for (const auto& row : rows) {
         out.Element(Ns::kSchema, row.name, part.*row.value);
     }
 }
 
 template <typename Rows>
-void WriteWords(XmlWriter& out, const Rows& rows) {
+void WriteWords(CXmlWriter& out, const Rows& rows) {
     for (const auto& row : rows) {
         for (const std::string_view word : row.words) {
             out.Element(Ns::kSchema, row.optionName, word);
@@ -141,14 +141,14 @@ void WriteWords(XmlWriter& out, const Rows& rows) {
 }
 
 template <typename Rows>
-void WriteRanges(XmlWriter& out, const Rows& rows) {
+void WriteRanges(CXmlWriter& out, const Rows& rows) {
     for (const auto& row : rows) {
         WriteRange(out, row.optionName, row.range);
     }
 }
 
 template <typename Choices, typename Numbers, typename Part>
-void WriteGroup(XmlWriter& out, std::string_view name, const Choices& choices,
+void WriteGroup(CXmlWriter& out, std::string_view name, const Choices& choices,
                 const Numbers& numbers, const Part& part) {
     const Scope group(out, Ns::kSchema, name);
     WriteChoices(out, choices, part);
@@ -156,20 +156,20 @@ void WriteGroup(XmlWriter& out, std::string_view name, const Choices& choices,
 }
 
 template <typename Choices, typename Numbers>
-void WriteGroupOptions(XmlWriter& out, std::string_view name, const Choices& choices,
+void WriteGroupOptions(CXmlWriter& out, std::string_view name, const Choices& choices,
                        const Numbers& numbers) {
     const Scope group(out, Ns::kSchema, name);
     WriteWords(out, choices);
     WriteRanges(out, numbers);
 }
 
-void WriteExposure(XmlWriter& out, const ExposureSettings& exposure) {
+void WriteExposure(CXmlWriter& out, const ExposureSettings& exposure) {
     const Scope group(out, Ns::kSchema, "Exposure");
     WriteChoices(out, kExposureChoices, exposure);
     {
         const Scope window(out, Ns::kSchema, "Window");
         for (const Edge& edge : kEdges) {
-            out.Attribute(edge.name, XmlWriter::NumberText(exposure.window.*edge.value));
+            out.Attribute(edge.name, CXmlWriter::NumberText(exposure.window.*edge.value));
         }
     }
     WriteNumbers(out, kExposureNumbers, exposure);
@@ -277,7 +277,7 @@ SoapFault InvalidSettings(std::string_view what) {
                            std::string(what) + " cannot be set to what was requested");
 }
 
-void WriteImagingSettings(XmlWriter& out, const VideoSource& source) {
+void WriteImagingSettings(CXmlWriter& out, const VideoSource& source) {
     const ImagingSettings& settings = source.imaging;
     WriteGroup(out, "BacklightCompensation", kSwitchChoices, kSwitchNumbers, settings.backlight);
     WriteNumbers(out, kToneNumbers, settings);
@@ -292,7 +292,7 @@ void WriteImagingSettings(XmlWriter& out, const VideoSource& source) {
                settings.whiteBalance);
 }
 
-void WriteImagingOptions(XmlWriter& out, const VideoSource& source) {
+void WriteImagingOptions(CXmlWriter& out, const VideoSource& source) {
     WriteGroupOptions(out, "BacklightCompensation", kSwitchChoices, kSwitchNumbers);
     WriteRanges(out, kToneNumbers);
     WriteGroupOptions(out, "Exposure", kExposureChoices, kExposureNumbers);

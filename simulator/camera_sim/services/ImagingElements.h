@@ -11,8 +11,8 @@ namespace camera_sim {
 
 /// Each writes the content; the element around it is open. Only a source with a motorised focus
 /// has a focus to set.
-void WriteImagingSettings(XmlWriter& out, const VideoSource& source);
-void WriteImagingOptions(XmlWriter& out, const VideoSource& source);
+void WriteImagingSettings(CXmlWriter& out, const VideoSource& source);
+void WriteImagingOptions(CXmlWriter& out, const VideoSource& source);
 
 /// Takes what @p given has (in any order) over into the settings; the rest stays as it is. With a
 /// fault the settings may be changed in part: the caller works on a copy.

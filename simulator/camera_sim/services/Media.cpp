@@ -8,11 +8,11 @@
 namespace camera_sim {
 namespace {
 
-using Scope = XmlWriter::Scope;
+using Scope = CXmlWriter::CScope;
 
 constexpr std::string_view kSessionTimeout = "PT60S";
 
-void WriteVideoEncoder(XmlWriter& out, Ns ns, std::string_view name, const Media& media,
+void WriteVideoEncoder(CXmlWriter& out, Ns ns, std::string_view name, const Media& media,
                        const VideoEncoder& encoder) {
     // This version knows nothing newer than H.264.
     const bool newer = encoder.encoding == "H265";
@@ -39,7 +39,7 @@ void WriteVideoEncoder(XmlWriter& out, Ns ns, std::string_view name, const Media
     out.Element(Ns::kSchema, "SessionTimeout", encoder.sessionTimeout);
 }
 
-void WriteAudioEncoder(XmlWriter& out, std::string_view name, const Media& media,
+void WriteAudioEncoder(CXmlWriter& out, std::string_view name, const Media& media,
                        const AudioEncoder& encoder) {
     const Scope element(out, Ns::kSchema, name);
     WriteEntityToken(out, encoder.token);
@@ -53,7 +53,7 @@ void WriteAudioEncoder(XmlWriter& out, std::string_view name, const Media& media
 
 void WriteProfile(Call& call, std::string_view name, const Profile& profile) {
     const Media& media = call.state.media;
-    XmlWriter& out = call.out;
+    CXmlWriter& out = call.out;
     const Scope element(out, Ns::kMedia, name);
     out.Attribute("token", profile.token);
     out.Attribute("fixed", profile.fixed);
@@ -99,7 +99,7 @@ Answer GetProfile(Call& call) {
     return kDone;
 }
 
-void WriteMediaUri(XmlWriter& out, std::string_view uri) {
+void WriteMediaUri(CXmlWriter& out, std::string_view uri) {
     const Scope element(out, Ns::kMedia, "MediaUri");
     out.Element(Ns::kSchema, "Uri", uri);
     out.Element(Ns::kSchema, "InvalidAfterConnect", false);
@@ -144,7 +144,7 @@ Answer GetVideoEncoderConfiguration(Call& call) {
 }
 
 /// The options of one codec; those below the extension tell the bit rate as well.
-void WriteCodecOptions(XmlWriter& out, const EncoderLimits& limits, std::string_view encoding,
+void WriteCodecOptions(CXmlWriter& out, const EncoderLimits& limits, std::string_view encoding,
                        bool withBitrate) {
     const Scope codec(out, Ns::kSchema, encoding);
     for (const Resolution& resolution : limits.resolutions) {
@@ -172,7 +172,7 @@ Answer GetVideoEncoderConfigurationOptions(Call& call) {
         return NoSuchConfiguration();
     }
     const EncoderLimits limits = LimitsOf(*encoder);
-    XmlWriter& out = call.out;
+    CXmlWriter& out = call.out;
     const Scope options(out, Ns::kMedia, "Options");
     WriteRange(out, "QualityRange", limits.quality);
     for (const std::string_view encoding : {"JPEG", "MPEG4", "H264"}) {

@@ -9,9 +9,9 @@
 namespace camera_sim {
 namespace {
 
-using Scope = XmlWriter::Scope;
+using Scope = CXmlWriter::CScope;
 
-void WriteVideoEncoder(XmlWriter& out, Ns ns, std::string_view name, const Media& media,
+void WriteVideoEncoder(CXmlWriter& out, Ns ns, std::string_view name, const Media& media,
                        const VideoEncoder& encoder) {
     const bool jpeg = encoder.encoding == "JPEG";
     const Scope element(out, ns, name);
@@ -34,7 +34,7 @@ void WriteVideoEncoder(XmlWriter& out, Ns ns, std::string_view name, const Media
     out.Element(Ns::kSchema, "Quality", encoder.quality);
 }
 
-void WriteAudioEncoder(XmlWriter& out, Ns ns, std::string_view name, const Media& media,
+void WriteAudioEncoder(CXmlWriter& out, Ns ns, std::string_view name, const Media& media,
                        const AudioEncoder& encoder) {
     // The second version takes MIME subtypes.
     const bool g711 = encoder.encoding == "G711";
@@ -48,9 +48,9 @@ void WriteAudioEncoder(XmlWriter& out, Ns ns, std::string_view name, const Media
 }
 
 /// Which configurations the caller wants to see.
-class WantedTypes {
+class CWantedTypes {
  public:
-    explicit WantedTypes(const XmlElement& request) {
+    explicit CWantedTypes(const XmlElement& request) {
         for (const XmlElement* type : Children(&request, "Type")) {
             types_.push_back(Text(type));
         }
@@ -65,9 +65,9 @@ class WantedTypes {
     std::vector<std::string_view> types_;
 };
 
-void WriteConfigurations(Call& call, const Profile& profile, const WantedTypes& wanted) {
+void WriteConfigurations(Call& call, const Profile& profile, const CWantedTypes& wanted) {
     const Media& media = call.state.media;
-    XmlWriter& out = call.out;
+    CXmlWriter& out = call.out;
     const Scope configurations(out, Ns::kMedia2, "Configurations");
     const auto* videoSource = FindByToken(media.videoSourceConfigurations, profile.videoSource);
     if (videoSource != nullptr && wanted.Has("VideoSource")) {
@@ -105,7 +105,7 @@ Answer GetProfiles(Call& call) {
     if (!token.empty() && FindByToken(media.profiles, token) == nullptr) {
         return NoSuchProfile();
     }
-    const WantedTypes wanted(call.request);
+    const CWantedTypes wanted(call.request);
     for (const Profile& profile : media.profiles) {
         if (!token.empty() && profile.token != token) {
             continue;
@@ -123,7 +123,7 @@ Answer GetProfiles(Call& call) {
 
 Answer GetSnapshotUri(Call& call) {
     return AnswerSnapshotUri(
-        call, [](XmlWriter& out, std::string_view uri) { out.Element(Ns::kMedia2, "Uri", uri); });
+        call, [](CXmlWriter& out, std::string_view uri) { out.Element(Ns::kMedia2, "Uri", uri); });
 }
 
 /// A list separated by blanks.
@@ -142,14 +142,14 @@ Answer GetVideoEncoderConfigurationOptions(Call& call) {
         return NoSuchConfiguration();
     }
     const EncoderLimits limits = LimitsOf(*encoder);
-    XmlWriter& out = call.out;
+    CXmlWriter& out = call.out;
     for (const std::string_view encoding : {"JPEG", "H264", "H265"}) {
         const Scope options(out, Ns::kMedia2, "Options");
         if (encoding != "JPEG") {
-            out.Attribute("GovLengthRange", XmlWriter::NumberText(limits.govLength.minimum) + " " +
-                                                XmlWriter::NumberText(limits.govLength.maximum));
+            out.Attribute("GovLengthRange", CXmlWriter::NumberText(limits.govLength.minimum) + " " +
+                                                CXmlWriter::NumberText(limits.govLength.maximum));
         }
-        out.Attribute("FrameRatesSupported", Joined(limits.frameRates, XmlWriter::NumberText));
+        out.Attribute("FrameRatesSupported", Joined(limits.frameRates, CXmlWriter::NumberText));
         if (encoding != "JPEG") {
             out.Attribute("ProfilesSupported",
                           Joined(ProfilesOf(encoding), [](std::string_view text) { return text; }));

@@ -6,15 +6,15 @@
 namespace camera_sim {
 namespace {
 
-using Scope = XmlWriter::Scope;
+using Scope = CXmlWriter::CScope;
 
-void WriteVector(XmlWriter& out, std::string_view name, const PictureVector& vector) {
+void WriteVector(CXmlWriter& out, std::string_view name, const PictureVector& vector) {
     const Scope element(out, Ns::kSchema, name);
-    out.Attribute("x", XmlWriter::NumberText(vector.x));
-    out.Attribute("y", XmlWriter::NumberText(vector.y));
+    out.Attribute("x", CXmlWriter::NumberText(vector.x));
+    out.Attribute("y", CXmlWriter::NumberText(vector.y));
 }
 
-void WriteCellLayout(XmlWriter& out, const AnalyticsItem& module) {
+void WriteCellLayout(CXmlWriter& out, const AnalyticsItem& module) {
     const Scope item(out, Ns::kSchema, "ElementItem");
     out.Attribute("Name", "Layout");
     const Scope layout(out, Ns::kSchema, "CellLayout");
@@ -33,7 +33,7 @@ CellTransformation TransformationOf(const AnalyticsItem& item) {
         CellTransformation{{-1, -1}, {2.0 / item.cells->width, 2.0 / item.cells->height}});
 }
 
-void WriteAnalyticsItem(XmlWriter& out, Ns ns, std::string_view name, const AnalyticsItem& item) {
+void WriteAnalyticsItem(CXmlWriter& out, Ns ns, std::string_view name, const AnalyticsItem& item) {
     const Scope element(out, ns, name);
     out.Attribute("Name", item.name);
     out.Attribute("Type", out.QualifiedName(Ns::kSchema, item.type));
@@ -54,16 +54,16 @@ int UseCount(const Media& media, std::string Profile::*member, std::string_view 
                       [&](const Profile& profile) { return profile.*member == token; }));
 }
 
-void WriteEntityToken(XmlWriter& out, std::string_view token) {
+void WriteEntityToken(CXmlWriter& out, std::string_view token) {
     out.Attribute("token", token);
 }
 
-void WriteEntityName(XmlWriter& out, std::string_view name, int useCount) {
+void WriteEntityName(CXmlWriter& out, std::string_view name, int useCount) {
     out.Element(Ns::kSchema, "Name", name);
     out.Element(Ns::kSchema, "UseCount", useCount);
 }
 
-void WriteMulticast(XmlWriter& out, const Multicast& multicast) {
+void WriteMulticast(CXmlWriter& out, const Multicast& multicast) {
     const Scope element(out, Ns::kSchema, "Multicast");
     {
         const Scope address(out, Ns::kSchema, "Address");
@@ -75,19 +75,19 @@ void WriteMulticast(XmlWriter& out, const Multicast& multicast) {
     out.Element(Ns::kSchema, "AutoStart", multicast.autoStart);
 }
 
-void WriteResolution(XmlWriter& out, Resolution resolution, std::string_view name) {
+void WriteResolution(CXmlWriter& out, Resolution resolution, std::string_view name) {
     const Scope element(out, Ns::kSchema, name);
     out.Element(Ns::kSchema, "Width", resolution.width);
     out.Element(Ns::kSchema, "Height", resolution.height);
 }
 
-void WriteRange(XmlWriter& out, std::string_view name, Range range) {
+void WriteRange(CXmlWriter& out, std::string_view name, Range range) {
     const Scope element(out, Ns::kSchema, name);
     out.Element(Ns::kSchema, "Min", range.minimum);
     out.Element(Ns::kSchema, "Max", range.maximum);
 }
 
-void WriteVideoSource(XmlWriter& out, Ns ns, std::string_view name, const Media& media,
+void WriteVideoSource(CXmlWriter& out, Ns ns, std::string_view name, const Media& media,
                       const VideoSourceConfiguration& configuration) {
     const Scope element(out, ns, name);
     WriteEntityToken(out, configuration.token);
@@ -101,7 +101,7 @@ void WriteVideoSource(XmlWriter& out, Ns ns, std::string_view name, const Media&
     out.Attribute("height", configuration.bounds.height);
 }
 
-void WriteAudioSource(XmlWriter& out, Ns ns, std::string_view name, const Media& media,
+void WriteAudioSource(CXmlWriter& out, Ns ns, std::string_view name, const Media& media,
                       const AudioSourceConfiguration& configuration) {
     const Scope element(out, ns, name);
     WriteEntityToken(out, configuration.token);
@@ -110,7 +110,7 @@ void WriteAudioSource(XmlWriter& out, Ns ns, std::string_view name, const Media&
     out.Element(Ns::kSchema, "SourceToken", configuration.source);
 }
 
-void WriteAnalytics(XmlWriter& out, Ns ns, std::string_view name, const Media& media,
+void WriteAnalytics(CXmlWriter& out, Ns ns, std::string_view name, const Media& media,
                     const AnalyticsConfiguration& configuration) {
     const Scope element(out, ns, name);
     WriteEntityToken(out, configuration.token);
@@ -128,7 +128,7 @@ void WriteAnalytics(XmlWriter& out, Ns ns, std::string_view name, const Media& m
     }
 }
 
-void WritePtz(XmlWriter& out, Ns ns, std::string_view name, const Media& media,
+void WritePtz(CXmlWriter& out, Ns ns, std::string_view name, const Media& media,
               const PtzConfiguration& configuration) {
     const Scope element(out, ns, name);
     WriteEntityToken(out, configuration.token);
@@ -163,7 +163,7 @@ void WritePtz(XmlWriter& out, Ns ns, std::string_view name, const Media& media,
     WriteSpace(out, "Range", ptz_space::kZoomPosition, configuration.zoom);
 }
 
-void WriteMetadata(XmlWriter& out, Ns ns, std::string_view name, const Media& media,
+void WriteMetadata(CXmlWriter& out, Ns ns, std::string_view name, const Media& media,
                    const MetadataConfiguration& configuration) {
     const Scope element(out, ns, name);
     WriteEntityToken(out, configuration.token);
@@ -210,14 +210,14 @@ std::string DurationText(std::chrono::seconds duration) {
     return "PT" + std::to_string(duration.count()) + "S";
 }
 
-void WriteSpace(XmlWriter& out, std::string_view name, std::string_view uri, Range x, Range y) {
+void WriteSpace(CXmlWriter& out, std::string_view name, std::string_view uri, Range x, Range y) {
     const Scope element(out, Ns::kSchema, name);
     out.Element(Ns::kSchema, "URI", uri);
     WriteRange(out, "XRange", x);
     WriteRange(out, "YRange", y);
 }
 
-void WriteSpace(XmlWriter& out, std::string_view name, std::string_view uri, Range x) {
+void WriteSpace(CXmlWriter& out, std::string_view name, std::string_view uri, Range x) {
     const Scope element(out, Ns::kSchema, name);
     out.Element(Ns::kSchema, "URI", uri);
     WriteRange(out, "XRange", x);

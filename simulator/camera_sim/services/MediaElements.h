@@ -16,26 +16,26 @@ namespace camera_sim {
 int UseCount(const Media& media, std::string Profile::*member, std::string_view token);
 
 /// The attribute and the children that every configuration starts with; its element is open.
-void WriteEntityToken(XmlWriter& out, std::string_view token);
-void WriteEntityName(XmlWriter& out, std::string_view name, int useCount);
+void WriteEntityToken(CXmlWriter& out, std::string_view token);
+void WriteEntityName(CXmlWriter& out, std::string_view name, int useCount);
 
-void WriteMulticast(XmlWriter& out, const Multicast& multicast);
-void WriteResolution(XmlWriter& out, Resolution resolution, std::string_view name = "Resolution");
-void WriteRange(XmlWriter& out, std::string_view name, Range range);
+void WriteMulticast(CXmlWriter& out, const Multicast& multicast);
+void WriteResolution(CXmlWriter& out, Resolution resolution, std::string_view name = "Resolution");
+void WriteRange(CXmlWriter& out, std::string_view name, Range range);
 
 /// Each writes the element @p ns:@p name with its content.
-void WriteVideoSource(XmlWriter& out, Ns ns, std::string_view name, const Media& media,
+void WriteVideoSource(CXmlWriter& out, Ns ns, std::string_view name, const Media& media,
                       const VideoSourceConfiguration& configuration);
-void WriteAudioSource(XmlWriter& out, Ns ns, std::string_view name, const Media& media,
+void WriteAudioSource(CXmlWriter& out, Ns ns, std::string_view name, const Media& media,
                       const AudioSourceConfiguration& configuration);
-void WriteAnalytics(XmlWriter& out, Ns ns, std::string_view name, const Media& media,
+void WriteAnalytics(CXmlWriter& out, Ns ns, std::string_view name, const Media& media,
                     const AnalyticsConfiguration& configuration);
 /// Only for an item that has cells.
 CellTransformation TransformationOf(const AnalyticsItem& item);
-void WriteAnalyticsItem(XmlWriter& out, Ns ns, std::string_view name, const AnalyticsItem& item);
-void WritePtz(XmlWriter& out, Ns ns, std::string_view name, const Media& media,
+void WriteAnalyticsItem(CXmlWriter& out, Ns ns, std::string_view name, const AnalyticsItem& item);
+void WritePtz(CXmlWriter& out, Ns ns, std::string_view name, const Media& media,
               const PtzConfiguration& configuration);
-void WriteMetadata(XmlWriter& out, Ns ns, std::string_view name, const Media& media,
+void WriteMetadata(CXmlWriter& out, Ns ns, std::string_view name, const Media& media,
                    const MetadataConfiguration& configuration);
 
 /// What a video encoder can be set to.
@@ -76,8 +76,8 @@ inline constexpr std::string_view kZoomSpeed =
 }  // namespace ptz_space
 
 /// A space of two or one dimensions below @p name.
-void WriteSpace(XmlWriter& out, std::string_view name, std::string_view uri, Range x, Range y);
-void WriteSpace(XmlWriter& out, std::string_view name, std::string_view uri, Range x);
+void WriteSpace(CXmlWriter& out, std::string_view name, std::string_view uri, Range x, Range y);
+void WriteSpace(CXmlWriter& out, std::string_view name, std::string_view uri, Range x);
 
 }  // namespace camera_sim
 

@@ -20,7 +20,7 @@ SoapFault NoSuchConfiguration() {
     return InvalidArgument("NoConfig", "No such configuration");
 }
 
-Answer AnswerSnapshotUri(Call& call, void (*write)(XmlWriter& out, std::string_view uri)) {
+Answer AnswerSnapshotUri(Call& call, void (*write)(CXmlWriter& out, std::string_view uri)) {
     const Profile* profile = FindProfile(call);
     if (profile == nullptr) {
         return NoSuchProfile();

@@ -19,7 +19,7 @@ SoapFault NoSuchConfiguration();
 Answer SetVideoEncoder10(Call& call);
 Answer SetVideoEncoder20(Call& call);
 /// GetSnapshotUri; @p write puts the address where the service has it.
-Answer AnswerSnapshotUri(Call& call, void (*write)(XmlWriter& out, std::string_view uri));
+Answer AnswerSnapshotUri(Call& call, void (*write)(CXmlWriter& out, std::string_view uri));
 
 }  // namespace camera_sim
 

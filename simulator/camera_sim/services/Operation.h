@@ -25,9 +25,9 @@ struct Call {
     /// The operation's element.
     const XmlElement& request;
     /// Stands inside the answer's element; what is written before a fault is dropped.
-    XmlWriter& out;
+    CXmlWriter& out;
     std::chrono::sys_seconds systemTime;
-    EventHub& events;
+    CEventHub& events;
     /// The envelope's header, or null.
     const XmlElement* header;
     std::string_view path;

@@ -7,7 +7,7 @@
 namespace camera_sim {
 namespace {
 
-using Scope = XmlWriter::Scope;
+using Scope = CXmlWriter::CScope;
 
 constexpr int kMostOsds = 4;
 /// In bytes.
@@ -60,7 +60,7 @@ bool HasSource(const Media& media, std::string_view token) {
     return FindByToken(media.videoSourceConfigurations, token) != nullptr;
 }
 
-void WriteText(XmlWriter& out, const Osd& osd) {
+void WriteText(CXmlWriter& out, const Osd& osd) {
     const Scope text(out, Ns::kSchema, "TextString");
     out.Element(Ns::kSchema, "Type", osd.textType);
     const TextType* type = FindTextType(osd.textType);
@@ -78,7 +78,7 @@ void WriteText(XmlWriter& out, const Osd& osd) {
     }
 }
 
-void WriteOsd(XmlWriter& out, std::string_view name, const Osd& osd) {
+void WriteOsd(CXmlWriter& out, std::string_view name, const Osd& osd) {
     const Scope element(out, Ns::kMedia, name);
     out.Attribute("token", osd.token);
     out.Element(Ns::kSchema, "VideoSourceConfigurationToken", osd.source);
@@ -88,8 +88,8 @@ void WriteOsd(XmlWriter& out, std::string_view name, const Osd& osd) {
         out.Element(Ns::kSchema, "Type", osd.position);
         if (osd.position == kCustom) {
             const Scope place(out, Ns::kSchema, "Pos");
-            out.Attribute("x", XmlWriter::NumberText(osd.x));
-            out.Attribute("y", XmlWriter::NumberText(osd.y));
+            out.Attribute("x", CXmlWriter::NumberText(osd.x));
+            out.Attribute("y", CXmlWriter::NumberText(osd.y));
         }
     }
     WriteText(out, osd);
@@ -215,7 +215,7 @@ Answer GetOsd(Call& call) {
 }
 
 template <typename List>
-void WriteWords(XmlWriter& out, std::string_view name, const List& words) {
+void WriteWords(CXmlWriter& out, std::string_view name, const List& words) {
     for (const std::string_view word : words) {
         out.Element(Ns::kSchema, name, word);
     }
@@ -225,7 +225,7 @@ Answer GetOsdOptions(Call& call) {
     if (!HasSource(call.state.media, call.Argument("ConfigurationToken"))) {
         return NoSuchSource();
     }
-    XmlWriter& out = call.out;
+    CXmlWriter& out = call.out;
     const Scope options(out, Ns::kMedia, "OSDOptions");
     {
         const Scope most(out, Ns::kSchema, "MaximumNumberOfOSDs");

@@ -10,7 +10,7 @@
 namespace camera_sim {
 namespace {
 
-using Scope = XmlWriter::Scope;
+using Scope = CXmlWriter::CScope;
 
 constexpr Range kSpeed{0, 1};
 
@@ -20,7 +20,7 @@ Answer GetConfigurationOptions(Call& call) {
     if (configuration == nullptr) {
         return InvalidArgument("NoConfig", "No such PTZ configuration");
     }
-    XmlWriter& out = call.out;
+    CXmlWriter& out = call.out;
     const Scope options(out, Ns::kPtz, "PTZConfigurationOptions");
     {
         const PtzConfiguration& ptz = *configuration;
@@ -122,16 +122,16 @@ Answer Stop(Call& call) {
     return kDone;
 }
 
-void WritePosition(XmlWriter& out, std::string_view name, const PtzPosition& position) {
+void WritePosition(CXmlWriter& out, std::string_view name, const PtzPosition& position) {
     const Scope element(out, Ns::kSchema, name);
     {
         const Scope panTilt(out, Ns::kSchema, "PanTilt");
-        out.Attribute("x", XmlWriter::NumberText(position.pan));
-        out.Attribute("y", XmlWriter::NumberText(position.tilt));
+        out.Attribute("x", CXmlWriter::NumberText(position.pan));
+        out.Attribute("y", CXmlWriter::NumberText(position.tilt));
         out.Attribute("space", ptz_space::kPanTiltPosition);
     }
     const Scope zoom(out, Ns::kSchema, "Zoom");
-    out.Attribute("x", XmlWriter::NumberText(position.zoom));
+    out.Attribute("x", CXmlWriter::NumberText(position.zoom));
     out.Attribute("space", ptz_space::kZoomPosition);
 }
 
@@ -205,7 +205,7 @@ Answer GetPresetTours(Call& call) {
     if (auto fault = CheckProfile(call)) {
         return fault;
     }
-    XmlWriter& out = call.out;
+    CXmlWriter& out = call.out;
     for (const PtzTour& tour : call.state.ptz.tours) {
         const Scope element(out, Ns::kPtz, "PresetTour");
         out.Attribute("token", tour.token);

@@ -18,7 +18,7 @@ struct Service {
     int majorVersion;
     int minorVersion;
     /// Writes the service's capabilities element for GetServices.
-    void (*writeCapabilities)(XmlWriter& out, const CameraState& state);
+    void (*writeCapabilities)(CXmlWriter& out, const CameraState& state);
 };
 std::span<const Service> AllServices();
 const Service* FindService(Ns ns);

@@ -31,8 +31,8 @@ std::string PasswordDigest(std::string_view nonce, std::string_view created,
     return EncodeBase64({reinterpret_cast<const char*>(digest.data()), size});
 }
 
-Credentials Authenticator::Check(const XmlElement* header, const User& user,
-                                 std::chrono::sys_seconds now) {
+Credentials CAuthenticator::Check(const XmlElement* header, const User& user,
+                                  std::chrono::sys_seconds now) {
     const XmlElement* token = Child(Child(header, "Security"), "UsernameToken");
     if (token == nullptr) {
         return {user.name.empty(), {}};
@@ -69,7 +69,7 @@ Credentials Authenticator::Check(const XmlElement* header, const User& user,
     return {true, {}};
 }
 
-bool Authenticator::Remember(std::string nonce) {
+bool CAuthenticator::Remember(std::string nonce) {
     if (!nonces_.insert(nonce).second) {
         return false;
     }

@@ -22,9 +22,9 @@ std::string PasswordDigest(std::string_view nonce, std::string_view created,
 
 /// Remembers the nonces it has accepted: a fixed number, the oldest are forgotten first.
 /// Not safe for use by several threads at once.
-class Authenticator {
+class CAuthenticator {
  public:
-    Authenticator(std::chrono::seconds createdWindow, bool refuseReplays)
+    CAuthenticator(std::chrono::seconds createdWindow, bool refuseReplays)
         : createdWindow_(createdWindow), refuseReplays_(refuseReplays) {}
 
     /// @param header the envelope's header or null

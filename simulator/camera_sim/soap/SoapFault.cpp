@@ -23,13 +23,13 @@ SoapFault NotAuthorized() {
     return {"Sender", "NotAuthorized", {}, "Sender not Authorized"};
 }
 
-void WriteFault(XmlWriter& out, const SoapFault& fault) {
-    const XmlWriter::Scope element(out, Ns::kSoap, "Fault");
+void WriteFault(CXmlWriter& out, const SoapFault& fault) {
+    const CXmlWriter::CScope element(out, Ns::kSoap, "Fault");
     {
-        const XmlWriter::Scope code(out, Ns::kSoap, "Code");
+        const CXmlWriter::CScope code(out, Ns::kSoap, "Code");
         out.Element(Ns::kSoap, "Value", out.QualifiedName(Ns::kSoap, fault.code));
         if (!fault.subcode.empty()) {
-            const XmlWriter::Scope subcode(out, Ns::kSoap, "Subcode");
+            const CXmlWriter::CScope subcode(out, Ns::kSoap, "Subcode");
             const auto colon = fault.subcode.find(':');
             const auto ns = FindUsualPrefix(std::string_view(fault.subcode).substr(0, colon));
             const bool foreign = colon != std::string::npos && ns;
@@ -37,21 +37,21 @@ void WriteFault(XmlWriter& out, const SoapFault& fault) {
                         foreign ? out.QualifiedName(*ns, fault.subcode.substr(colon + 1))
                                 : out.QualifiedName(Ns::kError, fault.subcode));
             if (!fault.detailCode.empty()) {
-                const XmlWriter::Scope detailCode(out, Ns::kSoap, "Subcode");
+                const CXmlWriter::CScope detailCode(out, Ns::kSoap, "Subcode");
                 out.Element(Ns::kSoap, "Value", out.QualifiedName(Ns::kError, fault.detailCode));
             }
         }
     }
     {
-        const XmlWriter::Scope reason(out, Ns::kSoap, "Reason");
-        const XmlWriter::Scope text(out, Ns::kSoap, "Text");
+        const CXmlWriter::CScope reason(out, Ns::kSoap, "Reason");
+        const CXmlWriter::CScope text(out, Ns::kSoap, "Text");
         out.Attribute("xml:lang", "en");
         out.Text(fault.reason);
     }
     if (fault.detail.empty()) {
         return;
     }
-    const XmlWriter::Scope detail(out, Ns::kSoap, "Detail");
+    const CXmlWriter::CScope detail(out, Ns::kSoap, "Detail");
     out.Raw(fault.detail);
 }
 

@@ -18,14 +18,14 @@ struct SoapFault {
     std::string detail{};  ///< an XML element that declares its namespaces; empty: none
 };
 
-class XmlWriter;
+class CXmlWriter;
 
 SoapFault InvalidArgument(std::string detailCode, std::string reason);
 SoapFault NotSupported(std::string reason);
 /// For a profile without what the operation needs.
 SoapFault IncompleteProfile();
 SoapFault NotAuthorized();
-void WriteFault(XmlWriter& out, const SoapFault& fault);
+void WriteFault(CXmlWriter& out, const SoapFault& fault);
 
 }  // namespace camera_sim
 

@@ -69,7 +69,7 @@ std::string_view ChildText(const XmlElement* parent, std::string_view localName)
     return Text(Child(parent, localName));
 }
 
-SoapRequest::SoapRequest(std::string_view body) {
+CSoapRequest::CSoapRequest(std::string_view body) {
     if (document_.Parse(body.data(), body.size()) != tinyxml2::XML_SUCCESS) {
         problem_ = Problem::kNotXml;
         return;

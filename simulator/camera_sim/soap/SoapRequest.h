@@ -26,12 +26,12 @@ std::string_view Text(const XmlElement* element);
 std::string_view ChildText(const XmlElement* parent, std::string_view localName);
 
 /// A received envelope.
-class SoapRequest {
+class CSoapRequest {
  public:
     enum class Problem { kNone, kNotXml, kNotSoap12, kNoOperation };
 
     /// Reads @p body; the result is in Problem() and below.
-    explicit SoapRequest(std::string_view body);
+    explicit CSoapRequest(std::string_view body);
 
     Problem GetProblem() const { return problem_; }
     /// The first element of the body; null when there is a problem.

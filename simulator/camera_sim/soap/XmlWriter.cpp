@@ -46,11 +46,11 @@ std::string EscapeXml(std::string_view text) {
     return out;
 }
 
-XmlWriter::XmlWriter(const PrefixStyle& style, bool pretty) : style_(style), pretty_(pretty) {
+CXmlWriter::CXmlWriter(const PrefixStyle& style, bool pretty) : style_(style), pretty_(pretty) {
     text_.reserve(2048);
 }
 
-void XmlWriter::Open(Ns ns, std::string_view name) {
+void CXmlWriter::Open(Ns ns, std::string_view name) {
     CloseStartTag();
     const Ns inherited = open_.empty() ? Ns::kNone : open_.back().defaultNamespace;
     if (!open_.empty()) {
@@ -76,7 +76,7 @@ void XmlWriter::Open(Ns ns, std::string_view name) {
     }
 }
 
-void XmlWriter::Close() {
+void CXmlWriter::Close() {
     const OpenElement& element = open_.back();
     if (startTagOpen_) {
         text_ += "/>";
@@ -92,19 +92,19 @@ void XmlWriter::Close() {
     open_.pop_back();
 }
 
-void XmlWriter::CloseStartTag() {
+void CXmlWriter::CloseStartTag() {
     if (startTagOpen_) {
         text_ += '>';
     }
     startTagOpen_ = false;
 }
 
-void XmlWriter::NewLine(std::size_t depth) {
+void CXmlWriter::NewLine(std::size_t depth) {
     text_ += '\n';
     text_.append(depth * kIndent, ' ');
 }
 
-void XmlWriter::Attribute(std::string_view name, std::string_view value) {
+void CXmlWriter::Attribute(std::string_view name, std::string_view value) {
     text_ += ' ';
     text_ += name;
     text_ += "=\"";
@@ -112,23 +112,23 @@ void XmlWriter::Attribute(std::string_view name, std::string_view value) {
     text_ += '"';
 }
 
-void XmlWriter::Text(std::string_view text) {
+void CXmlWriter::Text(std::string_view text) {
     CloseStartTag();
     AppendEscaped(text_, text);
 }
 
-void XmlWriter::Raw(std::string_view xml) {
+void CXmlWriter::Raw(std::string_view xml) {
     CloseStartTag();
     text_ += xml;
 }
 
-void XmlWriter::Element(Ns ns, std::string_view name, std::string_view text) {
+void CXmlWriter::Element(Ns ns, std::string_view name, std::string_view text) {
     Open(ns, name);
     Text(text);
     Close();
 }
 
-std::string XmlWriter::QualifiedName(Ns ns, std::string_view name) {
+std::string CXmlWriter::QualifiedName(Ns ns, std::string_view name) {
     used_[static_cast<std::size_t>(ns)] = true;
     std::string qualified(style_.Prefix(ns));
     qualified += ':';
@@ -136,12 +136,12 @@ std::string XmlWriter::QualifiedName(Ns ns, std::string_view name) {
     return qualified;
 }
 
-void XmlWriter::EndHeader() {
+void CXmlWriter::EndHeader() {
     header_ = std::move(text_);
     text_.clear();
 }
 
-void XmlWriter::Clear() {
+void CXmlWriter::Clear() {
     startTagOpen_ = false;
     used_.fill(false);
     open_.clear();
@@ -149,7 +149,7 @@ void XmlWriter::Clear() {
     text_.clear();
 }
 
-std::string XmlWriter::Envelope(bool xmlProlog) const {
+std::string CXmlWriter::Envelope(bool xmlProlog) const {
     const std::string_view soap = style_.Prefix(Ns::kSoap);
     const std::string_view outerBreak = pretty_ ? "\n" : "";
     const std::string_view bodyBreak = pretty_ ? "\n  " : "";
@@ -177,7 +177,7 @@ std::string XmlWriter::Envelope(bool xmlProlog) const {
     return out;
 }
 
-std::string XmlWriter::NumberText(double value) {
+std::string CXmlWriter::NumberText(double value) {
     std::array<char, 32> digits{};
     const auto end = std::to_chars(digits.data(), digits.data() + digits.size(), value).ptr;
     return {digits.data(), end};

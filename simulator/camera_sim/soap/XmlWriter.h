@@ -19,23 +19,23 @@ std::string EscapeXml(std::string_view text);
 
 /// Elements in order of writing. Prefixes come from the style; the envelope declares those used.
 /// Not safe for use by several threads at once.
-class XmlWriter {
+class CXmlWriter {
  public:
     /// @p style must outlive the writer.
-    XmlWriter(const PrefixStyle& style, bool pretty);
+    CXmlWriter(const PrefixStyle& style, bool pretty);
 
     /// An open element; its destruction closes it, innermost first.
-    class Scope {
+    class CScope {
      public:
-        Scope(XmlWriter& writer, Ns ns, std::string_view name) : writer_(writer) {
+        CScope(CXmlWriter& writer, Ns ns, std::string_view name) : writer_(writer) {
             writer_.Open(ns, name);
         }
-        ~Scope() { writer_.Close(); }
-        Scope(const Scope&) = delete;
-        Scope& operator=(const Scope&) = delete;
+        ~CScope() { writer_.Close(); }
+        CScope(const CScope&) = delete;
+        CScope& operator=(const CScope&) = delete;
 
      private:
-        XmlWriter& writer_;
+        CXmlWriter& writer_;
     };
 
     /// Attributes of the element opened last, before any content.
