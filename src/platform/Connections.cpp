@@ -1,9 +1,5 @@
 #include "platform/Connections.h"
 
-#include <poll.h>
-#include <sys/socket.h>
-
-#include <cerrno>
 #include <utility>
 
 #include "platform/Immortal.h"
@@ -11,9 +7,8 @@
 namespace onvif_client {
 
 ConnectState CConnection::Poll() {
-    pollfd polled = {Descriptor(), POLLOUT, 0};
     ConnectState connecting = ConnectState::kConnecting;
-    if (state_ != connecting || poll(&polled, 1, 0) != 1) {
+    if (state_ != connecting || WaitFor(Descriptor(), Readiness::kWritable, 0) != Waited::kReady) {
         return state_;
     }
     // Whoever broke it off meanwhile is right.
@@ -21,47 +16,33 @@ ConnectState CConnection::Poll() {
     return state_;
 }
 
-std::size_t CConnection::Send(const char* data, std::size_t length, int waitMs,
-                              bool& broken) const {
+std::size_t CConnection::Send(std::string_view data, int waitMs, bool& broken) const {
+    std::size_t sent = 0;
     broken = state_ == ConnectState::kFailed;
-    for (bool waited = false; !broken;) {
-        const ssize_t sent = send(Descriptor(), data, length, MSG_NOSIGNAL | MSG_DONTWAIT);
-        if (sent >= 0) {
-            return static_cast<std::size_t>(sent);
-        }
-        if (errno == EINTR) {
-            continue;
-        }
-        broken = !WouldHaveWaited();
-        if (waited || waitMs == 0) {
-            break;
-        }
-        pollfd polled = {Descriptor(), POLLOUT, 0};
-        poll(&polled, 1, waitMs);
-        waited = true;
+    if (broken) {
+        return 0;
     }
-    return 0;
+    Moved moved = SendNow(Descriptor(), data, sent);
+    if (moved == Moved::kWouldWait && waitMs > 0) {
+        WaitFor(Descriptor(), Readiness::kWritable, waitMs);
+        moved = SendNow(Descriptor(), data, sent);
+    }
+    broken = moved == Moved::kEnded;
+    return sent;
 }
 
 std::size_t CConnection::Receive(char* buffer, std::size_t capacity, bool& closed) const {
+    std::size_t received = 0;
     closed = state_ == ConnectState::kFailed;
-    while (state_ == ConnectState::kEstablished && capacity > 0) {
-        const ssize_t received = recv(Descriptor(), buffer, capacity, MSG_DONTWAIT);
-        if (received > 0) {
-            return static_cast<std::size_t>(received);
-        }
-        if (received < 0 && errno == EINTR) {
-            continue;
-        }
-        closed = received == 0 || !WouldHaveWaited();
-        break;
+    if (state_ == ConnectState::kEstablished && capacity > 0) {
+        closed = ReceiveNow(Descriptor(), buffer, capacity, received) == Moved::kEnded;
     }
-    return 0;
+    return received;
 }
 
 void CConnection::Break() {
     state_ = ConnectState::kFailed;
-    shutdown(Descriptor(), SHUT_RDWR);
+    ShutDown(Descriptor());
 }
 
 CConnectionTable& CConnectionTable::Instance() {

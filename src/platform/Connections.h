@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <map>
 #include <memory>
+#include <string_view>
 #include <utility>
 
 #include "platform/Mutex.h"
@@ -32,7 +33,7 @@ class CConnection {
 
     /// Sends what the system takes, waiting at most @p waitMs for room.
     /// @return bytes sent; 0 with @p broken set when the connection is no more.
-    std::size_t Send(const char* data, std::size_t length, int waitMs, bool& broken) const;
+    std::size_t Send(std::string_view data, int waitMs, bool& broken) const;
     /// Receives what is there. @return bytes received; 0 with @p closed set at the end.
     std::size_t Receive(char* buffer, std::size_t capacity, bool& closed) const;
 

@@ -1,10 +1,6 @@
 #include "platform/Reactor.h"
 
-#include <fcntl.h>
-#include <sys/socket.h>
-
 #include <array>
-#include <cerrno>
 #include <thread>
 #include <utility>
 #include <vector>
@@ -286,10 +282,10 @@ class CAsioListener final : public CListener, public std::enable_shared_from_thi
 
     /// False when out of descriptors, threads or memory.
     bool ServeLocked() REQUIRES(lock_) {
-        CDescriptor descriptor(
-            accept4(acceptor_.native_handle(), nullptr, nullptr, SOCK_NONBLOCK | SOCK_CLOEXEC));
+        bool again = false;
+        CDescriptor descriptor = AcceptTcp(acceptor_.native_handle(), again);
         if (!descriptor) {
-            return WouldHaveWaited() || errno == EINTR || errno == ECONNABORTED;
+            return again;
         }
         std::uint32_t handle = 0;
         const bool served = OrNothing([&] {
@@ -351,7 +347,7 @@ std::shared_ptr<CReadRegistration> CReadRegistration::Make(std::shared_ptr<CConn
                                                            std::uint32_t handle,
                                                            CSocketDataObserver* observer) {
     // Asio closes what it waits on; the connection keeps its own descriptor.
-    CDescriptor waitedOn(fcntl(connection->Descriptor(), F_DUPFD_CLOEXEC, 0));
+    CDescriptor waitedOn = Duplicate(connection->Descriptor());
     if (!waitedOn) {
         return nullptr;
     }

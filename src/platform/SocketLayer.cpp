@@ -1,7 +1,5 @@
 #include "platform/SocketLayer.h"
 
-#include <sys/eventfd.h>
-
 #include "platform/Corekit.h"
 #include "platform/Immortal.h"
 
@@ -18,12 +16,10 @@ CSocketLayer& CSocketLayer::Instance() {
     return layer;
 }
 
-CSocketLayer::CSocketLayer() : abortDescriptor_(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {}
-
 bool CSocketLayer::Start() {
     const CLockGuard guard(lock_);
     WaitForStopLocked();
-    running_ = !stopping_ && abortDescriptor_ >= 0;
+    running_ = !stopping_ && abort_;
     return running_;
 }
 
@@ -36,12 +32,11 @@ void CSocketLayer::Stop(const std::function<void()>& cleanUp) {
     }
     running_ = false;
     stopping_ = true;
-    eventfd_write(abortDescriptor_, 1);
+    abort_.Set();
     while (inside_ > 0) {
         changed_.Wait(lock_);
     }
-    eventfd_t drained = 0;
-    eventfd_read(abortDescriptor_, &drained);
+    abort_.Reset();
     guard.Unlock();
     try {
         cleanUp();

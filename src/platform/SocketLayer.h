@@ -6,6 +6,7 @@
 #include <functional>
 
 #include "platform/Mutex.h"
+#include "platform/Sockets.h"
 
 namespace onvif_client {
 
@@ -15,14 +16,14 @@ class CSocketLayer {
     /// Never destroyed, as threads may still be inside while the process ends.
     static CSocketLayer& Instance();
 
-    CSocketLayer();
-    ~CSocketLayer() = default;  // the descriptor stays open
+    CSocketLayer() = default;
+    ~CSocketLayer() = default;
     CSocketLayer(const CSocketLayer&) = delete;
     CSocketLayer& operator=(const CSocketLayer&) = delete;
 
     /// @return true when the layer runs afterwards.
     bool Start();
-    /// Makes AbortDescriptor readable, waits until nobody is inside, runs @p cleanUp, and leaves
+    /// Sets Abort, waits until nobody is inside, runs @p cleanUp, and leaves
     /// the layer stopped. A layer that is being stopped already is waited for, and so is every
     /// callback of the layer, unless the caller is one: whoever stops it waits for that one.
     void Stop(const std::function<void()>& cleanUp);
@@ -52,14 +53,14 @@ class CSocketLayer {
         CCallback& operator=(const CCallback&) = delete;
     };
 
-    /// Readable from the moment that everybody inside has to leave. Valid while inside.
-    int AbortDescriptor() const { return abortDescriptor_; }
+    /// Set from the moment that everybody inside has to leave.
+    const CWakeUp& Abort() const { return abort_; }
 
  private:
     void WaitForStopLocked() REQUIRES(lock_);
     void WaitForCallbacksLocked() REQUIRES(lock_);
 
-    const int abortDescriptor_;
+    const CWakeUp abort_;
     CMutex lock_;  // leaf
     CCondition changed_;
     bool running_ GUARDED_BY(lock_) = false;

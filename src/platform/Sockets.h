@@ -1,13 +1,15 @@
 /// @file
-/// Sockets as the system has them: owned descriptors, addresses, connecting. Internal to this
-/// folder; beside the waits themselves, what is particular to a system's sockets stands here.
+/// Sockets as the system has them: owned descriptors, addresses, connecting, moving bytes, waiting.
+/// Internal to this folder: what is particular to a system's sockets stands here.
 #ifndef ONVIF_CLIENT_PLATFORM_SOCKETS_H
 #define ONVIF_CLIENT_PLATFORM_SOCKETS_H
 
 #include <netinet/in.h>
 
+#include <cstddef>
 #include <cstdint>
 #include <optional>
+#include <string_view>
 #include <utility>
 
 namespace onvif_client {
@@ -42,8 +44,48 @@ ConnectState StartConnecting(int descriptor, const sockaddr_in& address);
 /// How a connection ended that was being made, once the socket is writable.
 ConnectState ConnectOutcome(int descriptor);
 
-/// Whether the last operation failed only because it would have had to wait.
-bool WouldHaveWaited();
+/// The next connection that a listening socket has; none with @p again set: none just now, or one
+/// that has gone already.
+CDescriptor AcceptTcp(int listener, bool& again);
+
+/// A second descriptor of the same socket; none when the system has no more.
+CDescriptor Duplicate(int descriptor);
+
+/// What became of bytes that were to move at once.
+enum class Moved {
+    kSome,       ///< as many as the system took or had
+    kWouldWait,  ///< none, but some may later
+    kEnded,      ///< the peer has closed, or the connection is broken
+};
+
+// Neither waits.
+Moved SendNow(int descriptor, std::string_view data, std::size_t& sent);
+Moved ReceiveNow(int descriptor, char* buffer, std::size_t capacity, std::size_t& received);
+
+/// Breaks a connection off; whoever waits on it goes on.
+void ShutDown(int descriptor);
+
+enum class Readiness { kReadable, kWritable };
+enum class Waited { kReady, kWoken, kInVain, kFailed };
+
+/// Ends waits from another thread.
+class CWakeUp {
+ public:
+    CWakeUp();
+    explicit operator bool() const { return static_cast<bool>(descriptor_); }
+    /// Every wait ends with kWoken, from now until the reset.
+    void Set() const;
+    void Reset() const;
+
+ private:
+    friend Waited WaitFor(int descriptor, Readiness what, int waitMs, const CWakeUp* wakeUp);
+
+    const CDescriptor descriptor_;
+};
+
+/// Waits until the socket is ready or broken, @p wakeUp, if any, is set, or the time is over. It may
+/// end in vain before that: deadlines are the caller's.
+Waited WaitFor(int descriptor, Readiness what, int waitMs, const CWakeUp* wakeUp = nullptr);
 
 }  // namespace onvif_client
 

@@ -74,7 +74,7 @@ int WIRELINK_Send_Immediate(std::uint32_t handle, const char* data, std::uint32_
         return 0;
     }
     connection->Poll();
-    return static_cast<int>(connection->Send(data, Bounded(length), kSendWaitMs, error));
+    return static_cast<int>(connection->Send({data, Bounded(length)}, kSendWaitMs, error));
 }
 
 int WIRELINK_Recv_Immediate(std::uint32_t handle, char* buffer, std::uint32_t capacity,
@@ -137,7 +137,7 @@ int WIRELINK_Send(std::uint32_t handle, const char* data, std::uint32_t length) 
     bool broken = true;
     std::size_t sent = 0;
     if (connection != nullptr && data != nullptr) {
-        sent = connection->Send(data, Bounded(length), 0, broken);
+        sent = connection->Send({data, Bounded(length)}, 0, broken);
     }
     if (sent > 0 || (length == 0 && !broken)) {
         return static_cast<int>(sent);

@@ -1,8 +1,4 @@
-#include <poll.h>
-#include <sys/socket.h>
-
 #include <algorithm>
-#include <cerrno>
 #include <chrono>
 #include <climits>
 #include <cstring>
@@ -22,9 +18,9 @@ using SteadyClock = std::chrono::steady_clock;
 /// stops.
 class CExchangeSocket {
  public:
-    CExchangeSocket(int abortDescriptor, unsigned int timeoutMs)
+    CExchangeSocket(const CWakeUp& abort, unsigned int timeoutMs)
         : descriptor_(MakeTcpSocket()),
-          abortDescriptor_(abortDescriptor),
+          abort_(abort),
           deadline_(SteadyClock::now() + std::chrono::milliseconds(timeoutMs)) {}
 
     bool Connect(const sockaddr_in& address) const {
@@ -32,7 +28,7 @@ class CExchangeSocket {
             return false;
         }
         ConnectState state = StartConnecting(descriptor_.Get(), address);
-        if (state == ConnectState::kConnecting && Wait(POLLOUT)) {
+        if (state == ConnectState::kConnecting && Wait(Readiness::kWritable)) {
             state = ConnectOutcome(descriptor_.Get());
         }
         return state == ConnectState::kEstablished;
@@ -40,12 +36,11 @@ class CExchangeSocket {
 
     bool SendAll(std::string_view data) const {
         while (!data.empty()) {
-            const ssize_t sent = send(descriptor_.Get(), data.data(), data.size(), MSG_NOSIGNAL);
-            if (sent > 0) {
-                data.remove_prefix(static_cast<std::size_t>(sent));
-            } else if (errno == EINTR) {
-                continue;
-            } else if (!WouldHaveWaited() || !Wait(POLLOUT)) {
+            std::size_t sent = 0;
+            const Moved moved = SendNow(descriptor_.Get(), data, sent);
+            data.remove_prefix(sent);
+            if (moved == Moved::kEnded ||
+                (moved == Moved::kWouldWait && !Wait(Readiness::kWritable))) {
                 return false;
             }
         }
@@ -54,41 +49,31 @@ class CExchangeSocket {
 
     /// @return the number of bytes received; 0 at the end of the data, whatever ended it.
     std::size_t Receive(char* buffer, std::size_t capacity) const {
-        while (Wait(POLLIN)) {
-            const ssize_t received = recv(descriptor_.Get(), buffer, capacity, 0);
-            if (received >= 0) {
-                return static_cast<std::size_t>(received);
-            }
-            if (!WouldHaveWaited() && errno != EINTR) {
-                break;
-            }
+        std::size_t received = 0;
+        while (Wait(Readiness::kReadable) &&
+               ReceiveNow(descriptor_.Get(), buffer, capacity, received) == Moved::kWouldWait) {
         }
-        return 0;
+        return received;
     }
 
  private:
     /// @return false at the deadline and when the layer stops.
-    bool Wait(short events) const {
-        pollfd polled[] = {{descriptor_.Get(), events, 0}, {abortDescriptor_, POLLIN, 0}};
-        for (;;) {
+    bool Wait(Readiness what) const {
+        Waited waited = Waited::kInVain;
+        while (waited == Waited::kInVain) {
             const auto left =
                 std::chrono::ceil<std::chrono::milliseconds>(deadline_ - SteadyClock::now());
             if (left.count() <= 0) {
                 return false;
             }
             const auto wait = std::min<std::chrono::milliseconds::rep>(left.count(), INT_MAX);
-            const int ready = poll(polled, std::size(polled), static_cast<int>(wait));
-            if (ready > 0) {
-                return polled[1].revents == 0;
-            }
-            if (ready < 0 && errno != EINTR) {
-                return false;
-            }
+            waited = WaitFor(descriptor_.Get(), what, static_cast<int>(wait), &abort_);
         }
+        return waited == Waited::kReady;
     }
 
     const CDescriptor descriptor_;
-    const int abortDescriptor_;
+    const CWakeUp& abort_;
     const SteadyClock::time_point deadline_;
 };
 
@@ -130,7 +115,7 @@ int WIRELINK_SimpleClientComm(const char* ip, unsigned short port, const char* r
     if (!visit) {
         return -1;
     }
-    const CExchangeSocket socket(layer.AbortDescriptor(), timeoutMs);
+    const CExchangeSocket socket(layer.Abort(), timeoutMs);
     if (!socket.Connect(*address) || !socket.SendAll({request, requestLength})) {
         return -1;
     }
