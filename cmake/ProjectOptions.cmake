@@ -40,6 +40,10 @@ if(ONVIF_CLIENT_SANITIZE)
   endif()
 endif()
 
+if(PROJECT_IS_TOP_LEVEL AND NOT ONVIF_CLIENT_SANITIZE)
+  include(${CMAKE_CURRENT_LIST_DIR}/Hardening.cmake)
+endif()
+
 # Where the linker makes ELF files, it knows these; elsewhere the library does without.
 check_linker_flag(CXX -Wl,-z,nodelete ONVIF_CLIENT_HAVE_NODELETE)
 check_linker_flag(CXX "-Wl,--version-script=${PROJECT_SOURCE_DIR}/cmake/exports.map"
