@@ -152,7 +152,7 @@ std::set<std::string> Candidates() {
         const bool builds = file.path().string().ends_with("Requests.cpp");
         for (const std::string& group : builds ? literals : std::vector<std::string>()) {
             for (const std::string& literal : literals) {
-                candidates.insert(group + "/" + literal);
+                candidates.insert(std::string(group).append("/").append(literal));
             }
         }
     }
@@ -200,7 +200,8 @@ class CCommandSection {
             }
         }
         for (const Parameters& use : uses_) {
-            ExpectNoChange(use, others);
+            EXPECT_TRUE(IsTheSameWith(use, others))
+                << title_ << " reads more than its table says:" << NamesOfThoseRead(use, others);
         }
     }
 
@@ -233,20 +234,19 @@ class CCommandSection {
     }
 
  private:
-    void ExpectNoChange(const Parameters& use, const Parameters& others) const {
+    bool IsTheSameWith(const Parameters& use, const Parameters& others) const {
         Parameters more = use;
         more.insert(more.end(), others.begin(), others.end());
-        const std::string sent = Sent(table_, row_, use);
-        if (sent == Sent(table_, row_, more)) {
-            return;
-        }
-        if (others.size() == 1) {
-            ADD_FAILURE() << title_ << " reads " << others.front().first;
-            return;
+        return Sent(table_, row_, use) == Sent(table_, row_, more);
+    }
+
+    std::string NamesOfThoseRead(const Parameters& use, const Parameters& others) const {
+        if (others.size() < 2 || IsTheSameWith(use, others)) {
+            return IsTheSameWith(use, others) ? "" : " " + others.front().first;
         }
         const auto middle = others.begin() + static_cast<std::ptrdiff_t>(others.size() / 2);
-        ExpectNoChange(use, {others.begin(), middle});
-        ExpectNoChange(use, {middle, others.end()});
+        return NamesOfThoseRead(use, {others.begin(), middle}) +
+               NamesOfThoseRead(use, {middle, others.end()});
     }
 
     const CommandTable& table_;
