@@ -3,10 +3,12 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include "common/LogText.h"
 #include "platform/Clock.h"
 #include "platform/Wirelink.h"
+#include "platform/WirelinkHandle.h"
 
 namespace onvif_client {
 
@@ -45,17 +47,6 @@ HttpRequest BuildPullRequest(const EventDeviceRecord& record, ISessionSource& se
             session->BuildHttpRequest(PullDocument(record.Pull()))};
 }
 
-bool AwaitConnection(std::uint32_t handle) {
-    int result = 0;
-    for (int i = 0; i < kResultPolls; ++i) {
-        if (!WIRELINK_PopConnectResult(handle, result, 0) || result != 0) {
-            break;
-        }
-        SleepMilliseconds(kResultPauseMs);
-    }
-    return result > 0;
-}
-
 void SendAll(std::uint32_t handle, std::string_view text) {
     for (int i = 0; i < kSendTries && !text.empty(); ++i) {
         const int sent =
@@ -70,11 +61,16 @@ void SendAll(std::uint32_t handle, std::string_view text) {
     }
 }
 
-/// @return true when the request is on its way, or was lost on a connection that stood.
-bool TryPull(EventDeviceRecord& record, std::uint32_t handle, std::string_view text) {
-    record.SetConnection(handle);
-    if (!AwaitConnection(handle)) {
-        WIRELINK_DelConnect(handle);
+/// @return false when another try may do better. True when the request is on its way, was lost on a
+///         connection that stood, or no connection is to be had.
+bool TryPull(EventDeviceRecord& record, const HttpRequest& request) {
+    CWirelinkHandle connection(WIRELINK_AddConnect(0, request.host.c_str(), request.port));
+    const std::uint32_t handle = connection.Get();
+    if (handle == 0) {
+        return true;
+    }
+    record.SetConnection(std::move(connection));
+    if (!AwaitConnected(handle, kResultPolls, kResultPauseMs)) {
         record.CloseConnection();
         return false;
     }
@@ -85,7 +81,7 @@ bool TryPull(EventDeviceRecord& record, std::uint32_t handle, std::string_view t
         LogAssert(loglabel::kOnvifEvent, "a pull's connection was not registered");
     }
     WIRELINK_Start(handle);
-    SendAll(handle, text);
+    SendAll(handle, request.text);
     return true;
 }
 
@@ -118,8 +114,7 @@ void SendPull(EventDeviceRecord& record, ISessionSource& sessions) {
     const HttpRequest request = BuildPullRequest(record, sessions);
     bool done = request.text.empty();
     for (int i = 0; i < kConnectionTries && !done; ++i) {
-        const std::uint32_t handle = WIRELINK_AddConnect(0, request.host.c_str(), request.port);
-        done = handle == 0 || TryPull(record, handle, request.text);
+        done = TryPull(record, request);
     }
     if (!done) {
         record.MarkSilent();

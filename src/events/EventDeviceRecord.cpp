@@ -89,7 +89,7 @@ void EventDeviceRecord::Resume() {
     std::uint32_t handle = 0;
     {
         const CLockGuard guard(lock_);
-        handle = connection_;
+        handle = connection_.Get();
     }
     int ignored = 0;
     const bool connected = handle != 0 && WIRELINK_PopConnectResult(handle, ignored, 0);
@@ -122,9 +122,9 @@ void EventDeviceRecord::BeginPull() {
     flow_.BeginPull(now);
 }
 
-void EventDeviceRecord::SetConnection(std::uint32_t handle) {
+void EventDeviceRecord::SetConnection(CWirelinkHandle connection) {
     const CLockGuard guard(lock_);
-    connection_ = handle;
+    std::swap(connection_, connection);
 }
 
 void EventDeviceRecord::MarkSilent() {
@@ -133,17 +133,12 @@ void EventDeviceRecord::MarkSilent() {
 }
 
 void EventDeviceRecord::CloseConnection() {
-    std::uint32_t handle = 0;
+    CWirelinkHandle closed;
     {
         const CLockGuard guard(lock_);
-        handle = std::exchange(connection_, 0);
+        closed = std::move(connection_);
     }
-    if (handle != 0) {
-        // Waits for a data callback, which takes the lock.
-        WIRELINK_Stop(handle);
-        WIRELINK_UnRegisterNode(handle);
-        WIRELINK_DestroyHNetCommunication(handle);
-    }
+    closed.Close();  // waits for a data callback, which takes the lock
     parser_.Reset();
     const CLockGuard guard(lock_);
     flow_.ForgetReply();

@@ -22,6 +22,7 @@
 #include "events/SessionSource.h"
 #include "events/Subscription.h"
 #include "platform/Mutex.h"
+#include "platform/WirelinkHandle.h"
 
 namespace onvif_client {
 
@@ -82,7 +83,8 @@ class EventDeviceRecord final : public IPullSink {
     /// A pull is being sent; what it brings goes to the parser.
     void BeginPull();
     CEventParse& Parser() { return parser_; }
-    void SetConnection(std::uint32_t handle);
+    /// The pull goes over it; the connection before it is closed.
+    void SetConnection(CWirelinkHandle connection) EXCLUDES(lock_);
     /// The pull found no way to the device.
     void MarkSilent();
     /// Ends the pull in progress, if any, and makes the parser ready for the next reply.
@@ -103,7 +105,7 @@ class EventDeviceRecord final : public IPullSink {
     CSubscription subscription_ GUARDED_BY(lock_);
     CMessageFlow flow_ GUARDED_BY(lock_);
     std::vector<AlarmItem> pendingItems_ GUARDED_BY(lock_);
-    std::uint32_t connection_ GUARDED_BY(lock_) = 0;  // of the pull in progress; 0: none
+    CWirelinkHandle connection_ GUARDED_BY(lock_);  // of the pull in progress, if any
 
     CEventParse parser_;
 };
