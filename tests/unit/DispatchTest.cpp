@@ -115,94 +115,68 @@ using Statuses = std::map<std::string, int>;
 
 struct DispatchCase {
     const char* commands;
-    Statuses statuses;
-    bool getSucceeds;
-    bool hasDocument;
-    bool setSucceeds;
-    const char* log;               // what was sent
+    const char* outcome;  // g: Get succeeds, d: it has a document, s: Set succeeds
+    const char* log;      // what was sent
+    Statuses statuses = {};
     const char* getLog = nullptr;  // the same for Get, when it differs
 };
 
 TEST(Dispatch, WalksTheCommandsByTheirRules) {
     const DispatchCase cases[] = {
-        {"<one/><two/>", {}, true, true, true, "one@device two@device "},
-        {"", {}, false, false, true, ""},
-        {"<unknown/><one/>", {}, false, false, true, "one@device ", ""},
-        {"<one/><unknown/><two/>", {}, true, true, true, "one@device two@device "},
-        {"<One/>", {}, false, false, true, ""},
-        {"<one/><two/>", {{"one", 5}}, false, false, false, "one@device "},
-        {"<one/><two/>", {{"two", 401}}, false, false, false, "one@device two@device "},
-        {"<one/><two/>", {{"one", 2}}, true, true, true, "one@device two@device "},
-        {"<one/><two/>", {{"two", 2}}, false, true, true, "one@device two@device "},
-        {"<silent/>", {}, true, false, true, "one@ptz "},
-        {"<clock/>", {}, true, false, true, "one*@device "},
-        {"<unlessFailed/>", {{"one", 2}}, true, false, true, "one@a two@b "},
-        {"<unlessFailed/>", {{"one", 7}}, false, false, false, "one@a "},
-        {"<unlessFailed/>", {{"two", 4}}, false, false, false, "one@a two@b "},
-        {"<onSuccess/><local/>", {{"one", 2}}, true, true, true, "one@a "},
-        {"<onSuccess/>", {{"one", 5}}, false, false, false, "one@a "},
-        {"<onSuccess/>", {{"two", 2}}, false, false, true, "one@a two@b "},
-        {"<optional><x/></optional>", {{"one", 5}}, true, false, true, "one@a two@b "},
-        {"<optional/>", {}, true, false, true, "two@b "},
-        {"<optional/><optional><x/></optional><optional/>",
-         {},
-         true,
-         false,
-         true,
-         "two@b one@a two@b two@b "},
-        {"<indexed><index>1</index></indexed>",
-         {},
-         true,
-         false,
-         true,
+        {"<one/><two/>", "gds", "one@device two@device "},
+        {"", "--s", ""},
+        {"<unknown/><one/>", "--s", "one@device ", {}, ""},
+        {"<one/><unknown/><two/>", "gds", "one@device two@device "},
+        {"<One/>", "--s", ""},
+        {"<one/><two/>", "---", "one@device ", {{"one", 5}}},
+        {"<one/><two/>", "---", "one@device two@device ", {{"two", 401}}},
+        {"<one/><two/>", "gds", "one@device two@device ", {{"one", 2}}},
+        {"<one/><two/>", "-ds", "one@device two@device ", {{"two", 2}}},
+        {"<silent/>", "g-s", "one@ptz "},
+        {"<clock/>", "g-s", "one*@device "},
+        {"<unlessFailed/>", "g-s", "one@a two@b ", {{"one", 2}}},
+        {"<unlessFailed/>", "---", "one@a ", {{"one", 7}}},
+        {"<unlessFailed/>", "---", "one@a two@b ", {{"two", 4}}},
+        {"<onSuccess/><local/>", "gds", "one@a ", {{"one", 2}}},
+        {"<onSuccess/>", "---", "one@a ", {{"one", 5}}},
+        {"<onSuccess/>", "--s", "one@a two@b ", {{"two", 2}}},
+        {"<optional><x/></optional>", "g-s", "one@a two@b ", {{"one", 5}}},
+        {"<optional/>", "g-s", "two@b "},
+        {"<optional/><optional><x/></optional><optional/>", "g-s", "two@b one@a two@b two@b "},
+        {"<indexed><index>1</index></indexed>", "g-s",
          "index=1;profiletoken=P1;multicast=false;transport=tcp;@m "},
-        {"<indexed><index>2</index></indexed>", {}, false, false, true, ""},
-        {"<indexed><index>-1</index></indexed>", {}, false, false, true, ""},
-        {"<indexed/>", {}, false, false, true, ""},
-        {"<indexed><index>one</index></indexed>", {}, false, false, true, ""},
-        {"<one/><indexed/>", {}, true, true, true, "one@device "},
-        {"<first/>", {}, true, false, true, "profileToken=P0;@m "},
-        {"<source/>", {}, true, false, true, "videoSourcetoken=S0;@m "},
-        {"<needsProfile><x>1</x></needsProfile>", {}, true, false, true, "x=1;@m "},
-        {"<media/>", {}, true, false, true, "one@media "},
-        {"<indexes><index>1</index><index>9</index><index>0</index></indexes>",
-         {},
-         true,
-         false,
-         true,
+        {"<indexed><index>2</index></indexed>", "--s", ""},
+        {"<indexed><index>-1</index></indexed>", "--s", ""},
+        {"<indexed/>", "--s", ""},
+        {"<indexed><index>one</index></indexed>", "--s", ""},
+        {"<one/><indexed/>", "gds", "one@device "},
+        {"<first/>", "g-s", "profileToken=P0;@m "},
+        {"<source/>", "g-s", "videoSourcetoken=S0;@m "},
+        {"<needsProfile><x>1</x></needsProfile>", "g-s", "x=1;@m "},
+        {"<media/>", "g-s", "one@media "},
+        {"<indexes><index>1</index><index>9</index><index>0</index></indexes>", "g-s",
          "P1@m P0@m "},
-        {"<indexes><index>1</index><index>0</index></indexes>",
-         {{"P1", 2}},
-         false,
-         false,
-         true,
-         "P1@m "},
-        {"<indexes><index>7</index></indexes><one/>", {}, true, true, true, "one@device "},
-        {"<indexes/>", {}, false, false, true, ""},
-        {"<items><item><index>1</index></item><item/><item><index>0</index></item></items>",
-         {},
-         true,
-         false,
-         true,
+        {"<indexes><index>1</index><index>0</index></indexes>", "--s", "P1@m ", {{"P1", 2}}},
+        {"<indexes><index>7</index></indexes><one/>", "gds", "one@device "},
+        {"<indexes/>", "--s", ""},
+        {"<items><item><index>1</index></item><item/><item><index>0</index></item></items>", "g-s",
          "P1E1@m P0E0@m "},
-        {"<local/>", {}, true, true, true, ""},
+        {"<local/>", "gds", ""},
     };
     for (const DispatchCase& each : cases) {
         CScriptedSession session;
         session.statuses = each.statuses;
-        const GetAnswer answer =
-            RunGet(session, "<Get>" + std::string(each.commands) + "</Get>", kGetTable);
-        EXPECT_EQ(answer.success, each.getSucceeds) << each.commands;
-        EXPECT_EQ(!answer.document.empty(), each.hasDocument) << each.commands;
-
-        EXPECT_EQ(session.log, each.getLog == nullptr ? each.log : each.getLog) << each.commands;
+        const std::string commands = each.commands;
+        const GetAnswer answer = RunGet(session, "<Get>" + commands + "</Get>", kGetTable);
+        EXPECT_EQ(session.log, each.getLog == nullptr ? each.log : each.getLog) << commands;
         session.log.clear();
         std::string result;
-        EXPECT_EQ(
-            RunSet(session, "<Set>" + std::string(each.commands) + "</Set>", result, kSetTable),
-            each.setSucceeds)
-            << each.commands;
-        EXPECT_EQ(session.log, each.log) << each.commands;
+        const bool set = RunSet(session, "<Set>" + commands + "</Set>", result, kSetTable);
+        EXPECT_EQ(std::string(answer.success ? "g" : "-") + (answer.document.empty() ? "-" : "d") +
+                      (set ? "s" : "-"),
+                  each.outcome)
+            << commands;
+        EXPECT_EQ(session.log, each.log) << commands;
     }
 }
 
@@ -252,13 +226,11 @@ std::string SoapWith(const std::function<std::string()>& value) {
         "<Envelope><Body><GetDeviceInformationResponse><Manufacturer>@</Manufacturer><Model>@"
         "</Model></GetDeviceInformationResponse><GetNetworkInterfacesResponse><NetworkInterfaces"
         " token='@'><IPv4><Config><DHCP>false</DHCP><Manual><Address>@</Address></Manual></Config>"
-        "</IPv4></NetworkInterfaces></"
-        "GetNetworkInterfacesResponse><GetNetworkDefaultGatewayResponse"
-        "><NetworkGateway><IPv4Address>@</IPv4Address></NetworkGateway>"
-        "</GetNetworkDefaultGatewayResponse><SetNetworkInterfacesResponse><RebootNeeded>@"
-        "</RebootNeeded></SetNetworkInterfacesResponse><GetPresetsResponse><Preset "
-        "token='@'><Name>@"
-        "</Name></Preset></GetPresetsResponse></Body></Envelope>";
+        "</IPv4></NetworkInterfaces></GetNetworkInterfacesResponse>"
+        "<GetNetworkDefaultGatewayResponse><NetworkGateway><IPv4Address>@</IPv4Address>"
+        "</NetworkGateway></GetNetworkDefaultGatewayResponse><SetNetworkInterfacesResponse>"
+        "<RebootNeeded>@</RebootNeeded></SetNetworkInterfacesResponse><GetPresetsResponse>"
+        "<Preset token='@'><Name>@</Name></Preset></GetPresetsResponse></Body></Envelope>";
     std::string soap;
     for (const char each : pattern) {
         soap += each == '@' ? value() : std::string(1, each);
@@ -302,39 +274,29 @@ TEST(Dispatch, EveryAnswerPrintsAndParsesTheEarlierOnes) {
 }
 
 TEST(Dispatch, OnlyTheLastAnswerIsAsItWasCopied) {
-    const struct {
-        const char* request;
-        const char* result;  // without line ends and indentation
-    } cases[] = {
+    const std::pair<const char*, const char*> cases[] = {
         {"<Get><devInfo/><devInfo/></Get>",
-         "<devInfo><status>success</status><manufacturer>a\nb</manufacturer><model/><status>success"
-         "</status><manufacturer>a\rb</manufacturer><model> </model></devInfo>"},
+         "<manufacturer>a\nb</manufacturer>\n        <model/>\n        <status>success</status>\n"
+         "        <manufacturer>a\rb</manufacturer>\n        <model> </model>\n"},
         {"<Get><ipv4/></Get>",
-         "<ipv4><status>success</status><item token=\"a\nb\"><dhcp>false</dhcp><ip/></item>"
-         "<gatewayStatus><status>success</status></gatewayStatus><gateway>a\rb</gateway></ipv4>"},
+         "<item token=\"a\nb\">\n            <dhcp>false</dhcp>\n            <ip/>\n        </item>"
+         "\n        <gatewayStatus>\n            <status>success</status>\n        </gatewayStatus>"
+         "\n        <gateway>a\rb</gateway>\n"},
         {"<Set><ipv4/><ipv4/><ipv4/></Set>",
-         "<ipv4><status>success<rebootNeeded>a\nb</rebootNeeded><rebootNeeded>a\nb</rebootNeeded>"
-         "<rebootNeeded>a\rb</rebootNeeded></status><status>success</status><status>success"
-         "</status></ipv4>"},
+         "<status>success<rebootNeeded>a\nb</rebootNeeded>\n            <rebootNeeded>a\nb"
+         "</rebootNeeded>\n            <rebootNeeded>a\rb</rebootNeeded>\n"},
     };
-    for (const auto& each : cases) {
+    for (const auto& [request, part] : cases) {
         CScriptedSession session;
         session.soap = [] {
             int count = 0;
-            return SoapWith(
-                [count]() mutable { return ++count == 2 || count == 4 ? "&#32;" : "a&#13;b"; });
+            return SoapWith([&count] { return ++count == 2 || count == 4 ? "&#32;" : "a&#13;b"; });
         };
-        std::string result = RunGet(session, each.request).document;
+        std::string result = RunGet(session, request).document;
         if (result.empty()) {
-            EXPECT_TRUE(RunSet(session, each.request, result));
+            EXPECT_TRUE(RunSet(session, request, result));
         }
-        result.erase(0, result.find("Response>") + std::string_view("Response>").size());
-        result.erase(result.rfind("</"));
-        for (auto at = result.find("\n    "); at != std::string::npos; at = result.find("\n    ")) {
-            result.erase(at, 1);
-            result.erase(at, result.find_first_not_of(' ', at) - at);
-        }
-        EXPECT_EQ(result, std::string(each.result) + "\n") << each.request;
+        EXPECT_NE(result.find(part), std::string::npos) << result;
     }
 }
 

@@ -101,10 +101,9 @@ TEST(EventResults, TellWhatTheDeviceAnswers) {
         "</x:PullMessagesFaultResponse></E:Detail></E:Fault>";
     const std::string created =
         "<p:CreatePullPointSubscriptionResponse><p:SubscriptionReference><a:Address>http://h/s"
-        "</a:Address><a:ReferenceParameters><dom0:SubscriptionId @='urn:x'>7"
-        "</dom0:SubscriptionId></a:ReferenceParameters></p:SubscriptionReference><w:CurrentTime>C"
-        "</w:CurrentTime><w:TerminationTime>T</w:TerminationTime>"
-        "</p:CreatePullPointSubscriptionResponse>";
+        "</a:Address><a:ReferenceParameters><dom0:SubscriptionId @='urn:x'>7</dom0:SubscriptionId>"
+        "</a:ReferenceParameters></p:SubscriptionReference><w:CurrentTime>C</w:CurrentTime>"
+        "<w:TerminationTime>T</w:TerminationTime></p:CreatePullPointSubscriptionResponse>";
     const auto createdWith = [&created](const char* attribute) {
         std::string text = created;
         return text.replace(text.find('@'), 1, attribute);
@@ -135,16 +134,13 @@ TEST(EventResults, TellWhatTheDeviceAnswers) {
          "</w:CurrentTime></w:RenewResponse>",
          "<GetResponse><renew><status>success</status><currentTime>C</currentTime>"
          "<terminationTime>T</terminationTime></renew></GetResponse>"},
-        {kStatusOnly<"unsubscribe">, "",
-         "<SetResponse><unsubscribe><status>success</status></unsubscribe></SetResponse>"},
         {kPullMessagesResult,
          "<p:PullMessagesResponse><p:CurrentTime>C</p:CurrentTime><p:TerminationTime>T"
-         "</p:TerminationTime><w:NotificationMessage><!--w:x--><w:Topic\n><![CDATA[t:A]]></"
-         "w:Topic><w:Message><s:Message"
-         " UtcTime='U' PropertyOperation='Changed'><s:Source><s:SimpleItem Name='S' Value='1'/>"
-         "</s:Source><s:Key><s:SimpleItem Name='K' Value='2'/></s:Key><s:Data><s:SimpleItem"
-         " Name='D' Value='3'/><s:SimpleItem Name='E'/></s:Data></s:Message></w:Message>"
-         "</w:NotificationMessage><w:NotificationMessage><w:Topic>t:B</w:Topic>"
+         "</p:TerminationTime><w:NotificationMessage><!--w:x--><w:Topic\n><![CDATA[t:A]]></w:Topic>"
+         "<w:Message><s:Message UtcTime='U' PropertyOperation='Changed'><s:Source><s:SimpleItem"
+         " Name='S' Value='1'/></s:Source><s:Key><s:SimpleItem Name='K' Value='2'/></s:Key><s:Data>"
+         "<s:SimpleItem Name='D' Value='3'/><s:SimpleItem Name='E'/></s:Data></s:Message>"
+         "</w:Message></w:NotificationMessage><w:NotificationMessage><w:Topic>t:B</w:Topic>"
          "</w:NotificationMessage></p:PullMessagesResponse>",
          "<GetResponse><pullMessages><status>success</status><currenttime>C</currenttime>"
          "<terminationtime>T</terminationtime><notifyMessage><topic>t:A</topic><message><utcTime>U"
@@ -155,6 +151,12 @@ TEST(EventResults, TellWhatTheDeviceAnswers) {
         {kPullMessagesResult, fault,
          "<GetResponse><pullMessages><status>fail</status><errorCode>6</errorCode><maxtimeout>PT30S"
          "</maxtimeout></pullMessages></GetResponse>"},
+        {kPullMessagesResult,
+         "<E:Fault><E:Detail><p:PullMessagesFaultResponse><p:MaxTimeout>PT9S</p:MaxTimeout>"
+         "<p:MaxMessageLimit>7</p:MaxMessageLimit></p:PullMessagesFaultResponse></E:Detail>"
+         "</E:Fault>",
+         "<GetResponse><pullMessages><status>fail</status><errorCode>6</errorCode><maxtimeout>PT9S"
+         "</maxtimeout><maxmessagelimit>7</maxmessagelimit></pullMessages></GetResponse>"},
         {kPullMessagesResult, "<p:Other/>",
          "<GetResponse><pullMessages><status>fail</status><errorCode>6</errorCode></pullMessages>"
          "</GetResponse>"},

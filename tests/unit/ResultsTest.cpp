@@ -70,9 +70,8 @@ TEST(Results, CopyWhatTheDeviceAnswered) {
         {&kDigitalInputsResult,
          "<GetDigitalInputsResponse><DigitalInputs token='I1'/><DigitalInputs token='I2'/>"
          "</GetDigitalInputsResponse>",
-         "<GetResponse><alarmin><status>success</status><token>I1</token><token>I2</token></"
-         "alarmin>"
-         "</GetResponse>"},
+         "<GetResponse><alarmin><status>success</status><token>I1</token><token>I2</token>"
+         "</alarmin></GetResponse>"},
         {&kDnsResult,
          "<GetDNSResponse><DNSInformation><FromDHCP>true</FromDHCP><DNSFromDHCP><Type>IPv4</Type>"
          "<IPv4Address>1.1.1.1</IPv4Address></DNSFromDHCP><DNSFromDHCP><Type>IPv4</Type>"
@@ -92,9 +91,8 @@ TEST(Results, CopyWhatTheDeviceAnswered) {
          "<Port>80</Port><Port>8080</Port></NetworkProtocols><NetworkProtocols><Name>FTP</Name>"
          "</NetworkProtocols><NetworkProtocols><Name>RTSP</Name><Enabled>false</Enabled>"
          "</NetworkProtocols></GetNetworkProtocolsResponse>",
-         "<GetResponse><networkProtocols><status>success</status><http><enable>true</enable>"
-         "<port>80</port></http><rtsp><enable>false</enable></rtsp></networkProtocols>"
-         "</GetResponse>"},
+         "<GetResponse><networkProtocols><status>success</status><http><enable>true</enable><port>"
+         "80</port></http><rtsp><enable>false</enable></rtsp></networkProtocols></GetResponse>"},
         {&kNetworkProtocolsResult,
          "<Fault><Code><Value>Sender</Value><Subcode><Value>InvalidArgVal</Value></Subcode></Code>"
          "</Fault>",
@@ -146,18 +144,16 @@ TEST(Results, ProfilesOfBothMediaServices) {
          "<Name>v</Name><UseCount>2</UseCount><SourceToken>S</SourceToken><Bounds x='0' y='0'"
          " width='640' height='480'/></VideoSourceConfiguration>" +
              encoder10 + "</Profiles>",
-         "<item><index>0</index><token>P</token><fixed>true</fixed><name>main</"
-         "name><videoSourceCfg>"
-         "<token>V</token><name>v</name><useCount>2</useCount><videoSourceToken>S</"
-         "videoSourceToken>"
-         "<bounds><x>0</x><y>0</y><width>640</width><height>480</height></bounds></videoSourceCfg>"
-         "<videoEncoderCfg><token>E</token><name>enc</name><useCount>1</useCount><encode>H264"
-         "</encode><resolution><width>640</width><height>480</height></resolution><quality>4"
-         "</quality><frameRate>25</frameRate><encodingInterval>1</encodingInterval><bitrate>2048"
-         "</bitrate><IFrameInterval>50</IFrameInterval><profile>Main</profile><multicast><address>"
-         "<type>IPv4</type><iPv4Address>0.0.0.0</iPv4Address></address><port>0</port><tTL>1</tTL>"
-         "<autoStart>false</autoStart></multicast><sessionTimeout>PT60S</sessionTimeout>"
-         "</videoEncoderCfg></item>"},
+         "<item><index>0</index><token>P</token><fixed>true</fixed><name>main</name>"
+         "<videoSourceCfg><token>V</token><name>v</name><useCount>2</useCount><videoSourceToken>S"
+         "</videoSourceToken><bounds><x>0</x><y>0</y><width>640</width><height>480</height>"
+         "</bounds></videoSourceCfg><videoEncoderCfg><token>E</token><name>enc</name><useCount>1"
+         "</useCount><encode>H264</encode><resolution><width>640</width><height>480</height>"
+         "</resolution><quality>4</quality><frameRate>25</frameRate><encodingInterval>1"
+         "</encodingInterval><bitrate>2048</bitrate><IFrameInterval>50</IFrameInterval><profile>"
+         "Main</profile><multicast><address><type>IPv4</type><iPv4Address>0.0.0.0</iPv4Address>"
+         "</address><port>0</port><tTL>1</tTL><autoStart>false</autoStart></multicast>"
+         "<sessionTimeout>PT60S</sessionTimeout></videoEncoderCfg></item>"},
         {"<Profiles token='P'><Configurations>" + encoder20 +
              "<PTZ token='Z'><NodeToken>N</NodeToken></PTZ></Configurations></Profiles>",
          "<item><index>0</index><token>P</token><videoEncoderCfg><token>E</token><name>enc</name>"
@@ -178,8 +174,7 @@ TEST(Results, ProfilesOfBothMediaServices) {
 
 TEST(Results, DeviceTimeNeedsAllSixFields) {
     const std::string time =
-        "<t:Time><t:Hour>8</t:Hour><t:Minute>5</t:Minute><t:Second>9</t:Second>"
-        "</t:Time>";
+        "<t:Time><t:Hour>8</t:Hour><t:Minute>5</t:Minute><t:Second>9</t:Second></t:Time>";
     const std::string reply =
         Envelope("<t:GetSystemDateAndTimeResponse><t:SystemDateAndTime><t:UTCDateTime>" + time +
                  "<t:Date><t:Year>2019</t:Year><t:Month>3</t:Month><t:Day>7</t:Day></t:Date>"

@@ -47,10 +47,9 @@ TEST(ServiceResults, ShowPresetsAndTours) {
          "<a:GetPresetToursResponse><a:PresetTour token='T1'><t:Name>round</t:Name><t:Status>"
          "<t:State>Idle</t:State></t:Status><t:AutoStart>false</t:AutoStart><t:StartingCondition"
          " RandomPresetOrder='true'><t:RecurringTime>3</t:RecurringTime><t:RecurringDuration>PT1H"
-         "</t:RecurringDuration><t:Direction>Forward</t:Direction></"
-         "t:StartingCondition><t:TourSpot>"
-         "<t:PresetDetail><t:PresetToken>3</t:PresetToken></t:PresetDetail><t:StayTime>PT1M30S"
-         "</t:StayTime></t:TourSpot><t:TourSpot><t:PresetDetail><t:Home>true</t:Home>"
+         "</t:RecurringDuration><t:Direction>Forward</t:Direction></t:StartingCondition>"
+         "<t:TourSpot><t:PresetDetail><t:PresetToken>3</t:PresetToken></t:PresetDetail><t:StayTime>"
+         "PT1M30S</t:StayTime></t:TourSpot><t:TourSpot><t:PresetDetail><t:Home>true</t:Home>"
          "</t:PresetDetail></t:TourSpot></a:PresetTour><a:PresetTour/></a:GetPresetToursResponse>",
          "cruises",
          "<item><token>T1</token><name>round</name><state>Idle</state><autoStart>false</autoStart>"
@@ -69,10 +68,9 @@ TEST(ServiceResults, ShowThePictureAndItsOptions) {
          "</BacklightCompensation><Brightness>50</Brightness><ColorSaturation/><Exposure><Mode>AUTO"
          "</Mode><Priority>LowNoise</Priority><Window bottom='1' top='2' right='3' left='4'/>"
          "<MinExposureTime>10</MinExposureTime><MaxGain>100</MaxGain><Iris>5</Iris></Exposure>"
-         "<Focus><AutoFocusMode>MANUAL</AutoFocusMode><FarLimit>9</FarLimit></"
-         "Focus><IrCutFilter>AUTO"
-         "</IrCutFilter><Sharpness>3</Sharpness><WhiteBalance><CrGain>1.50</CrGain></WhiteBalance>"
-         "</ImagingSettings></GetImagingSettingsResponse>",
+         "<Focus><AutoFocusMode>MANUAL</AutoFocusMode><FarLimit>9</FarLimit></Focus><IrCutFilter>"
+         "AUTO</IrCutFilter><Sharpness>3</Sharpness><WhiteBalance><CrGain>1.50</CrGain>"
+         "</WhiteBalance></ImagingSettings></GetImagingSettingsResponse>",
          "imageSettings",
          "<backlightcompensation><mode>ON</mode></backlightcompensation><brightness>50</brightness>"
          "<saturation/><exposure><mode>AUTO</mode><priority>LowNoise</priority><window><bottom>1"
@@ -89,13 +87,12 @@ TEST(ServiceResults, ShowThePictureAndItsOptions) {
          "<Max>9</Max></Sharpness><WhiteBalance><Mode>AUTO</Mode><YrGain><Min>1</Min></YrGain>"
          "<YbGain><Max>2</Max></YbGain></WhiteBalance></ImagingOptions></GetOptionsResponse>",
          "imageOpts",
-         "<brightness><min>0</min><max>100</max></brightness><exposure><mode>AUTO</"
-         "mode><mode>MANUAL"
-         "</mode><gain><min>0</min></gain></exposure><focus><autoFocusMode>AUTO</autoFocusMode>"
-         "<autoFocusMode>MANUAL</autoFocusMode></focus><irCutFilter>ON</"
-         "irCutFilter><irCutFilter>OFF"
-         "</irCutFilter><sharpness><max>9</max></sharpness><whiteBalance><mode>AUTO</mode><crGain>"
-         "<min>1</min></crGain><cbGain><max>2</max></cbGain></whiteBalance>"},
+         "<brightness><min>0</min><max>100</max></brightness><exposure><mode>AUTO</mode><mode>"
+         "MANUAL</mode><gain><min>0</min></gain></exposure><focus><autoFocusMode>AUTO"
+         "</autoFocusMode><autoFocusMode>MANUAL</autoFocusMode></focus><irCutFilter>ON"
+         "</irCutFilter><irCutFilter>OFF</irCutFilter><sharpness><max>9</max></sharpness>"
+         "<whiteBalance><mode>AUTO</mode><crGain><min>1</min></crGain><cbGain><max>2</max></cbGain>"
+         "</whiteBalance>"},
     };
     ExpectGetResults(cases);
 }
@@ -105,10 +102,9 @@ TEST(ServiceResults, ShowTextsOnThePicture) {
     const ResultCase cases[] = {
         {&kOsdResult,
          "<GetOSDsResponse><OSDs token='O1'><VideoSourceConfigurationToken>V"
-         "</VideoSourceConfigurationToken><Type>Text</Type><Position><Type>Custom</Type><Pos "
-         "x='-0.9'"
-         " y='0.85'/></Position><TextString IsPersistentText='true'><Type>Plain</Type><FontSize>20"
-         "</FontSize><FontColor Transparent='1'>" +
+         "</VideoSourceConfigurationToken><Type>Text</Type><Position><Type>Custom</Type><Pos"
+         " x='-0.9' y='0.85'/></Position><TextString IsPersistentText='true'><Type>Plain</Type>"
+         "<FontSize>20</FontSize><FontColor Transparent='1'>" +
              color +
              "</FontColor><PlainText>Gate</PlainText><Extension><ChannelName>in text</ChannelName>"
              "</Extension></TextString><Extension><ChannelName>on</ChannelName></Extension></OSDs>"
@@ -116,24 +112,20 @@ TEST(ServiceResults, ShowTextsOnThePicture) {
              "</Extension></TextString><Image><ImgPath>p</ImgPath></Image></OSDs></"
              "GetOSDsResponse>",
          "osd",
-         "<item><token>O1</token><videoSourceCfgToken>V</videoSourceCfgToken><osdType>Text</"
-         "osdType>"
-         "<pos><type>Custom</type><x>-0.9</x><y>0.85</y></pos><type>Plain</type><plainText>Gate"
-         "</plainText><persistentText>true</persistentText><fontSize>20</fontSize><fontColor>"
-         "<transparent>1</transparent><x>1</x><y>2</y><z>3</z><colorspace>c</colorspace></"
-         "fontColor>"
-         "<extensionswitch>on</extensionswitch></item><item><osdType>Image</osdType><imgPath>p"
-         "</imgPath><extensionswitch>in text</extensionswitch></item>"},
+         "<item><token>O1</token><videoSourceCfgToken>V</videoSourceCfgToken><osdType>Text"
+         "</osdType><pos><type>Custom</type><x>-0.9</x><y>0.85</y></pos><type>Plain</type>"
+         "<plainText>Gate</plainText><persistentText>true</persistentText><fontSize>20</fontSize>"
+         "<fontColor><transparent>1</transparent><x>1</x><y>2</y><z>3</z><colorspace>c</colorspace>"
+         "</fontColor><extensionswitch>on</extensionswitch></item><item><osdType>Image</osdType>"
+         "<imgPath>p</imgPath><extensionswitch>in text</extensionswitch></item>"},
         {&kOsdOptionsResult,
          "<GetOSDOptionsResponse><OSDOptions><MaximumNumberOfOSDs Total='4' DateAndTime='1'/><Type>"
          "Text</Type><Type>Image</Type><PositionOption>UpperLeft</PositionOption><PositionOption>"
-         "Custom</PositionOption><TextOption><Type>Plain</Type><Type>Date</"
-         "Type><FontSizeRange><Min>"
-         "16</Min><Max>64</Max></FontSizeRange><DateFormat>d1</DateFormat><TimeFormat>t1</"
-         "TimeFormat>"
-         "<FontColor><Transparent><Min>0</Min></Transparent></FontColor><BackgroundColor/>"
-         "</TextOption><ImageOption><ImagePath>i</ImagePath></ImageOption></OSDOptions>"
-         "</GetOSDOptionsResponse>",
+         "Custom</PositionOption><TextOption><Type>Plain</Type><Type>Date</Type><FontSizeRange>"
+         "<Min>16</Min><Max>64</Max></FontSizeRange><DateFormat>d1</DateFormat><TimeFormat>t1"
+         "</TimeFormat><FontColor><Transparent><Min>0</Min></Transparent></FontColor>"
+         "<BackgroundColor/></TextOption><ImageOption><ImagePath>i</ImagePath></ImageOption>"
+         "</OSDOptions></GetOSDOptionsResponse>",
          "osdoption",
          "<maximumNumber><total>4</total><dateAndTime>1</dateAndTime></maximumNumber><osdType>Text"
          "</osdType><osdType>Image</osdType><pos><type>UpperLeft</type><type>Custom</type></pos>"

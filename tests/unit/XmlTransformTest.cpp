@@ -126,23 +126,5 @@ TEST(FaultReaders, WriteCodeAndDescriptionInsideTheStatus) {
     }
 }
 
-TEST(FaultReaders, PullMessagesFaultsTellTheLimits) {
-    CXmlDocument result("<pullMessages/>");
-    EXPECT_FALSE(ParsePullMessagesFault(
-        "<e:Envelope xmlns:e='http://www.w3.org/2003/05/soap-envelope'"
-        " xmlns:tev='http://www.onvif.org/ver10/events/wsdl'><e:Body><e:Fault><e:Detail>"
-        "<tev:PullMessagesFaultResponse><tev:MaxTimeout>PT30S</tev:MaxTimeout>"
-        "<tev:MaxMessageLimit>100</tev:MaxMessageLimit></tev:PullMessagesFaultResponse>"
-        "</e:Detail></e:Fault></e:Body></e:Envelope>",
-        result.Root()));
-    const std::pair<const char*, const char*> values[] = {{"status", "fail"},
-                                                          {"errorCode", "6"},
-                                                          {"maxtimeout", "PT30S"},
-                                                          {"maxmessagelimit", "100"}};
-    for (const auto& [path, text] : values) {
-        EXPECT_EQ(TextAt(result.Root(), path), text) << path;
-    }
-}
-
 }  // namespace
 }  // namespace onvif_client
