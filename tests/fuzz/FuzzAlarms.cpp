@@ -1,0 +1,123 @@
+// What the alarm side hears: replies to pulls and posted messages, in pieces.
+#include "FuzzInput.h"
+#include "ScriptedSockets.h"
+#include "events/EventParse.h"
+#include "events/NotificationReceiver.h"
+#include "events/NotifyMessage.h"
+
+namespace {
+
+using namespace onvif_client;
+using namespace onvif_client::fuzz;
+
+/// One session for everybody.
+class COneSession final : public ISessionSource {
+ public:
+    CHttpClient* Acquire(std::uint32_t) override { return &session_; }
+    bool Release(std::uint32_t) override { return true; }
+    CHttpClient& Session() { return session_; }
+
+ private:
+    CHttpClient session_{"user", "password", "127.0.0.1", 80};
+};
+
+COneSession& Sessions() {
+    static COneSession sessions;
+    return sessions;
+}
+
+/// The text up to the end of its first HTTP message; all of it when that has none.
+std::string_view FirstMessage(std::string_view text) {
+    MessageFrame frame;
+    const bool complete = CutMessage(text, frame) == MessageState::kComplete;
+    return complete ? text.substr(0, frame.headerSize + frame.bodySize) : text;
+}
+
+/// What a pull's reply that comes in such pieces says: "1+" motion, "2-" no alarm at an input.
+class CPullSink final : public IPullSink {
+ public:
+    bool Pulls() const override { return true; }
+    void OnPullAnswer(const PullAnswer& answer) override {
+        told_ += answer.maxTimeout + "." + std::to_string(answer.maxMessageLimit) + ".";
+        for (const AlarmItem& item : answer.items) {
+            told_ += std::to_string(static_cast<unsigned int>(item.type));
+            told_ += item.state ? "+" : "-";
+        }
+    }
+    const std::string& Told() const { return told_; }
+
+ private:
+    std::string told_;
+};
+
+std::string Pull(std::string_view reply, std::size_t pieceSize) {
+    CPullSink sink;
+    CEventParse parser(sink, Sessions(), 1);
+    for (; !reply.empty(); reply.remove_prefix(std::min(pieceSize, reply.size()))) {
+        const std::string_view piece = reply.substr(0, pieceSize);
+        parser.OnData(1, piece.data(), static_cast<std::uint32_t>(piece.size()), nullptr);
+    }
+    return sink.Told();
+}
+
+void PullInPieces(std::string_view text, std::size_t pieceSize) {
+    if (text.size() <= CEventParse::kCapacity) {
+        const std::string_view reply = FirstMessage(text);
+        MessageFrame frame;
+        const std::string told = Pull(reply, pieceSize);
+        Expect(CutMessage(reply, frame) != MessageState::kComplete ||
+               told == Pull(reply, reply.size()));
+    }
+}
+
+class CSink final : public INotifySink {
+ public:
+    void OnNotify(std::string_view body) override {
+        ++calls_;
+        for (const NotifyItem& item : ReadNotify(body).items) {
+            told_ += item.topic + (item.active ? "+" : "-") + item.subscriptionReference + "\n";
+        }
+    }
+    unsigned int Calls() const { return calls_; }
+    const std::string& Told() const { return told_; }
+
+ private:
+    unsigned int calls_ = 0;
+    std::string told_;
+};
+
+std::string Post(std::string_view post, std::size_t pieceSize) {
+    SetPeer(post, pieceSize);
+    CSink sink;
+    CNotificationReceiver(sink).OnAccept(1);
+    Expect(sink.Calls() <= 1);
+    Expect(SentToPeer().starts_with("HTTP/1.1 200 OK\r\n") == (sink.Calls() == 1));
+    return sink.Told();
+}
+
+void PostInPieces(std::string_view text, std::size_t pieceSize) {
+    Expect(Post(text, pieceSize) == Post(text, text.size()));
+}
+
+/// Results and addresses of subscriptions, and the requests that are made of them.
+void ReadDocuments(std::string_view text, std::size_t) {
+    ReadPull(text);
+    const auto answer = ReadSubscription(text);
+    const std::string value(text.substr(0, text.find('\0')));
+    const std::string document =
+        PullDocument({answer ? answer->address : value, answer ? answer->id : value});
+    CXmlDocument pull(document);
+    Expect(pull.Find("Get/pullMessages/messageLimit") != nullptr);
+    Sessions().Session().BuildHttpRequest(document);
+}
+
+constexpr void (*kReaders[])(std::string_view, std::size_t) = {PullInPieces, PostInPieces,
+                                                               ReadDocuments};
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    const auto [text, choice] = ReadInput(data, size);
+    kReaders[choice % std::size(kReaders)](text, choice / std::size(kReaders) + 1);
+    return 0;
+}

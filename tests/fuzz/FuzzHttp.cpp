@@ -1,0 +1,64 @@
+// HTTP as devices write it: replies and their heads, addresses, challenges, pictures.
+#include "FuzzInput.h"
+#include "ScriptedSockets.h"
+#include "client/SnapshotDownload.h"
+#include "client/SoapExchange.h"
+#include "events/NotifyMessage.h"
+
+namespace {
+
+using namespace onvif_client;
+using namespace onvif_client::fuzz;
+
+constexpr std::size_t kLongestRequest = 8191;
+constexpr std::uint64_t kLargestPicture = 65536;
+
+const Credentials kCredentials = {"user", "password"};
+
+void ReadReply(std::string_view text, std::size_t) {
+    std::string_view soap;
+    if (ClassifyReply("127.0.0.1", 80, text, soap) == status::kSuccess) {
+        Expect(text.ends_with(soap) && soap.starts_with("<?xml"));
+    }
+}
+
+void ReadAddress(std::string_view text, std::size_t pieceSize) {
+    const std::string path = PathOfAddress(text);
+    Expect(BuildPost(path, text, text).size() <= kLongestRequest);
+    HttpChallenge basic;
+    basic.scheme = AuthorizationScheme::kBasic;
+    const std::string request =
+        BuildSnapshotRequest(ParseSnapshotAddress(text), kCredentials, basic);
+    Expect(request.starts_with("GET ") && request.size() <= kLongestRequest);
+    AddressesAgree(text, text.substr(0, pieceSize));
+}
+
+void AnswerChallenge(std::string_view text, std::size_t) {
+    const SnapshotHeader header = ReadSnapshotHeader(text);
+    BuildSnapshotRequest({"h", "/p"}, kCredentials, header.challenge.value_or(HttpChallenge{}));
+}
+
+std::string Download(std::string_view reply, std::size_t pieceSize) {
+    SetPeer(reply, pieceSize);
+    ResponseBuffer picture;
+    CSnapshotDownload("127.0.0.1", kCredentials, "http://127.0.0.1/picture").Run(picture);
+    Expect(picture.data != nullptr || picture.size == 0);
+    return {picture.data.get(), static_cast<std::size_t>(picture.size)};
+}
+
+void DownloadInPieces(std::string_view text, std::size_t pieceSize) {
+    if (ReadSnapshotHeader(text).contentLength <= kLargestPicture) {
+        Expect(Download(text, pieceSize) == Download(text, text.size()));
+    }
+}
+
+constexpr void (*kReaders[])(std::string_view, std::size_t) = {ReadReply, ReadAddress,
+                                                               AnswerChallenge, DownloadInPieces};
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    const auto [text, choice] = ReadInput(data, size);
+    kReaders[choice % std::size(kReaders)](text, choice / std::size(kReaders) + 1);
+    return 0;
+}

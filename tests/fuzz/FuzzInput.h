@@ -1,0 +1,64 @@
+/// @file
+/// What the fuzz targets share. An input is a text and, as its last byte, a number that chooses
+/// what reads it and how. Run them with tools/scripts/fuzz.
+#ifndef ONVIF_CLIENT_TESTS_FUZZ_FUZZINPUT_H
+#define ONVIF_CLIENT_TESTS_FUZZ_FUZZINPUT_H
+
+#include <cstdint>
+#include <cstdlib>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "commands/CommandTable.h"
+
+namespace onvif_client::fuzz {
+
+struct FuzzInput {
+    std::string_view text;
+    std::uint8_t choice;
+};
+
+inline FuzzInput ReadInput(const std::uint8_t* data, std::size_t size) {
+    const std::string_view bytes(reinterpret_cast<const char*>(data), size);
+    return size == 0 ? FuzzInput{bytes, 0} : FuzzInput{bytes.substr(0, size - 1), data[size - 1]};
+}
+
+/// Stops the fuzzer: what was expected does not hold.
+inline void Expect(bool holds) {
+    if (!holds) {
+        std::abort();
+    }
+}
+
+inline void ExpectDocument(std::string_view text) {
+    CXmlDocument document;
+    Expect(document.Load(text));
+}
+
+/// A step that makes a result, and the command that it belongs to.
+struct ResultStep {
+    const CommandRow* row;
+    const CommandStep* step;
+};
+
+/// All of both tables. The choice of fuzz_results is an index into them, or behind them.
+inline std::vector<ResultStep> ResultSteps() {
+    std::vector<ResultStep> found;
+    for (const CommandTable* table : {&kGetCommands, &kSetCommands}) {
+        for (const CommandRow& row : table->rows) {
+            for (const CommandSteps* steps : {&row.steps, row.media2}) {
+                for (std::size_t i = 0; steps != nullptr && i < steps->size(); ++i) {
+                    if ((*steps)[i].result != nullptr) {
+                        found.push_back({&row, &(*steps)[i]});
+                    }
+                }
+            }
+        }
+    }
+    return found;
+}
+
+}  // namespace onvif_client::fuzz
+
+#endif
