@@ -6,7 +6,7 @@
 
 #include "onvif_client/OnvifClient.h"
 
-class Ear : public CONVIFAlarmStateObserver {
+class CEar : public CONVIFAlarmStateObserver {
  public:
     void OnMotionAlarmState(unsigned int, bool state) override { Tell("motion", state, motion_); }
     void OnAlarmInState(unsigned int, unsigned int, bool state) override {
@@ -35,7 +35,7 @@ int main(int argc, char** argv) {
     const unsigned int id = ONVIF_CLIENT_Login(ONVIF_CLIENT_NO_LOGIN_ID, argv[1],
                                                static_cast<unsigned short>(std::atoi(argv[2])),
                                                argv[3], argv[4], &error);
-    Ear ear;
+    CEar ear;
     if (id != ONVIF_CLIENT_NO_LOGIN_ID) {
         ONVIF_CLIENT_AddAlarmStateObserver(id, &ear);
         std::this_thread::sleep_for(std::chrono::minutes(10));
