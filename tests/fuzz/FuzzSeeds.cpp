@@ -110,8 +110,8 @@ void AddReplies(const std::string& request, CCorpus& results, CCorpus& http, CCo
 
 void AskCamera(const camera_sim::CameraOptions& options, const std::vector<std::string>& examples,
                CCorpus& results, CCorpus& http, CCorpus& alarms) {
-    camera_sim::CameraHost host;
-    camera_sim::Camera& camera = host.Add(options);
+    camera_sim::CCameraHost host;
+    camera_sim::CCamera& camera = host.Add(options);
     CHttpClient client("admin", "camera-1", "127.0.0.1", camera.Port());
     client.Login();
     AddReplies({}, results, http, alarms);
