@@ -83,8 +83,8 @@ class CWakeUp {
     const CDescriptor descriptor_;
 };
 
-/// Waits until the socket is ready or broken, @p wakeUp, if any, is set, or the time is over. It may
-/// end in vain before that: deadlines are the caller's.
+/// Waits until the socket is ready or broken, @p wakeUp, if any, is set, or the time is over. It
+/// may end in vain before that: deadlines are the caller's.
 Waited WaitFor(int descriptor, Readiness what, int waitMs, const CWakeUp* wakeUp = nullptr);
 
 }  // namespace onvif_client
