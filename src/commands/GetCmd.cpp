@@ -113,7 +113,7 @@ std::optional<SignedRequest> FirstRequest(const ICommandSession& session, std::s
                                           const CommandTable& table) {
     CCommandWalk walk(request, table);
     const CommandRow* row = walk.Next() ? walk.Prepare(session) : nullptr;
-    if (row == nullptr || row->steps.front().build == nullptr) {
+    if (row == nullptr || row->steps.front().build == nullptr || row->loop != ProfileLoop::kNone) {
         return std::nullopt;
     }
     return MakeRequest(row->steps.front(), {.command = walk.Elements().parameters});

@@ -37,7 +37,8 @@ GetAnswer RunGet(ICommandSession& session, std::string_view request,
                  const CommandTable& table = kGetCommands);
 
 /// The request that the first command of a Get request starts with, for whoever sends it by other
-/// means than the session; nothing when no command can run or it is answered without an exchange.
+/// means than the session; nothing when no command can run, or it is answered without an exchange
+/// or sent once per profile.
 std::optional<SignedRequest> FirstRequest(const ICommandSession& session, std::string_view request,
                                           const CommandTable& table = kGetCommands);
 
