@@ -19,9 +19,9 @@ Reply BadRequest(std::string reason) {
 Reply Done() {
     return HttpReply(200, kTextType, "ok\n");
 }
-template <std::string (*kReport)(const IControlledCamera&)>
+template <std::string (*Report)(const IControlledCamera&)>
 Reply Tell(IControlledCamera& camera, const HttpRequest&) {
-    return HttpReply(200, kJsonType, kReport(camera));
+    return HttpReply(200, kJsonType, Report(camera));
 }
 
 Reply GetHelp(IControlledCamera&, const HttpRequest&) {
