@@ -12,6 +12,8 @@ cmake_dependent_option(ONVIF_CLIENT_BENCH "Build the benchmarks" ${PROJECT_IS_TO
                        "ONVIF_CLIENT_SIMULATOR" OFF)
 option(ONVIF_CLIENT_INSTALL "Install what is built" ${PROJECT_IS_TOP_LEVEL})
 option(ONVIF_CLIENT_WERROR "Take warnings for errors" OFF)
+option(ONVIF_CLIENT_FAST_BUILD "Precompile what most files include, join files of the tool"
+       ${PROJECT_IS_TOP_LEVEL})
 option(ONVIF_CLIENT_FUZZ "Build the libFuzzer targets (needs clang)" OFF)
 set(ONVIF_CLIENT_SANITIZE "" CACHE STRING "Value of -fsanitize=, empty for none")
 if(PROJECT_IS_TOP_LEVEL)
@@ -54,6 +56,17 @@ function(onvif_client_target target)
   set_target_properties(${target} PROPERTIES
     CXX_EXTENSIONS OFF CXX_VISIBILITY_PRESET hidden VISIBILITY_INLINES_HIDDEN ON
     POSITION_INDEPENDENT_CODE ON)
+endfunction()
+
+# onvif_client_precompile(TARGET HEADERS...): those of the standard library that most files include,
+# and HEADERS. A file still includes what it uses: without ONVIF_CLIENT_FAST_BUILD it has to.
+function(onvif_client_precompile target)
+  if(ONVIF_CLIENT_FAST_BUILD)
+    target_precompile_headers(${target} PRIVATE
+      <algorithm> <array> <atomic> <charconv> <chrono> <condition_variable> <cstdint> <cstdio>
+      <cstring> <deque> <functional> <iterator> <map> <memory> <mutex> <optional> <span> <string>
+      <string_view> <thread> <utility> <vector> ${ARGN})
+  endif()
 endfunction()
 
 # onvif_client_program(TARGET): a program that is installed. It finds the library from where it
