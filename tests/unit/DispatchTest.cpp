@@ -300,6 +300,21 @@ TEST(Dispatch, OnlyTheLastAnswerIsAsItWasCopied) {
     }
 }
 
+TEST(Dispatch, GivesTheFirstRequestOfWhatBeginsWithOne) {
+    const std::pair<const char*, const char*> cases[] = {
+        {"<two/><one/>", "two"}, {"<indexed><index>1</index></indexed>", "none"},
+        {"<unknown/>", "none"},  {"<indexes><index>1</index></indexes>", "none"},
+        {"<local/>", "none"},    {"<items><item><index>1</index></item></items>", "none"},
+    };
+    CScriptedSession session;
+    session.profiles = std::make_shared<ProfileList>();
+    for (const auto& [commands, envelope] : cases) {
+        const auto first =
+            FirstRequest(session, "<Get>" + std::string(commands) + "</Get>", kGetTable);
+        EXPECT_EQ(first ? first->envelope : "none", envelope) << commands;
+    }
+}
+
 TEST(Dispatch, LocalAnswersComeFromTheSession) {
     CScriptedSession session;
     const GetAnswer answer =
