@@ -9,7 +9,10 @@
 #include <utility>
 #include <vector>
 // Asio uses std::exchange without including it.
+#include <boost/asio/io_context.hpp>
+#include <boost/asio/ip/tcp.hpp>
 #include <boost/asio/read_until.hpp>
+#include <boost/asio/write.hpp>
 
 #include "Exchange.h"
 #include "camera_sim/CameraSim.h"
@@ -240,10 +243,8 @@ TEST(CameraEvents, ForgetsThePullOfAClientThatLeft) {
     const PullPoint point(camera);
     point.Pull("PT0S");
     {
-        boost::asio::io_context io;
-        tcp::socket socket(io);
-        socket.connect(tcp::endpoint(boost::asio::ip::address_v4::loopback(), camera.Port()));
-        boost::asio::write(socket, boost::asio::buffer(point.PullBytes("PT100S")));
+        const client_test::CRawClient connection(camera.Port());
+        connection.Send(point.PullBytes("PT100S"));
         WaitForPulls(camera, 1);
     }
     WaitForPulls(camera, 0);
