@@ -19,11 +19,6 @@ struct ResultCase {
 
 TEST(Results, CopyWhatTheDeviceAnswered) {
     const ResultCase cases[] = {
-        {&kDeviceInformationResult,
-         "<tds:GetDeviceInformationResponse><tds:Manufacturer>M</tds:Manufacturer><tds:Model/>"
-         "<tds:SerialNumber>S</tds:SerialNumber></tds:GetDeviceInformationResponse>",
-         "<GetResponse><devInfo><status>success</status><manufacturer>M</manufacturer><model/>"
-         "</devInfo></GetResponse>"},
         {&kNetworkInterfacesResult,
          "<tds:GetNetworkInterfacesResponse><tds:NetworkInterfaces "
          "token='eth0'><tt:IPv4><tt:Config>"
@@ -51,11 +46,6 @@ TEST(Results, CopyWhatTheDeviceAnswered) {
          "<hour>8</hour><minute>05</minute><second>9</second></time><date><year>2019</year>"
          "<month>3</month><day>7</day></date></UTCDateTime><daylightSaving>on</daylightSaving>"
          "<timeZone>CET-1</timeZone></dateAndTime></GetResponse>"},
-        {&kSetNetworkInterfacesResult,
-         "<SetNetworkInterfacesResponse><RebootNeeded>true</RebootNeeded>"
-         "</SetNetworkInterfacesResponse>",
-         "<SetResponse><ipv4><status>success<rebootNeeded>true</rebootNeeded></status></ipv4>"
-         "</SetResponse>"},
         {&kSetDefaultGatewayResult, "<Fault/>", "<SetResponse><ipv4/></SetResponse>"},
         {&kRelayOutputsResult,
          "<GetRelayOutputsResponse><RelayOutputs token='R1'><Properties><DelayTime>PT5S</DelayTime>"
@@ -67,11 +57,6 @@ TEST(Results, CopyWhatTheDeviceAnswered) {
          "</delayTime><switch>off</switch></alarm><alarm><token>R2</token><delayTime>-1</delayTime>"
          "<switch>on</switch></alarm><alarm><delayTime>-1</delayTime></alarm></alarmout>"
          "</GetResponse>"},
-        {&kDigitalInputsResult,
-         "<GetDigitalInputsResponse><DigitalInputs token='I1'/><DigitalInputs token='I2'/>"
-         "</GetDigitalInputsResponse>",
-         "<GetResponse><alarmin><status>success</status><token>I1</token><token>I2</token>"
-         "</alarmin></GetResponse>"},
         {&kDnsResult,
          "<GetDNSResponse><DNSInformation><FromDHCP>true</FromDHCP><DNSFromDHCP><Type>IPv4</Type>"
          "<IPv4Address>1.1.1.1</IPv4Address></DNSFromDHCP><DNSFromDHCP><Type>IPv4</Type>"
@@ -98,8 +83,6 @@ TEST(Results, CopyWhatTheDeviceAnswered) {
          "</Fault>",
          "<GetResponse><networkProtocols><status>fail<errorCode>31</errorCode></status>"
          "</networkProtocols></GetResponse>"},
-        {&kStatusOnly<"dns">, "<SetDNSResponse/>",
-         "<SetResponse><dns><status>success</status></dns></SetResponse>"},
     };
     for (const ResultCase& each : cases) {
         CResultDocument result;
@@ -120,56 +103,6 @@ TEST(Results, OneDocumentCarriesAllAnswers) {
               "<GetResponse><dns><status>success</status><status>success</status></dns><alarmin>"
               "<status>fail<errorCode>6</errorCode></status></alarmin><SetResponse><dns><status>"
               "success</status></dns></SetResponse></GetResponse>");
-}
-
-TEST(Results, ProfilesOfBothMediaServices) {
-    const std::string encoder10 =
-        "<VideoEncoderConfiguration token='E'><Name>enc</Name><UseCount>1</UseCount>"
-        "<Encoding>H264</Encoding><Resolution><Width>640</Width><Height>480</Height></Resolution>"
-        "<Quality>4</Quality><RateControl><FrameRateLimit>25</FrameRateLimit><EncodingInterval>1"
-        "</EncodingInterval><BitrateLimit>2048</BitrateLimit></RateControl><H264><GovLength>50"
-        "</GovLength><H264Profile>Main</H264Profile></H264><Multicast><Address><Type>IPv4</Type>"
-        "<IPv4Address>0.0.0.0</IPv4Address></Address><Port>0</Port><TTL>1</TTL><AutoStart>false"
-        "</AutoStart></Multicast><SessionTimeout>PT60S</SessionTimeout></"
-        "VideoEncoderConfiguration>";
-    const std::string encoder20 =
-        "<VideoEncoder token='E' GovLength='50' Profile='Main'><Name>enc</Name><Encoding>H265"
-        "</Encoding><RateControl ConstantBitRate='true'><FrameRateLimit>25</FrameRateLimit>"
-        "</RateControl></VideoEncoder>";
-    const struct {
-        std::string profile;
-        const char* expected;
-    } cases[] = {
-        {"<Profiles token='P' fixed='true'><Name>main</Name><VideoSourceConfiguration token='V'>"
-         "<Name>v</Name><UseCount>2</UseCount><SourceToken>S</SourceToken><Bounds x='0' y='0'"
-         " width='640' height='480'/></VideoSourceConfiguration>" +
-             encoder10 + "</Profiles>",
-         "<item><index>0</index><token>P</token><fixed>true</fixed><name>main</name>"
-         "<videoSourceCfg><token>V</token><name>v</name><useCount>2</useCount><videoSourceToken>S"
-         "</videoSourceToken><bounds><x>0</x><y>0</y><width>640</width><height>480</height>"
-         "</bounds></videoSourceCfg><videoEncoderCfg><token>E</token><name>enc</name><useCount>1"
-         "</useCount><encode>H264</encode><resolution><width>640</width><height>480</height>"
-         "</resolution><quality>4</quality><frameRate>25</frameRate><encodingInterval>1"
-         "</encodingInterval><bitrate>2048</bitrate><IFrameInterval>50</IFrameInterval><profile>"
-         "Main</profile><multicast><address><type>IPv4</type><iPv4Address>0.0.0.0</iPv4Address>"
-         "</address><port>0</port><tTL>1</tTL><autoStart>false</autoStart></multicast>"
-         "<sessionTimeout>PT60S</sessionTimeout></videoEncoderCfg></item>"},
-        {"<Profiles token='P'><Configurations>" + encoder20 +
-             "<PTZ token='Z'><NodeToken>N</NodeToken></PTZ></Configurations></Profiles>",
-         "<item><index>0</index><token>P</token><videoEncoderCfg><token>E</token><name>enc</name>"
-         "<encode>H265</encode><frameRate>25</frameRate><constantBitRate>true</constantBitRate>"
-         "<IFrameInterval>50</IFrameInterval><profile>Main</profile></videoEncoderCfg><ptzCfg>"
-         "<token>Z</token><nodeToken>N</nodeToken></ptzCfg></item>"},
-    };
-    for (const auto& each : cases) {
-        CResultDocument result;
-        BuildResult(kProfilesResult,
-                    Envelope("<GetProfilesResponse>" + each.profile + "</GetProfilesResponse>"), {},
-                    result);
-        EXPECT_EQ(Compact(result.Print()), "<GetResponse><profiles><status>success</status>" +
-                                               std::string(each.expected) +
-                                               "</profiles></GetResponse>");
-    }
 }
 
 TEST(Results, DeviceTimeNeedsAllSixFields) {
