@@ -1,7 +1,5 @@
 #include <gtest/gtest.h>
 
-#include <fstream>
-#include <iterator>
 #include <set>
 
 #include "commands/CommandTable.h"
@@ -47,18 +45,6 @@ TEST(CommandTables, EveryRowIsComplete) {
         }
     }
     EXPECT_EQ(FindCommand(kGetCommands, "IPV4"), nullptr);
-}
-
-TEST(CommandTables, EveryCommandIsDocumented) {
-    std::ifstream stream(DOCUMENTS_FOLDER "/commands.md");
-    const std::string text(std::istreambuf_iterator<char>(stream), {});
-    for (const CommandTable* table : {&kGetCommands, &kSetCommands}) {
-        for (const CommandRow& row : table->rows) {
-            const std::string heading =
-                "\n### " + std::string(table->root) + " " + std::string(row.name) + "\n";
-            EXPECT_NE(text.find(heading), std::string::npos) << heading;
-        }
-    }
 }
 
 }  // namespace

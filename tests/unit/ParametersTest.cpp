@@ -200,7 +200,9 @@ class CCommandSection {
             }
         }
         for (const Parameters& use : uses_) {
-            EXPECT_TRUE(IsTheSameWith(use, others))
+            Parameters more = use;
+            more.insert(more.end(), others.begin(), others.end());
+            EXPECT_TRUE(Sent(table_, row_, more) == Sent(table_, row_, use))
                 << title_ << " reads more than its table says:" << NamesOfThoseRead(use, others);
         }
     }
@@ -234,19 +236,14 @@ class CCommandSection {
     }
 
  private:
-    bool IsTheSameWith(const Parameters& use, const Parameters& others) const {
-        Parameters more = use;
-        more.insert(more.end(), others.begin(), others.end());
-        return Sent(table_, row_, use) == Sent(table_, row_, more);
-    }
-
     std::string NamesOfThoseRead(const Parameters& use, const Parameters& others) const {
-        if (others.size() < 2 || IsTheSameWith(use, others)) {
-            return IsTheSameWith(use, others) ? "" : " " + others.front().first;
+        std::string names;
+        for (const auto& [path, text] : others) {
+            const bool isRead =
+                Sent(table_, row_, With(use, path, text)) != Sent(table_, row_, use);
+            names += isRead ? " " + path : "";
         }
-        const auto middle = others.begin() + static_cast<std::ptrdiff_t>(others.size() / 2);
-        return NamesOfThoseRead(use, {others.begin(), middle}) +
-               NamesOfThoseRead(use, {middle, others.end()});
+        return names;
     }
 
     const CommandTable& table_;
