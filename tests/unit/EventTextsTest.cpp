@@ -6,9 +6,12 @@
 #include "events/EventDocuments.h"
 #include "events/EventParse.h"
 #include "events/NotifyDelivery.h"
+#include "unit/Texts.h"
 
 namespace onvif_client {
 namespace {
+
+using client_test::Envelope;
 
 TEST(EventDocuments, AreTheRequestsOfTheLanguage) {
     const std::string start = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>";
@@ -64,25 +67,19 @@ std::string Message(const std::string& topic, const std::string& items) {
            "</tt:Message></wsnt:Message></wsnt:NotificationMessage>";
 }
 
-std::string Soap(const std::string& body) {
-    return "<?xml version=\"1.0\"?><env:Envelope xmlns:env=\"http://www.w3.org/2003/05/"
-           "soap-envelope\"><env:Body>" +
-           body + "</env:Body></env:Envelope>";
-}
-
 std::string Http(const std::string& body, const std::string& lengthName = "Content-Length") {
     return "HTTP/1.1 200 OK\r\n" + lengthName + ": " + std::to_string(body.size()) + "\r\n\r\n" +
            body;
 }
 
 const std::string kReply =
-    Soap("<x:PullMessagesResponse>" +
-         Message("tns1:RuleEngine/CellMotionDetector/Motion",
-                 "<tt:Data><tt:SimpleItem Name=\"IsMotion\" Value=\"true\"/></tt:Data>") +
-         Message("tns1:Device/Trigger/Relay",
-                 "<tt:Key><tt:SimpleItem Name=\"K\" Value=\"false\"/></tt:Key>"
-                 "<tt:Data><tt:SimpleItem Name=\"L\" Value=\"true\"/></tt:Data>") +
-         "</x:PullMessagesResponse>");
+    Envelope("<x:PullMessagesResponse>" +
+             Message("tns1:RuleEngine/CellMotionDetector/Motion",
+                     "<tt:Data><tt:SimpleItem Name=\"IsMotion\" Value=\"true\"/></tt:Data>") +
+             Message("tns1:Device/Trigger/Relay",
+                     "<tt:Key><tt:SimpleItem Name=\"K\" Value=\"false\"/></tt:Key>"
+                     "<tt:Data><tt:SimpleItem Name=\"L\" Value=\"true\"/></tt:Data>") +
+             "</x:PullMessagesResponse>");
 
 /// What the parser made of a reply: "1+" motion active, "2-" alarm input inactive, "." the reply is
 /// complete.
@@ -143,9 +140,9 @@ TEST(EventParse, RepliesOfEveryKindLeadOn) {
         {"HTTP/1.1 200 OK\r\nContent-Length: 0\r\n\r\n", "."},
         {Http("no document"), "."},
         {"HTTP/1.1 400 Bad Request\r\nContent-Length: 0\r\n\r\n", "."},
-        {Http(Soap("<x:PullMessagesResponse/>")), "."},
-        {Http(Soap("<x:PullMessagesResponse>" + Message("tns1:Other", "") +
-                   "</x:PullMessagesResponse>")),
+        {Http(Envelope("<x:PullMessagesResponse/>")), "."},
+        {Http(Envelope("<x:PullMessagesResponse>" + Message("tns1:Other", "") +
+                       "</x:PullMessagesResponse>")),
          "0-."},
     };
     for (const auto& each : cases) {

@@ -2,13 +2,12 @@
 
 #include "transform/MediaProfile.h"
 #include "transform/ServiceAddresses.h"
+#include "unit/Texts.h"
 
 namespace onvif_client {
 namespace {
 
-std::string Envelope(const std::string& body) {
-    return "<s:Envelope><s:Body>" + body + "</s:Body></s:Envelope>";
-}
+using client_test::Envelope;
 
 std::string Service(const std::string& ns, const std::string& address) {
     return "<d:Service><d:Namespace>" + ns + "</d:Namespace><d:XAddr>" + address +
