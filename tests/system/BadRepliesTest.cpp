@@ -8,12 +8,11 @@ namespace client_test {
 namespace {
 
 using camera_sim::CCamera;
-using camera_sim::CCameraHost;
 using camera_sim::Fault;
 
 constexpr const char* kOperation = "GetDeviceInformation";
 
-class BadReplies : public testing::Test {
+class BadReplies : public CCameraTest {
  protected:
     /// What Get devInfo gives when the camera answers so: the value of its model, or "failed".
     std::string ModelWith(const Fault& fault) {
@@ -31,8 +30,6 @@ class BadReplies : public testing::Test {
             {.kind = Fault::Kind::kRawReply, .reply = "HTTP/1.1 200 OK\r\n\r\n" + soap});
     }
 
-    CStartedLibrary library_;
-    CCameraHost host_;
     CCamera& camera_ = host_.Add({});
     unsigned int id_ = Login(camera_);
 };

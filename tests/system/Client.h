@@ -3,6 +3,7 @@
 #define ONVIF_CLIENT_TESTS_SYSTEM_CLIENT_H
 
 #include <camera_sim/CameraSim.h>
+#include <gtest/gtest.h>
 #include <tinyxml2.h>
 
 #include <optional>
@@ -18,6 +19,13 @@ struct CStartedLibrary {
     ~CStartedLibrary() { ONVIF_CLIENT_Quit(); }
     CStartedLibrary(const CStartedLibrary&) = delete;
     CStartedLibrary& operator=(const CStartedLibrary&) = delete;
+};
+
+/// A test with the library and with cameras, which go first.
+class CCameraTest : public testing::Test {
+ protected:
+    CStartedLibrary library_;
+    camera_sim::CCameraHost host_;
 };
 
 inline unsigned int LoginAt(unsigned short port, const char* password, unsigned int& error) {

@@ -12,7 +12,8 @@ namespace client_test {
 namespace {
 
 using camera_sim::CCamera;
-using camera_sim::CCameraHost;
+
+class Concurrency : public CCameraTest {};
 
 /// How much each thread does; ONVIF_CLIENT_STRESS multiplies it for a long run by hand.
 int Rounds(int rounds) {
@@ -28,10 +29,8 @@ void OnThreads(int count, const Work& work) {
     }
 }
 
-TEST(Concurrency, ManyThreadsShareOneSession) {
-    const CStartedLibrary library;
-    CCameraHost host;
-    CCamera& camera = host.Add({});
+TEST_F(Concurrency, ManyThreadsShareOneSession) {
+    CCamera& camera = host_.Add({});
     const unsigned int id = Login(camera);
     const char* const requests[] = {"<devInfo/>", "<ipv4/><dns/>", "<profiles/>",
                                     "<serviceUrl/><streamCount/>"};
@@ -45,13 +44,11 @@ TEST(Concurrency, ManyThreadsShareOneSession) {
     EXPECT_EQ(lost, 0);
 }
 
-TEST(Concurrency, SessionsComeAndGoWhileOthersWork) {
-    const CStartedLibrary library;
-    CCameraHost host;
+TEST_F(Concurrency, SessionsComeAndGoWhileOthersWork) {
     std::vector<CCamera*> cameras;
     std::vector<unsigned int> ids;
     for (int i = 0; i < 20; ++i) {
-        cameras.push_back(&host.Add({.model = i % 2 == 0 ? "dome" : "fixed"}));
+        cameras.push_back(&host_.Add({.model = i % 2 == 0 ? "dome" : "fixed"}));
     }
     for (int i = 0; i < 100; ++i) {
         ids.push_back(Login(*cameras[static_cast<std::size_t>(i) % cameras.size()]));
@@ -72,10 +69,8 @@ TEST(Concurrency, SessionsComeAndGoWhileOthersWork) {
     EXPECT_EQ(lost, 0);
 }
 
-TEST(Concurrency, ALogoutLetsRunningRequestsFinish) {
-    const CStartedLibrary library;
-    CCameraHost host;
-    CCamera& camera = host.Add({});
+TEST_F(Concurrency, ALogoutLetsRunningRequestsFinish) {
+    CCamera& camera = host_.Add({});
     const unsigned int id = Login(camera);
     camera.ClearEvidence();
     camera.Inject("GetDeviceInformation", {.delay = std::chrono::milliseconds(300)});

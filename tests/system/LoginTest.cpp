@@ -8,14 +8,9 @@ namespace {
 
 using camera_sim::CameraOptions;
 using camera_sim::CCamera;
-using camera_sim::CCameraHost;
 using camera_sim::Fault;
 
-class Login : public testing::Test {
- protected:
-    CStartedLibrary library_;
-    CCameraHost host_;
-};
+class Login : public CCameraTest {};
 
 /// "key=path key=path ..." as the session knows the services.
 std::string Services(unsigned int id) {

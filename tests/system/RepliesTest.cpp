@@ -6,8 +6,9 @@ namespace client_test {
 namespace {
 
 using camera_sim::CCamera;
-using camera_sim::CCameraHost;
 using camera_sim::Fault;
+
+class Replies : public CCameraTest {};
 
 constexpr const char* kProlog = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>";
 constexpr const char* kQueries =
@@ -16,13 +17,11 @@ constexpr const char* kQueries =
     "</streamURI><profile><index>0</index></profile><videoEncoderCfg><index>1</index>"
     "</videoEncoderCfg><videoEncoderCfgOpts><index>1</index></videoEncoderCfgOpts>";
 
-TEST(Replies, GiveTheSameResultsWhateverTheirPrefixes) {
-    const CStartedLibrary library;
-    CCameraHost host;
+TEST_F(Replies, GiveTheSameResultsWhateverTheirPrefixes) {
     for (const char* model : {"dome", "fixed"}) {
         std::string expected;
         for (const std::string& style : camera_sim::PrefixStyleNames()) {
-            CCamera& camera = host.Add({.model = model, .prefixStyle = style});
+            CCamera& camera = host_.Add({.model = model, .prefixStyle = style});
             auto result = Get(Login(camera), kQueries).value_or("(failed)");
             const std::string port = ":" + std::to_string(camera.Port());
             for (auto at = result.find(port); at != std::string::npos; at = result.find(port)) {
@@ -36,7 +35,7 @@ TEST(Replies, GiveTheSameResultsWhateverTheirPrefixes) {
 }
 
 /// Answers as cameras write them, each to the same question.
-TEST(Replies, AreReadAsCamerasWriteThem) {
+TEST_F(Replies, AreReadAsCamerasWriteThem) {
     const std::string soap = "http://www.w3.org/2003/05/soap-envelope";
     const std::string media = "http://www.onvif.org/ver10/media/wsdl";
     const std::string uri = "rtsp://c/1?a=1&amp;b=2";
@@ -106,9 +105,7 @@ TEST(Replies, AreReadAsCamerasWriteThem) {
         {"a fault without prolog", envelope("s", fault("")).substr(std::string(kProlog).size()), "",
          "(failed)"},
     };
-    const CStartedLibrary library;
-    CCameraHost host;
-    CCamera& camera = host.Add({});
+    CCamera& camera = host_.Add({});
     const unsigned int id = Login(camera);
     for (const auto& each : cases) {
         camera.Inject("GetStreamUri", {.kind = Fault::Kind::kRawReply,

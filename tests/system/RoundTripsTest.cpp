@@ -8,7 +8,8 @@ namespace client_test {
 namespace {
 
 using camera_sim::CCamera;
-using camera_sim::CCameraHost;
+
+class RoundTrips : public CCameraTest {};
 
 /// What stands inside the element at a path of names below the document's root.
 std::string InsideOf(const std::string& document, const std::vector<const char*>& path) {
@@ -40,9 +41,7 @@ struct RoundTrip {
     bool domeOnly = false;
 };
 
-TEST(RoundTrips, WhatIsReadCanBeSentBackWithOneValueChanged) {
-    const CStartedLibrary library;
-    CCameraHost host;
+TEST_F(RoundTrips, WhatIsReadCanBeSentBackWithOneValueChanged) {
     const RoundTrip cases[] = {
         {"imageSettings",
          "",
@@ -94,7 +93,7 @@ TEST(RoundTrips, WhatIsReadCanBeSentBackWithOneValueChanged) {
          true},
     };
     for (const char* model : {"dome", "fixed"}) {
-        CCamera& camera = host.Add({.model = model});
+        CCamera& camera = host_.Add({.model = model});
         const unsigned int id = Login(camera);
         // A preset that gets another name also gets the place where the dome looks.
         Set(id, "<gotoPreset><presetToken>Preset_1</presetToken></gotoPreset>");
@@ -140,10 +139,8 @@ TEST(RoundTrips, WhatIsReadCanBeSentBackWithOneValueChanged) {
     }
 }
 
-TEST(RoundTrips, WhatIsMadeCanBeNamedByItsToken) {
-    const CStartedLibrary library;
-    CCameraHost host;
-    const unsigned int id = Login(host.Add({}));
+TEST_F(RoundTrips, WhatIsMadeCanBeNamedByItsToken) {
+    const unsigned int id = Login(host_.Add({}));
     const struct {
         const char* make;
         const char* token;

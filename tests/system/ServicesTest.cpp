@@ -12,13 +12,8 @@ namespace {
 
 using camera_sim::CameraState;
 using camera_sim::CCamera;
-using camera_sim::CCameraHost;
 
-class Services : public testing::Test {
- protected:
-    CStartedLibrary library_;
-    CCameraHost host_;
-};
+class Services : public CCameraTest {};
 
 struct Expectation {
     const char* path;  // what the result shows at this path; "(failed)" for a failed request

@@ -7,11 +7,10 @@ namespace {
 
 using camera_sim::CameraOptions;
 using camera_sim::CCamera;
-using camera_sim::CCameraHost;
 using camera_sim::Fault;
 using camera_sim::HttpScheme;
 
-class Snapshots : public testing::Test {
+class Snapshots : public CCameraTest {
  protected:
     /// The bytes of a Get request's answer; "(failed)" when it failed.
     static std::string Fetch(unsigned int id, const std::string& commands) {
@@ -30,8 +29,6 @@ class Snapshots : public testing::Test {
     }
 
     static constexpr const char* kFirst = "<snapshotURI><index>0</index></snapshotURI>";
-    CStartedLibrary library_;
-    CCameraHost host_;
 };
 
 TEST_F(Snapshots, ComeWhateverTheCameraAsksFor) {
