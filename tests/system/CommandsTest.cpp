@@ -10,129 +10,61 @@ namespace {
 
 using camera_sim::CameraState;
 using camera_sim::CCamera;
-using camera_sim::CCameraHost;
 
 struct Value {
     const char* path;
     const char* text;
 };
 
-struct QueryCase {
-    const char* commands;
-    std::vector<Value> dome;
-    std::vector<Value> fixed;
-};
+class Commands : public CCameraTest {};
 
-class Commands : public testing::Test {
- protected:
-    CStartedLibrary library_;
-    CCameraHost host_;
-};
-
-TEST_F(Commands, EveryQueryShowsWhatTheCameraIs) {
-    const QueryCase cases[] = {
-        {"<ipv4/>",
-         {{"ipv4/status", "success"},
-          {"ipv4/item/@token", "eth0"},
-          {"ipv4/item/dhcp", "false"},
-          {"ipv4/item/ip", "192.0.2.10"},
-          {"ipv4/item/netmask", "255.255.255.0"},
-          {"ipv4/gatewayStatus/status", "success"},
-          {"ipv4/gateway", "192.0.2.1"}},
-         {{"ipv4/item/@token", "eth0"}}},
-        {"<dns/>",
-         {{"dns/status", "success"}, {"dns/dhcp", "false"}, {"dns/ip", "192.0.2.3"}},
-         {{"dns/status", "success"}}},
-        {"<networkProtocols/>",
-         {{"networkProtocols/http/enable", "true"},
-          {"networkProtocols/http/port", "80"},
-          {"networkProtocols/https/enable", "false"},
-          {"networkProtocols/rtsp/port", "554"}},
-         {{"networkProtocols/rtsp/port", "554"}}},
-        {"<dateAndTime/>",
-         {{"dateAndTime/type", "Manual"},
-          {"dateAndTime/daylightSaving", "off"},
-          {"dateAndTime/timeZone", "UTC0"}},
-         {{"dateAndTime/type", "Manual"}}},
+/// What a dome shows stands in docs/commands.md.
+TEST_F(Commands, EveryQueryShowsWhatASimplerCameraIs) {
+    const struct {
+        const char* commands;
+        std::vector<Value> shown;
+    } cases[] = {
+        {"<ipv4/>", {{"ipv4/item/@token", "eth0"}}},
+        {"<dns/>", {{"dns/status", "success"}}},
+        {"<networkProtocols/>", {{"networkProtocols/rtsp/port", "554"}}},
+        {"<dateAndTime/>", {{"dateAndTime/type", "Manual"}}},
         {"<streamURI><index>1</index><multicast>true</multicast></streamURI>",
-         {{"streamURI/uri", "rtsp://127.0.0.1:554/stream/Profile_2"}},
-         {{"streamURI/timeout", "PT60S"}}},
+         {{"streamURI/uri", "rtsp://127.0.0.1:554/stream/Profile_2"},
+          {"streamURI/timeout", "PT60S"}}},
         {"<profile><index>1</index><index>0</index></profile>",
-         {{"profile/item/index", "1"}, {"profile/item/token", "Profile_2"}},
-         {{"profile/item/videoEncoderCfg/encodingInterval", "1"}}},
+         {{"profile/item/index", "1"}, {"profile/item/videoEncoderCfg/encodingInterval", "1"}}},
         {"<videoEncoderCfgOpts><index>1</index></videoEncoderCfgOpts>",
-         {{"videoEncoderCfgOpts/item/index", "1"},
-          {"videoEncoderCfgOpts/item/option/encode", "JPEG"},
-          {"videoEncoderCfgOpts/item/option/frameRate/value", "1"},
-          {"videoEncoderCfgOpts/item/option/bitrate/max", "8192"}},
          {{"videoEncoderCfgOpts/item/option/encode", "JPEG"},
           {"videoEncoderCfgOpts/item/option/frameRate/value", "(none)"},
           {"videoEncoderCfgOpts/item/option/encodingInterval/max", "1"},
           {"videoEncoderCfgOpts/item/option/bitrate/max", "8192"}}},
         {"<videoEncoderCfg><index>7</index><index>0</index></videoEncoderCfg>",
-         {{"videoEncoderCfg/item/index", "0"},
-          {"videoEncoderCfg/item/encode", "H264"},
-          {"videoEncoderCfg/item/IFrameInterval", "50"},
-          {"videoEncoderCfg/item/sessionTimeout", "PT60S"}},
-         {{"videoEncoderCfg/item/token", "VideoEncoder_1"}}},
-        {"<profiles/>",
-         {{"profiles/item/token", "Profile_1"},
-          {"profiles/item/videoEncoderCfg/encode", "H265"},
-          {"profiles/item/videoEncoderCfg/resolution/width", "2560"},
-          {"profiles/item/ptzCfg/token", "PtzConfig_1"}},
-         {{"profiles/item/token", "Profile_1"}, {"profiles/item/ptzCfg", "(none)"}}},
-        {"<devInfo/>",
-         {{"devInfo/manufacturer", "Simulated Cameras"},
-          {"devInfo/model", "SIM-DOME"},
-          {"devInfo/firmwareVersion", "1.4.2"},
-          {"devInfo/serialNumber", "(none)"}},
-         {{"devInfo/model", "SIM-FIXED"}}},
-        {"<alarmout/>",
-         {{"alarmout/alarm/token", "Relay_1"},
-          {"alarmout/alarm/delayTime", "-1"},
-          {"alarmout/alarm/switch", "on"}},
-         {{"alarmout/alarm/token", "Relay_1"}}},
-        {"<alarmin/>", {{"alarmin/token", "Input_1"}}, {{"alarmin/token", "Input_1"}}},
-        {"<streamCount/>", {{"streamCount", "3"}}, {{"streamCount", "2"}}},
-        {"<serviceUrl/>",
-         {{"serviceUrl/item/@service", "analytics"}},
-         {{"serviceUrl/item/@service", "analytics"}}},
-        {"<imageOpts/>",
-         {{"imageOpts/focus/defaultSpeed/max", "1"}, {"imageOpts/irCutFilter", "ON"}},
-         {{"imageOpts/focus", "(none)"}, {"imageOpts/brightness/max", "100"}}},
+         {{"videoEncoderCfg/item/index", "0"}, {"videoEncoderCfg/item/token", "VideoEncoder_1"}}},
+        {"<profiles/>", {{"profiles/item/token", "Profile_1"}, {"profiles/item/ptzCfg", "(none)"}}},
+        {"<devInfo/>", {{"devInfo/model", "SIM-FIXED"}}},
+        {"<alarmout/>", {{"alarmout/alarm/token", "Relay_1"}}},
+        {"<alarmin/>", {{"alarmin/token", "Input_1"}}},
+        {"<streamCount/>", {{"streamCount", "2"}}},
+        {"<serviceUrl/>", {{"serviceUrl/item/@service", "analytics"}}},
+        {"<imageOpts/>", {{"imageOpts/focus", "(none)"}, {"imageOpts/brightness/max", "100"}}},
         {"<imageSettings/>",
-         {{"imageSettings/exposure/window/top", "1"}, {"imageSettings/focus/nearLimit", "0.5"}},
          {{"imageSettings/focus", "(none)"}, {"imageSettings/saturation", "50"}}},
         {"<motion><token>Analytics_1</token></motion>",
-         {{"motion/token", "Analytics_1"}, {"motion/area/item", "0000000000000000000000"}},
          {{"motion/ruleStatus/status", "success"}, {"motion/columns", "22"}}},
-        {"<presets/>",
-         {{"presets/item/presetName", "Entrance"}, {"presets/item/position/x", "-0.5"}},
-         {{"presets/status", "fail"}}},
-        {"<cruises/>",
-         {{"cruises/item/token", "Tour_3"}, {"cruises/item/presets/item/stayTime", "10"}},
-         {{"cruises/status", "fail"}}},
-        {"<osd/>",
-         {{"osd/item/plainText", "SIM-DOME"}, {"osd/item/pos/type", "UpperLeft"}},
-         {{"osd/status", "success"}, {"osd/item", "(none)"}}},
-        {"<osdoption/>",
-         {{"osdoption/maximumNumber/total", "4"}, {"osdoption/pos/type", "UpperLeft"}},
-         {{"osdoption/type", "Plain"}}},
+        {"<presets/>", {{"presets/status", "fail"}}},
+        {"<cruises/>", {{"cruises/status", "fail"}}},
+        {"<osd/>", {{"osd/status", "success"}, {"osd/item", "(none)"}}},
+        {"<osdoption/>", {{"osdoption/type", "Plain"}}},
         {"<devInfo/><unknown/><alarmin/>",
-         {{"devInfo/status", "success"}, {"alarmin/status", "success"}},
-         {{"alarmin/status", "success"}}},
+         {{"devInfo/status", "success"}, {"alarmin/status", "success"}}},
     };
-    for (const char* model : {"dome", "fixed"}) {
-        CCamera& camera = host_.Add({.model = model});
-        const unsigned int id = Login(camera);
-        for (const QueryCase& each : cases) {
-            const auto result = Get(id, each.commands);
-            ASSERT_TRUE(result.has_value()) << model << each.commands;
-            for (const Value& value : model == std::string("dome") ? each.dome : each.fixed) {
-                EXPECT_EQ(At(*result, value.path), value.text)
-                    << model << each.commands << value.path << "\n"
-                    << *result;
-            }
+    const unsigned int id = Login(host_.Add({.model = "fixed"}));
+    for (const auto& each : cases) {
+        const auto result = Get(id, each.commands);
+        ASSERT_TRUE(result.has_value()) << each.commands;
+        for (const Value& value : each.shown) {
+            EXPECT_EQ(At(*result, value.path), value.text) << each.commands << value.path << "\n"
+                                                           << *result;
         }
     }
 }
