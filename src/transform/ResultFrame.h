@@ -66,8 +66,8 @@ struct ResultFrame {
 };
 
 /// The result of a command that reports nothing but its status: kStatusOnly<"dns">.
-template <FixedText element, FixedText root = "SetResponse">
-inline constexpr ResultFrame kStatusOnly = {root, element};
+template <FixedText Element, FixedText Root = "SetResponse">
+inline constexpr ResultFrame kStatusOnly = {Root, Element};
 
 /// Adds a command's answer to the result document.
 /// @param reply   the SOAP text as the device sent it.
