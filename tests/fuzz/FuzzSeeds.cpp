@@ -43,7 +43,9 @@ class CCorpus {
             if (size >= 2 && size <= 40) {
                 words_.insert(word);
                 if (at > 0 && text[at - 1] == '<') {
-                    words_.insert("<" + word + ">1</" + word + ">");
+                    std::string element = "<";
+                    element.append(word).append(">1</").append(word).append(">");
+                    words_.insert(std::move(element));
                 }
             }
             at += size + 1;
