@@ -1,11 +1,9 @@
 // The pictures of the simulated camera: who gets them, and what they show.
 #include <gtest/gtest.h>
+#include <turbojpeg.h>
 
-#include <cstdio>
 #include <string>
 #include <vector>
-// The library's header uses what it does not include.
-#include <jpeglib.h>
 
 #include "Exchange.h"
 #include "camera_sim/CameraSim.h"
@@ -208,26 +206,19 @@ struct Decoded {
     }
 };
 
-// The library's default handler ends the test on errors; damage counts as a warning.
-Decoded Decode(std::string file) {
-    jpeg_error_mgr errors{};
-    jpeg_decompress_struct codec{};
-    codec.err = jpeg_std_error(&errors);
-    jpeg_create_decompress(&codec);
-    jpeg_mem_src(&codec, reinterpret_cast<unsigned char*>(file.data()), file.size());
-    jpeg_read_header(&codec, TRUE);
-    jpeg_start_decompress(&codec);
-    Decoded picture{
-        static_cast<int>(codec.output_width), static_cast<int>(codec.output_height),
-        std::vector<unsigned char>(std::size_t{3} * codec.output_width * codec.output_height)};
-    while (codec.output_scanline < codec.output_height) {
-        JSAMPLE* row =
-            picture.pixels.data() + std::size_t{3} * codec.output_width * codec.output_scanline;
-        jpeg_read_scanlines(&codec, &row, 1);
-    }
-    jpeg_finish_decompress(&codec);
-    jpeg_destroy_decompress(&codec);
-    return errors.num_warnings == 0 ? picture : Decoded{};
+Decoded Decode(const std::string& file) {
+    const tjhandle codec = tjInitDecompress();
+    const auto* start = reinterpret_cast<const unsigned char*>(file.data());
+    Decoded picture;
+    int sampling = 0;
+    int colours = 0;
+    bool whole = tjDecompressHeader3(codec, start, file.size(), &picture.width, &picture.height,
+                                     &sampling, &colours) == 0;
+    picture.pixels.resize(static_cast<std::size_t>(picture.width * picture.height) * 3);
+    whole = whole && tjDecompress2(codec, start, file.size(), picture.pixels.data(), picture.width,
+                                   0, picture.height, TJPF_RGB, TJFLAG_STOPONWARNING) == 0;
+    tjDestroy(codec);
+    return whole ? picture : Decoded{};
 }
 
 bool IsAim(Pixel pixel) {
