@@ -35,18 +35,21 @@ void CSnapshotDownload::Run(ResponseBuffer& picture) {
 }
 
 void CSnapshotDownload::Attempt(ResponseBuffer& picture) {
+    const std::string request = BuildSnapshotRequest(address_, credentials_, challenge_);
+    if (request.empty()) {
+        return;
+    }
     const CWirelinkHandle connection(WIRELINK_AddConnect(0, ip_.c_str(), address_.port));
     if (!connection) {
         LogAssert(logpoint::kPictureNotConnected);
     }
     AwaitConnected(connection.Get(), kConnectPolls, kConnectPollMs);
-    if (SendRequest(connection)) {
+    if (SendRequest(connection, request)) {
         Receive(connection, picture);
     }
 }
 
-bool CSnapshotDownload::SendRequest(const CWirelinkHandle& connection) const {
-    const std::string request = BuildSnapshotRequest(address_, credentials_, challenge_);
+bool CSnapshotDownload::SendRequest(const CWirelinkHandle& connection, std::string_view request) {
     const std::uint32_t began = TickCount();
     std::size_t sent = 0;
     while (sent < request.size()) {

@@ -37,7 +37,7 @@ class CSnapshotDownload {
     };
 
     void Attempt(ResponseBuffer& picture);
-    bool SendRequest(const CWirelinkHandle& connection) const;
+    static bool SendRequest(const CWirelinkHandle& connection, std::string_view request);
     void Receive(const CWirelinkHandle& connection, ResponseBuffer& picture);
     /// Looks at the reply once its header is complete.
     /// @return true when a picture follows, and @p picture is ready for it.

@@ -94,14 +94,18 @@ std::optional<HttpChallenge> ChooseChallenge(std::span<const std::string> offers
     return chosen;
 }
 
-/// The MD5 digits of texts joined by colons.
-std::string HashJoined(std::initializer_list<std::string_view> texts) {
+/// The MD5 digits of texts joined by colons; nothing for more than a device may have hashed. A cut
+/// text would do worse: where a realm leaves room for some letters of the password only, a device
+/// finds them one by one.
+std::optional<std::string> HashJoined(std::initializer_list<std::string_view> texts) {
     std::string joined;
     for (const std::string_view text : texts) {
         joined.append(text).append(":");
     }
     joined.pop_back();
-    joined.resize(std::min(joined.size(), kLongestDigestText));
+    if (joined.size() > kLongestDigestText) {
+        return std::nullopt;
+    }
     const auto digest = Md5(Bytes(joined));
     return digest ? LowerHex(*digest) : "";
 }
@@ -118,8 +122,11 @@ std::string BasicRequest(const SnapshotAddress& address, const Credentials& cred
 std::string DigestRequest(const SnapshotAddress& address, const Credentials& credentials,
                           const HttpChallenge& challenge) {
     const std::string cnonce = MakeNonceText();
-    const std::string response =
+    const auto response =
         DigestResponse(credentials, challenge, kQop, cnonce, kNonceCount, address.path);
+    if (!response) {
+        return {};
+    }
     std::string request = "GET " + address.path + " HTTP/1.1\r\nAuthorization: Digest username=\"";
     request.append(Quoted(credentials.user)).append("\",realm=\"").append(Quoted(challenge.realm));
     request.append("\",nonce=\"")
@@ -128,7 +135,7 @@ std::string DigestRequest(const SnapshotAddress& address, const Credentials& cre
         .append(address.path);
     request.append("\",algorithm=\"MD5\",cnonce=\"").append(cnonce).append("\",nc=");
     request.append(kNonceCount).append(",qop=\"").append(kQop).append("\",response=\"");
-    request.append(response).append("\",opaque=\"").append(Quoted(challenge.opaque));
+    request.append(*response).append("\",opaque=\"").append(Quoted(challenge.opaque));
     return request + "\"\r\nHost: " + address.host + "\r\nConnection: Close\r\n\r\n";
 }
 
@@ -173,12 +180,13 @@ SnapshotHeader ReadSnapshotHeader(std::string_view header) {
     return read;
 }
 
-std::string DigestResponse(const Credentials& credentials, const HttpChallenge& challenge,
-                           std::string_view qop, std::string_view cnonce, std::string_view nc,
-                           std::string_view path) {
-    const std::string ha1 = HashJoined({credentials.user, challenge.realm, credentials.password});
-    const std::string ha2 = HashJoined({"GET", path});
-    return HashJoined({ha1, challenge.nonce, nc, cnonce, qop, ha2});
+std::optional<std::string> DigestResponse(const Credentials& credentials,
+                                          const HttpChallenge& challenge, std::string_view qop,
+                                          std::string_view cnonce, std::string_view nc,
+                                          std::string_view path) {
+    const auto ha1 = HashJoined({credentials.user, challenge.realm, credentials.password});
+    const auto ha2 = HashJoined({"GET", path});
+    return ha1 && ha2 ? HashJoined({*ha1, challenge.nonce, nc, cnonce, qop, *ha2}) : std::nullopt;
 }
 
 std::string BuildSnapshotRequest(const SnapshotAddress& address, const Credentials& credentials,

@@ -49,12 +49,14 @@ struct SnapshotHeader {
 ///                be folded over several lines.
 SnapshotHeader ReadSnapshotHeader(std::string_view header);
 
-/// The response of a Digest authentication for GET: 32 hexadecimal digits.
-std::string DigestResponse(const Credentials& credentials, const HttpChallenge& challenge,
-                           std::string_view qop, std::string_view cnonce, std::string_view nc,
-                           std::string_view path);
+/// The response of a Digest authentication for GET: 32 hexadecimal digits. Nothing when a text to
+/// be hashed has more than 511 bytes.
+std::optional<std::string> DigestResponse(const Credentials& credentials,
+                                          const HttpChallenge& challenge, std::string_view qop,
+                                          std::string_view cnonce, std::string_view nc,
+                                          std::string_view path);
 
-/// The request, of at most 8191 bytes.
+/// The request, of at most 8191 bytes. Empty for a challenge that cannot be answered.
 std::string BuildSnapshotRequest(const SnapshotAddress& address, const Credentials& credentials,
                                  const HttpChallenge& challenge);
 

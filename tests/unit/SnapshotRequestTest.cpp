@@ -118,6 +118,14 @@ TEST(SnapshotRequest, IsWrittenForEachScheme) {
               DigestResponse(credentials, challenge, "auth", found[1].str(), "00000001", "/p?x=1"));
     EXPECT_NE(digest, BuildSnapshotRequest(address, credentials, challenge));  // a new cnonce
 
+    // Of a longer realm, a device could read the password letter by letter.
+    const std::size_t taken = std::string("Aladdin::open sesame").size();
+    for (const std::size_t size : {511U, 512U}) {
+        const std::string realm(size - taken, 'r');
+        const HttpChallenge longOne = {AuthorizationScheme::kDigest, realm, "n", "auth", ""};
+        EXPECT_EQ(BuildSnapshotRequest(address, credentials, longOne).empty(), size == 512) << size;
+    }
+
     const SnapshotAddress endless = {"h", "/" + std::string(20000, 'x'), 80};
     EXPECT_EQ(BuildSnapshotRequest(endless, credentials, {}).size(), 8191U);
 }
