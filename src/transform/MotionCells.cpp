@@ -11,7 +11,9 @@ namespace {
 
 using ByteString = std::vector<std::uint8_t>;
 
-constexpr std::int64_t kMostCells = 1'000'000;
+// A reply of two kilobytes must not make a result of many megabytes.
+constexpr int kLongestSide = 1'024;
+constexpr int kMostCells = 65'536;
 constexpr std::size_t kLongestPacket = 128;
 
 /// A control byte below 128 announces that many bytes and one more; 129 to 255 repeat the next
@@ -92,7 +94,8 @@ std::string CellsOf(std::string_view item) {
 }  // namespace
 
 bool IsCellLayout(int columns, int rows) {
-    return columns >= 1 && rows >= 1 && std::int64_t{columns} * rows <= kMostCells;
+    return columns >= 1 && rows >= 1 && columns <= kLongestSide && rows <= kLongestSide &&
+           columns * rows <= kMostCells;
 }
 
 CellRows ArrangeCells(std::span<const std::string> items, int columns, int rows) {

@@ -20,7 +20,7 @@ namespace onvif_client {
 /// All rows are of one length.
 using CellRows = std::vector<std::string>;
 
-/// True for a layout of at least one and at most a million cells.
+/// True for a layout of at least one and at most 65,536 cells, 1,024 a side.
 bool IsCellLayout(int columns, int rows);
 
 /// Makes rows from what somebody wrote: of each item only the characters "0" and "1" count. Items

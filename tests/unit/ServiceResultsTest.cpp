@@ -163,7 +163,7 @@ TEST(ServiceResults, ShowMotionInTwoSteps) {
                                 "0000000000</item><item>0000011111</item></area>" +
                                 cells));
     const std::string noArea = rule + "<area/>" + cells;
-    for (const char* rowCount : {"0", "x", "100000000"}) {
+    for (const char* rowCount : {"0", "x", "1025", "100000000"}) {
         EXPECT_EQ(result(rowCount, rules), expected(rowCount, noArea));
     }
     EXPECT_EQ(
