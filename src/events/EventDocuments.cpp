@@ -53,6 +53,15 @@ AlarmItem ReadItem(const XMLElement* notifyMessage) {
     return {ClassifyPulledTopic(TextAt(notifyMessage, "topic")), IsTrue(TextOf(value))};
 }
 
+/// The form of xs:duration ("PT1M") without its sign, short enough to be asked for again.
+bool IsDuration(std::string_view text) {
+    constexpr std::size_t kLongest = 17;
+    return text.size() <= kLongest && text.starts_with('P') &&
+           text.find_first_of("0123456789") == 1 + (text.substr(1).starts_with('T') ? 1 : 0) &&
+           text.find_first_not_of("0123456789.YMDTHS", 1) == std::string_view::npos &&
+           text.find_last_of("YMDHS") == text.size() - 1;
+}
+
 std::uint16_t ReadLimit(std::string_view text) {
     const auto limit = ReadInt(text);
     return limit && *limit > 0 && *limit <= UINT16_MAX ? static_cast<std::uint16_t>(*limit) : 0;
@@ -104,7 +113,8 @@ PullAnswer ReadPull(std::string_view result) {
     const XMLElement* command = document.Find("GetResponse/pullMessages");
     PullAnswer answer;
     if (TextAt(command, "status") == "fail") {
-        answer.maxTimeout = TextAt(command, "maxtimeout");
+        const std::string_view maxTimeout = TextAt(command, "maxtimeout");
+        answer.maxTimeout = IsDuration(maxTimeout) ? maxTimeout : "";
         answer.maxMessageLimit = ReadLimit(TextAt(command, "maxmessagelimit"));
     }
     for (const XMLElement* each : Children(command, "notifyMessage")) {

@@ -45,7 +45,8 @@ std::optional<SubscriptionAnswer> ReadSubscription(std::string_view result);
 /// What a pull gave.
 struct PullAnswer {
     std::vector<AlarmItem> items;
-    // What the device allows at most, when it refused the pull; empty and 0: it does not say.
+    // What the device allows at most, when it refused the pull; empty and 0: it does not say, or
+    // not as a duration of at most 17 characters. Pulls repeat it, so it has to be short.
     std::string maxTimeout;
     std::uint16_t maxMessageLimit = 0;
 };

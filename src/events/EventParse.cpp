@@ -57,7 +57,9 @@ void CEventParse::HandleReply() {
     {
         const CSessionReference reference(sessions_, loginId_);
         if (reference.Session() != nullptr) {
-            result = reference.Session()->ReadPullReply({buffer_.get(), received_});
+            // What came behind the reply in its last block is none of it.
+            const std::size_t size = frame_.headerSize + frame_.bodySize;
+            result = reference.Session()->ReadPullReply({buffer_.get(), size});
         }
     }
     sink_.OnPullAnswer(ReadPull(result));

@@ -17,9 +17,8 @@ void CSubscription::Begin() {
 void CSubscription::End(const std::optional<SubscriptionAnswer>& answer, std::int64_t now) {
     stands_ = answers_ = answer.has_value();
     if (answer) {
-        pull_.address = answer->address;
-        pull_.id = answer->id;
-        pull_.idAttribute = answer->idAttribute;
+        // What the device allowed ended with the subscription before.
+        pull_ = {.address = answer->address, .id = answer->id, .idAttribute = answer->idAttribute};
     }
     attemptedAt_ = !answer && resumed_ ? 0 : now;
 }

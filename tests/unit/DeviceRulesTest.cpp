@@ -69,14 +69,17 @@ TEST(Subscription, IsMadeAnewAHundredSecondsAfterAnAttemptOrAtOnceAfterARestart)
 
 TEST(Subscription, PullsKeepToTheLimitsOfTheDevice) {
     CSubscription subscription;
-    const auto pull = [&](const PullAnswer& answer) {
-        subscription.Limit(answer);
-        subscription.End(SubscriptionAnswer{"http://h/next", "7", "urn:x"}, kStart);
+    const SubscriptionAnswer answer{"http://h/next", "7", "urn:x"};
+    subscription.End(answer, kStart);
+    const auto pull = [&](const PullAnswer& limits) {
+        subscription.Limit(limits);
         return PullDocument(subscription.Pull());
     };
     EXPECT_EQ(pull({}), PullDocument({"http://h/next", "7", "urn:x", "PT1M", 1024}));
     EXPECT_EQ(pull({{}, "PT30S", 0}), PullDocument({"http://h/next", "7", "urn:x", "PT30S", 1024}));
     EXPECT_EQ(pull({{}, "", 100}), PullDocument({"http://h/next", "7", "urn:x", "PT30S", 100}));
+    subscription.End(answer, kStart);
+    EXPECT_EQ(pull({}), PullDocument({"http://h/next", "7", "urn:x", "PT1M", 1024}));
 }
 
 TEST(MessageFlow, TheFirstSourceSettlesHowMessagesCome) {

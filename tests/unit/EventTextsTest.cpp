@@ -134,6 +134,7 @@ TEST(EventParse, RepliesOfEveryKindLeadOn) {
         const char* made;
     } cases[] = {
         {Http(kReply, "Content-length"), "1+2-."},
+        {Http(kReply) + "x", "1+2-."},
         {Http(kReply, "X"), ""},
         {Http(kReply + tooLong), ""},
         {"HTTP/1.1 200 OK\r\nContent-Length: -1\r\n\r\n" + kReply, ""},
@@ -151,6 +152,20 @@ TEST(EventParse, RepliesOfEveryKindLeadOn) {
     }
     CFedParser unknownSession(0);
     EXPECT_EQ(unknownSession.Feed(Http(kReply)), ".");
+}
+
+TEST(EventDocuments, APullRepeatsShortDurationsAlone) {
+    const std::pair<const char*, bool> cases[] = {
+        {"PT30S", true}, {"P1DT2H", true}, {"PT0.5S", true}, {"PT00000000000001M", true},
+        {"PT", false},   {"PTS", false},   {"PT1", false},   {"PT000000000000001M", false},
+        {"30", false},   {"P", false},     {"-PT1M", false}, {"PT1M&amp;", false},
+    };
+    for (const auto& [text, taken] : cases) {
+        const PullAnswer answer =
+            ReadPull("<GetResponse><pullMessages><status>fail</status><maxtimeout>" +
+                     std::string(text) + "</maxtimeout></pullMessages></GetResponse>");
+        EXPECT_EQ(answer.maxTimeout, taken ? text : "") << text;
+    }
 }
 
 TEST(NotifyDelivery, PostsReachTheDeviceThatTheyAreAbout) {
