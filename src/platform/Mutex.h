@@ -23,11 +23,9 @@
 #define CAPABILITY(kind) ONVIF_CLIENT_THREAD_ATTRIBUTE(capability(kind))
 #define SCOPED_CAPABILITY ONVIF_CLIENT_THREAD_ATTRIBUTE(scoped_lockable)
 #define GUARDED_BY(lock) ONVIF_CLIENT_THREAD_ATTRIBUTE(guarded_by(lock))
-#define PT_GUARDED_BY(lock) ONVIF_CLIENT_THREAD_ATTRIBUTE(pt_guarded_by(lock))
 #define REQUIRES(...) ONVIF_CLIENT_THREAD_ATTRIBUTE(requires_capability(__VA_ARGS__))
 #define EXCLUDES(...) ONVIF_CLIENT_THREAD_ATTRIBUTE(locks_excluded(__VA_ARGS__))
 #define ACQUIRE(...) ONVIF_CLIENT_THREAD_ATTRIBUTE(acquire_capability(__VA_ARGS__))
-#define TRY_ACQUIRE(...) ONVIF_CLIENT_THREAD_ATTRIBUTE(try_acquire_capability(__VA_ARGS__))
 #define RELEASE(...) ONVIF_CLIENT_THREAD_ATTRIBUTE(release_capability(__VA_ARGS__))
 #define RETURN_CAPABILITY(lock) ONVIF_CLIENT_THREAD_ATTRIBUTE(lock_returned(lock))
 #define NO_THREAD_SAFETY_ANALYSIS ONVIF_CLIENT_THREAD_ATTRIBUTE(no_thread_safety_analysis)
@@ -41,7 +39,6 @@ class CAPABILITY("mutex") CMutex {
     CMutex& operator=(const CMutex&) = delete;
 
     void Lock() ACQUIRE() { mutex_.lock(); }
-    bool TryLock() TRY_ACQUIRE(true) { return mutex_.try_lock(); }
     void Unlock() RELEASE() { mutex_.unlock(); }
 
  private:
@@ -58,7 +55,6 @@ class CAPABILITY("mutex") CRecursiveMutex {
     CRecursiveMutex& operator=(const CRecursiveMutex&) = delete;
 
     void Lock() ACQUIRE() { mutex_.lock(); }
-    bool TryLock() TRY_ACQUIRE(true) { return mutex_.try_lock(); }
     void Unlock() RELEASE() { mutex_.unlock(); }
 
  private:
@@ -122,7 +118,6 @@ class CCondition {
         condition_.wait_for(held, duration);
         held.release();
     }
-    void NotifyOne() { condition_.notify_one(); }
     void NotifyAll() { condition_.notify_all(); }
 
  private:

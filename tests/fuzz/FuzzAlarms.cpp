@@ -26,13 +26,6 @@ COneSession& Sessions() {
     return sessions;
 }
 
-/// The text up to the end of its first HTTP message; all of it when that has none.
-std::string_view FirstMessage(std::string_view text) {
-    MessageFrame frame;
-    const bool complete = CutMessage(text, frame) == MessageState::kComplete;
-    return complete ? text.substr(0, frame.headerSize + frame.bodySize) : text;
-}
-
 /// What a pull's reply that comes in such pieces says: "1+" motion, "2-" no alarm at an input.
 class CPullSink final : public IPullSink {
  public:
@@ -61,13 +54,10 @@ std::string Pull(std::string_view reply, std::size_t pieceSize) {
 }
 
 void PullInPieces(std::string_view text, std::size_t pieceSize) {
-    if (text.size() <= CEventParse::kCapacity) {
-        const std::string_view reply = FirstMessage(text);
-        MessageFrame frame;
-        const std::string told = Pull(reply, pieceSize);
-        Expect(CutMessage(reply, frame) != MessageState::kComplete ||
-               told == Pull(reply, reply.size()));
-    }
+    MessageFrame frame;
+    const bool complete = CutMessage(text, frame) == MessageState::kComplete && frame.announced;
+    const std::string told = Pull(text, pieceSize);
+    Expect(!complete || text.size() > CEventParse::kCapacity || told == Pull(text, text.size()));
 }
 
 class CSink final : public INotifySink {
