@@ -3,9 +3,7 @@
 #define ONVIF_CLIENT_TESTS_SYSTEM_TOOL_H
 
 #include <camera_sim/CameraSim.h>
-#include <gtest/gtest.h>
 #include <signal.h>
-#include <unistd.h>
 
 #include <array>
 #include <cstdio>
@@ -13,17 +11,14 @@
 #include <iterator>
 #include <string>
 
+#include "support/OwnFile.h"
+
 namespace client_test {
 
 struct Outcome {
     int code = -1;
     std::string output;  // standard output, then standard error
 };
-
-/// A name that the tests which run beside this one do not use.
-inline std::string OwnFile(const char* name) {
-    return testing::TempDir() + std::to_string(getpid()) + "-" + name;
-}
 
 inline Outcome RunTool(const std::string& arguments, const std::string& environment) {
     const std::string errors = OwnFile("onvifctl-errors.txt");

@@ -5,6 +5,7 @@
 
 #include "commands/DeviceRequests.h"
 #include "commands/ServiceRequests.h"
+#include "support/OwnFile.h"
 #include "unit/Texts.h"
 
 namespace onvif_client {
@@ -113,7 +114,7 @@ TEST(RequestBuilders, LoginRequestsCarryTheirTokens) {
 }
 
 TEST(RequestBuilders, TheLocalTimeZoneComesFromItsFile) {
-    const std::string file = testing::TempDir() + "timeInfo.xml";
+    const std::string file = client_test::OwnFile("timeInfo.xml");
     const std::pair<const char*, std::optional<std::string>> cases[] = {
         {"<response><content><timezoneInfo><timeZone>CST-8</timeZone></timezoneInfo></content>"
          "</response>",
