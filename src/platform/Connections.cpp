@@ -65,27 +65,26 @@ std::shared_ptr<CConnection> CConnectionTable::Find(std::uint32_t handle) {
     return entry == entries_.end() ? nullptr : entry->second.connection;
 }
 
-std::shared_ptr<CReadRegistration> CConnectionTable::FindRegistration(std::uint32_t handle) {
+std::shared_ptr<CConnectionWatch> CConnectionTable::FindWatch(std::uint32_t handle) {
     const CLockGuard guard(lock_);
     const auto entry = entries_.find(handle);
-    return entry == entries_.end() ? nullptr : entry->second.registration;
+    return entry == entries_.end() ? nullptr : entry->second.watch;
 }
 
-bool CConnectionTable::SetRegistration(std::uint32_t handle,
-                                       std::shared_ptr<CReadRegistration> registration) {
+bool CConnectionTable::AddWatch(std::uint32_t handle, std::shared_ptr<CConnectionWatch> watch) {
     const CLockGuard guard(lock_);
     const auto entry = entries_.find(handle);
-    if (entry == entries_.end() || entry->second.registration != nullptr) {
+    if (entry == entries_.end() || entry->second.watch != nullptr) {
         return false;
     }
-    entry->second.registration = std::move(registration);
+    entry->second.watch = std::move(watch);
     return true;
 }
 
-std::shared_ptr<CReadRegistration> CConnectionTable::TakeRegistration(std::uint32_t handle) {
+std::shared_ptr<CConnectionWatch> CConnectionTable::TakeWatch(std::uint32_t handle) {
     const CLockGuard guard(lock_);
     const auto entry = entries_.find(handle);
-    return entry == entries_.end() ? nullptr : std::exchange(entry->second.registration, nullptr);
+    return entry == entries_.end() ? nullptr : std::exchange(entry->second.watch, nullptr);
 }
 
 ConnectionEntry CConnectionTable::Take(std::uint32_t handle) {

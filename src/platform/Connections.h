@@ -16,7 +16,7 @@
 
 namespace onvif_client {
 
-class CReadRegistration;
+class CConnectionWatch;
 
 /// A non-blocking TCP socket, closed when the last user lets go of it. Any thread.
 class CConnection {
@@ -48,7 +48,7 @@ class CConnection {
 /// What stands behind a handle.
 struct ConnectionEntry {
     std::shared_ptr<CConnection> connection;
-    std::shared_ptr<CReadRegistration> registration;  // null: not registered
+    std::shared_ptr<CConnectionWatch> watch;  // null: not watched
 };
 
 class CConnectionTable {
@@ -59,11 +59,11 @@ class CConnectionTable {
     std::uint32_t Add(std::shared_ptr<CConnection> connection);
     /// Null for an unknown handle.
     std::shared_ptr<CConnection> Find(std::uint32_t handle);
-    std::shared_ptr<CReadRegistration> FindRegistration(std::uint32_t handle);
-    /// False for an unknown handle or one that is registered already.
-    bool SetRegistration(std::uint32_t handle, std::shared_ptr<CReadRegistration> registration);
-    /// Takes the registration out; null when there is none.
-    std::shared_ptr<CReadRegistration> TakeRegistration(std::uint32_t handle);
+    std::shared_ptr<CConnectionWatch> FindWatch(std::uint32_t handle);
+    /// False for an unknown handle or one that is watched already.
+    bool AddWatch(std::uint32_t handle, std::shared_ptr<CConnectionWatch> watch);
+    /// Takes the watch out; null when there is none.
+    std::shared_ptr<CConnectionWatch> TakeWatch(std::uint32_t handle);
     /// Takes the whole entry out; empty for an unknown handle.
     ConnectionEntry Take(std::uint32_t handle);
     /// The entry with the smallest handle behind @p handle, 0 and an empty one at the end: a walk

@@ -46,6 +46,15 @@ class CSocketDataObserver {
                                  std::uint32_t* wanted) = 0;
 };
 
+/// Hears when a connection takes bytes.
+class CSendableObserver {
+ public:
+    virtual ~CSendableObserver() = default;
+    /// @param ready  true: the connection stands, and there is room for bytes. False: it could not
+    ///               be made, is broken, or the time is over.
+    virtual void OnSendable(std::uint32_t handle, bool ready) = 0;
+};
+
 /// Error code of WIRELINK_GetLastError: the send queue of the system is full, try again.
 constexpr std::uint32_t kWirelinkWouldBlock = 0x20000009;
 
@@ -77,6 +86,15 @@ std::uint32_t WIRELINK_AddConnect(std::uint32_t, const char* ip, unsigned short 
 /// when it failed, 0 while it is being made.
 /// @return false for an unknown handle.
 bool WIRELINK_PopConnectResult(std::uint32_t handle, int& result, std::uint32_t);
+
+/// Waits in the background until a connection stands and takes bytes, at most @p timeoutMs, and
+/// then calls the observer, once. Its callbacks count as data callbacks of the handle: they are
+/// serial with those, and WIRELINK_UnRegisterNode and WIRELINK_DestroyHNetCommunication end the
+/// wait as they end a registration.
+/// @return false when there is no such wait to be had: an unknown handle, one that is waited for
+///         already, or no memory.
+bool WIRELINK_AwaitSendable(std::uint32_t handle, CSendableObserver* observer,
+                            std::uint32_t timeoutMs);
 
 /// Breaks a connection off (its handle stays until WIRELINK_DestroyHNetCommunication).
 bool WIRELINK_DelConnect(std::uint32_t handle);

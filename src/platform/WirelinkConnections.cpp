@@ -2,9 +2,8 @@
 #include <climits>
 #include <utility>
 
-#include "platform/Connections.h"
+#include "platform/ConnectionWatch.h"
 #include "platform/OrNothing.h"
-#include "platform/Reactor.h"
 #include "platform/SocketLayer.h"
 #include "platform/Wirelink.h"
 
@@ -20,6 +19,20 @@ thread_local std::uint32_t lastError = 0;
 /// What an int can count.
 std::size_t Bounded(std::uint32_t length) {
     return std::min<std::size_t>(length, INT_MAX);
+}
+
+/// The watch of a connection, made when there is none; null when none is to be had.
+std::shared_ptr<CConnectionWatch> Watch(std::uint32_t handle) {
+    CConnectionTable& connections = CConnectionTable::Instance();
+    auto connection = connections.Find(handle);
+    auto watch = connections.FindWatch(handle);
+    if (connection == nullptr || watch != nullptr) {
+        return watch;
+    }
+    watch = CConnectionWatch::Make(std::move(connection), handle);
+    // Another thread may have been faster.
+    return watch != nullptr && connections.AddWatch(handle, watch) ? watch
+                                                                   : connections.FindWatch(handle);
 }
 
 }  // namespace
@@ -92,43 +105,41 @@ int WIRELINK_Recv_Immediate(std::uint32_t handle, char* buffer, std::uint32_t ca
     return static_cast<int>(received);
 }
 
+bool WIRELINK_AwaitSendable(std::uint32_t handle, CSendableObserver* observer,
+                            std::uint32_t timeoutMs) {
+    const CSocketLayer::CVisit visit = CSocketLayer::Instance().Enter();
+    const auto watch = visit && observer != nullptr ? Watch(handle) : nullptr;
+    return watch != nullptr && watch->AwaitSendable(observer, timeoutMs);
+}
+
 bool WIRELINK_RegisterNode(std::uint32_t handle, CSocketDataObserver* observer,
                            CSocketDataObserver*, int, int) {
     const CSocketLayer::CVisit visit = CSocketLayer::Instance().Enter();
-    auto connection = CConnectionTable::Instance().Find(handle);
+    const auto connection = CConnectionTable::Instance().Find(handle);
     if (!visit || observer == nullptr || connection == nullptr ||
         connection->Poll() != ConnectState::kEstablished) {
         return false;
     }
-    auto registration = CReadRegistration::Make(std::move(connection), handle, observer);
-    return registration != nullptr &&
-           CConnectionTable::Instance().SetRegistration(handle, std::move(registration));
+    const auto watch = Watch(handle);
+    return watch != nullptr && watch->Register(observer);
 }
 
 bool WIRELINK_Start(std::uint32_t handle) {
-    const auto registration = CConnectionTable::Instance().FindRegistration(handle);
-    if (registration == nullptr) {
-        return false;
-    }
-    registration->Start();
-    return true;
+    const auto watch = CConnectionTable::Instance().FindWatch(handle);
+    return watch != nullptr && watch->Start();
 }
 
 bool WIRELINK_Stop(std::uint32_t handle) {
-    const auto registration = CConnectionTable::Instance().FindRegistration(handle);
-    if (registration == nullptr) {
-        return false;
-    }
-    registration->Stop();
-    return true;
+    const auto watch = CConnectionTable::Instance().FindWatch(handle);
+    return watch != nullptr && watch->Stop();
 }
 
 bool WIRELINK_UnRegisterNode(std::uint32_t handle) {
-    const auto registration = CConnectionTable::Instance().TakeRegistration(handle);
-    if (registration == nullptr) {
+    const auto watch = CConnectionTable::Instance().TakeWatch(handle);
+    if (watch == nullptr) {
         return false;
     }
-    registration->End();
+    watch->End();
     return true;
 }
 

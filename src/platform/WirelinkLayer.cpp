@@ -3,8 +3,9 @@
 #include <memory>
 #include <utility>
 
-#include "platform/Connections.h"
+#include "platform/ConnectionWatch.h"
 #include "platform/Immortal.h"
+#include "platform/Listener.h"
 #include "platform/Mutex.h"
 #include "platform/Reactor.h"
 #include "platform/SocketLayer.h"
@@ -69,7 +70,7 @@ void EndAll() {
         EndConnection(each.second);
         connections.Take(each.first);
     }
-    StopReactor();
+    CReactor::Stop();
 }
 
 }  // namespace

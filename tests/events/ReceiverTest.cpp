@@ -13,7 +13,7 @@
 
 #include "events/NotificationReceiver.h"
 #include "platform/Clock.h"
-#include "platform/Reactor.h"
+#include "platform/Listener.h"
 #include "support/RawClient.h"
 
 namespace onvif_client {

@@ -13,7 +13,8 @@
 #include <thread>
 #include <vector>
 
-#include "platform/Reactor.h"
+#include "platform/Connections.h"
+#include "platform/Listener.h"
 #include "platform/Wirelink.h"
 #include "support/ScriptedPeer.h"
 

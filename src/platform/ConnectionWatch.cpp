@@ -1,0 +1,253 @@
+#include "platform/ConnectionWatch.h"
+
+#include <array>
+#include <chrono>
+#include <thread>
+#include <utility>
+
+// Asio needs <utility> before it.
+#include <boost/asio/io_context.hpp>
+#include <boost/asio/ip/tcp.hpp>
+#include <boost/asio/steady_timer.hpp>
+
+#include "platform/Mutex.h"
+#include "platform/OrNothing.h"
+#include "platform/Reactor.h"
+
+namespace onvif_client {
+
+namespace {
+
+namespace asio = boost::asio;
+using asio::ip::tcp;
+using boost::system::error_code;
+
+class CAsioConnectionWatch final : public CConnectionWatch,
+                                   public std::enable_shared_from_this<CAsioConnectionWatch> {
+ public:
+    CAsioConnectionWatch(std::shared_ptr<CReactor> reactor, std::shared_ptr<CConnection> connection,
+                         std::uint32_t handle, int waitedOn)
+        : reactor_(std::move(reactor)),
+          connection_(std::move(connection)),
+          handle_(handle),
+          socket_(reactor_->Io(), tcp::v4(), waitedOn),
+          timer_(reactor_->Io()) {}
+
+    bool Register(CSocketDataObserver* observer) override {
+        const CLockGuard guard(lock_);
+        if (reader_.observer != nullptr) {
+            return false;
+        }
+        reader_.observer = observer;
+        return true;
+    }
+
+    bool Start() override {
+        const CLockGuard guard(lock_);
+        reader_.started = reader_.observer != nullptr;
+        ArmLocked();
+        return reader_.started;
+    }
+
+    bool Stop() override {
+        const CLockGuard guard(lock_);
+        reader_.started = false;
+        return reader_.observer != nullptr;
+    }
+
+    bool AwaitSendable(CSendableObserver* observer, std::uint32_t timeoutMs) override {
+        const CLockGuard guard(lock_);
+        if (ended_ || sender_.observer != nullptr) {
+            return false;
+        }
+        // The lock is held, which the analysis does not see in a lambda.
+        const bool waits = OrNothing([&]() NO_THREAD_SAFETY_ANALYSIS {
+            timer_.expires_after(std::chrono::milliseconds(timeoutMs));
+            timer_.async_wait(
+                [weak = weak_from_this(), round = sender_.round](const error_code& cancelled) {
+                    const auto self = weak.lock();
+                    if (self != nullptr && !cancelled) {
+                        self->OnTime(round);
+                    }
+                });
+            sender_.observer = observer;
+            ArmLocked();
+            return true;
+        });
+        if (!waits) {
+            sender_.observer = nullptr;
+        }
+        return waits;
+    }
+
+    void End() override {
+        const CLockGuard guard(lock_);
+        ended_ = true;
+        error_code ignored;
+        socket_.close(ignored);
+        timer_.cancel();
+        const auto own = std::this_thread::get_id();
+        while (CalledBackLocked() && callbackThread_ != own) {
+            changed_.Wait(lock_);
+        }
+    }
+
+ private:
+    struct Reader {
+        CSocketDataObserver* observer = nullptr;
+        bool started = false;
+        bool armed = false;
+        bool closed = false;  // by the peer: nothing comes any more
+    };
+    struct Sender {
+        CSendableObserver* observer = nullptr;  // null: nobody waits
+        bool armed = false;
+        bool late = false;       // the time is over
+        unsigned int round = 0;  // how many calls there were; tells old timers
+    };
+
+    bool CalledBackLocked() const REQUIRES(lock_) { return callbackThread_ != std::thread::id(); }
+
+    /// Waits for what is wanted and not waited for yet. What happens during a callback is waited
+    /// for again when that has ended.
+    void ArmLocked() REQUIRES(lock_) {
+        if (ended_ || CalledBackLocked()) {
+            return;
+        }
+        if (reader_.started && !reader_.armed && !reader_.closed) {
+            reader_.armed = true;
+            socket_.async_wait(tcp::socket::wait_read,
+                               [weak = weak_from_this()](const error_code& error) {
+                                   if (const auto self = weak.lock()) {
+                                       self->OnReadable(error);
+                                   }
+                               });
+        }
+        if (sender_.observer != nullptr && !sender_.armed) {
+            sender_.armed = true;
+            if (sender_.late) {
+                asio::post(reactor_->Io(), [weak = weak_from_this()] {
+                    if (const auto self = weak.lock()) {
+                        self->OnSendable();
+                    }
+                });
+            } else {
+                socket_.async_wait(tcp::socket::wait_write,
+                                   [weak = weak_from_this()](const error_code&) {
+                                       if (const auto self = weak.lock()) {
+                                           self->OnSendable();
+                                       }
+                                   });
+            }
+        }
+    }
+
+    void OnReadable(const error_code& error) {
+        CUniqueLock guard(lock_);
+        reader_.armed = false;
+        if (error || ended_ || !reader_.started || CalledBackLocked()) {
+            return;
+        }
+        callbackThread_ = std::this_thread::get_id();
+        CSocketDataObserver* const observer = reader_.observer;
+        guard.Unlock();
+
+        std::array<char, 16384> bytes;
+        bool closed = false;
+        const std::size_t received = connection_->Receive(bytes.data(), bytes.size(), closed);
+        if (received > 0) {
+            RunCallback([&] {
+                std::uint32_t wanted = 0;
+                observer->OnData(handle_, bytes.data(), static_cast<std::uint32_t>(received),
+                                 &wanted);
+            });
+        }
+
+        guard.Lock();
+        reader_.closed = closed;
+        EndCallbackLocked();
+    }
+
+    void OnTime(unsigned int round) {
+        {
+            const CLockGuard guard(lock_);
+            if (round != sender_.round || sender_.observer == nullptr) {
+                return;
+            }
+            sender_.late = true;
+        }
+        OnSendable();
+    }
+
+    void OnSendable() {
+        CUniqueLock guard(lock_);
+        sender_.armed = false;
+        if (ended_ || sender_.observer == nullptr || CalledBackLocked()) {
+            return;
+        }
+        const ConnectState state = connection_->Poll();
+        if (state == ConnectState::kConnecting && !sender_.late) {
+            ArmLocked();
+            return;
+        }
+        const bool ready = state == ConnectState::kEstablished && !sender_.late;
+        CSendableObserver* const observer = std::exchange(sender_.observer, nullptr);
+        sender_.late = false;
+        ++sender_.round;
+        timer_.cancel();
+        callbackThread_ = std::this_thread::get_id();
+        guard.Unlock();
+
+        RunCallback([&] { observer->OnSendable(handle_, ready); });
+
+        guard.Lock();
+        EndCallbackLocked();
+    }
+
+    void EndCallbackLocked() REQUIRES(lock_) {
+        callbackThread_ = std::thread::id();
+        changed_.NotifyAll();
+        ArmLocked();
+    }
+
+    const std::shared_ptr<CReactor> reactor_;
+    const std::shared_ptr<CConnection> connection_;
+    const std::uint32_t handle_;
+    mutable CMutex lock_;  // leaf, never held during a callback
+    CCondition changed_;
+    // Only waited on; the bytes are read from the connection.
+    tcp::socket socket_ GUARDED_BY(lock_);
+    asio::steady_timer timer_ GUARDED_BY(lock_);
+    Reader reader_ GUARDED_BY(lock_);
+    Sender sender_ GUARDED_BY(lock_);
+    bool ended_ GUARDED_BY(lock_) = false;
+    std::thread::id callbackThread_ GUARDED_BY(lock_);
+};
+
+}  // namespace
+
+std::shared_ptr<CConnectionWatch> CConnectionWatch::Make(std::shared_ptr<CConnection> connection,
+                                                         std::uint32_t handle) {
+    // Asio closes what it waits on; the connection keeps its own descriptor.
+    CDescriptor waitedOn = Duplicate(connection->Descriptor());
+    if (!waitedOn) {
+        return nullptr;
+    }
+    return OrNothing([&] {
+        auto watch = std::make_shared<CAsioConnectionWatch>(CReactor::Get(), std::move(connection),
+                                                            handle, waitedOn.Get());
+        waitedOn.Release();
+        return watch;
+    });
+}
+
+void EndConnection(const ConnectionEntry& entry) {
+    if (entry.watch != nullptr) {
+        entry.watch->End();
+    }
+    if (entry.connection != nullptr) {
+        entry.connection->Break();
+    }
+}
+
+}  // namespace onvif_client
