@@ -5,6 +5,7 @@
 #include <net/if.h>
 #include <netinet/in.h>
 
+#include <cstdlib>
 #include <memory>
 
 namespace onvif_client {
@@ -28,6 +29,19 @@ std::vector<std::string> LocalIpv4Addresses() {
         ((each->ifa_flags & IFF_LOOPBACK) != 0 ? loopback : addresses).emplace_back(dotted);
     }
     return addresses.empty() ? loopback : addresses;
+}
+
+std::string ListenAddress() {
+    const char* chosen = std::getenv("ONVIF_CLIENT_LISTEN_ADDRESS");
+    return chosen == nullptr ? "0.0.0.0" : chosen;
+}
+
+std::vector<std::string> ReachableAddresses() {
+    const std::string listened = ListenAddress();
+    in_addr address = {};
+    const bool one =
+        inet_pton(AF_INET, listened.c_str(), &address) == 1 && address.s_addr != INADDR_ANY;
+    return one ? std::vector<std::string>{listened} : LocalIpv4Addresses();
 }
 
 }  // namespace onvif_client

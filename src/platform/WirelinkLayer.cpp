@@ -1,4 +1,3 @@
-#include <cstdlib>
 #include <map>
 #include <memory>
 #include <utility>
@@ -6,6 +5,7 @@
 #include "platform/ConnectionWatch.h"
 #include "platform/Immortal.h"
 #include "platform/Listener.h"
+#include "platform/LocalAddresses.h"
 #include "platform/Mutex.h"
 #include "platform/Reactor.h"
 #include "platform/SocketLayer.h"
@@ -14,11 +14,6 @@
 namespace onvif_client {
 
 namespace {
-
-const char* ListenAddress() {
-    const char* chosen = std::getenv("ONVIF_CLIENT_LISTEN_ADDRESS");
-    return chosen == nullptr ? "0.0.0.0" : chosen;
-}
 
 /// The listeners by port.
 class CListenerTable {
@@ -33,7 +28,7 @@ class CListenerTable {
         if (listeners_.contains(port)) {
             return false;
         }
-        auto listener = CListener::Make(ListenAddress(), port, observer);
+        auto listener = CListener::Make(ListenAddress().c_str(), port, observer);
         return listener != nullptr && listeners_.emplace(port, std::move(listener)).second;
     }
 
