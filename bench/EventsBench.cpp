@@ -52,10 +52,18 @@ int main(int argc, char** argv) try {
     load->add_option("--alarms", alarms, "of each camera, a second on and a second off")
         ->check(CLI::Range(1, kMost))
         ->capture_default_str();
+    std::size_t dead = 200;
+    CLI::App* beside = app.add_subcommand("dead", "the same beside devices without power");
+    beside->add_option("--cameras", cameras)->check(CLI::Range(1, 1000))->capture_default_str();
+    beside->add_option("--dead", dead)->check(CLI::Range(1, 1000))->capture_default_str();
+    beside->add_option("--alarms", alarms)->check(CLI::Range(1, kMost))->capture_default_str();
     app.require_subcommand(1);
     CLI11_PARSE(app, argc, argv);
     if (load->parsed()) {
         return MeasureLoad(cameras, 2 * alarms) ? EXIT_SUCCESS : EXIT_FAILURE;
+    }
+    if (beside->parsed()) {
+        return MeasureDead(cameras, dead, 2 * alarms) ? EXIT_SUCCESS : EXIT_FAILURE;
     }
     MeasureLatency(changes);
     return EXIT_SUCCESS;

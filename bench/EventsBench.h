@@ -23,6 +23,11 @@ void MeasureLatency(std::size_t changes);
 /// @return true when every change of every camera was told once and in order.
 bool MeasureLoad(std::size_t cameras, std::size_t changes);
 
+/// As MeasureLoad, beside devices that have lost their power: they were logged in and observed, and
+/// then nothing answers attempts to connect to them.
+/// @return true when no change took more than 250 ms to its observer, none was lost or told twice.
+bool MeasureDead(std::size_t cameras, std::size_t dead, std::size_t changes);
+
 double Milliseconds(std::chrono::steady_clock::duration span);
 
 void PrintSpans(const char* what, std::vector<double> milliseconds);

@@ -1,12 +1,17 @@
+#include <camera_sim/CameraSim.h>
+
+#include <algorithm>
 #include <chrono>
 #include <cstdio>
 #include <memory>
+#include <stdexcept>
 #include <thread>
 #include <vector>
 
 #include "CameraProcess.h"
 #include "EventsBench.h"
 #include "ProcessUsage.h"
+#include "support/DroppingPort.h"
 
 namespace {
 
@@ -87,8 +92,12 @@ void LogOut(const Site& site) {
     }
 }
 
-/// @return whether every change was told once and in order.
-bool PrintDeliveries(const Site& site, std::size_t changes) {
+struct Deliveries {
+    bool exact = false;  // every change was told once and in order
+    double slowestMs = 0;
+};
+
+Deliveries PrintDeliveries(const Site& site, std::size_t changes) {
     const std::size_t count = site.ears.size();
     std::vector<double> latencies;
     std::size_t made = 0;
@@ -106,7 +115,7 @@ bool PrintDeliveries(const Site& site, std::size_t changes) {
                  "%zu changes made, %zu told; every change once and in order: %zu of %zu cameras\n",
                  made, told, exact, count);
     PrintSpans("change to callback", latencies);
-    return exact == count;
+    return {exact == count, latencies.empty() ? 0 : std::ranges::max(latencies)};
 }
 
 /// Memory of the process that is its own, in KB.
@@ -143,5 +152,39 @@ bool MeasureLoad(std::size_t cameras, std::size_t changes) {
 
     AwaitAll(site, changes);
     LogOut(site);
-    return PrintDeliveries(site, changes);
+    return PrintDeliveries(site, changes).exact;
+}
+
+bool MeasureDead(std::size_t cameras, std::size_t dead, std::size_t changes) {
+    constexpr double kLongestStallMs = 250;
+    Site site(cameras, changes);
+    const StartedLibrary library;
+    LogIn(site);
+    AddObservers(site);
+    CEar deaf(1);
+    std::uint16_t port = 0;
+    std::vector<unsigned int> deadIds;
+    {
+        camera_sim::CCameraHost host;
+        port = host.Add({.recordLimit = 1}).Port();
+        for (std::size_t i = 0; i < dead; ++i) {
+            deadIds.push_back(Login(port));
+            ONVIF_CLIENT_AddAlarmStateObserver(deadIds.back(), &deaf);
+        }
+    }
+    const client_test::CDroppingPort withoutPower(port);
+    if (!withoutPower.Drops()) {
+        throw std::runtime_error("the port was taken meanwhile");
+    }
+    std::fprintf(stderr, "%zu devices have lost their power\n", dead);
+    site.cameras.RunChanges();
+    AwaitAll(site, changes);
+    ONVIF_CLIENT_Quit();  // breaks off what still waits for the dead
+    for (const unsigned int id : deadIds) {
+        ONVIF_CLIENT_DelAlarmStateObserver(id);
+        ONVIF_CLIENT_Logout(id);
+    }
+    LogOut(site);
+    const Deliveries deliveries = PrintDeliveries(site, changes);
+    return deliveries.exact && deliveries.slowestMs <= kLongestStallMs;
 }
