@@ -112,14 +112,15 @@ std::string CHttpClient::BuildHttpRequest(std::string_view request) {
                      *body);
 }
 
-std::string CHttpClient::ReadPullReply(std::string_view reply) const {
+PullReply CHttpClient::ReadPullReply(std::string_view reply) const {
     CResultDocument result;
     std::string_view soap;
     reply = reply.substr(0, reply.find('\0'));
-    if (ClassifyReply(ip_, port_, reply, soap) == status::kSuccess) {
+    const int status = ClassifyReply(ip_, port_, reply, soap);
+    if (status == status::kSuccess) {
         BuildResult(kPullMessagesResult, soap, {}, result);
     }
-    return result.Print();
+    return {status, result.Print()};
 }
 
 int CHttpClient::DownloadPicture(const std::string& address, ResponseBuffer& picture) {

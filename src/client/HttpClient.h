@@ -21,6 +21,12 @@
 
 namespace onvif_client {
 
+/// What came of a pull for messages.
+struct PullReply {
+    int status = status::kNoReply;  // of the exchange
+    std::string result;             // the result document; empty when the reply is none
+};
+
 class CHttpClient final : public ICommandSession {
  public:
     /// User, password and address are cut to 64 bytes each. One reference is held from the start.
@@ -49,9 +55,8 @@ class CHttpClient final : public ICommandSession {
     /// it over a connection of its own. Empty when there is nothing to send.
     std::string BuildHttpRequest(std::string_view request);
 
-    /// The result document of a pull for messages whose HTTP reply came over another connection;
-    /// empty when the reply is none.
-    std::string ReadPullReply(std::string_view reply) const;
+    /// What a pull for messages brought whose HTTP reply came over another connection.
+    PullReply ReadPullReply(std::string_view reply) const;
 
     /// @return the new count.
     int AddReference();

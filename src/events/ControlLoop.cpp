@@ -10,28 +10,6 @@
 
 namespace onvif_client {
 
-namespace {
-
-/// Gives a claim back, unless it has been passed on.
-class CClaim {
- public:
-    explicit CClaim(EventDeviceRecord& record) : record_(&record) {}
-    ~CClaim() {
-        if (record_ != nullptr) {
-            record_->Unclaim();
-        }
-    }
-    CClaim(const CClaim&) = delete;
-    CClaim& operator=(const CClaim&) = delete;
-
-    void PassOn() { record_ = nullptr; }
-
- private:
-    EventDeviceRecord* record_;
-};
-
-}  // namespace
-
 void CControlLoop::Pass() {
     interrupted_ = false;
     turns_ = std::exchange(nextTurns_, {kEverybodysTurn, kEverybodysTurn});

@@ -19,8 +19,9 @@ void Resubscribe(EventDeviceRecord& record, ISessionSource& sessions);
 /// Renews a subscription whose messages are posted, 2.5 s at most.
 void Renew(EventDeviceRecord& record, ISessionSource& sessions);
 
-/// Gives up the pull in progress, if any, and sends a new one over a connection of its own, 2 s at
-/// most for each of three tries. The reply goes to the record's parser.
+/// Gives up the pull in progress, if any, and begins a new one, which the socket layer sends over a
+/// connection of its own (PullConnection). Waits for nothing. The reply goes to the record's
+/// parser.
 void SendPull(EventDeviceRecord& record, ISessionSource& sessions);
 
 }  // namespace onvif_client

@@ -2,23 +2,30 @@
 
 #include <utility>
 
+#include "common/LogText.h"
 #include "platform/Clock.h"
-#include "platform/Wirelink.h"
 
 namespace onvif_client {
 
+namespace {
+
+constexpr const char* kLost = "there is no subscription";
+constexpr const char* kRegained = "there is a subscription again";
+constexpr const char* kPaced = "pulls bring nothing: they wait from now on";
+constexpr const char* kNotPaced = "pulls follow at once again";
+
+}  // namespace
+
 EventDeviceRecord::EventDeviceRecord(ISessionSource& sessions, std::uint32_t loginId,
                                      CONVIFAlarmStateObserver* observer,
-                                     std::string callbackAddress)
+                                     std::string callbackAddress, std::string deviceAddress)
     : loginId_(loginId),
       callbackAddress_(std::move(callbackAddress)),
+      deviceAddress_(std::move(deviceAddress)),
       states_(loginId, observer),
       flow_(TickCount()),
-      parser_(*this, sessions, loginId) {}
-
-EventDeviceRecord::~EventDeviceRecord() {
-    CloseConnection();
-}
+      parser_(*this, sessions, loginId),
+      connection_(*this, parser_) {}
 
 void EventDeviceRecord::Remove() {
     removed_ = true;
@@ -31,11 +38,26 @@ bool EventDeviceRecord::Pulls() const {
 }
 
 void EventDeviceRecord::OnPullAnswer(const PullAnswer& answer) {
+    const std::uint32_t now = TickCount();
+    bool paced = false;
+    bool paces = false;
+    {
+        const CLockGuard guard(lock_);
+        subscription_.Limit(answer);
+        pendingItems_.insert(pendingItems_.end(), answer.items.begin(), answer.items.end());
+        paced = flow_.Paces();
+        flow_.EndPull(answer.outcome, now);
+        paces = flow_.Paces();
+        subscription_.SetAnswers(true);
+    }
+    if (paces != paced) {
+        Log(paces ? kPaced : kNotPaced);
+    }
+}
+
+void EventDeviceRecord::OnNoConnection() {
     const CLockGuard guard(lock_);
-    subscription_.Limit(answer);
-    pendingItems_.insert(pendingItems_.end(), answer.items.begin(), answer.items.end());
-    flow_.EndPull(!answer.items.empty());
-    subscription_.SetAnswers(true);
+    subscription_.SetAnswers(false);
 }
 
 void EventDeviceRecord::AddNotifiedItems(std::span<const AlarmItem> items) {
@@ -86,13 +108,7 @@ bool EventDeviceRecord::Answers() const {
 }
 
 void EventDeviceRecord::Resume() {
-    std::uint32_t handle = 0;
-    {
-        const CLockGuard guard(lock_);
-        handle = connection_.Get();
-    }
-    int ignored = 0;
-    const bool connected = handle != 0 && WIRELINK_PopConnectResult(handle, ignored, 0);
+    const bool connected = connection_.Exists();
     const CLockGuard guard(lock_);
     if (!connected) {
         flow_.PullAtOnce();
@@ -107,8 +123,26 @@ void EventDeviceRecord::BeginSubscribing() {
 
 void EventDeviceRecord::EndSubscribing(const std::optional<SubscriptionAnswer>& answer) {
     const std::int64_t now = CalendarSeconds();
-    const CLockGuard guard(lock_);
-    subscription_.End(answer, now);
+    bool lost = false;
+    bool regained = false;
+    bool paced = false;
+    {
+        const CLockGuard guard(lock_);
+        const bool stood = !subscription_.Lost();
+        subscription_.End(answer, now);
+        lost = stood && !answer;
+        regained = !stood && answer;
+        paced = answer && flow_.Paces();
+        if (answer) {
+            flow_.EndPauses();
+        }
+    }
+    if (lost || regained) {
+        Log(lost ? kLost : kRegained);
+    }
+    if (paced) {
+        Log(kNotPaced);
+    }
 }
 
 PullPoint EventDeviceRecord::Pull() const {
@@ -116,32 +150,27 @@ PullPoint EventDeviceRecord::Pull() const {
     return subscription_.Pull();
 }
 
-void EventDeviceRecord::BeginPull() {
-    const std::uint32_t now = TickCount();
-    const CLockGuard guard(lock_);
-    flow_.BeginPull(now);
-}
-
-void EventDeviceRecord::SetConnection(CWirelinkHandle connection) {
-    const CLockGuard guard(lock_);
-    std::swap(connection_, connection);
-}
-
-void EventDeviceRecord::MarkSilent() {
-    const CLockGuard guard(lock_);
-    subscription_.SetAnswers(false);
-}
-
-void EventDeviceRecord::CloseConnection() {
-    CWirelinkHandle closed;
-    {
-        const CLockGuard guard(lock_);
-        closed = std::move(connection_);
-    }
-    closed.Close();  // waits for a data callback, which takes the lock
+void EventDeviceRecord::EndPull() {
+    connection_.Close();  // waits for a callback, which takes the lock
     parser_.Reset();
     const CLockGuard guard(lock_);
     flow_.ForgetReply();
+}
+
+void EventDeviceRecord::BeginPull(PullRequest request) {
+    const std::uint32_t now = TickCount();
+    {
+        const CLockGuard guard(lock_);
+        flow_.BeginPull(now);
+    }
+    if (!request.text.empty()) {
+        connection_.Begin(std::move(request));
+    }
+}
+
+void EventDeviceRecord::Log(const char* what) const {
+    constexpr LogPoint kWithoutNumber = {loglabel::kOnvifEvent, 0};
+    LogNormal(kWithoutNumber, "%s: %s", deviceAddress_.c_str(), what);
 }
 
 }  // namespace onvif_client

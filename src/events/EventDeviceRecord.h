@@ -19,19 +19,20 @@
 #include "events/AlarmStates.h"
 #include "events/EventParse.h"
 #include "events/MessageFlow.h"
+#include "events/PullConnection.h"
 #include "events/SessionSource.h"
 #include "events/Subscription.h"
 #include "platform/Mutex.h"
-#include "platform/WirelinkHandle.h"
 
 namespace onvif_client {
 
 class EventDeviceRecord final : public IPullSink {
  public:
+    /// @param deviceAddress  shown in log lines.
     EventDeviceRecord(ISessionSource& sessions, std::uint32_t loginId,
-                      CONVIFAlarmStateObserver* observer, std::string callbackAddress);
-    /// Closes the connection; returns when no data callback of it runs.
-    ~EventDeviceRecord() override;
+                      CONVIFAlarmStateObserver* observer, std::string callbackAddress,
+                      std::string deviceAddress = {});
+    ~EventDeviceRecord() override = default;
     EventDeviceRecord(const EventDeviceRecord&) = delete;
     EventDeviceRecord& operator=(const EventDeviceRecord&) = delete;
 
@@ -54,6 +55,7 @@ class EventDeviceRecord final : public IPullSink {
     // Messages; any thread.
     bool Pulls() const override;
     void OnPullAnswer(const PullAnswer& answer) override;
+    void OnNoConnection() override;
     /// Items of a post; ignored while the device is pulled from.
     void AddNotifiedItems(std::span<const AlarmItem> items);
     std::vector<AlarmItem> TakeItems();
@@ -80,19 +82,17 @@ class EventDeviceRecord final : public IPullSink {
     /// @param answer  nothing: the device did not subscribe.
     void EndSubscribing(const std::optional<SubscriptionAnswer>& answer);
     PullPoint Pull() const;
-    /// A pull is being sent; what it brings goes to the parser.
-    void BeginPull();
-    CEventParse& Parser() { return parser_; }
-    /// The pull goes over it; the connection before it is closed.
-    void SetConnection(CWirelinkHandle connection) EXCLUDES(lock_);
-    /// The pull found no way to the device.
-    void MarkSilent();
-    /// Ends the pull in progress, if any, and makes the parser ready for the next reply.
-    void CloseConnection() EXCLUDES(lock_);
+    /// Ends the pull in progress, if any.
+    void EndPull() EXCLUDES(lock_);
+    /// Begins a pull, unless there is nothing to send; none may be in progress.
+    void BeginPull(PullRequest request) EXCLUDES(lock_);
 
  private:
+    void Log(const char* what) const;
+
     const std::uint32_t loginId_;
     const std::string callbackAddress_;
+    const std::string deviceAddress_;
 
     // Behind the loop lock, before every other lock: an observer may call any export.
     CRecursiveMutex visitLock_;
@@ -105,9 +105,28 @@ class EventDeviceRecord final : public IPullSink {
     CSubscription subscription_ GUARDED_BY(lock_);
     CMessageFlow flow_ GUARDED_BY(lock_);
     std::vector<AlarmItem> pendingItems_ GUARDED_BY(lock_);
-    CWirelinkHandle connection_ GUARDED_BY(lock_);  // of the pull in progress, if any
 
     CEventParse parser_;
+    CPullConnection connection_;  // ends first: it calls the others
+};
+
+/// Gives a record's claim back, unless that has been passed on.
+class CClaim {
+ public:
+    /// Takes a claim over.
+    explicit CClaim(EventDeviceRecord& record) : record_(&record) {}
+    ~CClaim() {
+        if (record_ != nullptr) {
+            record_->Unclaim();
+        }
+    }
+    CClaim(const CClaim&) = delete;
+    CClaim& operator=(const CClaim&) = delete;
+
+    void PassOn() { record_ = nullptr; }
+
+ private:
+    EventDeviceRecord* record_;
 };
 
 }  // namespace onvif_client

@@ -39,9 +39,15 @@ std::string Document(const std::string& root, const std::string& command) {
     return kProlog + ("<" + root) + kAttributes + command + "</" + root + ">";
 }
 
+// A request holds 8191 bytes, of which the address takes its own twice. Far more than devices use.
+constexpr std::size_t kLongestAddress = 2000;
+constexpr std::size_t kLongestIdentifier = 512;
+
 /// The element's text, or what stands for none.
 std::string Identifier(const XMLElement* element) {
-    return element == nullptr ? kNoIdentifier : std::string(TextOf(element));
+    const std::string_view text = TextOf(element);
+    return element == nullptr || text.size() > kLongestIdentifier ? kNoIdentifier
+                                                                  : std::string(text);
 }
 
 AlarmItem ReadItem(const XMLElement* notifyMessage) {
@@ -100,7 +106,7 @@ std::optional<SubscriptionAnswer> ReadSubscription(std::string_view result) {
     const CXmlDocument document(result);
     const XMLElement* command = document.Find("SetResponse/createPullPointSubscription");
     const XMLElement* address = FirstChild(command, "address");
-    if (address == nullptr) {
+    if (address == nullptr || TextOf(address).size() > kLongestAddress) {
         return std::nullopt;
     }
     return SubscriptionAnswer{std::string(TextOf(address)),
@@ -108,17 +114,23 @@ std::optional<SubscriptionAnswer> ReadSubscription(std::string_view result) {
                               Identifier(FirstChild(command, "subscriptionIdAttriute"))};
 }
 
-PullAnswer ReadPull(std::string_view result) {
-    const CXmlDocument document(result);
+PullAnswer ReadPull(const PullReply& reply) {
+    const CXmlDocument document(reply.result);
     const XMLElement* command = document.Find("GetResponse/pullMessages");
+    const std::string_view result = TextAt(command, "status");
     PullAnswer answer;
-    if (TextAt(command, "status") == "fail") {
+    if (result == "fail") {
         const std::string_view maxTimeout = TextAt(command, "maxtimeout");
         answer.maxTimeout = IsDuration(maxTimeout) ? maxTimeout : "";
         answer.maxMessageLimit = ReadLimit(TextAt(command, "maxmessagelimit"));
     }
     for (const XMLElement* each : Children(command, "notifyMessage")) {
         answer.items.push_back(ReadItem(each));
+    }
+    if (reply.status == status::kNotAuthorized) {
+        answer.outcome = PullOutcome::kRefused;
+    } else if (result == "success") {
+        answer.outcome = answer.items.empty() ? PullOutcome::kNoMessages : PullOutcome::kMessages;
     }
     return answer;
 }

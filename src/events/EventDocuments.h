@@ -10,8 +10,10 @@
 #include <string_view>
 #include <vector>
 
+#include "client/HttpClient.h"
 #include "commands/ServiceRequests.h"
 #include "events/AlarmTopics.h"
+#include "events/PullPacing.h"
 
 namespace onvif_client {
 
@@ -39,7 +41,8 @@ struct SubscriptionAnswer {
     std::string idAttribute = kNoIdentifier;
 };
 
-/// Nothing for a result without an address: the device did not subscribe.
+/// Nothing for a result without an address, or with one that no pull could repeat: the device did
+/// not subscribe.
 std::optional<SubscriptionAnswer> ReadSubscription(std::string_view result);
 
 /// What a pull gave.
@@ -49,10 +52,10 @@ struct PullAnswer {
     // not as a duration of at most 17 characters. Pulls repeat it, so it has to be short.
     std::string maxTimeout;
     std::uint16_t maxMessageLimit = 0;
+    PullOutcome outcome = PullOutcome::kFailed;
 };
 
-/// A result that is none gives an empty answer.
-PullAnswer ReadPull(std::string_view result);
+PullAnswer ReadPull(const PullReply& reply);
 
 }  // namespace onvif_client
 

@@ -13,7 +13,7 @@ CEventParse::CEventParse(IPullSink& sink, ISessionSource& sessions, std::uint32_
       loginId_(loginId),
       buffer_(std::make_unique<char[]>(kCapacity)) {}
 
-std::uint32_t CEventParse::OnData(std::uint32_t, const char* data, std::uint32_t length,
+std::uint32_t CEventParse::OnData(std::uint32_t handle, const char* data, std::uint32_t length,
                                   std::uint32_t* wanted) {
     if (wanted != nullptr) {
         *wanted = 0;
@@ -27,42 +27,60 @@ std::uint32_t CEventParse::OnData(std::uint32_t, const char* data, std::uint32_t
         handled_ = true;
         HandleReply();
     }
+    if (!GoesOn()) {
+        WIRELINK_Stop(handle);
+    }
     return length;
 }
 
 void CEventParse::Reset() {
-    std::memset(buffer_.get(), 0, kCapacity);
-    received_ = 0;
-    frame_ = {};
+    Forget();
+    readInAll_ = 0;
+    impossible_ = false;
     handled_ = false;
 }
 
+void CEventParse::Forget() {
+    std::memset(buffer_.get(), 0, kCapacity);
+    received_ = 0;
+    frame_ = {};
+}
+
+bool CEventParse::GoesOn() const {
+    return !impossible_ && readInAll_ <= kLargestMessage;
+}
+
 bool CEventParse::Accumulate(std::string_view block) {
+    readInAll_ += block.size();
+    if (!GoesOn()) {
+        return false;
+    }
     if (block.size() > kCapacity - received_) {
-        Reset();
+        Forget();
         return false;
     }
     std::memcpy(buffer_.get() + received_, block.data(), block.size());
     received_ += block.size();
     const MessageState state = CutMessage({buffer_.get(), received_}, frame_);
-    if (state == MessageState::kImpossible || (frame_.headerSize > 0 && !frame_.announced)) {
-        Reset();
+    impossible_ = state == MessageState::kImpossible;
+    if (impossible_ || (frame_.headerSize > 0 && !frame_.announced)) {
+        Forget();
         return false;
     }
     return state == MessageState::kComplete;
 }
 
 void CEventParse::HandleReply() {
-    std::string result;
+    PullReply reply;
     {
         const CSessionReference reference(sessions_, loginId_);
         if (reference.Session() != nullptr) {
             // What came behind the reply in its last block is none of it.
             const std::size_t size = frame_.headerSize + frame_.bodySize;
-            result = reference.Session()->ReadPullReply({buffer_.get(), size});
+            reply = reference.Session()->ReadPullReply({buffer_.get(), size});
         }
     }
-    sink_.OnPullAnswer(ReadPull(result));
+    sink_.OnPullAnswer(ReadPull(reply));
 }
 
 }  // namespace onvif_client

@@ -23,10 +23,14 @@ class IPullSink {
     virtual bool Pulls() const = 0;
     /// A whole reply came. One that could not be read says nothing, and was an answer all the same.
     virtual void OnPullAnswer(const PullAnswer& answer) = 0;
+    /// The pull found no way to the device.
+    virtual void OnNoConnection() = 0;
 };
 
 /// The data observer of a pull's connection; its callbacks are serial. A reply that is larger than
-/// the buffer, or says nothing of its length, is lost: the pull then runs into its time-out.
+/// the buffer, or says nothing of its length, is lost: the pull then runs into its time-out. Once
+/// no byte can complete a reply any more, or 1 MiB has come without one, the connection is not read
+/// any further.
 class CEventParse final : public CSocketDataObserver {
  public:
     static constexpr std::size_t kCapacity = 32768;
@@ -44,6 +48,9 @@ class CEventParse final : public CSocketDataObserver {
  private:
     /// @return true when the reply has just become complete.
     bool Accumulate(std::string_view block);
+    /// Whether more bytes are of use.
+    bool GoesOn() const;
+    void Forget();
     void HandleReply();
 
     IPullSink& sink_;
@@ -51,7 +58,9 @@ class CEventParse final : public CSocketDataObserver {
     const std::uint32_t loginId_;
     const std::unique_ptr<char[]> buffer_;
     std::size_t received_ = 0;
+    std::size_t readInAll_ = 0;  // of this pull, lost replies included
     MessageFrame frame_;
+    bool impossible_ = false;
     bool handled_ = false;  // blocks behind the reply are ignored
 };
 

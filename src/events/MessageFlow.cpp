@@ -25,15 +25,29 @@ bool CMessageFlow::AcceptPost() {
     return true;
 }
 
-void CMessageFlow::EndPull(bool broughtItems) {
-    if (broughtItems && source_ == MessageSource::kEither) {
+void CMessageFlow::EndPull(PullOutcome outcome, std::uint32_t now) {
+    if (outcome == PullOutcome::kMessages && source_ == MessageSource::kEither) {
         source_ = MessageSource::kPulls;
     }
     pullEnded_ = true;
+    endedTicks_ = now;
+    pauseMs_ = pacing_.Pause(outcome, now - askedTicks_);
+}
+
+void CMessageFlow::PullAtOnce() {
+    pullEnded_ = true;
+    pauseMs_ = 0;
+}
+
+bool CMessageFlow::PullIsDue(std::uint32_t now) const {
+    if (!pullEnded_) {
+        return HavePassed(now, askedTicks_, kPullTimeoutMs);
+    }
+    return pauseMs_ == 0 || HavePassed(now, endedTicks_, static_cast<std::int32_t>(pauseMs_) - 1);
 }
 
 bool CMessageFlow::TakePull(std::uint32_t now) {
-    if (!Pulls() || (!pullEnded_ && !HavePassed(now, askedTicks_, kPullTimeoutMs))) {
+    if (!Pulls() || !PullIsDue(now)) {
         return false;
     }
     pullEnded_ = false;

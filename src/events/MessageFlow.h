@@ -6,6 +6,8 @@
 #include <cstdint>
 #include <string>
 
+#include "events/PullPacing.h"
+
 namespace onvif_client {
 
 enum class MessageSource {
@@ -31,10 +33,14 @@ class CMessageFlow {
 
     /// A pull is being sent.
     void BeginPull(std::uint32_t now) { askedTicks_ = now; }
-    /// A whole reply to the pull has come.
-    void EndPull(bool broughtItems);
+    /// A whole reply to the pull has come; the next one is due at once, or after a pause.
+    void EndPull(PullOutcome outcome, std::uint32_t now);
     /// The next pull is due, whatever became of the last one.
-    void PullAtOnce() { pullEnded_ = true; }
+    void PullAtOnce();
+    /// A new subscription stands.
+    void EndPauses() { pacing_.SetBack(); }
+    /// True while the device's replies make pulls wait.
+    bool Paces() const { return pacing_.Paces(); }
     /// Makes ready for the reply to the next pull.
     void ForgetReply() { pullEnded_ = false; }
 
@@ -43,10 +49,14 @@ class CMessageFlow {
     bool TakeRenewal(std::uint32_t now);
 
  private:
+    bool PullIsDue(std::uint32_t now) const;
     bool TakesPosts() const { return source_ != MessageSource::kPulls; }
 
     MessageSource source_ = MessageSource::kPulls;
     bool pullEnded_ = false;
+    std::uint32_t endedTicks_ = 0;
+    std::uint32_t pauseMs_ = 0;
+    CPullPacing pacing_;
     std::uint32_t askedTicks_;  // of the last pull or renewal
     std::string renewAddress_;
 };

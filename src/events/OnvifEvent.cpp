@@ -43,9 +43,8 @@ COnvifEventCtrol::~COnvifEventCtrol() {
 void COnvifEventCtrol::Start() {
     WIRELINK_StartListen(kListenPort, &receiver_, 0, true);
     const CLockGuard guard(lifecycleLock_);
-    localAddresses_ = LocalIpv4Addresses();
+    localAddresses_ = ReachableAddresses();
     // Also under an event thread that runs: the socket layer can have been stopped alone.
-    ++starts_;
     for (auto record = devices_.From(0); record != nullptr;
          record = devices_.From(std::uint64_t{record->LoginId()} + 1)) {
         record->Resume();
@@ -119,26 +118,27 @@ void COnvifEventCtrol::Join(const EventThreads& threads) {
 
 void COnvifEventCtrol::AddDevice(std::uint32_t loginId, CONVIFAlarmStateObserver* observer,
                                  const std::string& deviceAddress) {
-    const std::uint32_t starts = starts_;
-    DeleteDevice(loginId);
-    const auto record = std::make_shared<EventDeviceRecord>(sessions_, loginId, observer,
-                                                            NextCallbackAddress(deviceAddress));
+    const auto record = std::make_shared<EventDeviceRecord>(
+        sessions_, loginId, observer, NextCallbackAddress(deviceAddress), deviceAddress);
+    record->Claim();
+    const CClaim claim(*record);
+    // In the table before anything can fail: what does is then due there.
+    Replace(loginId, record);
     Subscribe(*record, sessions_);
     SendPull(*record, sessions_);
-    Remove(devices_.Put(record));
-    if (const auto visited = devices_.Visited(loginId); visited != record) {
-        Remove(visited);
-    }
-    if (starts_ != starts) {
-        record->Resume();  // a restart met the exchanges above, and not the record
-    }
 }
 
 void COnvifEventCtrol::DeleteDevice(std::uint32_t loginId) {
+    Replace(loginId, nullptr);
+}
+
+void COnvifEventCtrol::Replace(std::uint32_t loginId, const CDeviceTable::Record& record) {
     const std::uint32_t started = TickCount();
-    Remove(devices_.Take(loginId));
+    Remove(record == nullptr ? devices_.Take(loginId) : devices_.Put(record));
     // In the middle of a visit somebody else can have taken it out, its own observer for one.
-    Remove(devices_.Visited(loginId));
+    if (const auto visited = devices_.Visited(loginId); visited != record) {
+        Remove(visited);
+    }
     std::printf("#####################delete ipc  %u \r\n", TickCount() - started);
 }
 

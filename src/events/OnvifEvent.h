@@ -50,8 +50,7 @@ class COnvifEventCtrol final : private ITaskQueue {
     void Stop();
 
     /// Registers the observer of a device in the place of an earlier one, and subscribes at the
-    /// device before it returns (8 s at most, 2 s more for each of three tries to connect). A
-    /// device that does not answer is tried again later.
+    /// device before it returns (8 s at most). A device that does not answer is tried again later.
     /// @param observer       not owned; null: nobody is told.
     /// @param deviceAddress  dotted IPv4; empty when the login id is unknown.
     void AddDevice(std::uint32_t loginId, CONVIFAlarmStateObserver* observer,
@@ -83,6 +82,8 @@ class COnvifEventCtrol final : private ITaskQueue {
     /// can see.
     void InterruptPass() NO_THREAD_SAFETY_ANALYSIS { loop_.Interrupt(); }
 
+    /// Ends the device's record; another one, or null, takes its place.
+    void Replace(std::uint32_t loginId, const CDeviceTable::Record& record);
     std::string NextCallbackAddress(const std::string& deviceAddress);
     bool QueueTask(std::shared_ptr<EventDeviceRecord> record, DeviceTask task) override;
 
@@ -92,8 +93,6 @@ class COnvifEventCtrol final : private ITaskQueue {
     CControlLoop loop_ GUARDED_BY(loopLock_);
     CNotifyDelivery delivery_;
     CNotificationReceiver receiver_;
-
-    std::atomic<std::uint32_t> starts_ = 0;  // how often; tells AddDevice of a restart beside it
 
     CMutex lifecycleLock_;  // behind a visit lock, before the tasks' and the table's
     std::unique_ptr<CDeviceTasks> tasks_ GUARDED_BY(lifecycleLock_);  // null while stopped

@@ -16,6 +16,7 @@ void CSubscription::Begin() {
 
 void CSubscription::End(const std::optional<SubscriptionAnswer>& answer, std::int64_t now) {
     stands_ = answers_ = answer.has_value();
+    lost_ = !stands_;
     if (answer) {
         // What the device allowed ended with the subscription before.
         pull_ = {.address = answer->address, .id = answer->id, .idAttribute = answer->idAttribute};

@@ -31,6 +31,8 @@ class CSubscription {
     /// Nothing as long as no attempt is due.
     std::optional<DueSubscription> Due(std::int64_t now) const;
 
+    /// Whether the last attempt failed.
+    bool Lost() const { return lost_; }
     /// Whether the device answered what it was asked last.
     bool Answers() const { return answers_; }
     void SetAnswers(bool answers) { answers_ = answers; }
@@ -42,6 +44,7 @@ class CSubscription {
 
  private:
     bool stands_ = false;
+    bool lost_ = false;
     bool answers_ = true;
     bool resumed_ = false;          // since the last attempt began
     std::int64_t attemptedAt_ = 0;  // when the last attempt ended

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <chrono>
+#include <cstdlib>
+#include <new>
 #include <vector>
 
 #include "api/HttpClientManager.h"
@@ -170,6 +172,51 @@ TEST_F(Controller, ASiteOfSilentCamerasDelaysNoOther) {
     // However slow this was: another one is asked only when one has been given up.
     const auto asked = askedFor("Unsubscribe", 1);
     EXPECT_LE(asked, 5 + askedFor("CreatePullPointSubscription", 2));
+}
+
+/// Sessions of another source, without memory at first.
+class CLateMemory final : public ISessionSource {
+ public:
+    explicit CLateMemory(ISessionSource& sessions) : sessions_(sessions) {}
+    CHttpClient* Acquire(std::uint32_t loginId) override {
+        if (!there) {
+            throw std::bad_alloc();
+        }
+        return sessions_.Acquire(loginId);
+    }
+    bool Release(std::uint32_t loginId) override { return sessions_.Release(loginId); }
+
+    std::atomic<bool> there = false;
+
+ private:
+    ISessionSource& sessions_;
+};
+
+TEST_F(Controller, AnObserverAddedWithoutMemoryIsServedLater) {
+    CCamera& camera = host_.Add({});
+    const unsigned int id = Observed(camera);
+    controller_.Stop();
+    CLateMemory memory(sessions_);
+    CAlarmObserver observer;
+    COnvifEventCtrol later(memory);
+    later.Start();
+    EXPECT_THROW(later.AddDevice(id, &observer, "127.0.0.1"), std::bad_alloc);
+    memory.there = true;
+    SetMotion(camera, true);
+    EXPECT_TRUE(observer.Hears(id, "M+"));
+}
+
+TEST_F(Controller, DevicesAreToldWhereTheListenerIs) {
+    controller_.Stop();
+    setenv("ONVIF_CLIENT_LISTEN_ADDRESS", "127.0.0.2", 1);
+    controller_.Start();
+    setenv("ONVIF_CLIENT_LISTEN_ADDRESS", "127.0.0.1", 1);
+    CCamera& camera = host_.Add({});
+    Observed(camera);
+    const auto requests = camera.Requests();
+    EXPECT_TRUE(std::ranges::any_of(requests, [](const auto& request) {
+        return request.body.find("http://127.0.0.2:6699/subscription_") != std::string::npos;
+    }));
 }
 
 }  // namespace

@@ -37,6 +37,7 @@ class CPullSink final : public IPullSink {
             told_ += item.state ? "+" : "-";
         }
     }
+    void OnNoConnection() override {}
     const std::string& Told() const { return told_; }
 
  private:
@@ -91,7 +92,7 @@ void PostInPieces(std::string_view text, std::size_t pieceSize) {
 
 /// Results and addresses of subscriptions, and the requests that are made of them.
 void ReadDocuments(std::string_view text, std::size_t) {
-    ReadPull(text);
+    ReadPull({status::kSuccess, std::string(text)});
     const auto answer = ReadSubscription(text);
     const std::string value(text.substr(0, text.find('\0')));
     const std::string document =

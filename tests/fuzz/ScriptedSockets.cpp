@@ -62,6 +62,9 @@ bool WIRELINK_DestroyHNetCommunication(std::uint32_t) {
 bool WIRELINK_RegisterNode(std::uint32_t, CSocketDataObserver*, CSocketDataObserver*, int, int) {
     return true;
 }
+bool WIRELINK_AwaitSendable(std::uint32_t, CSendableObserver*, std::uint32_t) {
+    return true;
+}
 bool WIRELINK_Start(std::uint32_t) {
     return true;
 }

@@ -94,11 +94,11 @@ TEST_F(Alarms, ACameraThatAnswersPullsOddlyIsHeardAndDelaysNoOther) {
         "<s:Body><t:PullMessagesResponse/></s:Body></s:Envelope>";
     const std::string head = "HTTP/1.1 200 OK\r\nContent-Length: ";
     const auto raw = [](const std::string& reply) {
-        return Fault{.kind = Fault::Kind::kRawReply, .remaining = 20, .reply = reply};
+        return Fault{.kind = Fault::Kind::kRawReply, .remaining = 5, .reply = reply};
     };
     const Fault faults[] = {
-        {.kind = Fault::Kind::kSoapFault, .remaining = 20, .soapFault = {.reason = "no"}},
-        {.kind = Fault::Kind::kUnauthorized, .remaining = 20},
+        {.kind = Fault::Kind::kSoapFault, .remaining = 5, .soapFault = {.reason = "no"}},
+        {.kind = Fault::Kind::kUnauthorized, .remaining = 1},
         {.kind = Fault::Kind::kSegments, .bytes = 1},
         raw(head + std::to_string(nothing.size()) + "\r\n\r\n" + nothing),
         raw(head + "0\r\n\r\n"),

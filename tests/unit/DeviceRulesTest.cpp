@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <vector>
+
 #include "events/MessageFlow.h"
 #include "events/Subscription.h"
 
@@ -101,7 +103,8 @@ TEST(MessageFlow, TheFirstSourceSettlesHowMessagesCome) {
             } else if (step == 'p') {
                 flow.AcceptPost();
             } else {
-                flow.EndPull(step == 'i');
+                flow.EndPull(step == 'i' ? PullOutcome::kMessages : PullOutcome::kNoMessages,
+                             kBeforeTheWrap);
             }
         }
         EXPECT_EQ(flow.Pulls(), each.pulls) << each.steps;
@@ -112,6 +115,64 @@ TEST(MessageFlow, TheFirstSourceSettlesHowMessagesCome) {
         EXPECT_EQ(flow.TakePull(kBeforeTheWrap + 652002), each.pulls) << each.steps;
         EXPECT_FALSE(flow.TakePull(kBeforeTheWrap + 712002)) << each.steps;
     }
+    CMessageFlow refused(kBeforeTheWrap);
+    refused.EndPull(PullOutcome::kRefused, kBeforeTheWrap + 300);
+    EXPECT_FALSE(refused.TakePull(kBeforeTheWrap + 299)) << "read before the reply came";
+    EXPECT_FALSE(refused.TakePull(kBeforeTheWrap + 1299));
+    EXPECT_TRUE(CMessageFlow(refused).TakePull(kBeforeTheWrap + 1300));
+    refused.PullAtOnce();
+    EXPECT_TRUE(refused.TakePull(kBeforeTheWrap + 300));
+}
+
+/// The pauses after replies of a kind, in a row; "reset" stands for a new subscription.
+TEST(PullPacing, RepliesThatTellNothingAreFollowedLaterAndLater) {
+    constexpr auto kMessages = PullOutcome::kMessages;
+    constexpr auto kNone = PullOutcome::kNoMessages;
+    constexpr auto kRefused = PullOutcome::kRefused;
+    constexpr auto kFailed = PullOutcome::kFailed;
+    using Pauses = std::vector<std::uint32_t>;
+    const Pauses refused = {1000, 2000, 4000, 8000, 16000, 32000, 60000, 60000};
+    const Pauses failed = {0, 0, 0, 0, 0, 1000, 2000, 4000, 8000, 16000, 30000, 30000};
+    Pauses empty(20, 0);
+    empty.insert(empty.end(), {200, 200});
+    const struct {
+        PullOutcome outcome;
+        std::uint32_t tookMs;
+        const Pauses& pauses;
+        PullOutcome set;  // what sets the counts back
+        std::uint32_t setTookMs;
+    } cases[] = {
+        {kRefused, 50, refused, kMessages, 50}, {kFailed, 50, failed, kNone, 1000},
+        {kNone, 50, empty, kMessages, 0},       {kRefused, 999, refused, kNone, 1000},
+        {kFailed, 0, failed, kMessages, 60000},
+    };
+    for (const auto& each : cases) {
+        CPullPacing pacing;
+        for (int round = 0; round < 3; ++round) {
+            bool paces = false;
+            for (const std::uint32_t pause : each.pauses) {
+                EXPECT_EQ(pacing.Pause(each.outcome, each.tookMs), pause) << &each - cases;
+                EXPECT_EQ(pacing.Paces(), paces = paces || pause > 0);
+            }
+            if (round == 0) {
+                EXPECT_EQ(pacing.Pause(each.set, each.setTookMs), 0U) << &each - cases;
+            } else {
+                pacing.SetBack();
+            }
+            EXPECT_FALSE(pacing.Paces());
+        }
+    }
+    CPullPacing slow;
+    for (int i = 0; i < 30; ++i) {
+        EXPECT_EQ(slow.Pause(kNone, 1000), 0U);
+        EXPECT_EQ(slow.Pause(kFailed, 1000), 0U);
+        EXPECT_EQ(slow.Pause(kRefused, 1000), 1000U);
+        EXPECT_EQ(CPullPacing(slow).Pause(kMessages, 0), 0U);
+    }
+    CPullPacing mixed;  // a proper answer without messages sets nothing back
+    EXPECT_EQ(mixed.Pause(kRefused, 0), 1000U);
+    EXPECT_EQ(mixed.Pause(kNone, 0), 0U);
+    EXPECT_EQ(mixed.Pause(kRefused, 0), 2000U);
 }
 
 }  // namespace

@@ -81,8 +81,8 @@ const std::string kReply =
                      "<tt:Data><tt:SimpleItem Name=\"L\" Value=\"true\"/></tt:Data>") +
              "</x:PullMessagesResponse>");
 
-/// What the parser made of a reply: "1+" motion active, "2-" alarm input inactive, "." the reply is
-/// complete.
+/// What the parser made of a reply: "1+" motion active, "2-" alarm input inactive; at its end "."
+/// with messages, "," without, "?" refused credentials, "!" something else.
 class CFedParser final : private IPullSink {
  public:
     explicit CFedParser(std::uint32_t loginId = 1) : parser_(*this, sessions_, loginId) {}
@@ -103,8 +103,9 @@ class CFedParser final : private IPullSink {
         for (const AlarmItem& item : answer.items) {
             made_ += std::to_string(static_cast<int>(item.type)) + (item.state ? "+" : "-");
         }
-        made_ += ".";
+        made_ += ".,?!"[static_cast<int>(answer.outcome)];
     }
+    void OnNoConnection() override {}
 
     COneSession sessions_;
     bool pulls_ = true;
@@ -138,10 +139,13 @@ TEST(EventParse, RepliesOfEveryKindLeadOn) {
         {Http(kReply, "X"), ""},
         {Http(kReply + tooLong), ""},
         {"HTTP/1.1 200 OK\r\nContent-Length: -1\r\n\r\n" + kReply, ""},
-        {"HTTP/1.1 200 OK\r\nContent-Length: 0\r\n\r\n", "."},
-        {Http("no document"), "."},
-        {"HTTP/1.1 400 Bad Request\r\nContent-Length: 0\r\n\r\n", "."},
-        {Http(Envelope("<x:PullMessagesResponse/>")), "."},
+        {"HTTP/1.1 200 OK\r\nContent-Length: 0\r\n\r\n", "!"},
+        {Http("no document"), "!"},
+        {"HTTP/1.1 400 Bad Request\r\nContent-Length: 0\r\n\r\n", "!"},
+        {"HTTP/1.1 401 Unauthorized\r\nContent-Length: 0\r\n\r\n", "?"},
+        {Http(Envelope("<x:Fault/>")), "!"},
+        {Http(Envelope("<x:RenewResponse/>")), "!"},
+        {Http(Envelope("<x:PullMessagesResponse/>")), ","},
         {Http(Envelope("<x:PullMessagesResponse>" + Message("tns1:Other", "") +
                        "</x:PullMessagesResponse>")),
          "0-."},
@@ -151,7 +155,7 @@ TEST(EventParse, RepliesOfEveryKindLeadOn) {
         EXPECT_EQ(parser.Feed(each.reply), each.made) << each.reply.substr(0, 80);
     }
     CFedParser unknownSession(0);
-    EXPECT_EQ(unknownSession.Feed(Http(kReply)), ".");
+    EXPECT_EQ(unknownSession.Feed(Http(kReply)), "!");
 }
 
 TEST(EventDocuments, APullRepeatsShortDurationsAlone) {
@@ -162,8 +166,9 @@ TEST(EventDocuments, APullRepeatsShortDurationsAlone) {
     };
     for (const auto& [text, taken] : cases) {
         const PullAnswer answer =
-            ReadPull("<GetResponse><pullMessages><status>fail</status><maxtimeout>" +
-                     std::string(text) + "</maxtimeout></pullMessages></GetResponse>");
+            ReadPull({status::kSuccess,
+                      "<GetResponse><pullMessages><status>fail</status><maxtimeout>" +
+                          std::string(text) + "</maxtimeout></pullMessages></GetResponse>"});
         EXPECT_EQ(answer.maxTimeout, taken ? text : "") << text;
     }
 }

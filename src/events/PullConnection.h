@@ -1,0 +1,60 @@
+/// @file
+/// The connection of a pull: made and written to in the background, so that no thread waits for a
+/// device.
+#ifndef ONVIF_CLIENT_EVENTS_PULLCONNECTION_H
+#define ONVIF_CLIENT_EVENTS_PULLCONNECTION_H
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+
+#include "events/EventParse.h"
+#include "platform/Mutex.h"
+#include "platform/WirelinkHandle.h"
+
+namespace onvif_client {
+
+/// What goes out, and to whom.
+struct PullRequest {
+    std::string host;  // dotted IPv4
+    std::uint16_t port = 0;
+    std::string text;
+};
+
+/// Any thread; Begin and Close come from one at a time.
+class CPullConnection final : private CSendableObserver {
+ public:
+    /// @param sink    hears when there is no way to the device.
+    /// @param parser  gets what the device answers.
+    CPullConnection(IPullSink& sink, CEventParse& parser) : sink_(sink), parser_(parser) {}
+    ~CPullConnection() override { Close(); }
+    CPullConnection(const CPullConnection&) = delete;
+    CPullConnection& operator=(const CPullConnection&) = delete;
+
+    /// Connects, 600 ms at most for each of three tries, sends the request and lets the parser
+    /// read. Returns at once. While the socket layer is stopped nothing comes of it.
+    void Begin(PullRequest request) EXCLUDES(lock_);
+    /// Breaks off; returns when no callback of the connection runs.
+    void Close() EXCLUDES(lock_);
+    /// False when there is no connection, or none any more because the socket layer was stopped.
+    bool Exists() const;
+
+ private:
+    void OnSendable(std::uint32_t handle, bool ready) override;
+    /// False when no try is left.
+    bool TryLocked() REQUIRES(lock_);
+    void SendLocked() REQUIRES(lock_);
+
+    IPullSink& sink_;
+    CEventParse& parser_;
+    mutable CMutex lock_;  // behind a device's lock, before those of the socket layer
+    PullRequest request_ GUARDED_BY(lock_);
+    int triesLeft_ GUARDED_BY(lock_) = 0;
+    bool stands_ GUARDED_BY(lock_) = false;
+    std::size_t sent_ GUARDED_BY(lock_) = 0;
+    CWirelinkHandle connection_ GUARDED_BY(lock_);
+};
+
+}  // namespace onvif_client
+
+#endif

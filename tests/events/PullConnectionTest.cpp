@@ -1,0 +1,139 @@
+#include <gtest/gtest.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <chrono>
+#include <filesystem>
+#include <thread>
+
+#include "events/PullConnection.h"
+#include "platform/Wirelink.h"
+#include "support/ClosedPort.h"
+#include "support/DroppingPort.h"
+#include "support/ScriptedPeer.h"
+
+namespace onvif_client {
+namespace {
+
+using client_test::CPeerConnection;
+using client_test::CScriptedPeer;
+
+template <typename Condition>
+void WaitUntil(const Condition& condition) {
+    while (!condition()) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
+}
+
+auto OpenDescriptors() {
+    return std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {});
+}
+
+class CNoSessions final : public ISessionSource {
+ public:
+    CHttpClient* Acquire(std::uint32_t) override { return nullptr; }
+    bool Release(std::uint32_t) override { return false; }
+};
+
+/// Counts what becomes of pulls.
+class CCountingSink final : public IPullSink {
+ public:
+    bool Pulls() const override {
+        ++blocks;
+        return true;
+    }
+    void OnPullAnswer(const PullAnswer&) override { ++answers; }
+    void OnNoConnection() override { ++ways; }
+
+    mutable std::atomic<int> blocks = 0;
+    std::atomic<int> answers = 0;
+    std::atomic<int> ways = 0;  // that were not there
+};
+
+class PullConnection : public testing::Test {
+ protected:
+    PullConnection() { WIRELINK_Initial(1, 1, nullptr, 0); }
+    ~PullConnection() override { WIRELINK_Quit(); }
+
+    void Pull(std::uint16_t port, std::string text = "GET") {
+        parser_.Reset();
+        connection_.Begin({"127.0.0.1", port, std::move(text)});
+    }
+
+    CNoSessions sessions_;
+    CCountingSink sink_;
+    CEventParse parser_{sink_, sessions_, 1};
+    CPullConnection connection_{sink_, parser_};
+};
+
+TEST_F(PullConnection, ThereIsNoWayAfterThreeTries) {
+    const client_test::CClosedPort closed;
+    Pull(closed.Port());
+    WaitUntil([&] { return sink_.ways == 1 && !connection_.Exists(); });
+    const client_test::CDroppingPort dropping;
+    ASSERT_TRUE(dropping.Drops());
+    const auto before = OpenDescriptors();
+    const auto began = std::chrono::steady_clock::now();
+    Pull(dropping.Port());
+    EXPECT_LT(std::chrono::steady_clock::now() - began, std::chrono::milliseconds(600))
+        << "nobody waits for it";
+    WaitUntil([&] { return sink_.ways == 2 && !connection_.Exists(); });
+    EXPECT_GE(std::chrono::steady_clock::now() - began, std::chrono::milliseconds(1800));
+    EXPECT_EQ(OpenDescriptors(), before);
+    Pull(dropping.Port());
+    connection_.Close();
+    EXPECT_EQ(OpenDescriptors(), before);
+    EXPECT_EQ(sink_.ways, 2) << "given up by its owner";
+}
+
+TEST_F(PullConnection, ADeviceThatComesBackIsReachedByALaterTry) {
+    client_test::CDroppingPort port;
+    ASSERT_TRUE(port.Drops());
+    const std::string request(8191, 'x');
+    Pull(port.Port(), request);
+    std::this_thread::sleep_for(std::chrono::milliseconds(700));
+    port.Answer();
+    const int device = port.Accept();
+    std::string got(request.size(), ' ');
+    EXPECT_EQ(recv(device, got.data(), got.size(), MSG_WAITALL),
+              static_cast<ssize_t>(request.size()));
+    EXPECT_EQ(got, request);
+    constexpr std::string_view kReply = "HTTP/1.1 200 OK\r\nContent-Length: 0\r\n\r\n";
+    EXPECT_GT(send(device, kReply.data(), kReply.size(), MSG_NOSIGNAL), 0);
+    WaitUntil([&] { return sink_.answers == 1; });
+    EXPECT_EQ(sink_.ways, 0);
+    close(device);
+}
+
+TEST_F(PullConnection, WhatCannotBecomeAReplyIsReadNoFurther) {
+    const std::pair<std::string, int> cases[] = {
+        // what is sent over and over, and how many blocks of at most 16 KiB it takes
+        {"HTTP/1.1 200 OK\r\nContent-Length: -1\r\n\r\n", 1},
+        {"HTTP/1.1 200 OK\r\nContent-Length: 10000000000\r\n\r\n", 1},
+        {std::string(1024, 'x'), 1025},
+        {"HTTP/1.1 100 Continue\r\n\r\n" + std::string(1000, 'x'), 1025},
+    };
+    for (const auto& [text, mostBlocks] : cases) {
+        std::atomic<bool> sends = true;
+        CScriptedPeer peer([&](CPeerConnection& connection) {
+            while (sends && connection.Send(text)) {
+                std::this_thread::yield();
+            }
+        });
+        const int before = sink_.blocks;
+        Pull(peer.Port());
+        int seen = -1;
+        WaitUntil([&] {
+            std::this_thread::sleep_for(std::chrono::milliseconds(100));
+            return std::exchange(seen, sink_.blocks.load()) == seen && seen > before;
+        });
+        EXPECT_LE(seen - before, mostBlocks) << text.substr(0, 40);
+        sends = false;
+        connection_.Close();
+    }
+    EXPECT_EQ(sink_.answers, 0);
+}
+
+}  // namespace
+}  // namespace onvif_client
