@@ -91,21 +91,53 @@ TEST_F(Connections, AClosedPeerIsToldFromASilentOne) {
     WaitUntil([&] { return WIRELINK_Recv_Immediate(handle, &byte, 1, &closed) == 0 && closed; });
 }
 
+/// Keeps whether the last connection that it heard of takes bytes.
+class CRoomObserver final : public CSendableObserver {
+ public:
+    void OnSendable(std::uint32_t, bool ready) override { heard_ = ready ? 1 : 0; }
+    /// What it hears of the wait: 1 there is room, 0 there is none.
+    int Await(std::uint32_t handle, std::uint32_t timeoutMs) {
+        heard_ = -1;
+        EXPECT_TRUE(WIRELINK_AwaitSendable(handle, this, timeoutMs));
+        return Heard();
+    }
+    int Heard() const {
+        WaitUntil([&] { return heard_ >= 0; });
+        return heard_;
+    }
+    void Forget() { heard_ = -1; }
+
+ private:
+    std::atomic<int> heard_ = -1;
+};
+
 TEST_F(Connections, AFullSystemIsToldFromABrokenConnection) {
-    std::atomic<bool> done = false;
-    CScriptedPeer deaf([&](CPeerConnection&) { WaitUntil([&] { return done.load(); }); });
+    constexpr std::uint32_t kLongMs = 60000;
+    std::atomic<bool> reads = false;
+    CScriptedPeer peer([&](CPeerConnection& connection) {
+        WaitUntil([&] { return reads.load(); });
+        connection.WaitForClose();
+    });
     const std::string block(1 << 20, 'x');
-    const std::uint32_t handle = Connect(deaf.Port());
+    CRoomObserver room;
+    const std::uint32_t handle = WIRELINK_AddConnect(0, "127.0.0.1", peer.Port());
+    EXPECT_EQ(room.Await(handle, kLongMs), 1);
     while (WIRELINK_Send(handle, block.data(), static_cast<std::uint32_t>(block.size())) > 0) {
     }
     EXPECT_EQ(WIRELINK_GetLastError(), kWirelinkWouldBlock);
+    EXPECT_EQ(room.Await(handle, 30), 0);
+    room.Forget();
+    EXPECT_TRUE(WIRELINK_AwaitSendable(handle, &room, kLongMs));
+    EXPECT_FALSE(WIRELINK_AwaitSendable(handle, &room, kLongMs)) << "one wait at a time";
+    reads = true;
+    EXPECT_EQ(room.Heard(), 1);
     EXPECT_TRUE(WIRELINK_DelConnect(handle));
+    EXPECT_EQ(room.Await(handle, kLongMs), 0);
     EXPECT_EQ(WIRELINK_Send(handle, "x", 1), -1);
     EXPECT_NE(WIRELINK_GetLastError(), kWirelinkWouldBlock);
     bool broken = false;
     EXPECT_EQ(WIRELINK_Send_Immediate(handle, "x", 1, broken), 0);
     EXPECT_TRUE(broken);
-    done = true;
 }
 
 TEST_F(Connections, DeadHandlesFailQuietly) {
@@ -114,6 +146,7 @@ TEST_F(Connections, DeadHandlesFailQuietly) {
     EXPECT_TRUE(WIRELINK_DestroyHNetCommunication(dead));
     EXPECT_GT(Connect(peer.Port()), dead);
     CKeepingObserver observer;
+    CRoomObserver room;
     for (const std::uint32_t handle : {dead, 0U, 4000000000U}) {
         int result = 7;
         bool flag = false;
@@ -124,6 +157,7 @@ TEST_F(Connections, DeadHandlesFailQuietly) {
         EXPECT_TRUE(flag);
         EXPECT_EQ(WIRELINK_Recv_Immediate(handle, &byte, 1, nullptr), 0);
         EXPECT_FALSE(WIRELINK_RegisterNode(handle, &observer, &observer, 1, 1));
+        EXPECT_FALSE(WIRELINK_AwaitSendable(handle, &room, 0));
         EXPECT_FALSE(WIRELINK_Start(handle));
         EXPECT_FALSE(WIRELINK_Stop(handle));
         EXPECT_FALSE(WIRELINK_UnRegisterNode(handle));
