@@ -142,10 +142,11 @@ std::string DigestRequest(const SnapshotAddress& address, const Credentials& cre
 }  // namespace
 
 SnapshotAddress ParseSnapshotAddress(std::string_view address) {
+    address = TrimAddress(address);
     const HttpAddress parts = SplitAddress(address, Behind(address, "//").value_or(0));
     SnapshotAddress parsed;
-    parsed.host = parts.host;
-    parsed.path = parts.path.empty() ? "/" : parts.path;
+    parsed.host = HeadText(parts.host);
+    parsed.path = parts.path.empty() ? "/" : HeadText(parts.path);
     if (const std::size_t colon = parsed.host.find(':'); colon != std::string::npos) {
         parsed.port = 0;
         std::from_chars(parsed.host.data() + colon + 1, parsed.host.data() + parsed.host.size(),

@@ -14,13 +14,15 @@
 
 namespace onvif_client {
 
+/// Both texts as they go into a request (HeadText).
 struct SnapshotAddress {
     std::string host;  // with the port, if the address has one
     std::string path;  // from "/" on
     std::uint16_t port = 80;
 };
 
-/// Takes "http://host:port/path" apart. A port that is none gives 0.
+/// Takes "http://host:port/path" apart, with or without white space around it. A port that is none
+/// gives 0.
 SnapshotAddress ParseSnapshotAddress(std::string_view address);
 
 enum class AuthorizationScheme { kNone, kBasic, kDigest };

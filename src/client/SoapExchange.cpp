@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "common/HttpAddress.h"
 #include "common/LogText.h"
 #include "common/Status.h"
 
@@ -35,11 +36,11 @@ std::string BuildPost(std::string_view path, std::string_view host, std::string_
     std::string request;
     request.reserve(path.size() + host.size() + body.size() + 192);
     request += "POST /";
-    request += path;
+    request += HeadText(path);
     request +=
         " HTTP/1.1\r\nContent-Type: application/soap+xml; charset=utf-8\r\nUser-Agent: ApiTool\r\n"
         "Host: ";
-    request += host;
+    request += HeadText(host);
     if (body.size() > tabs) {
         request += "\r\nContent-Length: ";
         request += std::to_string(body.size() - tabs);

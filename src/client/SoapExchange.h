@@ -20,7 +20,7 @@ constexpr std::uint32_t kDiscoveryTimeoutMs = 2500;
 constexpr std::string_view kDefaultDevicePath = "onvif/device_service";
 
 /// A request of at most 8191 bytes; what goes beyond is cut, while Content-Length states the whole
-/// body. Tabs are left out of the body.
+/// body. Tabs are left out of the body; path and host are encoded (HeadText).
 std::string BuildPost(std::string_view path, std::string_view host, std::string_view body);
 
 /// Classifies a raw reply by what it contains, not by its HTTP status. An empty reply is logged.

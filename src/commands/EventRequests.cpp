@@ -75,6 +75,7 @@ void AddReferenceParameter(const CommandRequest& request, CAddressedEnvelope& en
 
 /// What follows the host; empty when nothing does.
 std::string PathOfSubscription(std::string_view address) {
+    address = TrimAddress(address);
     const std::size_t hostAt = address.starts_with(kHttpScheme) ? kHttpScheme.size() : 0;
     return std::string(SplitAddress(address, hostAt).PathBehindSlash());
 }

@@ -66,6 +66,7 @@ std::span<const CapabilityCategory> CapabilityCategories() {
 }
 
 std::string PathOfAddress(std::string_view address) {
+    address = TrimAddress(address);
     const auto hostAt = Behind(address, kHttpScheme);
     return std::string(hostAt ? SplitAddress(address, *hostAt).PathBehindSlash() : address);
 }

@@ -75,7 +75,7 @@ TEST(EventRequests, GoToTheSubscriptionsPath) {
         {"http://10.0.0.5:80/onvif/sub?Idx=3", "onvif/sub?Idx=3", "onvif/sub?Idx=3"},
         {"10.0.0.5/onvif/sub", "onvif/sub", "onvif/sub"},
         {"x/http://10.0.0.5/sub", "http://10.0.0.5/sub", "http://10.0.0.5/sub"},
-        {"http://10.0.0.5/", "", "onvif/device_service"},
+        {"\n http://10.0.0.5/", "", "onvif/device_service"},
         {"http://10.0.0.5", "", "onvif/device_service"},
         {"", "", "onvif/device_service"},
     };

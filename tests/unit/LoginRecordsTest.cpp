@@ -21,8 +21,8 @@ TEST(ServiceAddresses, PathsOfAddresses) {
         {"http://192.168.1.10", ""},
         {"http://192.168.1.10/", ""},
         {"https://192.168.1.10/onvif/x", "https://192.168.1.10/onvif/x"},
-        {" http://h/a/b", "a/b"},
-        {"onvif/x", "onvif/x"},
+        {" http://h/a/b\r\n", "a/b"},
+        {"\tonvif/x ", "onvif/x"},
         {"", ""},
     };
     for (const auto& [address, path] : cases) {

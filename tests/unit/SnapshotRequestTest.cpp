@@ -20,6 +20,7 @@ TEST(SnapshotRequest, TakesAddressesApart) {
         {"http://host:99999/x", {"host:99999", "/x", 0}},
         {"http://host:/x", {"host:", "/x", 0}},
         {"", {"", "/", 80}},
+        {"\n http://h\r\nX:81/a b\tc\x7F\r\n", {"h%0D%0AX:81", "/a%20b%09c%7F", 81}},
     };
     for (const auto& each : cases) {
         const SnapshotAddress parsed = ParseSnapshotAddress(each.address);

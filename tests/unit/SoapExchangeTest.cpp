@@ -10,9 +10,9 @@ TEST(BuildPost, WritesTheRequestAsDevicesExpectIt) {
               "POST /onvif/device_service HTTP/1.1\r\n"
               "Content-Type: application/soap+xml; charset=utf-8\r\nUser-Agent: ApiTool\r\n"
               "Host: 10.0.0.5\r\nContent-Length: 11\r\n\r\n<a><b/></a>");
-    EXPECT_EQ(BuildPost("", "10.0.0.5", ""),
-              "POST / HTTP/1.1\r\nContent-Type: application/soap+xml; charset=utf-8\r\n"
-              "User-Agent: ApiTool\r\nHost: 10.0.0.5\r\n\r\n");
+    EXPECT_EQ(BuildPost("a b\r\n\x7F", "h\nX:", ""),
+              "POST /a%20b%0D%0A%7F HTTP/1.1\r\nContent-Type: application/soap+xml; charset=utf-8"
+              "\r\nUser-Agent: ApiTool\r\nHost: h%0AX:\r\n\r\n");
 }
 
 TEST(BuildPost, CutsLongRequestsButStatesTheWholeBody) {
