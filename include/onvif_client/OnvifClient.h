@@ -26,7 +26,8 @@
 /// thread, network traffic included, and is bounded in time: an exchange with a device ends after 8
 /// seconds at the latest (2.5 seconds for the service search of a login). Most commands make one or
 /// two exchanges, some one or two for every profile that they name; a picture is given up after
-/// about ten seconds without data.
+/// about ten seconds without data. Once the exchanges of a login have taken 40 seconds together,
+/// the next one without a reply ends it.
 ///
 /// Errors are return values; no exception leaves the library. Texts are UTF-8 and end in a zero
 /// byte. A null pointer is never dereferenced.

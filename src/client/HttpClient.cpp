@@ -7,6 +7,7 @@
 #include "commands/DeviceRequests.h"
 #include "commands/GetCmd.h"
 #include "common/LogText.h"
+#include "platform/Clock.h"
 #include "platform/Wirelink.h"
 #include "transform/EventResults.h"
 #include "transform/TimeResults.h"
@@ -131,7 +132,20 @@ int CHttpClient::DownloadPicture(const std::string& address, ResponseBuffer& pic
     return status::kSuccess;
 }
 
-Reply CHttpClient::Post(const Target& target, std::string_view body) const {
+Reply CHttpClient::Post(const Target& target, std::string_view body) {
+    if (!patience_) {
+        return PostOnce(target, body);
+    }
+    if (patience_->Lost()) {
+        return {status::kNoReply, {}};
+    }
+    const std::uint32_t began = TickCount();
+    Reply reply = PostOnce(target, body);
+    patience_->Count(TickCount() - began, reply.status != status::kNoReply);
+    return reply;
+}
+
+Reply CHttpClient::PostOnce(const Target& target, std::string_view body) const {
     const std::string request = BuildPost(target.path, ip_, body);
     std::string buffer(target.replyCapacity, '\0');
     WIRELINK_SimpleClientComm(ip_.c_str(), port_, request.data(),
@@ -157,13 +171,13 @@ std::optional<std::string> CHttpClient::Sign(std::string_view envelope) const {
     return document.Document().Print();
 }
 
-Reply CHttpClient::PostSigned(const Target& target, std::string_view envelope) const {
+Reply CHttpClient::PostSigned(const Target& target, std::string_view envelope) {
     const auto body = Sign(envelope);
     return body ? Post(target, *body) : Reply{status::kNotSent, {}};
 }
 
 Reply CHttpClient::PostSignedByDeviceClock(const Target& target, std::string_view envelope,
-                                           const std::string& deviceTime) const {
+                                           const std::string& deviceTime) {
     CXmlTransform document(envelope);
     if (!Authentication_UseIPCTime(credentials_, document, deviceTime)) {
         return {status::kNotSent, {}};
@@ -171,7 +185,7 @@ Reply CHttpClient::PostSignedByDeviceClock(const Target& target, std::string_vie
     return Post(target, document.Document().Print());
 }
 
-int CHttpClient::FetchDeviceClock(std::string_view path, std::string& deviceTimeResult) const {
+int CHttpClient::FetchDeviceClock(std::string_view path, std::string& deviceTimeResult) {
     const Reply reply = Post({path, kOrdinaryReplyCapacity}, BareClockEnvelope());
     if (reply.status == status::kSuccess) {
         TransGetSystemDateAndTimeForAuthentication(reply.soap, deviceTimeResult);

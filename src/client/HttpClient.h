@@ -13,6 +13,7 @@
 #include <string>
 #include <string_view>
 
+#include "client/LoginPatience.h"
 #include "client/SecurityHeader.h"
 #include "client/SoapExchange.h"
 #include "commands/CommandSession.h"
@@ -90,22 +91,25 @@ class CHttpClient final : public ICommandSession {
     };
 
     // HttpClient.cpp: exchanges
-    Reply Post(const Target& target, std::string_view body) const;
+    /// During a login, as long as that has patience.
+    Reply Post(const Target& target, std::string_view body);
+    Reply PostOnce(const Target& target, std::string_view body) const;
     /// The envelope with its security header filled; nothing when that fails.
     std::optional<std::string> Sign(std::string_view envelope) const;
-    Reply PostSigned(const Target& target, std::string_view envelope) const;
+    Reply PostSigned(const Target& target, std::string_view envelope);
     /// @param deviceTime  what FetchDeviceClock gave.
     Reply PostSignedByDeviceClock(const Target& target, std::string_view envelope,
-                                  const std::string& deviceTime) const;
+                                  const std::string& deviceTime);
     /// Asks for the device's clock without a security header.
     /// @param deviceTimeResult  stays as it is when the device does not answer properly.
-    int FetchDeviceClock(std::string_view path, std::string& deviceTimeResult) const;
+    int FetchDeviceClock(std::string_view path, std::string& deviceTimeResult);
     /// The path of a service key. A key that is not in the table gets the device's path and stays.
     std::string ResolvePath(std::string_view serviceKey);
 
     // Login.cpp: the steps of a login
-    int CheckDeviceClock() const;
-    int SetDeviceClock() const;
+    int TakeLoginSteps();
+    int CheckDeviceClock();
+    int SetDeviceClock();
     int GetServersUrl(ServiceTable& services);
     int ReadAllCapabilities(ServiceTable& services);
     int ProbeCapability(const CapabilityCategory& category, ServiceTable& services);
@@ -131,6 +135,7 @@ class CHttpClient final : public ICommandSession {
     std::optional<FocusSpeedRange> focusSpeedRange_;
     EventCapabilities eventCapabilities_;
     bool loggedIn_ = false;
+    std::optional<CLoginPatience> patience_;  // nothing but during the login
 
     CMutex countLock_;  // behind the registry lock
     int referenceCount_ GUARDED_BY(countLock_) = 1;

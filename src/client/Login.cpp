@@ -15,6 +15,16 @@ constexpr std::uint32_t kServicesCapacity = 30720;
 }  // namespace
 
 int CHttpClient::Login() {
+    patience_.emplace();
+    const int ended = TakeLoginSteps();
+    // Some steps go on without a reply.
+    const int outcome = patience_->Lost() ? status::kNoReply : ended;
+    patience_.reset();
+    loggedIn_ = outcome == status::kSuccess;
+    return outcome;
+}
+
+int CHttpClient::TakeLoginSteps() {
     if (const int failed = CheckDeviceClock()) {
         return failed;
     }
@@ -32,11 +42,10 @@ int CHttpClient::Login() {
             return failed;
         }
     }
-    loggedIn_ = profilesStatus == status::kSuccess;
     return profilesStatus;
 }
 
-int CHttpClient::CheckDeviceClock() const {
+int CHttpClient::CheckDeviceClock() {
     std::string deviceTime;
     if (FetchDeviceClock(kDefaultDevicePath, deviceTime) == status::kSuccess) {
         return status::kSuccess;
@@ -47,7 +56,7 @@ int CHttpClient::CheckDeviceClock() const {
     return reply.status == status::kSuccess ? status::kSuccess : status::kNoReply;
 }
 
-int CHttpClient::SetDeviceClock() const {
+int CHttpClient::SetDeviceClock() {
     std::string deviceTime;
     FetchDeviceClock(kDefaultDevicePath, deviceTime);
     // Our time is read last, so that a slow answer does not make it late.

@@ -1,5 +1,11 @@
 #include <gtest/gtest.h>
 
+#include <atomic>
+
+#include "client/HttpClient.h"
+#include "platform/Clock.h"
+#include "platform/Wirelink.h"
+#include "support/ScriptedPeer.h"
 #include "transform/MediaProfile.h"
 #include "transform/ServiceAddresses.h"
 #include "unit/Texts.h"
@@ -130,6 +136,38 @@ TEST(LoginRecords, OptionsKeepTheirDefaultsWhereADeviceSaysNothing) {
                                  "</i:MoveOptions></i:GetMoveOptionsResponse>"),
                         focus);
     EXPECT_EQ(focus.minimum + focus.maximum, "-7.57.5");
+}
+
+struct CSetClock final : IClock {
+    std::uint32_t TickCount() const override { return ticks; }
+    std::int64_t CalendarSeconds() const override { return 0; }
+    void Sleep(std::uint32_t) const override {}
+    std::atomic<std::uint32_t> ticks = 0xFFFFFF00;
+};
+
+TEST(Login, EndsWithoutAReplyOnceItsExchangesHaveTakenFortySeconds) {
+    // An answer to all of the eight. Without a reply to the 2nd, 6th or 8th, a login goes on.
+    const std::string reply = Envelope(
+        "<GetServicesResponse>" + Service("/ver10/media/wsdl", "") + Service("/imaging/wsdl", "") +
+        "</GetServicesResponse><GetProfilesResponse><Profiles token='P'><VideoSourceConfiguration>"
+        "<SourceToken>S</SourceToken></VideoSourceConfiguration></Profiles></GetProfilesResponse>");
+    // How long the first takes, which is silent, the status, how many come.
+    const unsigned int cases[][4] = {{39999, 2, 0, 8}, {40000, 2, 5, 2}, {40000, 6, 5, 6},
+                                     {39999, 8, 0, 8}, {40000, 8, 5, 8}, {90000, 9, 0, 8}};
+    for (const auto& each : cases) {
+        CSetClock clock;
+        const CScopedClock replaced(clock);
+        std::atomic<unsigned int> exchanges = 0;
+        client_test::CScriptedPeer peer([&](client_test::CPeerConnection& connection) {
+            connection.Read(1);
+            clock.ticks += ++exchanges == 1 ? each[0] : 0;
+            connection.Send(exchanges == each[1] ? "" : reply);
+        });
+        WIRELINK_Initial(1, 1, nullptr, 0);
+        EXPECT_EQ(CHttpClient("u", "p", "127.0.0.1", peer.Port()).Login(), each[2]) << each[1];
+        EXPECT_EQ(exchanges, each[3]) << each[0] << " " << each[1];
+        WIRELINK_Quit();
+    }
 }
 
 }  // namespace
