@@ -155,7 +155,13 @@ ONVIF_CLIENT_API bool ONVIF_CLIENT_Logout(unsigned int loginId);
 /// The command snapshotURI gives no document but the picture's bytes, without a zero byte behind
 /// them, and ends the request. It returns true when the picture was asked for; none came when the
 /// response is null or the length 0. A picture that the device cut short is shorter than it should
-/// be, and one longer than the device announced is cut.
+/// be, one longer than the device announced is cut, and one announced with more than 64 MiB is not
+/// taken.
+///
+/// A picture can disclose the password: it is fetched by plain HTTP, and where a device asks for
+/// Basic credentials, user name and password go out in clear. Digest (MD5) is answered in
+/// preference, and once a device has asked for it, Basic is not answered any more in that session:
+/// the picture is missing then.
 ///
 /// @param loginId         A login id.
 /// @param request         The request document. Null counts as empty.

@@ -7,6 +7,7 @@
 #ifndef ONVIF_CLIENT_CLIENT_HTTPCLIENT_H
 #define ONVIF_CLIENT_CLIENT_HTTPCLIENT_H
 
+#include <atomic>
 #include <cstdint>
 #include <memory>
 #include <optional>
@@ -136,6 +137,8 @@ class CHttpClient final : public ICommandSession {
     EventCapabilities eventCapabilities_;
     bool loggedIn_ = false;
     std::optional<CLoginPatience> patience_;  // nothing but during the login
+
+    std::atomic<bool> digestAnswered_ = false;  // for a picture; Basic is not answered any more
 
     CMutex countLock_;  // behind the registry lock
     int referenceCount_ GUARDED_BY(countLock_) = 1;

@@ -1,8 +1,8 @@
 #include "client/SnapshotDownload.h"
 
-#include <climits>
 #include <cstring>
 #include <new>
+#include <utility>
 
 #include "common/HttpHead.h"
 #include "common/LogText.h"
@@ -21,12 +21,17 @@ constexpr std::uint32_t kAttemptMs = 5000;
 constexpr std::size_t kChunk = 8191;
 constexpr std::size_t kLongestHeader = 65536;
 constexpr std::uint64_t kLimitWithoutLength = 1048576;
+constexpr std::uint64_t kLargestPicture = 67108864;
 
 }  // namespace
 
 CSnapshotDownload::CSnapshotDownload(const std::string& ip, const Credentials& credentials,
-                                     std::string_view address)
-    : ip_(ip), credentials_(credentials), address_(ParseSnapshotAddress(address)) {}
+                                     std::string_view address, std::atomic<bool>& digestAnswered)
+    : ip_(ip),
+      credentials_(credentials),
+      address_(ParseSnapshotAddress(address)),
+      digestAnswered_(digestAnswered),
+      request_(BuildSnapshotRequest(address_, credentials, {})) {}
 
 void CSnapshotDownload::Run(ResponseBuffer& picture) {
     for (int attempt = 0; attempt < kAttempts && !final_; ++attempt) {
@@ -35,16 +40,12 @@ void CSnapshotDownload::Run(ResponseBuffer& picture) {
 }
 
 void CSnapshotDownload::Attempt(ResponseBuffer& picture) {
-    const std::string request = BuildSnapshotRequest(address_, credentials_, challenge_);
-    if (request.empty()) {
-        return;
-    }
     const CWirelinkHandle connection(WIRELINK_AddConnect(0, ip_.c_str(), address_.port));
     if (!connection) {
         LogAssert(logpoint::kPictureNotConnected);
     }
     AwaitConnected(connection.Get(), kConnectPolls, kConnectPollMs);
-    if (SendRequest(connection, request)) {
+    if (SendRequest(connection, request_)) {
         Receive(connection, picture);
     }
 }
@@ -94,11 +95,32 @@ bool CSnapshotDownload::AddToHeader(std::string_view bytes, CollectedHead& head,
            AddToPicture(text.substr(size), picture);
 }
 
+void CSnapshotDownload::Answer(const std::vector<HttpChallenge>& challenges) {
+    bool refused = false;
+    for (const HttpChallenge& each : challenges) {
+        const bool digest = each.scheme == AuthorizationScheme::kDigest;
+        refused = !digest && digestAnswered_;
+        std::string request =
+            refused ? std::string() : BuildSnapshotRequest(address_, credentials_, each);
+        if (!request.empty()) {
+            if (digest) {
+                digestAnswered_ = true;
+            }
+            request_ = std::move(request);
+            return;
+        }
+    }
+    final_ = true;
+    LogNormal(loglabel::kHttpClient, "no picture: device %s %s", ip_.c_str(),
+              refused ? "asks for Basic credentials after Digest"
+                      : "asks for credentials with texts that cannot be answered");
+}
+
 bool CSnapshotDownload::ReadHeader(std::string_view header, ResponseBuffer& picture) {
     const SnapshotHeader read = ReadSnapshotHeader(header);
     if (read.unauthorized) {
-        if (read.challenge) {
-            challenge_ = *read.challenge;
+        if (!read.challenges.empty()) {
+            Answer(read.challenges);
         } else {
             LogNormal(logpoint::kUnknownChallenge, "unkown authenticate:%s. \n",
                       address_.host.c_str());
@@ -115,8 +137,7 @@ bool CSnapshotDownload::ReadHeader(std::string_view header, ResponseBuffer& pict
         limit_ = kLimitWithoutLength;
     }
     final_ = true;
-    // The application counts a picture's bytes in an int.
-    if (limit_ <= INT_MAX) {
+    if (limit_ <= kLargestPicture) {
         // NOLINTNEXTLINE(cppcoreguidelines-owning-memory): without memory there is no picture
         picture.data.reset(new (std::nothrow) char[static_cast<std::size_t>(limit_)]);
     }

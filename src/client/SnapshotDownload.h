@@ -3,6 +3,7 @@
 #ifndef ONVIF_CLIENT_CLIENT_SNAPSHOTDOWNLOAD_H
 #define ONVIF_CLIENT_CLIENT_SNAPSHOTDOWNLOAD_H
 
+#include <atomic>
 #include <cstdint>
 #include <string>
 #include <string_view>
@@ -18,13 +19,18 @@ namespace onvif_client {
 /// 0.75 s to connect, 5 s to send and, once nothing more is there to read, 5 s to receive.
 ///
 /// The picture goes into one buffer of exactly its Content-Length (1 MiB when the device does not
-/// state it); what is longer is cut.
+/// state it); what is longer is cut. A length of more than 64 MiB gives no picture.
+///
+/// Digest goes before Basic, which discloses the password: to a device that has asked for Digest
+/// once, Basic is not answered any more. A challenge that is not answered is logged.
 class CSnapshotDownload {
  public:
-    /// @param ip  connected to in place of the address's host, whatever that is. The texts must
-    ///            outlive the download.
+    /// @param ip  connected to in place of the address's host, whatever that is.
+    /// @param digestAnswered  whether the device's session has answered a challenge to Digest; set
+    ///                        by the first download that does, read by all.
+    /// All but the address must outlive the download.
     CSnapshotDownload(const std::string& ip, const Credentials& credentials,
-                      std::string_view address);
+                      std::string_view address, std::atomic<bool>& digestAnswered);
 
     /// @param picture  has no data when nothing came; else its size tells how many bytes did.
     void Run(ResponseBuffer& picture);
@@ -39,6 +45,8 @@ class CSnapshotDownload {
     void Attempt(ResponseBuffer& picture);
     static bool SendRequest(const CWirelinkHandle& connection, std::string_view request);
     void Receive(const CWirelinkHandle& connection, ResponseBuffer& picture);
+    /// Chooses the challenge that the next attempt answers, or makes this attempt the last one.
+    void Answer(const std::vector<HttpChallenge>& challenges);
     /// Looks at the reply once its header is complete.
     /// @return true when a picture follows, and @p picture is ready for it.
     bool ReadHeader(std::string_view header, ResponseBuffer& picture);
@@ -49,9 +57,10 @@ class CSnapshotDownload {
     const std::string& ip_;
     const Credentials& credentials_;
     const SnapshotAddress address_;
-    HttpChallenge challenge_;  // what the device asked for; none at first
+    std::atomic<bool>& digestAnswered_;
+    std::string request_;  // of the next attempt
     std::uint64_t limit_ = 0;
-    bool final_ = false;  // a picture, or what was to be one, has come: no further attempt
+    bool final_ = false;  // no further attempt
 };
 
 }  // namespace onvif_client

@@ -2,8 +2,7 @@
 
 #include <algorithm>
 #include <charconv>
-#include <span>
-#include <vector>
+#include <utility>
 
 #include "common/AsciiText.h"
 #include "common/HttpAddress.h"
@@ -19,9 +18,13 @@ constexpr std::size_t kLongestDigestText = 511;
 constexpr std::string_view kNonceCount = "00000001";
 constexpr std::string_view kQop = "auth";
 
-std::string_view TakeName(std::string_view& text) {
+/// A scheme, or the name of a parameter, with the blanks behind it.
+std::string_view TakeWord(std::string_view& text) {
     text.remove_prefix(std::min(text.find_first_not_of(" \t,"), text.size()));
-    return Trim(TakeUntil(text, "="));
+    const std::string_view word = text.substr(0, text.find_first_of(" \t,="));
+    text.remove_prefix(word.size());
+    text.remove_prefix(std::min(text.find_first_not_of(kHeadBlanks), text.size()));
+    return word;
 }
 
 /// A quoted value keeps its commas; a backslash in it stands for what follows.
@@ -40,58 +43,58 @@ std::string TakeValue(std::string_view& text) {
     return value;
 }
 
-/// The reverse, without the quotes around it.
-std::string Quoted(std::string_view text) {
+/// The reverse, without the quotes around it. Nothing for what no quoted text can hold (RFC 9110):
+/// it could end the line.
+std::optional<std::string> Quoted(std::string_view text) {
     std::string quoted;
     for (const char c : text) {
+        if (IsControl(c) && c != '\t') {
+            return std::nullopt;
+        }
         quoted += c == '"' || c == '\\' ? "\\" : "";
         quoted += c;
     }
     return quoted;
 }
 
-/// @return nothing for a scheme, or an algorithm, that this client does not speak.
-std::optional<HttpChallenge> ReadChallenge(std::string_view field) {
-    const std::string_view scheme = TakeUntil(field, " ");
-    HttpChallenge challenge;
-    if (SameLetters(scheme, "Basic")) {
-        challenge.scheme = AuthorizationScheme::kBasic;
-        return challenge;
+/// @return false for a challenge with an algorithm that this client does not speak.
+bool SetParameter(std::string_view name, const std::string& value, HttpChallenge& challenge) {
+    if (SameLetters(name, "algorithm")) {
+        return SameLetters(value, "MD5");
     }
-    if (!SameLetters(scheme, "Digest")) {
-        return std::nullopt;
-    }
-    challenge.scheme = AuthorizationScheme::kDigest;
     const std::pair<std::string_view, std::string*> parameters[] = {{"realm", &challenge.realm},
                                                                     {"nonce", &challenge.nonce},
                                                                     {"qop", &challenge.qop},
                                                                     {"opaque", &challenge.opaque}};
-    while (!field.empty()) {
-        const std::string_view name = TakeName(field);
-        const std::string value = TakeValue(field);
-        if (SameLetters(name, "algorithm") && !SameLetters(value, "MD5")) {
-            return std::nullopt;
-        }
-        for (const auto& [known, place] : parameters) {
-            if (SameLetters(name, known)) {
-                *place = value;
-            }
+    for (const auto& [known, place] : parameters) {
+        if (SameLetters(name, known)) {
+            *place = value;
         }
     }
-    return challenge;
+    return true;
 }
 
-/// Digest before Basic, else the first that this client speaks.
-std::optional<HttpChallenge> ChooseChallenge(std::span<const std::string> offers) {
-    std::optional<HttpChallenge> chosen;
-    for (const std::string& each : offers) {
-        const auto offered = ReadChallenge(Trim(each));
-        if (offered && (!chosen || (offered->scheme == AuthorizationScheme::kDigest &&
-                                    chosen->scheme != AuthorizationScheme::kDigest))) {
-            chosen = offered;
+/// Adds the challenges of a field that this client speaks. They stand one behind the other, divided
+/// by commas as their parameters are (RFC 9110, 11.6.1): a word without "=" begins the next one.
+void ReadChallenges(std::string_view field, std::vector<HttpChallenge>& challenges) {
+    bool digest = false;  // the parameters are those of the last challenge that was added
+    while (!field.empty()) {
+        const std::string_view word = TakeWord(field);
+        if (!field.starts_with('=')) {
+            digest = SameLetters(word, "Digest");
+            if (digest || SameLetters(word, "Basic")) {
+                challenges.emplace_back().scheme =
+                    digest ? AuthorizationScheme::kDigest : AuthorizationScheme::kBasic;
+            }
+            continue;
+        }
+        field.remove_prefix(1);
+        const std::string value = TakeValue(field);
+        if (digest && !SetParameter(word, value, challenges.back())) {
+            challenges.pop_back();
+            digest = false;
         }
     }
-    return chosen;
 }
 
 /// The MD5 digits of texts joined by colons; nothing for more than a device may have hashed. A cut
@@ -124,18 +127,19 @@ std::string DigestRequest(const SnapshotAddress& address, const Credentials& cre
     const std::string cnonce = MakeNonceText();
     const auto response =
         DigestResponse(credentials, challenge, kQop, cnonce, kNonceCount, address.path);
-    if (!response) {
+    const auto user = Quoted(credentials.user);
+    const auto realm = Quoted(challenge.realm);
+    const auto nonce = Quoted(challenge.nonce);
+    const auto opaque = Quoted(challenge.opaque);
+    if (!response || !user || !realm || !nonce || !opaque) {
         return {};
     }
     std::string request = "GET " + address.path + " HTTP/1.1\r\nAuthorization: Digest username=\"";
-    request.append(Quoted(credentials.user)).append("\",realm=\"").append(Quoted(challenge.realm));
-    request.append("\",nonce=\"")
-        .append(Quoted(challenge.nonce))
-        .append("\",uri=\"")
-        .append(address.path);
+    request.append(*user).append("\",realm=\"").append(*realm);
+    request.append("\",nonce=\"").append(*nonce).append("\",uri=\"").append(address.path);
     request.append("\",algorithm=\"MD5\",cnonce=\"").append(cnonce).append("\",nc=");
     request.append(kNonceCount).append(",qop=\"").append(kQop).append("\",response=\"");
-    request.append(*response).append("\",opaque=\"").append(Quoted(challenge.opaque));
+    request.append(*response).append("\",opaque=\"").append(*opaque);
     return request + "\"\r\nHost: " + address.host + "\r\nConnection: Close\r\n\r\n";
 }
 
@@ -177,7 +181,12 @@ SnapshotHeader ReadSnapshotHeader(std::string_view header) {
             offering = false;
         }
     }
-    read.challenge = ChooseChallenge(offers);
+    for (const std::string& offer : offers) {
+        ReadChallenges(offer, read.challenges);
+    }
+    std::stable_partition(
+        read.challenges.begin(), read.challenges.end(),
+        [](const HttpChallenge& each) { return each.scheme == AuthorizationScheme::kDigest; });
     return read;
 }
 

@@ -9,6 +9,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "client/SecurityHeader.h"
 
@@ -41,14 +42,15 @@ struct HttpChallenge {
 struct SnapshotHeader {
     bool unauthorized = false;
     bool notFound = false;
-    /// With unauthorized: nothing when the scheme is neither Basic nor Digest.
-    std::optional<HttpChallenge> challenge;
+    /// With unauthorized: the challenges that this client speaks, those to Digest (MD5) before
+    /// those to Basic, else in the device's order.
+    std::vector<HttpChallenge> challenges;
     /// 0 when the header does not say.
     std::uint64_t contentLength = 0;
 };
 
-/// @param header  the text up to the empty line. Field names compare without case; a challenge may
-///                be folded over several lines.
+/// @param header  the text up to the empty line. Field names compare without case; a field may
+///                hold several challenges, and be folded over several lines.
 SnapshotHeader ReadSnapshotHeader(std::string_view header);
 
 /// The response of a Digest authentication for GET: 32 hexadecimal digits. Nothing when a text to
@@ -58,7 +60,8 @@ std::optional<std::string> DigestResponse(const Credentials& credentials,
                                           std::string_view cnonce, std::string_view nc,
                                           std::string_view path);
 
-/// The request, of at most 8191 bytes. Empty for a challenge that cannot be answered.
+/// The request, of at most 8191 bytes. Empty for a challenge that cannot be answered: its texts, or
+/// the user name, are too long for the digest or hold control characters.
 std::string BuildSnapshotRequest(const SnapshotAddress& address, const Credentials& credentials,
                                  const HttpChallenge& challenge);
 

@@ -38,7 +38,7 @@ inline constexpr LogPoint kPictureNotConnected = {loglabel::kHttpClient, 1295};
 inline constexpr LogPoint kUnknownChallenge = {loglabel::kHttpClient, 1432};
 /// A picture's reply does not say how long it is; 1 MiB is taken as the limit.
 inline constexpr LogPoint kNoPictureLength = {loglabel::kHttpClient, 1457};
-/// There is no memory for a picture of the length that the device states.
+/// A picture of the length that the device states is too large, or there is no memory for it.
 inline constexpr LogPoint kNoPictureMemory = {loglabel::kHttpClient, 1473};
 /// A picture is longer than the device said, and is cut.
 inline constexpr LogPoint kPictureTooLong = {loglabel::kHttpClient, 1523};

@@ -19,6 +19,12 @@ void LogNormal(const LogPoint& point, const char* format, Arguments... arguments
     COREKIT_NormalOutput(text, point.label, point.line);
 }
 
+/// The same at a place without a number, whose text tells it apart.
+template <typename... Arguments>
+void LogNormal(const char* label, const char* format, Arguments... arguments) {
+    LogNormal(LogPoint{label, 0}, format, arguments...);
+}
+
 /// A broken invariant or a failure; the program goes on.
 inline void LogAssert(const LogPoint& point) {
     COREKIT_AbnormalOutput("ASSERT", point.label, point.line);

@@ -32,8 +32,8 @@ struct CapabilityCategory {
 std::span<const CapabilityCategory> CapabilityCategories();
 
 /// The path of an address: what follows the first "/" behind "http://host". An address without
-/// "http://" is taken whole; one without a path gives the empty path. White space around the address
-/// does not count.
+/// "http://" is taken whole; one without a path gives the empty path. White space around the
+/// address does not count.
 std::string PathOfAddress(std::string_view address);
 
 /// Adds the services that a reply to GetServices lists. A namespace that is none we know is logged

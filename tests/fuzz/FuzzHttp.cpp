@@ -34,14 +34,16 @@ void ReadAddress(std::string_view text, std::size_t pieceSize) {
 }
 
 void AnswerChallenge(std::string_view text, std::size_t) {
-    const SnapshotHeader header = ReadSnapshotHeader(text);
-    BuildSnapshotRequest({"h", "/p"}, kCredentials, header.challenge.value_or(HttpChallenge{}));
+    for (const HttpChallenge& each : ReadSnapshotHeader(text).challenges) {
+        BuildSnapshotRequest({"h", "/p"}, kCredentials, each);
+    }
 }
 
 std::string Download(std::string_view reply, std::size_t pieceSize) {
     SetPeer(reply, pieceSize);
     ResponseBuffer picture;
-    CSnapshotDownload("127.0.0.1", kCredentials, "http://127.0.0.1/picture").Run(picture);
+    std::atomic<bool> digest = false;
+    CSnapshotDownload("127.0.0.1", kCredentials, "http://127.0.0.1/picture", digest).Run(picture);
     Expect(picture.data != nullptr || picture.size == 0);
     return {picture.data.get(), static_cast<std::size_t>(picture.size)};
 }

@@ -2,11 +2,12 @@
 
 #include <atomic>
 #include <chrono>
+#include <cstdlib>
 #include <mutex>
 #include <thread>
 #include <vector>
 
-#include "client/SnapshotDownload.h"
+#include "client/HttpClient.h"
 #include "platform/Clock.h"
 #include "platform/Wirelink.h"
 #include "support/ScriptedPeer.h"
@@ -17,21 +18,19 @@ namespace {
 using client_test::CPeerConnection;
 using client_test::CScriptedPeer;
 
-/// Time that passes by sleeping only, and only where it is to: waits of seconds take milliseconds,
-/// and no device is late.
+/// Time that passes where it is to, by sleeping only: waits of seconds take milliseconds.
 class CSleptClock final : public IClock {
  public:
     std::uint32_t TickCount() const override { return slept_; }
     std::int64_t CalendarSeconds() const override { return 0; }
     void Sleep(std::uint32_t milliseconds) const override {
-        slept_ += passes_ ? milliseconds : 0;
+        slept_ += passes ? milliseconds : 0;
         std::this_thread::sleep_for(std::chrono::milliseconds(2));
     }
     std::uint32_t Slept() const { return slept_; }
-    void LetPass() { passes_ = true; }
+    bool passes = false;
 
  private:
-    bool passes_ = false;
     mutable std::atomic<std::uint32_t> slept_ = 0;
 };
 
@@ -40,6 +39,9 @@ struct Answer {
     std::vector<std::string> pieces;
     bool closes = true;
 };
+
+[[maybe_unused]] const bool kLogIsOrdinary =
+    unsetenv("ONVIF_CLIENT_LOG") == 0 && unsetenv("ONVIF_CLIENT_LOG_FILE") == 0;
 
 const std::string kOk = "HTTP/1.1 200 OK\r\nContent-Length: ";
 const std::string kUnauthorized = "HTTP/1.1 401 Unauthorized\r\nWWW-Authenticate: ";
@@ -70,12 +72,9 @@ class SnapshotDownload : public testing::Test {
     }
 
     std::string FetchFrom(std::uint16_t port) {
-        const std::string ip = "127.0.0.1";
-        const Credentials credentials{"user", "pass"};
         ResponseBuffer picture;
-        CSnapshotDownload(ip, credentials,
-                          "http://elsewhere.invalid:" + std::to_string(port) + "/p")
-            .Run(picture);
+        session_.DownloadPicture("http://elsewhere.invalid:" + std::to_string(port) + "/p",
+                                 picture);
         return picture.data == nullptr
                    ? "(none)"
                    : std::string(picture.data.get(), static_cast<std::size_t>(picture.size));
@@ -91,6 +90,7 @@ class SnapshotDownload : public testing::Test {
     static constexpr std::size_t kShortestRequest = 60;
     CSleptClock clock_;
     const CScopedClock replaced_{clock_};
+    CHttpClient session_{"user", "pass", "127.0.0.1", 80};
     std::mutex lock_;  // guards requests_ while a peer lives: each connection has its thread
     std::vector<std::string> requests_;  // of one connection after the other
 };
@@ -121,19 +121,20 @@ TEST_F(SnapshotDownload, GivesWhatTheDeviceSends) {
          std::string(1048576, 'x'),
          1},
         {{{{kOk + "20000000\r\n\r\n", large}, false}}, large, 1},
-        {{{{kOk + "99999999999\r\n\r\nx"}}}, "(none)", 1},  // more than can be had
+        {{{{kOk + "67108864\r\n\r\nx"}}}, "x", 1},
+        {{{{kOk + "67108865\r\n\r\nx"}}}, "(none)", 1},  // more than is taken
         {{{{"HTTP/1.1 404 Not Found\r\n\r\n"}}, {{header + "pict"}}}, "pict", 2},
         {{{{kUnauthorized + "Bearer x\r\n\r\n"}}, {{header + "pict"}}}, "pict", 2},
         {{{{}}, {{header + "pict"}}}, "pict", 2},  // closes without a word
         {{{{"HTTP/1.1 200 OK\r\n" + std::string(70000, 'h')}, false}, {{header + "pict"}}},
          "pict",
          2},
+        {{{{kUnauthorized + "Basic\r\n\r\n"}}, {{kUnauthorized + "Basic\r\n\r\n"}}}, "(none)", 2},
         {{{{kUnauthorized + "Digest realm=\"r\", nonce=\"1\"\r\n\r\n"}},
           {{kUnauthorized + "Digest realm=\"r\", nonce=\"2\", stale=true\r\n\r\n"}},
           {{header + "pict"}}},
          "(none)",
          2},
-        {{{{kUnauthorized + "Basic\r\n\r\n"}}, {{kUnauthorized + "Basic\r\n\r\n"}}}, "(none)", 2},
     };
     for (const auto& each : cases) {
         const std::string picture = Fetch(each.answers);
@@ -144,26 +145,45 @@ TEST_F(SnapshotDownload, GivesWhatTheDeviceSends) {
     }
 }
 
-TEST_F(SnapshotDownload, AnswersTheChallengeThatItGets) {
-    const std::string digest = "Digest realm=\"r\", nonce=\"n\"\r\n\r\n";
+TEST_F(SnapshotDownload, AnswersDigestWhereItCanAndBasicUntilThen) {
+    const std::string tooLong = "Digest nonce=n, realm=" + std::string(512, 'r');
+    const std::string digest = "Digest realm=\"r\", nonce=\"n\"";
+    const std::string basicAnswer = "Basic dXNlcjpwYXNz\r\n";
+    const std::string digestAnswer = "Digest username=\"user\",realm=\"r\",nonce=\"n\",uri=\"/p\"";
+    const std::string strange = "credentials with texts that cannot be answered";
     const struct {
         std::string challenge;
-        const char* expected;
+        std::string answer;
+        std::string refusal;
     } cases[] = {
-        {"Basic realm=\"r\"\r\n\r\n", "Authorization: Basic dXNlcjpwYXNz\r\n"},
-        {digest, "Authorization: Digest username=\"user\",realm=\"r\",nonce=\"n\",uri=\"/p\""},
+        // One session, in this order.
+        {"Basic realm=\"r\"", basicAnswer, ""},
+        {tooLong + ", Basic realm=\"r\"", basicAnswer, ""},
+        {tooLong, "", strange},
+        {"Digest nonce=n, realm=\"r\n\"", "", strange},
+        {"Digest nonce=\"n\r\", realm=r", "", strange},
+        {digest + ", opaque=" + '\0', "", strange},
+        {tooLong + "\r\nWWW-Authenticate: Basic realm=\"r\", " + digest, digestAnswer, ""},
+        {tooLong + ", Basic realm=\"r\"", "", "Basic credentials after Digest"},
     };
     for (const auto& each : cases) {
-        EXPECT_EQ(Fetch({{{kUnauthorized + each.challenge}}, {{kOk + "1\r\n\r\nx"}}}), "x");
-        ASSERT_EQ(requests_.size(), 2U);
+        const bool answered = each.refusal.empty();
+        const std::string line = "info HttpClient no picture: device 127.0.0.1 asks for ";
+        testing::internal::CaptureStderr();
+        EXPECT_EQ(Fetch({{{kUnauthorized + each.challenge + "\r\n\r\n"}}, {{kOk + "1\r\n\r\nx"}}}),
+                  answered ? "x" : "(none)");
+        const std::string log = testing::internal::GetCapturedStderr();
+        EXPECT_EQ(log.substr(std::min(log.find("info"), log.size())),
+                  answered ? "" : line + each.refusal + "\n");
+        ASSERT_EQ(requests_.size(), answered ? 2U : 1U) << each.challenge;
         EXPECT_EQ(requests_[0].find("Authorization"), std::string::npos);
         EXPECT_NE(requests_[0].find("\r\nHost: elsewhere.invalid:"), std::string::npos);
-        EXPECT_NE(requests_[1].find(each.expected), std::string::npos) << requests_[1];
+        EXPECT_NE(requests_.back().find(each.answer), std::string::npos) << requests_.back();
     }
 }
 
 TEST_F(SnapshotDownload, EndsWithoutADevice) {
-    clock_.LetPass();
+    clock_.passes = true;
     EXPECT_EQ(Fetch({{{}, false}, {{}, false}}), "(none)");  // silent
     EXPECT_GT(clock_.Slept(), 10000U);
     EXPECT_LT(clock_.Slept(), 12000U);

@@ -58,6 +58,10 @@ TEST(SnapshotRequest, ReadsWhatAHeaderSays) {
          "nonce=\"n\",\r\n "
          "qop=auth\r\nWWW-Authenticate: Digest nonce=\"2\"\r\n Content-Length: 5\r\n opaque=\"x\"",
          kDigest, "a b: c", "n", "auth", "", 5},
+        {"HTTP/1.1 401 Unauthorized\r\nWWW-Authenticate: Basic realm=\"x\" , Digest realm=y, "
+         "nonce=1,"
+         " algorithm=SHA-256, Negotiate aa==,, digest nonce=\"2\" , realm=\"z, Basic\", Basic",
+         kDigest, "z, Basic", "2", "", "", 0},
         {"HTTP/1.1 401 Unauthorized\r\nWWW-Authenticate: Basic", kBasic, "", "", "", "", 0},
         {"HTTP/1.1 401 Unauthorized\r\nWWW-Authenticate: Bearer realm=\"x\"", kNone, "", "", "", "",
          0},
@@ -71,9 +75,9 @@ TEST(SnapshotRequest, ReadsWhatAHeaderSays) {
     };
     for (const auto& each : cases) {
         const SnapshotHeader read = ReadSnapshotHeader(each.header);
-        const HttpChallenge challenge = read.challenge.value_or(HttpChallenge{});
+        const HttpChallenge challenge =
+            read.challenges.empty() ? HttpChallenge{} : read.challenges.front();
         EXPECT_EQ(read.unauthorized, std::string(each.header).substr(9, 3) == "401") << each.header;
-        EXPECT_EQ(read.challenge.has_value(), each.scheme != kNone) << each.header;
         EXPECT_EQ(challenge.scheme, each.scheme) << each.header;
         EXPECT_EQ(challenge.realm, each.realm) << each.header;
         EXPECT_EQ(challenge.nonce, each.nonce) << each.header;
@@ -127,6 +131,7 @@ TEST(SnapshotRequest, IsWrittenForEachScheme) {
         EXPECT_EQ(BuildSnapshotRequest(address, credentials, longOne).empty(), size == 512) << size;
     }
 
+    EXPECT_EQ(BuildSnapshotRequest(address, {"a\x1F", "p"}, challenge), "");
     const SnapshotAddress endless = {"h", "/" + std::string(20000, 'x'), 80};
     EXPECT_EQ(BuildSnapshotRequest(endless, credentials, {}).size(), 8191U);
 }
