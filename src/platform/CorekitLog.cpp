@@ -3,12 +3,13 @@
 #include <spdlog/sinks/stdout_sinks.h>
 #include <spdlog/spdlog.h>
 
-#include <cstdlib>
 #include <memory>
+#include <string>
 #include <string_view>
 #include <utility>
 
 #include "platform/Corekit.h"
+#include "platform/Environment.h"
 #include "platform/Immortal.h"
 
 namespace onvif_client {
@@ -19,8 +20,7 @@ constexpr std::size_t kLargestFile = std::size_t{5} << 20U;  // 5 MiB
 constexpr std::size_t kOldFiles = 3;
 
 spdlog::level::level_enum LevelFromEnvironment() {
-    const char* value = std::getenv("ONVIF_CLIENT_LOG");
-    const std::string_view level = value == nullptr ? "info" : value;
+    const std::string level = EnvironmentText("ONVIF_CLIENT_LOG", "info");
     if (level == "off") {
         return spdlog::level::off;
     }
@@ -28,7 +28,7 @@ spdlog::level::level_enum LevelFromEnvironment() {
 }
 
 spdlog::sink_ptr MakeSink() {
-    if (const char* file = std::getenv("ONVIF_CLIENT_LOG_FILE")) {
+    if (const std::string file = EnvironmentText("ONVIF_CLIENT_LOG_FILE", ""); !file.empty()) {
         try {
             return std::make_shared<spdlog::sinks::rotating_file_sink_mt>(file, kLargestFile,
                                                                           kOldFiles);

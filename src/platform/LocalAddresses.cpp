@@ -5,8 +5,9 @@
 #include <net/if.h>
 #include <netinet/in.h>
 
-#include <cstdlib>
 #include <memory>
+
+#include "platform/Environment.h"
 
 namespace onvif_client {
 
@@ -32,8 +33,7 @@ std::vector<std::string> LocalIpv4Addresses() {
 }
 
 std::string ListenAddress() {
-    const char* chosen = std::getenv("ONVIF_CLIENT_LISTEN_ADDRESS");
-    return chosen == nullptr ? "0.0.0.0" : chosen;
+    return EnvironmentText("ONVIF_CLIENT_LISTEN_ADDRESS", "0.0.0.0");
 }
 
 std::vector<std::string> ReachableAddresses() {
