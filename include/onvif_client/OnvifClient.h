@@ -40,7 +40,8 @@
 /// Diagnostics: the library logs to standard error. The environment variable ONVIF_CLIENT_LOG
 /// chooses what ("off", "error", "info"; "info" when it is not set), ONVIF_CLIENT_LOG_FILE names a
 /// file to use instead (rotated at 5 MiB, three old ones are kept). Some traces go to standard
-/// output.
+/// output, or where ONVIF_CLIENT_TRACE says ("stdout", "stderr", "log", "off"). Neither waits for a
+/// reader: what cannot be written at once is dropped and counted.
 #ifndef ONVIF_CLIENT_ONVIF_CLIENT_H
 #define ONVIF_CLIENT_ONVIF_CLIENT_H
 
@@ -205,7 +206,7 @@ ONVIF_CLIENT_API bool ONVIF_CLIENT_AddAlarmStateObserver(unsigned int loginId,
 /// Remove the alarm observer of a device. It is not called any more once this has returned: a
 /// callback of the same login id that runs on the library's thread is waited for, so do not hold a
 /// lock here that the callback takes. An id without an observer is ignored. A line with the time
-/// that it took goes to standard output.
+/// that it took goes to the traces.
 ONVIF_CLIENT_API void ONVIF_CLIENT_DelAlarmStateObserver(unsigned int loginId);
 
 /// Device discovery is not part of this library; its functions stand here for applications that

@@ -32,6 +32,7 @@ std::string TextOf(const char* text) {
 
 bool ONVIF_CLIENT_Initial() {
     return Guarded(true, [] {
+        onvif_client::COREKIT_BeginTraces();
         onvif_client::WIRELINK_Initial(1, 1, nullptr, 8989);
         SessionRegistry();
         EventController().Start();

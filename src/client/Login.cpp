@@ -1,10 +1,9 @@
-#include <cstdio>
-
 #include "client/HttpClient.h"
 #include "commands/DeviceRequests.h"
 #include "commands/Sender.h"
 #include "commands/ServiceRequests.h"
 #include "common/LogPoints.h"
+#include "common/TraceText.h"
 
 namespace onvif_client {
 
@@ -71,8 +70,8 @@ int CHttpClient::SetDeviceClock() {
 int CHttpClient::DiscoverServices() {
     ServiceTable services;
     const int listed = GetServersUrl(services);
-    std::printf("%s,%s:%d ---------------\n", tracepoint::kServicesRead.label,
-                tracepoint::kServicesRead.function, tracepoint::kServicesRead.line);
+    Trace("%s,%s:%d ---------------\n", tracepoint::kServicesRead.label,
+          tracepoint::kServicesRead.function, tracepoint::kServicesRead.line);
     if (listed == status::kNoReply) {
         return listed;
     }
@@ -96,8 +95,8 @@ int CHttpClient::GetServersUrl(ServiceTable& services) {
         hasMedia2_ = media2;
     }
     const TracePoint& trace = media2 ? tracepoint::kMedia2 : tracepoint::kNoMedia2;
-    std::printf("\n\n%s,%s:%d , is  %s. \n", trace.label, trace.function, trace.line,
-                media2 ? "h265" : "h264");
+    Trace("\n\n%s,%s:%d , is  %s. \n", trace.label, trace.function, trace.line,
+          media2 ? "h265" : "h264");
     return reply.status;
 }
 

@@ -1,8 +1,7 @@
 #include "client/SecurityHeader.h"
 
-#include <cstdio>
-
 #include "common/LogPoints.h"
+#include "common/TraceText.h"
 #include "platform/Clock.h"
 #include "platform/Digests.h"
 #include "platform/Mutex.h"
@@ -79,8 +78,8 @@ bool Authentication_UseIPCTime(const Credentials& credentials, CXmlTransform& en
         return true;
     }
     const std::string created = CreatedFromDeviceTime(deviceTimeResult);
-    std::printf("%s,%s:%d, xml:%s.\n", tracepoint::kDeviceClock.label,
-                tracepoint::kDeviceClock.function, tracepoint::kDeviceClock.line, created.c_str());
+    Trace("%s,%s:%d, xml:%s.\n", tracepoint::kDeviceClock.label, tracepoint::kDeviceClock.function,
+          tracepoint::kDeviceClock.line, created.c_str());
     return FillToken(credentials, envelope, created);
 }
 

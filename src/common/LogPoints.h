@@ -55,7 +55,7 @@ inline constexpr LogPoint kEventThreadEnded = {loglabel::kOnvifEvent, 307};
 
 }  // namespace logpoint
 
-/// A place that writes to standard output, as "label,function:line".
+/// A place that writes a trace, as "label,function:line".
 struct TracePoint {
     const char* label;
     const char* function;

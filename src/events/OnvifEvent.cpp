@@ -1,11 +1,11 @@
 #include "events/OnvifEvent.h"
 
 #include <algorithm>
-#include <cstdio>
 #include <utility>
 
 #include "common/GbkTexts.h"
 #include "common/LogPoints.h"
+#include "common/TraceText.h"
 #include "events/CallbackAddress.h"
 #include "events/DeviceExchanges.h"
 #include "events/DeviceTasks.h"
@@ -139,7 +139,7 @@ void COnvifEventCtrol::Replace(std::uint32_t loginId, const CDeviceTable::Record
     if (const auto visited = devices_.Visited(loginId); visited != record) {
         Remove(visited);
     }
-    std::printf("#####################delete ipc  %u \r\n", TickCount() - started);
+    Trace("#####################delete ipc  %u \r\n", TickCount() - started);
 }
 
 std::string COnvifEventCtrol::NextCallbackAddress(const std::string& deviceAddress) {

@@ -39,9 +39,8 @@ void AddFormatOption(CLI::App* command, CommandLine& line);
 /// A device to talk to and a place for what it says.
 struct Session {
     explicit Session(const ConnectionOptions& options)
-        : output(options.verbose), library(options.verbose), connection(options) {}
-
-    const CDataOutput output;  // before the first call to the library
+        : library(options.verbose), connection(options) {}
+    const CDataOutput output{};
     const CStartedLibrary library;
     const CConnection connection;
 };

@@ -81,6 +81,8 @@ std::string PasswordFor(const ConnectionOptions& options) {
 }
 
 CStartedLibrary::CStartedLibrary(bool verbose) {
+    // Standard output is for data.
+    setenv("ONVIF_CLIENT_TRACE", verbose ? "stderr" : "off", 0);
     if (!verbose) {
         setenv("ONVIF_CLIENT_LOG", "error", 0);
     }

@@ -1,13 +1,11 @@
 #include "StandardStreams.h"
 
-#include <fcntl.h>
 #include <sys/ioctl.h>
 #include <termios.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <csignal>
-#include <cstdio>
 #include <iostream>
 
 #include "ExitCode.h"
@@ -27,24 +25,9 @@ void ShowAgainAndEnd(int signal) {
 
 }  // namespace
 
-CDataOutput::CDataOutput(bool verbose) : descriptor_(dup(STDOUT_FILENO)) {
-    std::fflush(stdout);
-    const int elsewhere = verbose ? dup(STDERR_FILENO) : open("/dev/null", O_WRONLY | O_CLOEXEC);
-    if (elsewhere >= 0) {
-        dup2(elsewhere, STDOUT_FILENO);
-        close(elsewhere);
-    }
-}
-
-CDataOutput::~CDataOutput() {
-    if (descriptor_ >= 0) {
-        close(descriptor_);
-    }
-}
-
 void CDataOutput::Write(std::string_view text) const {
     while (!text.empty()) {
-        const ssize_t written = write(descriptor_, text.data(), text.size());
+        const ssize_t written = write(STDOUT_FILENO, text.data(), text.size());
         if (written >= 0) {
             text.remove_prefix(static_cast<std::size_t>(written));
         } else if (errno != EINTR) {
@@ -55,7 +38,7 @@ void CDataOutput::Write(std::string_view text) const {
 
 std::optional<TerminalSize> CDataOutput::Terminal() const {
     winsize size = {};
-    if (ioctl(descriptor_, TIOCGWINSZ, &size) != 0 || size.ws_row == 0 || size.ws_col == 0) {
+    if (ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) != 0 || size.ws_row == 0 || size.ws_col == 0) {
         return std::nullopt;
     }
     return TerminalSize{size.ws_row, size.ws_col};

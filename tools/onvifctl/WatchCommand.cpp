@@ -87,7 +87,7 @@ ExitCode Watch(ConnectionOptions options, const WatchArguments& arguments) {
 
     // A log on the same terminal would tear a table apart.
     const WatchFormat unlessJson = options.verbose ? WatchFormat::kLines : WatchFormat::kLive;
-    const CDataOutput output(options.verbose);
+    const CDataOutput output{};
     CInterruption interruption;
     const auto display =
         MakeWatchDisplay(arguments.json ? WatchFormat::kJson : unlessJson, output, cameras);
