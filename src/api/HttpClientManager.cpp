@@ -18,9 +18,9 @@ std::uint32_t CHttpClientManager::Login(std::uint32_t loginId, const char* ip, s
     auto session = std::make_unique<CHttpClient>(user, password, ip, port);
     const std::uint32_t started = TickCount();
     errorCode = static_cast<std::uint32_t>(session->Login());
-    LogNormal(logpoint::kLoginEnded,
-              "####################################login process takes %d !!!!\r\n",
-              static_cast<int>(TickCount() - started));
+    LogNormalOf(DeviceName(ip, port), logpoint::kLoginEnded,
+                "####################################login process takes %d !!!!\r\n",
+                static_cast<int>(TickCount() - started));
     if (errorCode != 0) {
         return kNoLoginId;
     }

@@ -65,7 +65,7 @@ int CHttpClient::AddReference() {
 int CHttpClient::ReleaseReference() {
     const CLockGuard guard(countLock_);
     if (referenceCount_ <= 0) {
-        LogAssert(logpoint::kOverReleased);
+        LogAssert(logpoint::kOverReleased, DeviceName(ip_, port_));
     }
     return --referenceCount_;
 }

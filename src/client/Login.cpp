@@ -2,7 +2,7 @@
 #include "commands/DeviceRequests.h"
 #include "commands/Sender.h"
 #include "commands/ServiceRequests.h"
-#include "common/LogPoints.h"
+#include "common/LogText.h"
 #include "common/TraceText.h"
 
 namespace onvif_client {
@@ -87,7 +87,10 @@ int CHttpClient::GetServersUrl(ServiceTable& services) {
     const Reply reply = PostSigned({kDefaultDevicePath, kServicesCapacity, kDiscoveryTimeoutMs},
                                    GetServicesEnvelope());
     if (reply.status == status::kSuccess) {
-        ReadServices(reply.soap, services);
+        for (int unknown = ReadServices(reply.soap, services); unknown > 0; --unknown) {
+            LogNormalOf(DeviceName(ip_, port_), logpoint::kUnknownService, "%s",
+                        "Warning, unknowed service address!!");
+        }
     }
     const bool media2 = services.contains("media2");
     {

@@ -42,7 +42,7 @@ void CSnapshotDownload::Run(ResponseBuffer& picture) {
 void CSnapshotDownload::Attempt(ResponseBuffer& picture) {
     const CWirelinkHandle connection(WIRELINK_AddConnect(0, ip_.c_str(), address_.port));
     if (!connection) {
-        LogAssert(logpoint::kPictureNotConnected);
+        LogAssert(logpoint::kPictureNotConnected, DeviceName(ip_, address_.port));
     }
     AwaitConnected(connection.Get(), kConnectPolls, kConnectPollMs);
     if (SendRequest(connection, request_)) {
@@ -122,8 +122,9 @@ bool CSnapshotDownload::ReadHeader(std::string_view header, ResponseBuffer& pict
         if (!read.challenges.empty()) {
             Answer(read.challenges);
         } else {
-            LogNormal(logpoint::kUnknownChallenge, "unkown authenticate:%s. \n",
-                      address_.host.c_str());
+            // The text's host is the one that the device has named.
+            LogNormalOf(DeviceName(ip_, address_.port), logpoint::kUnknownChallenge,
+                        "unkown authenticate:%s. \n", address_.host.c_str());
         }
         return false;
     }
@@ -142,7 +143,7 @@ bool CSnapshotDownload::ReadHeader(std::string_view header, ResponseBuffer& pict
         picture.data.reset(new (std::nothrow) char[static_cast<std::size_t>(limit_)]);
     }
     if (picture.data == nullptr) {
-        LogAssert(logpoint::kNoPictureMemory);
+        LogAssert(logpoint::kNoPictureMemory, DeviceName(ip_, address_.port));
         return false;
     }
     return true;

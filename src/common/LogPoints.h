@@ -55,6 +55,23 @@ inline constexpr LogPoint kEventThreadEnded = {loglabel::kOnvifEvent, 307};
 
 }  // namespace logpoint
 
+/// What changes with a device, told once per change behind the device's address.
+struct DeviceNews {
+    const char* label;
+    const char* text;
+};
+
+namespace logpoint {
+
+inline constexpr DeviceNews kSubscriptionLost = {loglabel::kOnvifEvent, "the subscription is lost"};
+inline constexpr DeviceNews kSubscriptionRegained = {loglabel::kOnvifEvent,
+                                                     "the subscription stands again"};
+/// The device answers pulls at once and without messages: there are pauses between them now.
+inline constexpr DeviceNews kPullsPaced = {loglabel::kOnvifEvent, "pulls are paced"};
+inline constexpr DeviceNews kPullsAtOnce = {loglabel::kOnvifEvent, "pulls go on at once"};
+
+}  // namespace logpoint
+
 /// A place that writes a trace, as "label,function:line".
 struct TracePoint {
     const char* label;

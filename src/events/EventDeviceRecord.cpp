@@ -7,21 +7,12 @@
 
 namespace onvif_client {
 
-namespace {
-
-constexpr const char* kLost = "there is no subscription";
-constexpr const char* kRegained = "there is a subscription again";
-constexpr const char* kPaced = "pulls bring nothing: they wait from now on";
-constexpr const char* kNotPaced = "pulls follow at once again";
-
-}  // namespace
-
 EventDeviceRecord::EventDeviceRecord(ISessionSource& sessions, std::uint32_t loginId,
                                      CONVIFAlarmStateObserver* observer,
-                                     std::string callbackAddress, std::string deviceAddress)
-    : loginId_(loginId),
+                                     std::string callbackAddress)
+    : sessions_(sessions),
+      loginId_(loginId),
       callbackAddress_(std::move(callbackAddress)),
-      deviceAddress_(std::move(deviceAddress)),
       states_(loginId, observer),
       flow_(TickCount()),
       parser_(*this, sessions, loginId),
@@ -51,7 +42,7 @@ void EventDeviceRecord::OnPullAnswer(const PullAnswer& answer) {
         subscription_.SetAnswers(true);
     }
     if (paces != paced) {
-        Log(paces ? kPaced : kNotPaced);
+        Log(paces ? logpoint::kPullsPaced : logpoint::kPullsAtOnce);
     }
 }
 
@@ -138,10 +129,10 @@ void EventDeviceRecord::EndSubscribing(const std::optional<SubscriptionAnswer>& 
         }
     }
     if (lost || regained) {
-        Log(lost ? kLost : kRegained);
+        Log(lost ? logpoint::kSubscriptionLost : logpoint::kSubscriptionRegained);
     }
     if (paced) {
-        Log(kNotPaced);
+        Log(logpoint::kPullsAtOnce);
     }
 }
 
@@ -168,9 +159,11 @@ void EventDeviceRecord::BeginPull(PullRequest request) {
     }
 }
 
-void EventDeviceRecord::Log(const char* what) const {
-    constexpr LogPoint kWithoutNumber = {loglabel::kOnvifEvent, 0};
-    LogNormal(kWithoutNumber, "%s: %s", deviceAddress_.c_str(), what);
+void EventDeviceRecord::Log(const DeviceNews& news) const {
+    const CSessionReference reference(sessions_, loginId_);
+    const CHttpClient* session = reference.Session();
+    LogNews(news, session == nullptr ? "login id " + std::to_string(loginId_)
+                                     : DeviceName(session->DeviceAddress(), session->Port()));
 }
 
 }  // namespace onvif_client

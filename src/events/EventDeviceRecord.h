@@ -16,6 +16,7 @@
 #include <string>
 #include <vector>
 
+#include "common/LogPoints.h"
 #include "events/AlarmStates.h"
 #include "events/EventParse.h"
 #include "events/MessageFlow.h"
@@ -28,10 +29,8 @@ namespace onvif_client {
 
 class EventDeviceRecord final : public IPullSink {
  public:
-    /// @param deviceAddress  shown in log lines.
     EventDeviceRecord(ISessionSource& sessions, std::uint32_t loginId,
-                      CONVIFAlarmStateObserver* observer, std::string callbackAddress,
-                      std::string deviceAddress = {});
+                      CONVIFAlarmStateObserver* observer, std::string callbackAddress);
     ~EventDeviceRecord() override = default;
     EventDeviceRecord(const EventDeviceRecord&) = delete;
     EventDeviceRecord& operator=(const EventDeviceRecord&) = delete;
@@ -88,11 +87,11 @@ class EventDeviceRecord final : public IPullSink {
     void BeginPull(PullRequest request) EXCLUDES(lock_);
 
  private:
-    void Log(const char* what) const;
+    void Log(const DeviceNews& news) const EXCLUDES(lock_);
 
+    ISessionSource& sessions_;
     const std::uint32_t loginId_;
     const std::string callbackAddress_;
-    const std::string deviceAddress_;
 
     // Behind the loop lock, before every other lock: an observer may call any export.
     CRecursiveMutex visitLock_;

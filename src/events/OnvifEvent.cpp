@@ -118,8 +118,8 @@ void COnvifEventCtrol::Join(const EventThreads& threads) {
 
 void COnvifEventCtrol::AddDevice(std::uint32_t loginId, CONVIFAlarmStateObserver* observer,
                                  const std::string& deviceAddress) {
-    const auto record = std::make_shared<EventDeviceRecord>(
-        sessions_, loginId, observer, NextCallbackAddress(deviceAddress), deviceAddress);
+    const auto record = std::make_shared<EventDeviceRecord>(sessions_, loginId, observer,
+                                                            NextCallbackAddress(deviceAddress));
     record->Claim();
     const CClaim claim(*record);
     // In the table before anything can fail: what does is then due there.

@@ -4,7 +4,6 @@
 #include <iterator>
 
 #include "common/HttpAddress.h"
-#include "common/LogText.h"
 #include "transform/Conversions.h"
 #include "transform/XmlTransform.h"
 
@@ -71,7 +70,8 @@ std::string PathOfAddress(std::string_view address) {
     return std::string(hostAt ? SplitAddress(address, *hostAt).PathBehindSlash() : address);
 }
 
-void ReadServices(std::string_view reply, ServiceTable& services) {
+int ReadServices(std::string_view reply, ServiceTable& services) {
+    int unknown = 0;
     const CXmlDocument trimmed(CXmlTransform::TrimXmlNamespace(reply));
     const XMLElement* response = trimmed.Find("Envelope/Body/GetServicesResponse");
     for (const XMLElement* service : Children(response, "Service")) {
@@ -82,12 +82,12 @@ void ReadServices(std::string_view reply, ServiceTable& services) {
                                        });
         const XMLElement* address = FirstChild(service, "XAddr");
         if (row == std::end(kNamespaceParts)) {
-            COREKIT_NormalOutput("Warning, unknowed service address!!",
-                                 logpoint::kUnknownService.label, logpoint::kUnknownService.line);
+            ++unknown;
         } else if (address != nullptr) {
             services.emplace(row->key, PathOfAddress(TextOf(address)));
         }
     }
+    return unknown;
 }
 
 void ReadCapabilities(std::string_view reply, ServiceTable& services, EventCapabilities& events) {

@@ -36,9 +36,9 @@ std::span<const CapabilityCategory> CapabilityCategories();
 /// address does not count.
 std::string PathOfAddress(std::string_view address);
 
-/// Adds the services that a reply to GetServices lists. A namespace that is none we know is logged
-/// and passed over.
-void ReadServices(std::string_view reply, ServiceTable& services);
+/// Adds the services that a reply to GetServices lists.
+/// @return how many were passed over, for their namespace is none we know.
+int ReadServices(std::string_view reply, ServiceTable& services);
 
 /// Adds the services that a reply to GetCapabilities lists; a fault adds nothing. Reads the event
 /// flags where the reply has them.
