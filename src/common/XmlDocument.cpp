@@ -3,6 +3,7 @@
 #include <cstring>
 #include <optional>
 
+#include "common/XmlCharacters.h"
 #include "common/XmlReferences.h"
 
 namespace onvif_client {
@@ -101,6 +102,7 @@ const std::string& CXmlDocument::Print() {
     tinyxml2::XMLPrinter printer;
     document_.Print(&printer);
     printed_.assign(printer.CStr(), static_cast<std::size_t>(printer.CStrSize()) - 1);
+    ReplaceForbiddenCharacters(printed_);
     return printed_;
 }
 

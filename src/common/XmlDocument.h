@@ -49,7 +49,8 @@ class CXmlDocument {
     /// Adds an element at the top level.
     XMLElement* AppendRoot(std::string_view name);
 
-    /// The whole document as indented text, valid until the next print.
+    /// The whole document as indented text, valid until the next print. Whatever its texts came
+    /// from, it is UTF-8 with the characters that XML has (XmlCharacters.h).
     const std::string& Print();
 
  private:

@@ -4,23 +4,32 @@
 #include <charconv>
 #include <cstdint>
 
+#include "common/XmlCharacters.h"
+
 namespace onvif_client {
 
 namespace {
 
-/// True for what names a character; such a number that names none is text.
-bool IsCharacterReference(std::string_view text) {
+/// A reference by number at the start of a text.
+struct NumericReference {
+    std::size_t length = 0;  // 0: there is none
+    bool namesCharacter = false;
+};
+
+NumericReference FirstNumericReference(std::string_view text) {
     if (!text.starts_with("&#")) {
-        return false;
+        return {};
     }
     const bool hexadecimal = text.substr(2).starts_with('x');
     const std::string_view number = text.substr(hexadecimal ? 3 : 2);
     const char* const behind = number.data() + number.size();
     std::uint32_t value = 0;
     const auto [end, error] = std::from_chars(number.data(), behind, value, hexadecimal ? 16 : 10);
-    const bool surrogate = value >= 0xD800 && value <= 0xDFFF;
-    return error == std::errc() && end != behind && *end == ';' && value != 0 &&
-           value <= 0x10FFFF && !surrogate;
+    if (error == std::errc::invalid_argument || end == behind || *end != ';') {
+        return {};
+    }
+    return {static_cast<std::size_t>(end + 1 - text.data()),
+            error == std::errc() && IsXmlCharacter(value)};
 }
 
 /// True when a reference that the parser knows starts @p text.
@@ -28,7 +37,7 @@ bool StartsReference(std::string_view text) {
     constexpr std::string_view kEntities[] = {"&amp;", "&lt;", "&gt;", "&quot;", "&apos;"};
     return std::any_of(std::begin(kEntities), std::end(kEntities),
                        [text](std::string_view each) { return text.starts_with(each); }) ||
-           IsCharacterReference(text);
+           FirstNumericReference(text).namesCharacter;
 }
 
 /// The position of the first ampersand from @p at on that starts no reference, or npos.
@@ -45,8 +54,9 @@ void AppendEscaped(std::string_view text, std::string& escaped) {
     for (std::size_t at = FindStray(text); at != std::string_view::npos;
          at = FindStray(text, from)) {
         escaped += text.substr(from, at - from);
-        escaped += "&amp;";
-        from = at + 1;
+        const std::size_t reference = FirstNumericReference(text.substr(at)).length;
+        escaped += reference == 0 ? "&amp;" : kReplacementCharacter;
+        from = at + std::max<std::size_t>(reference, 1);
     }
     escaped += text.substr(from);
 }

@@ -7,6 +7,8 @@
 namespace onvif_client {
 namespace {
 
+const std::string kReplaced = "\xEF\xBF\xBD";
+
 TEST(XmlDocument, PathsLeadToTheFirstChildOfEachName) {
     CXmlDocument document(
         "<Get><a n='1'><b>first</b><b>second</b></a><a n='2'><c/></a><Get n='inner'/></Get>");
@@ -83,8 +85,8 @@ TEST(XmlDocument, AmpersandsThatStartNoReferenceAreText) {
         {"&amp;&#xZZ;&#65", "&&#xZZ;&#65"},
         {"&amp;&#;&#x;z&#", "&&#;&#x;z&#"},
         {"&#x41x42;&#6&#65;", "&#x41x42;&#6A"},
-        {"&#0;&#x110000;&#99999999999;z", "&#0;&#x110000;&#99999999999;z"},
-        {"&#xD83D;&#xDE00;&#x1F600;", "&#xD83D;&#xDE00;\xF0\x9F\x98\x80"},
+        {"&#0;&#x110000;&#99999999999;z", kReplaced + kReplaced + kReplaced + "z"},
+        {"&#xD83D;&#1;&#xFFFE;&#x1F600;", kReplaced + kReplaced + kReplaced + "\xF0\x9F\x98\x80"},
         {"&#x0000000E9;&#13;&#233;", "\xC3\xA9\r\xC3\xA9"},
     };
     for (const auto& [written, text] : cases) {
@@ -110,6 +112,25 @@ TEST(XmlDocument, AmpersandsThatStartNoReferenceAreText) {
     for (const char* unreadable :
          {"<r &copy;='1'/>", "<r a=&copy;/>", "<r>&copy;", "<r a='&copy;"}) {
         EXPECT_FALSE(document.Load(unreadable)) << unreadable;
+    }
+}
+
+TEST(XmlDocument, PrintsWhatStrictParsersTake) {
+    const std::string text = "\t plain \x7F \xC2\x80\xDF\xBF\xE0\xA0\x80\xED\x9F\xBF\xEE\x80\x80" +
+                             kReplaced + "\xF0\x90\x80\x80\xF4\x8F\xBF\xBF";
+    for (const char* bad : {"\x01", "\x1F", "\x80", "\xC0\x80", "\xC1\xBF", "\xC2", "\xE0\x9F\xBF",
+                            "\xED\xA0\x80", "\xEF\xBF\xBE", "\xEF\xBF\xBF", "\xEF\xBF",
+                            "\xF0\x8F\xBF\xBF", "\xF0\x9F", "\xF4\x90\x80\x80", "\xF8", "\xFF"}) {
+        // Where a block of plain characters ends must not matter.
+        for (std::size_t before = 0; before < 40; ++before) {
+            std::string given = bad;
+            given.append(before, '.').append(text).append(bad);
+            std::string wanted = kReplaced;
+            wanted.append(before, '.').append(text).append(kReplaced);
+            CXmlDocument document("<r/>");
+            SetText(document.Root(), given);
+            EXPECT_EQ(TextOf(CXmlDocument(document.Print()).Root()), wanted);
+        }
     }
 }
 
