@@ -45,8 +45,10 @@ class CScriptedSession final : public ICommandSession {
     Reply Exchange(const SignedRequest& request) override {
         if (choice_ % 8 == 7) {
             CXmlTransform envelope(request.envelope);
-            Expect(AddSecurityHeader({"user", "password"}, envelope));
+            Expect(AddSecurityHeader({"user\1", "password"}, envelope));
+            ExpectDocument(envelope.Document().Print());
         } else {
+            ExpectDocument(request.envelope);
             const CXmlDocument envelope(request.envelope);
             const XMLElement* body = envelope.Find("s:Envelope/s:Body");
             Expect(body != nullptr && body->FirstChildElement() != nullptr);

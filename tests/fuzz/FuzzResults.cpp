@@ -41,7 +41,7 @@ void ReadClock(std::string_view reply) {
 void SignEnvelope(std::string_view text) {
     CXmlTransform envelope(text);
     if (AddSecurityHeader({"user", "password"}, envelope)) {
-        ExpectDocument(envelope.Document().Print());
+        Expect(CXmlDocument().Load(envelope.Document().Print()));
     }
 }
 
