@@ -47,6 +47,12 @@ void CInterruption::Wake() const {
     Remember(0);
 }
 
+bool CInterruption::WasIgnored(int signal) const {
+    const auto* place = std::find(kSignals.begin(), kSignals.end(), signal);
+    return place != kSignals.end() &&
+           before_[static_cast<std::size_t>(place - kSignals.begin())].sa_handler == SIG_IGN;
+}
+
 void CInterruption::LetSignalsGo() {
     for (std::size_t i = 0; holdsSignals_ && i < kSignals.size(); ++i) {
         sigaction(kSignals[i], &before_[i], nullptr);

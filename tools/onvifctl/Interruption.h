@@ -25,6 +25,9 @@ class CInterruption {
     /// Ends the wait, or the next one when none is under way. From any thread.
     void Wake() const;
 
+    /// Whether a signal meant nothing before, as SIGHUP under nohup.
+    bool WasIgnored(int signal) const;
+
     /// The signals mean again what they meant before; Wake can still be called.
     void LetSignalsGo();
 

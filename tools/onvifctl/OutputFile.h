@@ -9,8 +9,9 @@
 namespace onvifctl {
 
 /// Writes a file by way of a temporary one beside it, so that a failure leaves what was there
-/// before. What is no regular file (a pipe, a device) is written directly. Throws CFailure when it
-/// cannot be written.
+/// before, and nothing else; so does a signal that ends the tool meanwhile (Interruption.h: no
+/// other may be alive). What is no regular file (a pipe, a device) is written directly. Throws
+/// CFailure when it cannot be written.
 void WriteWholeFile(const std::string& file, std::string_view bytes);
 
 }  // namespace onvifctl
