@@ -22,6 +22,8 @@ std::string ReadFile(const std::string& file) {
     return {std::istreambuf_iterator<char>(stream), {}};
 }
 
+const std::string kHead = "HTTP/1.1 200 OK\r\n\r\n";
+
 struct Run {
     std::string arguments;
     int code;
@@ -172,13 +174,57 @@ TEST(Onvifctl, PicturesAndStreams) {
         demo.append(at).append(" --change ").append(folder);
         ExpectRuns({{demo, 0, "after.jpg"}});
         EXPECT_NE(ReadFile(folder + "/before.jpg"), ReadFile(folder + "/after.jpg"));
-        std::filesystem::remove_all(folder);
+        const std::string limited = kRight + std::string(" sh -c 'ulimit -f 1; exec \"$@\"' sh");
+        EXPECT_EQ(RunTool(snapshot + folder + "/large.jpg", limited).code, 6);
+        EXPECT_EQ(std::filesystem::remove_all(folder), 3U) << "the two pictures of the demo";
+        for (const char* bytes : {"<HTML>\x1B[2J", "\x9B", "BM", "\xFF\xD8\xFF"}) {
+            camera.Inject("http:snapshot", {.kind = camera_sim::Fault::Kind::kRawReply,
+                                            .remaining = 1,
+                                            .reply = kHead + bytes});
+        }
+        ExpectRuns({{snapshot + "/dev/null", 1, "an HTML page: <HTML>\\x1B[2J\n"},
+                    {snapshot + "/dev/null", 1, "but this: \\x9B\n"},
+                    {snapshot + "/dev/null", 0, "2 bytes"},
+                    {snapshot + "/dev/null", 1, "ended early, after 3 bytes"}});
         camera.Inject("http:snapshot", {.kind = camera_sim::Fault::Kind::kTruncate, .bytes = 2000});
         ExpectRuns({{snapshot + file, 1, ""}});
         EXPECT_EQ(ReadFile(file), picture) << "a failure keeps what was there";
         std::remove(file.c_str());
         EXPECT_EQ(RunTool("stream " + at + " --index 1", kRight).output,
                   "rtsp://127.0.0.1:554/stream/Profile_2\n");
+    }
+}
+
+TEST(Onvifctl, DevicesControlNeitherTheTerminalNorTheSizeOfTables) {
+    camera_sim::CCameraHost host;
+    camera_sim::CCamera& camera = host.Add({});
+    const auto answer = [&camera](const std::string& operation, const std::string& values) {
+        const std::string name = operation + "Response>";
+        camera.Inject(operation,
+                      {.kind = camera_sim::Fault::Kind::kRawReply,
+                       .reply = kHead + "<?xml version='1.0'?><s:Envelope xmlns:s='s'><s:Body><" +
+                                name + values + "</" + name + "</s:Body></s:Envelope>"});
+    };
+    answer("GetDeviceInformation", "<Model>a\tb\x7F\x9B\xC2\x9B&#27;\xC3\xA9</Model>");
+    const std::string get = "get " + AddressOf(camera) + " ";
+    ExpectRuns({{get + "devInfo", 0, ">a\tb\x7F\xEF\xBF\xBD\xC2\x9B\xEF\xBF\xBD\xC3\xA9</model>\n"},
+                {get + "devInfo --format table", 0, "a b\\x7F\xEF\xBF\xBD\\u009B"}});
+    const std::string terminal = " sh -c 'script -qec \"$*\" /dev/null </dev/null' sh";
+    const std::string shown = RunTool(get + "devInfo", kRight + terminal).output;
+    EXPECT_NE(shown.find("a\tb\\x7F\xEF\xBF\xBD\\u009B\xEF\xBF\xBD\xC3\xA9</model>\r\n"),
+              std::string::npos);
+
+    std::string presets = "<Preset token='" + std::string(10000, 'x') + "'/>";
+    std::string tours = "<PresetTour>";
+    for (int i = 0; i < 90; ++i) {
+        presets += "<Preset token='1'><Name>1</Name></Preset>";
+        tours += i < 45 ? "</PresetTour><PresetTour>" : "<TourSpot><StayTime/></TourSpot>";
+    }
+    answer("GetPresets", presets);
+    answer("GetPresetTours", tours + "</PresetTour>");
+    for (const char* command : {"presets", "cruises"}) {
+        EXPECT_LT(RunTool(get + command + " --format table", kRight).output.size(),
+                  2 * RunTool(get + command, kRight).output.size());
     }
 }
 

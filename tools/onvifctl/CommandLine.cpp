@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <iostream>
 
+#include "Printable.h"
 #include "ResultTable.h"
 
 namespace onvifctl {
@@ -53,7 +54,7 @@ void AddFormatOption(CLI::App* command, CommandLine& line) {
 }
 
 void Tell(const std::string& message) {
-    std::cerr << "onvifctl: " << message << '\n';
+    std::cerr << "onvifctl: " << Printable(message) << '\n';
 }
 
 ExitCode Show(const Session& session, const std::string& request, bool table) {

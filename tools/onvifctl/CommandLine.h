@@ -45,7 +45,7 @@ struct Session {
     const CConnection connection;
 };
 
-/// Tells on standard error.
+/// Tells on standard error, in one line of printable text.
 void Tell(const std::string& message);
 
 /// Sends a request, shows the result and tells what the device refused.

@@ -8,6 +8,7 @@
 #include <memory>
 
 #include "ExitCode.h"
+#include "Picture.h"
 #include "RequestDocument.h"
 #include "StandardStreams.h"
 #include "onvif_client/OnvifClient.h"
@@ -145,6 +146,7 @@ std::string CConnection::Picture(unsigned int index) const {
         throw CFailure(ExitCode::kRefused,
                        "the device gave no picture of profile " + std::to_string(index));
     }
+    CheckPicture(picture);
     return picture;
 }
 

@@ -47,7 +47,8 @@ class CConnection {
     /// Sends a request document, Get or Set by its root. Throws CFailure when it fails.
     std::string Send(const std::string& request) const;
 
-    /// The bytes of a picture of the profile with this index. Throws CFailure when there is none.
+    /// The bytes of a picture of the profile with this index. Throws CFailure when there is none or
+    /// what came is not a whole one.
     std::string Picture(unsigned int index) const;
 
  private:

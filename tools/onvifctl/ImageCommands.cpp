@@ -4,6 +4,7 @@
 
 #include "CommandLine.h"
 #include "ImageSettings.h"
+#include "Printable.h"
 #include "RequestDocument.h"
 #include "ResultTable.h"
 
@@ -59,14 +60,13 @@ void CheckChanges(const std::vector<ImageChange>& changes,
         if (setting == nullptr) {
             std::string known;
             for (const ImageSetting& each : settings) {
-                known += (known.empty() ? " " : ", ") + Printable(each.path);
+                known += (known.empty() ? " " : ", ") + each.path;
             }
             throw CFailure(ExitCode::kUsage,
                            "the device has no setting '" + change.path + "'; it has:" + known);
         }
         if (!IsPermitted(change, options)) {
-            Tell("warning: the device permits " + Printable(setting->permitted) + " for " +
-                 change.path);
+            Tell("warning: the device permits " + setting->permitted + " for " + change.path);
         }
     }
 }
@@ -81,7 +81,7 @@ ExitCode Compare(const std::vector<ImageChange>& changes, const std::vector<Imag
             continue;
         }
         const bool kept = SameValue(now->value, Find(before, change.path)->value);
-        Tell(change.path + (kept ? " stays " : " is now ") + Printable(now->value));
+        Tell(change.path + (kept ? " stays " : " is now ") + now->value);
         code = kept ? ExitCode::kRefused : code;
     }
     return code;

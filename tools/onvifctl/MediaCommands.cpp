@@ -1,14 +1,13 @@
 // The subcommands about pictures and streams: snapshot and stream.
 #include <unistd.h>
 
-#include <algorithm>
 #include <cstdlib>
 #include <memory>
 #include <optional>
-#include <string_view>
 
 #include "CommandLine.h"
 #include "OutputFile.h"
+#include "Printable.h"
 #include "RequestDocument.h"
 #include "ResultDocument.h"
 #include "ResultTable.h"
@@ -22,14 +21,6 @@ struct SnapshotArguments {
     unsigned int index = 0;
 };
 
-/// Whether a JPEG lost its end on the way. Some devices put padding behind the end marker.
-bool IsCutOff(std::string_view picture) {
-    constexpr std::size_t kMostPadding = 1024;
-    const std::string_view end =
-        picture.substr(picture.size() - std::min(picture.size(), kMostPadding));
-    return picture.starts_with("\xFF\xD8") && end.find("\xFF\xD9") == std::string_view::npos;
-}
-
 void Snapshot(const CommandLine& line, const SnapshotArguments& arguments) {
     const bool toOutput = arguments.file == "-";
     if (toOutput && isatty(STDOUT_FILENO) != 0) {
@@ -37,10 +28,6 @@ void Snapshot(const CommandLine& line, const SnapshotArguments& arguments) {
     }
     const Session session(line.connection);
     const std::string picture = session.connection.Picture(arguments.index);
-    if (IsCutOff(picture)) {
-        throw CFailure(ExitCode::kRefused, "the picture ended early, after " +
-                                               std::to_string(picture.size()) + " bytes");
-    }
     if (toOutput) {
         session.output.Write(picture);
     } else {

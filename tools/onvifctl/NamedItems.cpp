@@ -1,7 +1,6 @@
 #include "NamedItems.h"
 
 #include "RequestDocument.h"
-#include "ResultTable.h"
 
 namespace onvifctl {
 
@@ -32,7 +31,7 @@ std::string CNamedItems::TokenOf(const std::string& tokenOrName) const {
                                           : "more than one " + noun + " is called '" + tokenOrName +
                                                 "'; say which by its token:";
     for (const std::string& token : matches) {
-        message += " " + Printable(token);
+        message += " " + token;
     }
     throw CFailure(ExitCode::kUsage, message);
 }

@@ -6,6 +6,7 @@
 #include "CommandLine.h"
 #include "Interruption.h"
 #include "NamedItems.h"
+#include "Printable.h"
 #include "PtzTours.h"
 #include "RequestDocument.h"
 #include "ResultTable.h"

@@ -3,6 +3,7 @@
 #include <memory>
 
 #include "NamedItems.h"
+#include "Printable.h"
 #include "RequestDocument.h"
 #include "ResultTable.h"
 
@@ -63,7 +64,7 @@ void AddTour(const Session& session, const TourArguments& arguments) {
     try {
         SendOrFail(session, ModifyRequest(token, arguments.tour, spots));
     } catch (const CFailure&) {
-        Tell("the new tour " + Printable(token) + " is there, but empty");
+        Tell("the new tour " + token + " is there, but empty");
         throw;
     }
     session.output.Write(Printable(token) + "\n");

@@ -4,7 +4,10 @@
 
 #include <algorithm>
 #include <string_view>
+#include <unordered_map>
 #include <utility>
+
+#include "Printable.h"
 
 namespace onvifctl {
 
@@ -20,17 +23,21 @@ std::string TextOf(const XMLElement* element) {
     return text == nullptr ? "" : Printable(text);
 }
 
-/// How many siblings of the same name stand before it.
-std::size_t Position(const XMLElement* element) {
-    std::size_t position = 0;
-    while ((element = element->PreviousSiblingElement(element->Name())) != nullptr) {
-        ++position;
+/// How often each name stands among the children of an element.
+using NameCounts = std::unordered_map<std::string_view, std::size_t>;
+
+NameCounts CountChildren(const XMLElement* parent) {
+    NameCounts counts;
+    for (const auto* child = parent->FirstChildElement(); child != nullptr;
+         child = child->NextSiblingElement()) {
+        ++counts[child->Name()];
     }
-    return position;
+    return counts;
 }
 
+/// @p position  from 1.
 std::string Number(std::size_t position) {
-    return "[" + std::to_string(position + 1) + "]";
+    return "[" + std::to_string(position) + "]";
 }
 
 /// The leaves below an element, its own attributes and text included, repeated ones numbered.
@@ -43,58 +50,102 @@ void Flatten(const XMLElement* element, const std::string& path, Record& record)
     if (!text.empty() || element->FirstChildElement() == nullptr) {
         record.emplace_back(path, text);
     }
+    const NameCounts counts = CountChildren(element);
+    NameCounts passed;
     for (const auto* child = element->FirstChildElement(); child != nullptr;
          child = child->NextSiblingElement()) {
         std::string name = path.empty() ? child->Name() : path + "/" + child->Name();
-        const bool repeated = child->NextSiblingElement(child->Name()) != nullptr ||
-                              child->PreviousSiblingElement(child->Name()) != nullptr;
-        if (repeated) {
-            name += Number(Position(child));
+        const std::size_t position = ++passed[child->Name()];
+        if (counts.at(child->Name()) > 1) {
+            name += Number(position);
         }
         Flatten(child, name, record);
     }
 }
 
-std::string ValueOf(const Record& record, const std::string& field) {
-    const auto found = std::find_if(record.begin(), record.end(),
-                                    [&field](const Line& line) { return line.first == field; });
-    return found == record.end() ? "" : found->second;
+/// A row of path and value per leaf.
+void AddLines(const XMLElement* element, const std::string& path,
+              std::vector<std::vector<std::string>>& rows) {
+    Record record;
+    Flatten(element, path, record);
+    for (const auto& [leaf, value] : record) {
+        rows.push_back({leaf, value});
+    }
 }
 
-/// Repeated elements side by side: a row each when they are small, a column each otherwise.
-std::string FormatRepeated(const XMLElement* first) {
-    constexpr std::size_t kSmall = 3;
+/// Repeated elements as records, with the fields that any of them has.
+struct Repeated {
     std::vector<Record> records;
     std::vector<std::string> fields;
+    std::vector<std::vector<std::string>> values;  // by record and field; empty when too many
+};
+
+/// Whether a cell for every field of every record is not much more than what is there.
+bool HaveMuchInCommon(const Repeated& repeated) {
+    constexpr std::size_t kCellsPerLine = 4;
+    std::size_t lines = 0;
+    for (const Record& record : repeated.records) {
+        lines += record.size();
+    }
+    return repeated.fields.size() * repeated.records.size() <= kCellsPerLine * lines;
+}
+
+Repeated Collect(const XMLElement* first) {
+    Repeated found;
+    std::unordered_map<std::string, std::size_t> places;
     for (const auto* each = first; each != nullptr;
          each = each->NextSiblingElement(first->Name())) {
-        Flatten(each, "", records.emplace_back());
-        for (const Line& line : records.back()) {
-            if (std::find(fields.begin(), fields.end(), line.first) == fields.end()) {
-                fields.push_back(line.first);
+        Flatten(each, "", found.records.emplace_back());
+        for (const auto& [field, value] : found.records.back()) {
+            if (places.emplace(field, found.fields.size()).second) {
+                found.fields.push_back(field);
             }
         }
     }
+    if (HaveMuchInCommon(found)) {
+        for (const Record& record : found.records) {
+            auto& row = found.values.emplace_back(found.fields.size());
+            for (const auto& [field, value] : record) {
+                std::string& cell = row[places.at(field)];
+                cell = cell.empty() ? value : cell;
+            }
+        }
+    }
+    return found;
+}
+
+/// Repeated elements side by side: a row each when they are small, a column each otherwise. Those
+/// that have little in common stand one below the other.
+std::string FormatRepeated(const XMLElement* first) {
+    constexpr std::size_t kSmall = 3;
+    const Repeated found = Collect(first);
+    const auto& fields = found.fields;
+    const auto& values = found.values;
+    const std::string name = first->Name();
     std::vector<std::vector<std::string>> rows;
-    if (fields.size() <= kSmall) {
-        rows.emplace_back(1, first->Name());
-        rows.back().insert(rows.back().end(), fields.begin(), fields.end());
-        for (std::size_t i = 0; i < records.size(); ++i) {
-            auto& row = rows.emplace_back(1, Number(i));
-            for (const std::string& field : fields) {
-                row.push_back(ValueOf(records[i], field));
-            }
+    if (values.empty()) {
+        std::size_t position = 0;
+        for (const auto* each = first; each != nullptr;
+             each = each->NextSiblingElement(first->Name())) {
+            AddLines(each, name + Number(++position), rows);
         }
-        return AlignColumns(rows);
-    }
-    rows.emplace_back(1, first->Name());
-    for (std::size_t i = 0; i < records.size(); ++i) {
-        rows.back().push_back(Number(i));
-    }
-    for (const std::string& field : fields) {
-        auto& row = rows.emplace_back(1, field);
-        for (const Record& record : records) {
-            row.push_back(ValueOf(record, field));
+    } else if (fields.size() <= kSmall) {
+        rows.push_back(fields);
+        rows.back().insert(rows.back().begin(), name);
+        for (std::size_t i = 0; i < values.size(); ++i) {
+            rows.push_back(values[i]);
+            rows.back().insert(rows.back().begin(), Number(i + 1));
+        }
+    } else {
+        rows.push_back({name});
+        for (std::size_t i = 0; i < values.size(); ++i) {
+            rows.back().push_back(Number(i + 1));
+        }
+        for (std::size_t field = 0; field < fields.size(); ++field) {
+            auto& row = rows.emplace_back(1, fields[field]);
+            for (const auto& record : values) {
+                row.push_back(record[field]);
+            }
         }
     }
     return AlignColumns(rows);
@@ -107,20 +158,15 @@ std::string FormatSection(const XMLElement* command) {
     std::string section = std::string(command->Name()) + "\n";
     std::vector<std::vector<std::string>> single;
     std::string repeated;
+    const NameCounts counts = CountChildren(command);
+    NameCounts passed;
     for (const auto* child = command->FirstChildElement(); child != nullptr;
          child = child->NextSiblingElement()) {
-        if (child->PreviousSiblingElement(child->Name()) != nullptr) {
+        if (counts.at(child->Name()) > 1) {
+            repeated += ++passed[child->Name()] == 1 ? FormatRepeated(child) : "";
             continue;
         }
-        if (child->NextSiblingElement(child->Name()) != nullptr) {
-            repeated += FormatRepeated(child);
-            continue;
-        }
-        Record record;
-        Flatten(child, child->Name(), record);
-        for (const auto& [path, value] : record) {
-            single.push_back({path, value});
-        }
+        AddLines(child, child->Name(), single);
     }
     return section + AlignColumns(single) + repeated;
 }
@@ -173,29 +219,24 @@ std::vector<std::string> Refusals(const std::string& result) {
 }
 
 std::string AlignColumns(const std::vector<std::vector<std::string>>& rows) {
+    constexpr std::size_t kWidest = 64;
     std::vector<std::size_t> widths;
     for (const auto& row : rows) {
         widths.resize(std::max(widths.size(), row.size()));
         for (std::size_t i = 0; i < row.size(); ++i) {
-            widths[i] = std::max(widths[i], row[i].size());
+            widths[i] = std::min(std::max(widths[i], row[i].size()), kWidest);
         }
     }
     std::string text;
     for (const auto& row : rows) {
         std::string line = " ";
         for (std::size_t i = 0; i < row.size(); ++i) {
-            line += " " + row[i] + std::string(widths[i] - row[i].size() + 1, ' ');
+            line += " " + row[i] +
+                    std::string(std::max(widths[i], row[i].size()) - row[i].size() + 1, ' ');
         }
         line.erase(line.find_last_not_of(' ') + 1);
         text += line + "\n";
     }
-    return text;
-}
-
-std::string Printable(std::string text) {
-    constexpr char kDelete = 0x7F;
-    std::replace_if(
-        text.begin(), text.end(), [](char c) { return (c >= 0 && c < ' ') || c == kDelete; }, ' ');
     return text;
 }
 

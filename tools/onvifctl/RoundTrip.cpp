@@ -113,7 +113,7 @@ void AddPerItem(const Row& row, const XMLElement* command, RoundTrip& found) {
          item = item->NextSiblingElement("item")) {
         const std::string osdType = TextOf(item, "osdType");
         if (!osdType.empty() && osdType != "Text") {
-            found.remarks.push_back(std::string(row.get) + ": " + Printable(TextOf(item, "token")) +
+            found.remarks.push_back(std::string(row.get) + ": " + TextOf(item, "token") +
                                     " is left out, only texts can be set");
             continue;
         }

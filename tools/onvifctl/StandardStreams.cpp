@@ -9,6 +9,7 @@
 #include <iostream>
 
 #include "ExitCode.h"
+#include "Printable.h"
 
 namespace onvifctl {
 
@@ -26,6 +27,14 @@ void ShowAgainAndEnd(int signal) {
 }  // namespace
 
 void CDataOutput::Write(std::string_view text) const {
+    if (isTerminal_) {
+        WriteToTerminal(Printable(text, Lines::kMany));
+    } else {
+        WriteToTerminal(text);
+    }
+}
+
+void CDataOutput::WriteToTerminal(std::string_view text) const {
     while (!text.empty()) {
         const ssize_t written = write(STDOUT_FILENO, text.data(), text.size());
         if (written >= 0) {

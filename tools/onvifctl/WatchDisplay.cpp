@@ -10,6 +10,7 @@
 #include <set>
 
 #include "CommandLine.h"
+#include "Printable.h"
 #include "ResultTable.h"
 
 namespace onvifctl {
@@ -56,7 +57,7 @@ std::string Padded(std::string text, std::size_t width) {
 void TellWhatWentWrong(const AlarmNews& news) {
     for (const LoginOutcome& login : news.logins) {
         if (login.Failed()) {
-            Tell(Printable(login.message));
+            Tell(login.message);
         }
     }
     if (news.lost > 0) {
@@ -129,7 +130,7 @@ class CLiveTable : public CWatchDisplay {
     void Show(const AlarmNews& news) override {
         Note(news);
         if (HasToTell(news)) {
-            output_.Write(BackToTop());
+            output_.WriteToTerminal(BackToTop());
             drawn_ = 0;
             TellWhatWentWrong(news);
             Draw();
@@ -223,7 +224,7 @@ class CLiveTable : public CWatchDisplay {
             start = end + 1;
             ++drawn_;
         }
-        output_.Write(text);
+        output_.WriteToTerminal(text);
         stale_ = false;
         nextDraw_ = Clock::now() + kShortestPause;
     }
