@@ -5,6 +5,7 @@
 #include <string>
 #include <thread>
 
+#include "platform/BlockedSignals.h"
 #include "platform/Corekit.h"
 #include "platform/Mutex.h"
 #include "platform/OrNothing.h"
@@ -87,6 +88,7 @@ CorekitThreadHandle COREKIT_CreateRunOneThread(CorekitThreadFunction function, v
         auto made = std::make_unique<CorekitThread>(
             function, context, name,
             suspended ? CorekitThread::State::kSuspended : CorekitThread::State::kResumed);
+        const CBlockedSignals blocked;
         made->thread = std::thread(&CorekitThread::Run, made.get());
         return made.release();
     });

@@ -10,6 +10,7 @@
 #include <boost/asio/steady_timer.hpp>
 
 #include "platform/ConnectionWatch.h"
+#include "platform/BlockedSignals.h"
 #include "platform/Connections.h"
 #include "platform/Mutex.h"
 #include "platform/OrNothing.h"
@@ -109,6 +110,7 @@ class CAsioListener final : public CListener, public std::enable_shared_from_thi
         const bool served = OrNothing([&] {
             handle = CConnectionTable::Instance().Add(
                 std::make_shared<CConnection>(std::move(descriptor), ConnectState::kEstablished));
+            const CBlockedSignals blocked;
             std::thread([self = shared_from_this(), handle] { self->Serve(handle); }).detach();
             return true;
         });

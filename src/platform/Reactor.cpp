@@ -7,6 +7,7 @@
 // Asio needs <utility> before it.
 #include <boost/asio/io_context.hpp>
 
+#include "platform/BlockedSignals.h"
 #include "platform/Immortal.h"
 #include "platform/Mutex.h"
 
@@ -23,6 +24,7 @@ class CAsioReactor final : public CReactor, public std::enable_shared_from_this<
     /// One thread is enough to work; throws when not even that can be had.
     void StartThreads() {
         try {
+            const CBlockedSignals blocked;
             while (threads_.size() < kReactorThreads) {
                 // The thread keeps the reactor alive: the last user may be a callback on it.
                 threads_.emplace_back([self = shared_from_this()] { self->Work(); });
