@@ -56,12 +56,16 @@ class CAsioListener final : public CListener, public std::enable_shared_from_thi
         return acceptor_.local_endpoint(ignored).port();
     }
 
-    void Stop() override {
+    void Close() override {
         const CLockGuard guard(lock_);
         stopped_ = true;
         error_code ignored;
         acceptor_.close(ignored);
         pause_.cancel();
+    }
+
+    void Wait() override {
+        const CLockGuard guard(lock_);
         const int own = servedHere == this ? 1 : 0;
         while (busy_ > own) {
             changed_.Wait(lock_);

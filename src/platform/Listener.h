@@ -22,8 +22,14 @@ class CListener {
     CListener& operator=(const CListener&) = delete;
 
     virtual std::uint16_t Port() const = 0;
-    /// No callback runs after it has returned, but for the one that it is called from.
-    virtual void Stop() = 0;
+    /// Accepts nothing any more.
+    virtual void Close() = 0;
+    /// After Close: no callback runs after it has returned, but for the one that it is called from.
+    virtual void Wait() = 0;
+    void Stop() {
+        Close();
+        Wait();
+    }
 };
 
 }  // namespace onvif_client

@@ -48,19 +48,22 @@ class CListenerTable {
     std::map<std::uint16_t, std::shared_ptr<CListener>> listeners_ GUARDED_BY(lock_);
 };
 
-/// Ends everything in the background. Connections are broken off first, so that whoever waits in a
-/// callback on one goes on.
+/// Ends everything in the background. Nothing new comes from the listeners when the connections are
+/// broken off, so that whoever waits in a callback on one goes on.
 void EndAll() {
     CConnectionTable& connections = CConnectionTable::Instance();
     const auto listeners = CListenerTable::Instance().TakeAll();
+    for (const auto& [port, listener] : listeners) {
+        listener->Close();
+    }
     for (auto each = connections.After(0); each.first != 0; each = connections.After(each.first)) {
         each.second.connection->Break();
     }
     for (const auto& [port, listener] : listeners) {
-        listener->Stop();
+        listener->Wait();
     }
-    // All again: a listener may have accepted one more before it stopped. Each stays in the table
-    // until its callback has ended: whoever unregisters it meanwhile has to wait for that too.
+    // Each stays in the table until its callback has ended: whoever unregisters it meanwhile has to
+    // wait for that too.
     for (auto each = connections.After(0); each.first != 0; each = connections.After(each.first)) {
         EndConnection(each.second);
         connections.Take(each.first);

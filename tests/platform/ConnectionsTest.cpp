@@ -9,6 +9,7 @@
 #include <filesystem>
 #include <functional>
 #include <mutex>
+#include <optional>
 #include <string>
 #include <thread>
 #include <vector>
@@ -16,12 +17,16 @@
 #include "platform/Connections.h"
 #include "platform/Listener.h"
 #include "platform/Wirelink.h"
+#include "support/ClosedPort.h"
+#include "support/RawClient.h"
 #include "support/ScriptedPeer.h"
 
 namespace onvif_client {
 namespace {
 
+using client_test::CClosedPort;
 using client_test::CPeerConnection;
+using client_test::CRawClient;
 using client_test::CScriptedPeer;
 
 /// Keeps what it hears; may do something about it.
@@ -78,18 +83,6 @@ class Connections : public testing::Test {
         return handle;
     }
 };
-
-TEST_F(Connections, AClosedPeerIsToldFromASilentOne) {
-    CScriptedPeer peer([](CPeerConnection& connection) { connection.Read(1); });
-    const std::uint32_t handle = Connect(peer.Port());
-    char byte = 0;
-    bool closed = true;
-    bool broken = true;
-    EXPECT_EQ(WIRELINK_Recv_Immediate(handle, &byte, 1, &closed), 0);
-    EXPECT_FALSE(closed);
-    EXPECT_EQ(WIRELINK_Send_Immediate(handle, "x", 1, broken), 1);
-    WaitUntil([&] { return WIRELINK_Recv_Immediate(handle, &byte, 1, &closed) == 0 && closed; });
-}
 
 /// Keeps whether the last connection that it heard of takes bytes.
 class CRoomObserver final : public CSendableObserver {
@@ -253,6 +246,39 @@ class CIdleListener final : public CListenSocketObserver {
 
     std::atomic<int> calls = 0;
 };
+
+/// Whoever is broken off comes back at once and says nothing.
+class CReturningPosters final : public CListenSocketObserver {
+ public:
+    void OnAccept(std::uint32_t handle) override {
+        bool closed = ++calls == 0;
+        WaitUntil([&] {
+            char byte = 0;
+            return WIRELINK_Recv_Immediate(handle, &byte, 1, &closed) == 0 && closed;
+        });
+        second.emplace(port);
+    }
+
+    const std::uint16_t port = CClosedPort().Port();
+    std::atomic<int> calls = 0;
+    std::optional<CRawClient> second;
+};
+
+TEST_F(Connections, QuitWaitsForNoPosterThatComesMeanwhile) {
+    CScriptedPeer peer([](CPeerConnection& connection) { connection.WaitForClose(); });
+    for (int round = 0; round < 5; ++round) {
+        WIRELINK_Initial(1, 1, nullptr, 0);
+        CReturningPosters posters;
+        EXPECT_TRUE(WIRELINK_StartListen(posters.port, &posters, 0, true));
+        const CRawClient first(posters.port);
+        WaitUntil([&] { return posters.calls > 0; });
+        for (int i = 0; i < 100; ++i) {
+            Connect(peer.Port());
+        }
+        WIRELINK_Quit();
+        EXPECT_EQ(posters.calls, 1);
+    }
+}
 
 /// What a child process would get.
 int InheritedDescriptors() {
