@@ -29,6 +29,15 @@
 /// about ten seconds without data. Once the exchanges of a login have taken 40 seconds together,
 /// the next one without a reply ends it.
 ///
+/// Signals: the library's own threads leave them to the application's. Its handlers run there
+/// alone, those of a crash aside.
+///
+/// Processes: a forked child may call exec, _exit or exit, or ONVIF_CLIENT_Initial to begin anew.
+/// It has none of its parent's sessions and observers, and until that call every exchange fails at
+/// once. The parent goes on undisturbed. In a child that was forked inside a callback of an
+/// observer, that callback must not return. This is so for fork and what calls it: other ways to
+/// copy a process (vfork, _Fork, clone) leave exec and _exit alone.
+///
 /// Errors are return values; no exception leaves the library. Texts are UTF-8 and end in a zero
 /// byte. A null pointer is never dereferenced.
 ///
@@ -107,7 +116,7 @@ class CONVIFAlarmStateObserver {
 };
 
 /// Start the library. Call it once before anything else, and again after ONVIF_CLIENT_Quit to go
-/// on.
+/// on. Where the system has no descriptor left, exchanges fail until another call finds one.
 /// @return true always.
 ONVIF_CLIENT_API bool ONVIF_CLIENT_Initial();
 

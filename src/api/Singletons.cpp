@@ -1,38 +1,39 @@
 #include "api/Singletons.h"
 
-#include "platform/Immortal.h"
+#include "platform/PerProcess.h"
 #include "platform/Wirelink.h"
 
 namespace onvif_client {
 
 namespace {
 
-/// Ends what goes on in the background at process exit.
+constinit CPerProcess<CHttpClientManager> registry;
+constinit CPerProcess<COnvifEventCtrol> controller;
+
+/// Ends what goes on in the background at process exit. A forked child has nothing of that unless
+/// it has made its own.
 class CStopAtExit {
  public:
-    explicit CStopAtExit(COnvifEventCtrol& controller) : controller_(controller) {}
+    CStopAtExit() = default;
     ~CStopAtExit() {
-        WIRELINK_Quit();
-        controller_.Stop();
+        if (COnvifEventCtrol* own = controller.Find()) {
+            WIRELINK_Quit();
+            own->Stop();
+        }
     }
     CStopAtExit(const CStopAtExit&) = delete;
     CStopAtExit& operator=(const CStopAtExit&) = delete;
-
- private:
-    COnvifEventCtrol& controller_;
 };
 
 }  // namespace
 
 CHttpClientManager& SessionRegistry() {
-    static CHttpClientManager& registry = MakeImmortal<CHttpClientManager>();
-    return registry;
+    return registry.Get();
 }
 
 COnvifEventCtrol& EventController() {
-    static COnvifEventCtrol& controller = MakeImmortal<COnvifEventCtrol>(SessionRegistry());
-    static const CStopAtExit stop(controller);
-    return controller;
+    static const CStopAtExit stop;
+    return controller.Get(SessionRegistry());
 }
 
 }  // namespace onvif_client

@@ -5,6 +5,7 @@
 #include "platform/Clock.h"
 #include "platform/Digests.h"
 #include "platform/Mutex.h"
+#include "platform/PerProcess.h"
 #include "transform/TimeResults.h"
 
 namespace onvif_client {
@@ -15,15 +16,20 @@ constexpr const char* kHeader = "s:Envelope/s:Header";
 constexpr const char* kSecurity = "s:Envelope/s:Header/wsse:Security";
 constexpr const char* kToken = "s:Envelope/s:Header/wsse:Security/wsse:UsernameToken";
 
-CMutex nonceLock;  // keeps tick reads in the counter's order, too; leaf
-std::uint32_t nonceCounter GUARDED_BY(nonceLock) = 0;
+struct NonceCounter {
+    CMutex lock;  // keeps tick reads in the counter's order, too; leaf
+    std::uint32_t last GUARDED_BY(lock) = 0;
+};
+
+constinit CPerProcess<NonceCounter> nonceCounter;
 
 /// Ticks never go back and the counter always moves, so under one lock the sums only ascend and no
 /// nonce comes twice, whatever number of threads asks.
 std::uint32_t NextNonceValue() {
-    const CLockGuard guard(nonceLock);
-    ++nonceCounter;
-    return TickCount() + nonceCounter;
+    NonceCounter& counter = nonceCounter.Get();
+    const CLockGuard guard(counter.lock);
+    ++counter.last;
+    return TickCount() + counter.last;
 }
 
 void Remove(CXmlTransform& envelope, std::string path) {

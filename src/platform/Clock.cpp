@@ -2,57 +2,75 @@
 
 #include <atomic>
 #include <chrono>
+#include <cstdint>
+#include <exception>
 #include <random>
 #include <thread>
 
-#include "platform/Immortal.h"
+#include "platform/PerProcess.h"
 
 namespace onvif_client {
 
 namespace {
 
-class CSystemClock final : public IClock {
- public:
-    std::uint32_t TickCount() const override {
-        const auto sinceStart = std::chrono::steady_clock::now().time_since_epoch();
-        return start_ +
-               static_cast<std::uint32_t>(
-                   std::chrono::duration_cast<std::chrono::milliseconds>(sinceStart).count());
-    }
-    std::int64_t CalendarSeconds() const override {
-        return std::chrono::duration_cast<std::chrono::seconds>(
-                   std::chrono::system_clock::now().time_since_epoch())
-            .count();
-    }
-    void Sleep(std::uint32_t milliseconds) const override {
-        std::this_thread::sleep_for(std::chrono::milliseconds(milliseconds));
-    }
-
- private:
-    // Ticks go into nonces: processes that start one right after the other must not repeat them.
-    const std::uint32_t start_ = std::random_device{}();
-};
-
 std::atomic<const IClock*> clockInForce{nullptr};  // null: the system's
 
-const IClock& Clock() {
-    static const CSystemClock& systemClock = MakeImmortal<CSystemClock>();
-    const IClock* replacement = clockInForce.load(std::memory_order_acquire);
-    return replacement == nullptr ? systemClock : *replacement;
+const IClock* Replacement() {
+    return clockInForce.load(std::memory_order_acquire);
+}
+
+std::uint32_t RandomNumber() {
+    try {
+        return std::random_device{}();
+    } catch (const std::exception&) {
+        // The system has none. That the numbers of two processes differ is all that is needed.
+        const auto now = std::chrono::system_clock::now().time_since_epoch();
+        return static_cast<std::uint32_t>(now.count());
+    }
+}
+
+/// Ticks go into nonces: processes that start one right after the other must not repeat them, nor
+/// may a forked child those of its parent.
+std::uint32_t FirstTick() {
+    constexpr unsigned int kBits = 32;
+    static constinit std::atomic<std::uint64_t> chosen = 0;  // by which process, and the tick
+    const std::uint64_t process = ProcessGeneration();
+    std::uint64_t first = chosen;
+    if (first >> kBits != process) {
+        const std::uint64_t own = process << kBits | RandomNumber();
+        // Else another thread was before us.
+        first = chosen.compare_exchange_strong(first, own) ? own : first;
+    }
+    return static_cast<std::uint32_t>(first);
 }
 
 }  // namespace
 
 std::uint32_t TickCount() {
-    return Clock().TickCount();
+    if (const IClock* replacement = Replacement()) {
+        return replacement->TickCount();
+    }
+    using std::chrono::milliseconds;
+    const auto sinceStart = std::chrono::steady_clock::now().time_since_epoch();
+    return FirstTick() +
+           static_cast<std::uint32_t>(std::chrono::duration_cast<milliseconds>(sinceStart).count());
 }
 
 std::int64_t CalendarSeconds() {
-    return Clock().CalendarSeconds();
+    if (const IClock* replacement = Replacement()) {
+        return replacement->CalendarSeconds();
+    }
+    using std::chrono::seconds;
+    const auto now = std::chrono::system_clock::now().time_since_epoch();
+    return std::chrono::duration_cast<seconds>(now).count();
 }
 
 void SleepMilliseconds(std::uint32_t milliseconds) {
-    Clock().Sleep(milliseconds);
+    if (const IClock* replacement = Replacement()) {
+        replacement->Sleep(milliseconds);
+    } else {
+        std::this_thread::sleep_for(std::chrono::milliseconds(milliseconds));
+    }
 }
 
 CalendarTime UtcNow() {

@@ -10,6 +10,7 @@
 #include <boost/asio/ip/tcp.hpp>
 #include <boost/asio/steady_timer.hpp>
 
+#include "platform/AsioDescriptor.h"
 #include "platform/Mutex.h"
 #include "platform/OrNothing.h"
 #include "platform/Reactor.h"
@@ -32,6 +33,9 @@ class CAsioConnectionWatch final : public CConnectionWatch,
           handle_(handle),
           socket_(reactor_->Io(), tcp::v4(), waitedOn),
           timer_(reactor_->Io()) {}
+    ~CAsioConnectionWatch() override { CloseDescriptor(socket_); }
+    CAsioConnectionWatch(const CAsioConnectionWatch&) = delete;
+    CAsioConnectionWatch& operator=(const CAsioConnectionWatch&) = delete;
 
     bool Register(CSocketDataObserver* observer) override {
         const CLockGuard guard(lock_);
@@ -83,8 +87,7 @@ class CAsioConnectionWatch final : public CConnectionWatch,
     void End() override {
         const CLockGuard guard(lock_);
         ended_ = true;
-        error_code ignored;
-        socket_.close(ignored);
+        CloseDescriptor(socket_);
         timer_.cancel();
         const auto own = std::this_thread::get_id();
         while (CalledBackLocked() && callbackThread_ != own) {

@@ -2,7 +2,7 @@
 
 #include <utility>
 
-#include "platform/Immortal.h"
+#include "platform/PerProcess.h"
 
 namespace onvif_client {
 
@@ -46,8 +46,8 @@ void CConnection::Break() {
 }
 
 CConnectionTable& CConnectionTable::Instance() {
-    static CConnectionTable& table = MakeImmortal<CConnectionTable>();
-    return table;
+    static constinit CPerProcess<CConnectionTable> table;
+    return table.Get();
 }
 
 std::uint32_t CConnectionTable::Add(std::shared_ptr<CConnection> connection) {

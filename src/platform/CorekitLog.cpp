@@ -10,11 +10,11 @@
 
 #include "platform/Corekit.h"
 #include "platform/Environment.h"
-#include "platform/Immortal.h"
 #include "platform/LineOutput.h"
 #include "platform/LogFile.h"
 #include "platform/LogLines.h"
 #include "platform/OrNothing.h"
+#include "platform/PerProcess.h"
 #include "platform/ShownText.h"
 
 namespace onvif_client {
@@ -76,8 +76,8 @@ class CLogger final : public spdlog::logger {
 };
 
 CLogger& Logger() {
-    static CLogger& logger = MakeImmortal<CLogger>();
-    return logger;
+    static constinit CPerProcess<CLogger> logger;
+    return logger.Get();
 }
 
 std::string_view Text(const char* text) {

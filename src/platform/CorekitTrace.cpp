@@ -7,11 +7,11 @@
 
 #include "platform/Corekit.h"
 #include "platform/Environment.h"
-#include "platform/Immortal.h"
 #include "platform/LineOutput.h"
 #include "platform/LogLines.h"
 #include "platform/Mutex.h"
 #include "platform/OrNothing.h"
+#include "platform/PerProcess.h"
 #include "platform/ShownText.h"
 
 namespace onvif_client {
@@ -41,8 +41,8 @@ std::string DroppedNote(unsigned long long count) {
 class CTraces {
  public:
     static CTraces& Instance() {
-        static CTraces& traces = MakeImmortal<CTraces>();
-        return traces;
+        static constinit CPerProcess<CTraces> traces;
+        return traces.Get();
     }
 
     void Begin() {

@@ -9,8 +9,9 @@
 #include <boost/asio/ip/tcp.hpp>
 #include <boost/asio/steady_timer.hpp>
 
-#include "platform/ConnectionWatch.h"
+#include "platform/AsioDescriptor.h"
 #include "platform/BlockedSignals.h"
+#include "platform/ConnectionWatch.h"
 #include "platform/Connections.h"
 #include "platform/Mutex.h"
 #include "platform/OrNothing.h"
@@ -34,6 +35,9 @@ class CAsioListener final : public CListener, public std::enable_shared_from_thi
           observer_(observer),
           acceptor_(reactor_->Io()),
           pause_(reactor_->Io()) {}
+    ~CAsioListener() override { CloseDescriptor(acceptor_); }
+    CAsioListener(const CAsioListener&) = delete;
+    CAsioListener& operator=(const CAsioListener&) = delete;
 
     bool Open(const char* address, std::uint16_t port) {
         error_code error;
@@ -59,8 +63,7 @@ class CAsioListener final : public CListener, public std::enable_shared_from_thi
     void Close() override {
         const CLockGuard guard(lock_);
         stopped_ = true;
-        error_code ignored;
-        acceptor_.close(ignored);
+        CloseDescriptor(acceptor_);
         pause_.cancel();
     }
 

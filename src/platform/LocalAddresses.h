@@ -12,8 +12,8 @@ namespace onvif_client {
 /// address is listed only when there is no other. Empty when the system cannot tell.
 std::vector<std::string> LocalIpv4Addresses();
 
-/// What the environment variable ONVIF_CLIENT_LISTEN_ADDRESS says; "0.0.0.0" (all addresses) when it
-/// is not set.
+/// What the environment variable ONVIF_CLIENT_LISTEN_ADDRESS says; "0.0.0.0" (all addresses) when
+/// it is not set.
 std::string ListenAddress();
 
 /// Where a listener can be reached: the address that it listens on, or all of this machine's.

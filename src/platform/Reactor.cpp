@@ -6,10 +6,12 @@
 
 // Asio needs <utility> before it.
 #include <boost/asio/io_context.hpp>
+#include <boost/asio/steady_timer.hpp>
 
 #include "platform/BlockedSignals.h"
-#include "platform/Immortal.h"
+#include "platform/Descriptor.h"
 #include "platform/Mutex.h"
+#include "platform/PerProcess.h"
 
 namespace onvif_client {
 
@@ -21,6 +23,12 @@ constexpr std::size_t kReactorThreads = 2;
 
 class CAsioReactor final : public CReactor, public std::enable_shared_from_this<CAsioReactor> {
  public:
+    CAsioReactor() {
+        // The first timer of a context makes all descriptors that Asio itself needs.
+        const CHeldStandardStreams held;
+        const asio::steady_timer first(io_);
+    }
+
     /// One thread is enough to work; throws when not even that can be had.
     void StartThreads() {
         try {
@@ -74,8 +82,8 @@ struct CCurrent {
 };
 
 CCurrent& Current() {
-    static CCurrent& current = MakeImmortal<CCurrent>();
-    return current;
+    static constinit CPerProcess<CCurrent> current;
+    return current.Get();
 }
 
 }  // namespace

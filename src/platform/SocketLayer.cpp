@@ -1,7 +1,7 @@
 #include "platform/SocketLayer.h"
 
 #include "platform/Corekit.h"
-#include "platform/Immortal.h"
+#include "platform/PerProcess.h"
 
 namespace onvif_client {
 
@@ -12,14 +12,18 @@ thread_local int callbackDepth = 0;
 }  // namespace
 
 CSocketLayer& CSocketLayer::Instance() {
-    static CSocketLayer& layer = MakeImmortal<CSocketLayer>();
-    return layer;
+    static constinit CPerProcess<CSocketLayer> layer;
+    return layer.Get();
 }
 
 bool CSocketLayer::Start() {
     const CLockGuard guard(lock_);
     WaitForStopLocked();
-    running_ = !stopping_ && abort_;
+    if (!running_ && !stopping_) {
+        // Anew: the system may have had no descriptor left for the last one.
+        abort_.emplace();
+        running_ = static_cast<bool>(*abort_);
+    }
     return running_;
 }
 
@@ -32,11 +36,11 @@ void CSocketLayer::Stop(const std::function<void()>& cleanUp) {
     }
     running_ = false;
     stopping_ = true;
-    abort_.Set();
+    abort_->Set();
     while (inside_ > 0) {
         changed_.Wait(lock_);
     }
-    abort_.Reset();
+    abort_.reset();
     guard.Unlock();
     try {
         cleanUp();

@@ -4,6 +4,7 @@
 #define ONVIF_CLIENT_PLATFORM_SOCKETLAYER_H
 
 #include <functional>
+#include <optional>
 
 #include "platform/Mutex.h"
 #include "platform/Sockets.h"
@@ -13,7 +14,7 @@ namespace onvif_client {
 /// Counts the exchanges that run, and breaks them off when the layer stops. Any thread.
 class CSocketLayer {
  public:
-    /// Never destroyed, as threads may still be inside while the process ends.
+    /// The one of this process.
     static CSocketLayer& Instance();
 
     CSocketLayer() = default;
@@ -54,14 +55,15 @@ class CSocketLayer {
     };
 
     /// Set from the moment that everybody inside has to leave.
-    const CWakeUp& Abort() const { return abort_; }
+    /// Only for whoever is inside: it lasts as long.
+    const CWakeUp& Abort() const { return *abort_; }
 
  private:
     void WaitForStopLocked() REQUIRES(lock_);
     void WaitForCallbacksLocked() REQUIRES(lock_);
 
-    const CWakeUp abort_;
-    CMutex lock_;  // leaf
+    std::optional<CWakeUp> abort_;  // changes while nobody is inside
+    CMutex lock_;                   // leaf
     CCondition changed_;
     bool running_ GUARDED_BY(lock_) = false;
     bool stopping_ GUARDED_BY(lock_) = false;

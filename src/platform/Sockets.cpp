@@ -5,7 +5,6 @@
 #include <poll.h>
 #include <sys/eventfd.h>
 #include <sys/socket.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
@@ -19,12 +18,6 @@ bool WouldHaveWaited() {
 }
 
 }  // namespace
-
-CDescriptor::~CDescriptor() {
-    if (descriptor_ >= 0) {
-        close(descriptor_);
-    }
-}
 
 std::optional<sockaddr_in> Ipv4Address(const char* ip, std::uint16_t port) {
     sockaddr_in address = {};
@@ -100,11 +93,6 @@ CWakeUp::CWakeUp() : descriptor_(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {}
 
 void CWakeUp::Set() const {
     eventfd_write(descriptor_.Get(), 1);
-}
-
-void CWakeUp::Reset() const {
-    eventfd_t drained = 0;
-    eventfd_read(descriptor_.Get(), &drained);
 }
 
 Waited WaitFor(int descriptor, Readiness what, int waitMs, const CWakeUp* wakeUp) {

@@ -1,5 +1,5 @@
 /// @file
-/// Sockets as the system has them: owned descriptors, addresses, connecting, moving bytes, waiting.
+/// Sockets as the system has them: addresses, connecting, moving bytes, waiting.
 /// Internal to this folder: what is particular to a system's sockets stands here.
 #ifndef ONVIF_CLIENT_PLATFORM_SOCKETS_H
 #define ONVIF_CLIENT_PLATFORM_SOCKETS_H
@@ -10,27 +10,10 @@
 #include <cstdint>
 #include <optional>
 #include <string_view>
-#include <utility>
+
+#include "platform/Descriptor.h"
 
 namespace onvif_client {
-
-/// A file descriptor, closed at the end of its owner.
-class CDescriptor {
- public:
-    /// Takes it over; -1 is none.
-    explicit CDescriptor(int descriptor) : descriptor_(descriptor) {}
-    ~CDescriptor();
-    CDescriptor(CDescriptor&& other) noexcept : descriptor_(other.Release()) {}
-    CDescriptor& operator=(CDescriptor&&) = delete;
-
-    int Get() const { return descriptor_; }
-    explicit operator bool() const { return descriptor_ >= 0; }
-    /// Whoever asks closes it.
-    int Release() { return std::exchange(descriptor_, -1); }
-
- private:
-    int descriptor_;
-};
 
 /// The address of @p ip (dotted IPv4) : @p port; nothing when that is none.
 std::optional<sockaddr_in> Ipv4Address(const char* ip, std::uint16_t port);
@@ -73,9 +56,8 @@ class CWakeUp {
  public:
     CWakeUp();
     explicit operator bool() const { return static_cast<bool>(descriptor_); }
-    /// Every wait ends with kWoken, from now until the reset.
+    /// Every wait ends with kWoken, from now on.
     void Set() const;
-    void Reset() const;
 
  private:
     friend Waited WaitFor(int descriptor, Readiness what, int waitMs, const CWakeUp* wakeUp);

@@ -3,10 +3,10 @@
 #include <utility>
 
 #include "platform/ConnectionWatch.h"
-#include "platform/Immortal.h"
 #include "platform/Listener.h"
 #include "platform/LocalAddresses.h"
 #include "platform/Mutex.h"
+#include "platform/PerProcess.h"
 #include "platform/Reactor.h"
 #include "platform/SocketLayer.h"
 #include "platform/Wirelink.h"
@@ -19,8 +19,8 @@ namespace {
 class CListenerTable {
  public:
     static CListenerTable& Instance() {
-        static CListenerTable& table = MakeImmortal<CListenerTable>();
-        return table;
+        static constinit CPerProcess<CListenerTable> table;
+        return table.Get();
     }
 
     bool Add(std::uint16_t port, CListenSocketObserver* observer) {

@@ -13,7 +13,6 @@
 #include <regex>
 #include <stdexcept>
 #include <string>
-#include <thread>
 
 #include "platform/LogFile.h"
 #include "platform/ManualResetEvent.h"
@@ -170,23 +169,6 @@ TEST(CorekitLog, AFileIsPrivateIsFollowedByThreeAndWaitsForNobody) {
     ASSERT_EQ(mkfifo((folder + "/pipe").c_str(), 0600), 0);
     EXPECT_TRUE(CLogFile(folder + "/pipe").IsOpen());
     std::filesystem::remove_all(folder);
-}
-
-TEST(ManualResetEvent, StaysSetUntilItIsReset) {
-    CManualResetEvent event;
-    event.Set();
-    event.Wait();
-    event.Wait();
-    event.Reset();
-    std::atomic<bool> passed = false;
-    std::jthread waiting([&] {
-        event.Wait();
-        passed = true;
-    });
-    EXPECT_FALSE(passed);
-    event.Set();
-    waiting.join();
-    EXPECT_TRUE(passed);
 }
 
 }  // namespace

@@ -122,6 +122,10 @@ TEST(ThreadPool, LosesNoTaskAndRunsNoneTwice) {
     while (runs < 4000) {
         std::this_thread::yield();
     }
+    std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    const std::clock_t used = std::clock();
+    std::this_thread::sleep_for(std::chrono::milliseconds(200));
+    EXPECT_LT(std::clock() - used, CLOCKS_PER_SEC / 10) << "idle workers use the processor";
     pool.Stop();
     EXPECT_EQ(runs, 4000);
 }
