@@ -16,7 +16,7 @@ void BecomeAChild() {
 }
 
 /// Without memory for it, children are as ill off as they would be anyway.
-[[maybe_unused]] const int registered = pthread_atfork(nullptr, nullptr, &BecomeAChild);
+[[maybe_unused]] const int kRegistered = pthread_atfork(nullptr, nullptr, &BecomeAChild);
 
 }  // namespace
 

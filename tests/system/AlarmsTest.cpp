@@ -1,5 +1,4 @@
 #include <gtest/gtest.h>
-#include <sys/wait.h>
 
 #include <algorithm>
 #include <cstdlib>
@@ -371,11 +370,10 @@ TEST(Applications, EndWithTheirOwnStatus) {
         {"memory", 1},      {"fork", 1}};
     for (const auto& [mode, rounds] : modes) {
         for (int round = 0; round < rounds; ++round) {
-            const std::string command = "timeout 60 " APPLICATION " >/dev/null " + port;
-            // What a sanitizer finds has a status of its own.
-            const int status = std::system((command + " " + mode).c_str());
-            ASSERT_TRUE(WIFEXITED(status)) << mode;
-            EXPECT_EQ(WEXITSTATUS(status), 7) << mode << ", round " << round;
+            std::string command = "timeout 60 " APPLICATION " >/dev/null ";
+            command.append(port).append(" ").append(mode);
+            // What a sanitizer finds has a status of its own, and so has a crash.
+            EXPECT_EQ(std::system(command.c_str()), 7 << 8) << mode << ", round " << round;
         }
     }
 }

@@ -10,7 +10,6 @@
 #include <fstream>
 #include <new>
 #include <random>
-#include <source_location>
 
 #include "support/RawClient.h"
 #include "system/AlarmObserver.h"
@@ -24,7 +23,7 @@ using std::filesystem::directory_iterator;
 
 constexpr int kStatus = 7;
 
-const pid_t firstProcess = getpid();
+const pid_t kFirstProcess = getpid();
 unsigned short port = 0;
 std::atomic<int> allocationsLeft = -1;  // the one that finds 0 fails
 void (*inCallback)() = [] {};
@@ -33,9 +32,9 @@ void (*inCallback)() = [] {};
 client_test::CAlarmObserver& observer =
     *std::make_unique<client_test::CAlarmObserver>([](unsigned int) { inCallback(); }).release();
 
-void Require(bool holds, std::source_location place = std::source_location::current()) {
+void Require(bool holds, int line = __builtin_LINE()) {
     if (!holds) {
-        std::_Exit(static_cast<int>(place.line()));
+        std::_Exit(line);
     }
 }
 
@@ -183,14 +182,15 @@ void Fork() {
 }  // namespace
 
 // The stacks of the threads that a child does not have hold nothing there.
-extern "C" int __lsan_is_turned_off() {  // NOLINT(bugprone-reserved-identifier)
-    return getpid() == firstProcess ? 0 : 1;
+extern "C" int __lsan_is_turned_off() {  // NOLINT: its name
+    return getpid() == kFirstProcess ? 0 : 1;
 }
 
 std::random_device::result_type std::random_device::_M_getval() {
     throw std::runtime_error("no entropy");
 }
 
+// NOLINTBEGIN(cppcoreguidelines-no-malloc, cppcoreguidelines-owning-memory): what else
 void* operator new(std::size_t size) {
     void* made = allocationsLeft >= 0 && --allocationsLeft < 0 ? nullptr : std::malloc(size);
     return made == nullptr ? throw std::bad_alloc() : made;
@@ -201,6 +201,7 @@ void operator delete(void* freed) noexcept {
 void operator delete(void* freed, std::size_t) noexcept {
     std::free(freed);
 }
+// NOLINTEND(cppcoreguidelines-no-malloc, cppcoreguidelines-owning-memory)
 
 int main(int, char** arguments) {
     const std::map<std::string, void (*)()> modes = {
