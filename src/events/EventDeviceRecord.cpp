@@ -9,10 +9,10 @@ namespace onvif_client {
 
 EventDeviceRecord::EventDeviceRecord(ISessionSource& sessions, std::uint32_t loginId,
                                      CONVIFAlarmStateObserver* observer,
-                                     std::string callbackAddress)
-    : sessions_(sessions),
-      loginId_(loginId),
+                                     std::string callbackAddress, std::string name)
+    : loginId_(loginId),
       callbackAddress_(std::move(callbackAddress)),
+      name_(std::move(name)),
       states_(loginId, observer),
       flow_(TickCount()),
       parser_(*this, sessions, loginId),
@@ -160,10 +160,7 @@ void EventDeviceRecord::BeginPull(PullRequest request) {
 }
 
 void EventDeviceRecord::Log(const DeviceNews& news) const {
-    const CSessionReference reference(sessions_, loginId_);
-    const CHttpClient* session = reference.Session();
-    LogNews(news, session == nullptr ? "login id " + std::to_string(loginId_)
-                                     : DeviceName(session->DeviceAddress(), session->Port()));
+    LogNews(news, name_);
 }
 
 }  // namespace onvif_client

@@ -29,8 +29,10 @@ namespace onvif_client {
 
 class EventDeviceRecord final : public IPullSink {
  public:
+    /// @param name  of the device in log lines.
     EventDeviceRecord(ISessionSource& sessions, std::uint32_t loginId,
-                      CONVIFAlarmStateObserver* observer, std::string callbackAddress);
+                      CONVIFAlarmStateObserver* observer, std::string callbackAddress,
+                      std::string name = {});
     ~EventDeviceRecord() override = default;
     EventDeviceRecord(const EventDeviceRecord&) = delete;
     EventDeviceRecord& operator=(const EventDeviceRecord&) = delete;
@@ -89,9 +91,9 @@ class EventDeviceRecord final : public IPullSink {
  private:
     void Log(const DeviceNews& news) const EXCLUDES(lock_);
 
-    ISessionSource& sessions_;
     const std::uint32_t loginId_;
     const std::string callbackAddress_;
+    const std::string name_;
 
     // Behind the loop lock, before every other lock: an observer may call any export.
     CRecursiveMutex visitLock_;

@@ -4,13 +4,14 @@
 #include <utility>
 
 #include "common/GbkTexts.h"
-#include "common/LogPoints.h"
+#include "common/LogText.h"
 #include "common/TraceText.h"
 #include "events/CallbackAddress.h"
 #include "events/DeviceExchanges.h"
 #include "events/DeviceTasks.h"
 #include "platform/Clock.h"
 #include "platform/LocalAddresses.h"
+#include "platform/OrNothing.h"
 #include "platform/Wirelink.h"
 
 namespace onvif_client {
@@ -28,6 +29,16 @@ void Remove(const CDeviceTable::Record& record) {
         const CLockGuard visit(record->VisitLock());
         record->Remove();
     }
+}
+
+/// As log lines name the device. Empty without memory: an observer matters more than its name.
+std::string NameOf(std::uint32_t loginId, ISessionSource& sessions) {
+    return OrNothing([&] {
+        const CSessionReference reference(sessions, loginId);
+        const CHttpClient* session = reference.Session();
+        return session == nullptr ? "login id " + std::to_string(loginId)
+                                  : DeviceName(session->DeviceAddress(), session->Port());
+    });
 }
 
 }  // namespace
@@ -119,7 +130,8 @@ void COnvifEventCtrol::Join(const EventThreads& threads) {
 void COnvifEventCtrol::AddDevice(std::uint32_t loginId, CONVIFAlarmStateObserver* observer,
                                  const std::string& deviceAddress) {
     const auto record = std::make_shared<EventDeviceRecord>(sessions_, loginId, observer,
-                                                            NextCallbackAddress(deviceAddress));
+                                                            NextCallbackAddress(deviceAddress),
+                                                            NameOf(loginId, sessions_));
     record->Claim();
     const CClaim claim(*record);
     // In the table before anything can fail: what does is then due there.
