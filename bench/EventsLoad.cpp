@@ -92,19 +92,31 @@ void LogOut(const Site& site) {
     }
 }
 
+/// Leaves out what was told again: an active state is when the next change is late by seconds.
+std::vector<CEar::Told> WithoutRepetitions(std::vector<CEar::Told> told) {
+    const auto repeats = [](const CEar::Told& one, const CEar::Told& other) {
+        return one.motion == other.motion && one.state == other.state;
+    };
+    told.erase(std::ranges::unique(told, repeats).begin(), told.end());
+    return told;
+}
+
 struct Deliveries {
     bool exact = false;  // every change was told once and in order
-    double slowestMs = 0;
+    std::vector<double> latencies;
 };
 
-Deliveries PrintDeliveries(const Site& site, std::size_t changes) {
+Deliveries PrintDeliveries(const Site& site, std::size_t changes, bool repetitions) {
     const std::size_t count = site.ears.size();
     std::vector<double> latencies;
     std::size_t made = 0;
     std::size_t told = 0;
     std::size_t exact = 0;
     for (std::size_t i = 0; i < count; ++i) {
-        const auto heard = site.ears[i]->Await(0);
+        auto heard = site.ears[i]->Await(0);
+        if (repetitions) {
+            heard = WithoutRepetitions(std::move(heard));
+        }
         const auto own = LatenciesOf(site.cameras, i, heard, changes);
         latencies.insert(latencies.end(), own.begin(), own.end());
         made += site.cameras.Messages(i);
@@ -115,7 +127,7 @@ Deliveries PrintDeliveries(const Site& site, std::size_t changes) {
                  "%zu changes made, %zu told; every change once and in order: %zu of %zu cameras\n",
                  made, told, exact, count);
     PrintSpans("change to callback", latencies);
-    return {exact == count, latencies.empty() ? 0 : std::ranges::max(latencies)};
+    return {exact == count, std::move(latencies)};
 }
 
 /// Memory of the process that is its own, in KB.
@@ -152,7 +164,7 @@ bool MeasureLoad(std::size_t cameras, std::size_t changes) {
 
     AwaitAll(site, changes);
     LogOut(site);
-    return PrintDeliveries(site, changes).exact;
+    return PrintDeliveries(site, changes, false).exact;
 }
 
 bool MeasureDead(std::size_t cameras, std::size_t dead, std::size_t changes) {
@@ -185,6 +197,9 @@ bool MeasureDead(std::size_t cameras, std::size_t dead, std::size_t changes) {
         ONVIF_CLIENT_Logout(id);
     }
     LogOut(site);
-    const Deliveries deliveries = PrintDeliveries(site, changes);
-    return deliveries.exact && deliveries.slowestMs <= kLongestStallMs;
+    const Deliveries deliveries = PrintDeliveries(site, changes, true);
+    const auto stalls = std::ranges::count_if(deliveries.latencies,
+                                              [](double each) { return each > kLongestStallMs; });
+    std::fprintf(stderr, "changes told after more than %.0f ms: %td\n", kLongestStallMs, stalls);
+    return deliveries.exact && stalls == 0;
 }
