@@ -1,6 +1,6 @@
 // What the alarm side hears: replies to pulls and posted messages, in pieces.
 #include "FuzzInput.h"
-#include "ScriptedSockets.h"
+#include "FuzzPeer.h"
 #include "events/EventParse.h"
 #include "events/NotificationReceiver.h"
 #include "events/NotifyMessage.h"
@@ -78,11 +78,12 @@ class CSink final : public INotifySink {
 };
 
 std::string Post(std::string_view post, std::size_t pieceSize) {
-    SetPeer(post, pieceSize);
+    CFuzzPeer& peer = CFuzzPeer::Instance();
+    peer.Answer({std::string(post)}, pieceSize);
     CSink sink;
-    CNotificationReceiver(sink).OnAccept(1);
+    CNotificationReceiver(sink).OnAccept(peer.Accept());
     Expect(sink.Calls() <= 1);
-    Expect(SentToPeer().starts_with("HTTP/1.1 200 OK\r\n") == (sink.Calls() == 1));
+    Expect(peer.Sent().starts_with("HTTP/1.1 200 OK\r\n") == (sink.Calls() == 1));
     return sink.Told();
 }
 

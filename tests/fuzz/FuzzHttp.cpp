@@ -1,6 +1,6 @@
 // HTTP as devices write it: replies and their heads, addresses, challenges, pictures.
 #include "FuzzInput.h"
-#include "ScriptedSockets.h"
+#include "FuzzPeer.h"
 #include "client/SnapshotDownload.h"
 #include "client/SoapExchange.h"
 #include "events/NotifyMessage.h"
@@ -40,7 +40,8 @@ void AnswerChallenge(std::string_view text, std::size_t) {
 }
 
 std::string Download(std::string_view reply, std::size_t pieceSize) {
-    SetPeer(reply, pieceSize);
+    // As often as it is asked.
+    CFuzzPeer::Instance().Answer({std::string(reply), std::string(reply)}, pieceSize);
     ResponseBuffer picture;
     std::atomic<bool> digest = false;
     CSnapshotDownload("127.0.0.1", kCredentials, "http://127.0.0.1/picture", digest).Run(picture);

@@ -4,6 +4,7 @@
 #ifndef ONVIF_CLIENT_TESTS_FUZZ_FUZZINPUT_H
 #define ONVIF_CLIENT_TESTS_FUZZ_FUZZINPUT_H
 
+#include <algorithm>
 #include <cstdint>
 #include <cstdlib>
 #include <string>
@@ -33,6 +34,26 @@ inline void Expect(bool holds) {
 
 /// A parser that forgives nothing reads the text.
 void ExpectDocument(std::string_view text);
+
+/// What stands between two replies of a session.
+constexpr char kBetweenReplies = '\x1e';
+
+inline std::vector<std::string> SplitReplies(std::string_view text) {
+    std::vector<std::string> replies;
+    while (!text.empty()) {
+        const std::size_t end = std::min(text.find(kBetweenReplies), text.size());
+        replies.emplace_back(text.substr(0, end));
+        text.remove_prefix(std::min(end + 1, text.size()));
+    }
+    return replies;
+}
+
+/// A request of one command, the one with that number.
+inline std::string OneCommand(const CommandTable& table, std::size_t number) {
+    const std::string root(table.root);
+    const std::string name(table.rows[number % table.rows.size()].name);
+    return "<" + root + "><" + name + "/></" + root + ">";
+}
 
 /// A step that makes a result, and the command that it belongs to.
 struct ResultStep {

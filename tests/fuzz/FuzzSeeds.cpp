@@ -1,6 +1,6 @@
 // Writes what the fuzz targets start from: fuzz_seeds DOCUMENT FOLDER makes FOLDER/results,
-// requests, http and alarms, and a dictionary beside each. The requests are the examples of the
-// document (docs/commands.md); the replies are what simulated cameras answer to them.
+// requests, http, alarms and session, and a dictionary beside each. The requests are the examples
+// of the document (docs/commands.md); the replies are what simulated cameras answer to them.
 #include <camera_sim/CameraSim.h>
 
 #include <filesystem>
@@ -10,6 +10,7 @@
 
 #include "FuzzInput.h"
 #include "client/HttpClient.h"
+#include "events/EventDocuments.h"
 #include "platform/Wirelink.h"
 #include "support/RawClient.h"
 
@@ -134,6 +135,36 @@ void AskCamera(const camera_sim::CameraOptions& options, const std::vector<std::
     ask(AllCommands(kSetCommands));
 }
 
+/// Whole sessions in the order of fuzz_session.
+void AddSessions(const camera_sim::CameraOptions& options, CCorpus& sessions) {
+    camera_sim::CCameraHost host;
+    const std::uint16_t port = host.Add(options).Port();
+    const std::size_t rows = std::max(kGetCommands.rows.size(), kSetCommands.rows.size());
+    for (std::size_t i = 0; i < rows; ++i) {
+        heard.clear();
+        CHttpClient client("admin", "camera-1", "127.0.0.1", port);
+        client.Login();
+        ResponseBuffer response;
+        std::string result;
+        client.Get(OneCommand(kGetCommands, i), response);
+        client.Set(OneCommand(kSetCommands, i), result);
+        heard.emplace_back("HTTP/1.1 200 OK\r\nContent-Length: 6\r\n\r\npixels");
+        client.Set("<Set><unsubscribe/></Set>", result);
+        client.Set("<Set><createPullPointSubscription/></Set>", result);
+        const std::string pull = PullDocument(
+            {.address = ReadSubscription(result).value_or(SubscriptionAnswer{}).address,
+             .timeout = "PT1S"});
+        client.Get(pull, response);
+        client.Get(pull, response);
+        heard.emplace_back("POST /subscription_0 HTTP/1.1\r\nContent-Length: 4\r\n\r\n<a/>");
+        std::string text;
+        for (const std::string& each : std::exchange(heard, {})) {
+            text += each + kBetweenReplies;
+        }
+        sessions.Add(text, i);
+    }
+}
+
 void AddTexts(CCorpus& results, CCorpus& http, CCorpus& alarms) {
     results.Add("0P8A8A==", ResultSteps().size() + 5);
     for (const char* address :
@@ -184,6 +215,7 @@ int main(int argc, char** argv) {
     CCorpus requests(argv[2], "requests");
     CCorpus http(argv[2], "http");
     CCorpus alarms(argv[2], "alarms");
+    CCorpus sessions(argv[2], "session");
     const std::vector<std::string> examples = Examples(argv[1]);
     for (const std::string& request : examples) {
         requests.Add(request, 0);
@@ -197,6 +229,7 @@ int main(int argc, char** argv) {
           camera_sim::CameraOptions{
               .model = "fixed", .senderFaultStatus = 500, .prefixStyle = "s", .prettyXml = true}}) {
         AskCamera(options, examples, results, http, alarms);
+        AddSessions(options, sessions);
     }
     AddTexts(results, http, alarms);
     WIRELINK_Quit();
