@@ -10,8 +10,8 @@
 #include <utility>
 
 #include "platform/Clock.h"
-#include "platform/Immortal.h"
 #include "platform/ManualResetEvent.h"
+#include "platform/PerProcess.h"
 #include "platform/Wirelink.h"
 
 namespace client_test::network {
@@ -73,7 +73,9 @@ struct State {
     CClock clock;
 };
 
-State& net = onvif_client::MakeImmortal<State>();
+// Never destroyed, as threads may still be inside while the process ends.
+constinit onvif_client::CPerProcess<State> state;
+State& net = state.Get();
 
 Connection* Find(std::uint32_t handle) {
     const auto found = net.connections.find(handle);
