@@ -128,7 +128,7 @@ int CHttpClient::DownloadPicture(const std::string& address, ResponseBuffer& pic
     if (address.empty()) {
         return status::kNotSent;
     }
-    CSnapshotDownload(ip_, credentials_, address, digestAnswered_).Run(picture);
+    CSnapshotDownload(ip_, credentials_, address, digestAsked_).Run(picture);
     return status::kSuccess;
 }
 

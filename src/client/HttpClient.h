@@ -138,7 +138,7 @@ class CHttpClient final : public ICommandSession {
     bool loggedIn_ = false;
     std::optional<CLoginPatience> patience_;  // nothing but during the login
 
-    std::atomic<bool> digestAnswered_ = false;  // for a picture; Basic is not answered any more
+    std::atomic<bool> digestAsked_ = false;  // for a picture; Basic is not answered any more
 
     CMutex countLock_;  // behind the registry lock
     int referenceCount_ GUARDED_BY(countLock_) = 1;

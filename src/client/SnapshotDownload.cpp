@@ -1,5 +1,6 @@
 #include "client/SnapshotDownload.h"
 
+#include <algorithm>
 #include <cstring>
 #include <new>
 #include <utility>
@@ -26,11 +27,11 @@ constexpr std::uint64_t kLargestPicture = 67108864;
 }  // namespace
 
 CSnapshotDownload::CSnapshotDownload(const std::string& ip, const Credentials& credentials,
-                                     std::string_view address, std::atomic<bool>& digestAnswered)
+                                     std::string_view address, std::atomic<bool>& digestAsked)
     : ip_(ip),
       credentials_(credentials),
       address_(ParseSnapshotAddress(address)),
-      digestAnswered_(digestAnswered),
+      digestAsked_(digestAsked),
       request_(BuildSnapshotRequest(address_, credentials, {})) {}
 
 void CSnapshotDownload::Run(ResponseBuffer& picture) {
@@ -99,12 +100,12 @@ void CSnapshotDownload::Answer(const std::vector<HttpChallenge>& challenges) {
     bool refused = false;
     for (const HttpChallenge& each : challenges) {
         const bool digest = each.scheme == AuthorizationScheme::kDigest;
-        refused = !digest && digestAnswered_;
+        refused = !digest && digestAsked_;
         std::string request =
             refused ? std::string() : BuildSnapshotRequest(address_, credentials_, each);
         if (!request.empty()) {
             if (digest) {
-                digestAnswered_ = true;
+                digestAsked_ = true;
             }
             request_ = std::move(request);
             return;
@@ -119,6 +120,13 @@ void CSnapshotDownload::Answer(const std::vector<HttpChallenge>& challenges) {
 bool CSnapshotDownload::ReadHeader(std::string_view header, ResponseBuffer& picture) {
     const SnapshotHeader read = ReadSnapshotHeader(header);
     if (read.unauthorized) {
+        // Basic beside Digest is the device's own offer; Basic alone afterwards may be another's.
+        const bool basicToo = std::ranges::any_of(read.challenges, [](const HttpChallenge& each) {
+            return each.scheme == AuthorizationScheme::kBasic;
+        });
+        if (read.asksForDigest && !basicToo) {
+            digestAsked_ = true;
+        }
         if (!read.challenges.empty()) {
             Answer(read.challenges);
         } else {

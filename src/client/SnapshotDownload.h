@@ -22,15 +22,16 @@ namespace onvif_client {
 /// state it); what is longer is cut. A length of more than 64 MiB gives no picture.
 ///
 /// Digest goes before Basic, which discloses the password: to a device that has asked for Digest
-/// once, Basic is not answered any more. A challenge that is not answered is logged.
+/// once, Basic is not answered any more; only where it always offers both, and a Digest that cannot
+/// be answered, it is. A challenge that is not answered is logged.
 class CSnapshotDownload {
  public:
     /// @param ip  connected to in place of the address's host, whatever that is.
-    /// @param digestAnswered  whether the device's session has answered a challenge to Digest; set
-    ///                        by the first download that does, read by all.
+    /// @param digestAsked  whether the device has asked for Digest in this session: for what could
+    ///                     be answered, or without Basic beside it. Set and read by all downloads.
     /// All but the address must outlive the download.
     CSnapshotDownload(const std::string& ip, const Credentials& credentials,
-                      std::string_view address, std::atomic<bool>& digestAnswered);
+                      std::string_view address, std::atomic<bool>& digestAsked);
 
     /// @param picture  has no data when nothing came; else its size tells how many bytes did.
     void Run(ResponseBuffer& picture);
@@ -57,7 +58,7 @@ class CSnapshotDownload {
     const std::string& ip_;
     const Credentials& credentials_;
     const SnapshotAddress address_;
-    std::atomic<bool>& digestAnswered_;
+    std::atomic<bool>& digestAsked_;
     std::string request_;  // of the next attempt
     std::uint64_t limit_ = 0;
     bool final_ = false;  // no further attempt

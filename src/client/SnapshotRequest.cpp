@@ -76,12 +76,14 @@ bool SetParameter(std::string_view name, const std::string& value, HttpChallenge
 
 /// Adds the challenges of a field that this client speaks. They stand one behind the other, divided
 /// by commas as their parameters are (RFC 9110, 11.6.1): a word without "=" begins the next one.
-void ReadChallenges(std::string_view field, std::vector<HttpChallenge>& challenges) {
+void ReadChallenges(std::string_view field, SnapshotHeader& read) {
+    std::vector<HttpChallenge>& challenges = read.challenges;
     bool digest = false;  // the parameters are those of the last challenge that was added
     while (!field.empty()) {
         const std::string_view word = TakeWord(field);
         if (!field.starts_with('=')) {
             digest = SameLetters(word, "Digest");
+            read.asksForDigest = read.asksForDigest || digest;
             if (digest || SameLetters(word, "Basic")) {
                 challenges.emplace_back().scheme =
                     digest ? AuthorizationScheme::kDigest : AuthorizationScheme::kBasic;
@@ -182,7 +184,7 @@ SnapshotHeader ReadSnapshotHeader(std::string_view header) {
         }
     }
     for (const std::string& offer : offers) {
-        ReadChallenges(offer, read.challenges);
+        ReadChallenges(offer, read);
     }
     std::stable_partition(
         read.challenges.begin(), read.challenges.end(),

@@ -45,6 +45,8 @@ struct SnapshotHeader {
     /// With unauthorized: the challenges that this client speaks, those to Digest (MD5) before
     /// those to Basic, else in the device's order.
     std::vector<HttpChallenge> challenges;
+    /// With unauthorized: whether there is a challenge to Digest, in whatever algorithm.
+    bool asksForDigest = false;
     /// 0 when the header does not say.
     std::uint64_t contentLength = 0;
 };

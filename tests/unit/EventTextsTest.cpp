@@ -173,6 +173,22 @@ TEST(EventDocuments, APullRepeatsShortDurationsAlone) {
     }
 }
 
+TEST(EventDocuments, ASubscriptionHasTextsThatAPullCanRepeat) {
+    const std::string address(2000, 'a');
+    const std::string id(512, 'i');
+    const auto read = [](const std::string& at, const std::string& identifier) {
+        return ReadSubscription("<SetResponse><createPullPointSubscription><address>" + at +
+                                "</address><subscriptionId>" + identifier +
+                                "</subscriptionId></createPullPointSubscription></SetResponse>");
+    };
+    const auto longest = read(address, id);
+    ASSERT_TRUE(longest);
+    EXPECT_EQ(longest->address + longest->id + longest->idAttribute, address + id + "NULL");
+    EXPECT_EQ(read("a", id + "i").value().id, "NULL");
+    EXPECT_FALSE(read(address + "a", id));
+    EXPECT_FALSE(ReadSubscription("<SetResponse/>"));
+}
+
 TEST(NotifyDelivery, PostsReachTheDeviceThatTheyAreAbout) {
     const auto notify = [](const char* to, const char* reference) {
         return std::string("<s:Envelope><s:Header><ad:To>") + to +

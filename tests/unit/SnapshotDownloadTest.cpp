@@ -159,7 +159,9 @@ TEST_F(SnapshotDownload, AnswersDigestWhereItCanAndBasicUntilThen) {
         // One session, in this order.
         {"Basic realm=\"r\"", basicAnswer, ""},
         {tooLong + ", Basic realm=\"r\"", basicAnswer, ""},
+        {"Digest realm=r, nonce=n, algorithm=SHA-256, Basic realm=r", basicAnswer, ""},
         {tooLong, "", strange},
+        {"Basic realm=\"r\"", "", "Basic credentials after Digest"},
         {"Digest nonce=n, realm=\"r\n\"", "", strange},
         {"Digest nonce=\"n\r\", realm=r", "", strange},
         {digest + ", opaque=" + '\0', "", strange},
