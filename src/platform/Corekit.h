@@ -39,9 +39,9 @@ void COREKIT_AbnormalOutput(const CorekitText& kind, const char* source, int lin
 void COREKIT_AbnormalOutput(const char* kind, const char* source, const char* what,
                             const char* device = nullptr);
 
-/// Makes what descriptor 1 leads to now the standard output of traces: when it leads elsewhere
-/// later, to a connection of the application for one, they are dropped. Without a call, the first
-/// trace does it.
+/// Looks what descriptor 1 leads to. Traces follow it when it leads elsewhere later, but not to a
+/// connection, and nowhere when it is closed now: what is then given its number is the
+/// application's. Without a call, the first trace does it.
 void COREKIT_BeginTraces();
 
 /// A trace: one or more whole lines, with their line breaks in front and behind. They go where the

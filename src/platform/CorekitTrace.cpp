@@ -74,8 +74,8 @@ class CTraces {
             output_.Put(STDERR_FILENO, std::move(line));
             return;
         }
-        const OpenFileId now = OpenFileOf(STDOUT_FILENO);
-        if (now == standardOutput_) {
+        const bool unchanged = OpenFileOf(STDOUT_FILENO) == standardOutput_;
+        if (unchanged || (standardOutput_ != OpenFileId{} && !IsSocket(STDOUT_FILENO))) {
             output_.Put(STDOUT_FILENO, std::move(line));
         } else {
             output_.Drop();

@@ -101,6 +101,11 @@ OpenFileId OpenFileOf(int descriptor) {
     return {file.st_dev, file.st_ino};
 }
 
+bool IsSocket(int descriptor) {
+    struct stat file = {};
+    return fstat(descriptor, &file) == 0 && S_ISSOCK(file.st_mode);
+}
+
 std::size_t WriteAtOnce(int descriptor, std::string_view bytes) {
     struct stat file = {};
     const int flags = fcntl(descriptor, F_GETFL);

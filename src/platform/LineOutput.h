@@ -14,6 +14,7 @@ namespace onvif_client {
 /// What a descriptor leads to: device and file; two zeros when it is closed.
 using OpenFileId = std::pair<unsigned long long, unsigned long long>;
 OpenFileId OpenFileOf(int descriptor);
+bool IsSocket(int descriptor);
 
 /// Writes at most PIPE_BUF bytes to a descriptor that others may share, whose flags stay as they
 /// are. Waits for no reader of a pipe, socket or terminal, and raises no SIGPIPE.
