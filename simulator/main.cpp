@@ -40,6 +40,8 @@ struct Arguments {
     bool noPtz = false;
     bool exitWithStdin = false;
     std::vector<std::string> faults;
+    camera_sim::Spoiling spoiling;
+    bool listsKinds = false;
 };
 
 void AddFlags(CLI::App& app, Arguments& arguments) {
@@ -63,6 +65,16 @@ void AddFlags(CLI::App& app, Arguments& arguments) {
     app.add_flag("--pulls-renew", camera.pullsRenew, "every pull extends its subscription");
     app.add_flag("--pretty", camera.prettyXml, "answers with line breaks and indentation");
     app.add_flag("--exit-with-stdin", arguments.exitWithStdin, "end when standard input is closed");
+}
+
+void ReadSpoiling(const std::string& text, Arguments& arguments) {
+    arguments.listsKinds = text == "list";
+    std::string error;
+    const auto spoiling = camera_sim::ParseSpoiling(arguments.listsKinds ? "none" : text, error);
+    if (!spoiling) {
+        throw CLI::ValidationError("--spoil", error);
+    }
+    arguments.spoiling = *spoiling;
 }
 
 void AddOptions(CLI::App& app, Arguments& arguments) {
@@ -116,6 +128,9 @@ void AddOptions(CLI::App& app, Arguments& arguments) {
         ->capture_default_str();
     app.add_option("--fault", arguments.faults, "a misbehaviour, see below; may be repeated")
         ->allow_extra_args(false);
+    app.add_option_function<std::string>(
+        "--spoil", [&arguments](const std::string& text) { ReadSpoiling(text, arguments); },
+        "spoil replies: KIND[:SEED[:N]], see below; list: name the kinds");
 }
 
 void AddEventOptions(CLI::App& app, Arguments& arguments) {
@@ -169,6 +184,7 @@ bool StartCameras(camera_sim::CCameraHost& host, const Arguments& arguments,
         for (const camera_sim::PlannedFault& planned : faults) {
             camera->Inject(planned.operation, planned.fault);
         }
+        camera->Spoil(arguments.spoiling);
         std::cout << "onvif-camera-sim: " << arguments.camera.model
                   << " listening on 127.0.0.1:" << camera->Port() << std::endl;
     }
@@ -197,8 +213,13 @@ int Run(int argc, char** argv) {
     AddEventOptions(app, arguments);
     AddFlags(app, arguments);
     app.footer("\nFaults:\n" + std::string(camera_sim::FaultSyntax()) + "\n" +
+               "Spoiled replies:\n" + std::string(camera_sim::SpoilingSyntax()) + "\n" +
                std::string(camera_sim::ControlHelp()));
     CLI11_PARSE(app, argc, argv);
+    if (arguments.listsKinds) {
+        std::cout << camera_sim::SpoilKindList() << std::flush;
+        return 0;
+    }
 
     std::vector<camera_sim::PlannedFault> faults;
     for (const std::string& text : arguments.faults) {

@@ -22,6 +22,9 @@ void CCamera::ClearFaults() {
 std::vector<PlannedFault> CCamera::Faults() const {
     return core_->Faults();
 }
+bool CCamera::Spoil(const Spoiling& spoiling) {
+    return core_->Spoil(spoiling);
+}
 std::uint64_t CCamera::Count(std::string_view operation) const {
     return core_->Count(operation);
 }

@@ -75,6 +75,8 @@ Reply CCameraCore::Handle(HttpRequest request, std::function<void()> wake) {
         deferred.wake = std::move(wake);
         deferred.record = record;
         reply = ResumeLocked(reply.ticket);
+    } else {
+        spoiler_.Spoil(understood.operation, reply);
     }
     PublishLocked();
     return reply;
@@ -218,6 +220,16 @@ void DisturbReply(Reply& reply, const Fault& fault) {
         reply.segment = fault.bytes;
         reply.pause = fault.pause;
     }
+}
+
+bool CCameraCore::Spoil(const Spoiling& spoiling) {
+    const std::lock_guard guard(lock_);
+    return spoiler_.Begin(spoiling);
+}
+
+std::optional<Reply::Ending> CCameraCore::EndingAtConnection() {
+    const std::lock_guard guard(lock_);
+    return spoiler_.AtConnection();
 }
 
 void CCameraCore::Inject(PlannedFault fault) {

@@ -17,6 +17,7 @@
 #include "camera_sim/FaultPlan.h"
 #include "camera_sim/control/ControlledCamera.h"
 #include "camera_sim/events/EventHub.h"
+#include "camera_sim/hostile/Spoiler.h"
 #include "camera_sim/http/Http.h"
 #include "camera_sim/http/HttpAuthentication.h"
 #include "camera_sim/services/Operation.h"
@@ -44,6 +45,8 @@ class CCameraCore final : public IControlledCamera {
     /// Must come before everything else.
     void Attach(Outlets outlets) { outlets_ = std::move(outlets); }
 
+    /// How a new connection ends before its request is read, if it does.
+    std::optional<Reply::Ending> EndingAtConnection();
     /// What the camera answers to a request for one of its services. @p wake is called, from any
     /// thread and with the camera's lock held, when a deferred reply may be ready; it must neither
     /// wait nor call the camera.
@@ -66,6 +69,8 @@ class CCameraCore final : public IControlledCamera {
     std::vector<SubscriptionInfo> Subscriptions() const override;
     void Reboot() override;
 
+    /// False when there is no such kind.
+    bool Spoil(const Spoiling& spoiling);
     /// @p operation as in PlannedFault.
     std::uint64_t Count(std::string_view operation) const;
 
@@ -116,6 +121,7 @@ class CCameraCore final : public IControlledCamera {
     CAuthenticator authenticator_;
     CHttpAuthenticator snapshotAuthenticator_;
     CFaultPlan faults_;
+    CSpoiler spoiler_;
     CEvidence evidence_;
     mutable CEventHub events_;  // drops expired subscriptions whenever it is asked
     std::map<std::uint64_t, Deferred> deferred_;  // by ticket, oldest first

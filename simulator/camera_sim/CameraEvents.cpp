@@ -44,6 +44,7 @@ Reply CCameraCore::ResumeLocked(std::uint64_t ticket) {
     if (fault) {
         DisturbReply(reply, *fault);
     }
+    spoiler_.Spoil("PullMessages", reply);
     evidence_.SetStatus(found->second.record, reply.status);
     deferred_.erase(found);
     return reply;

@@ -27,6 +27,7 @@
 
 #include "camera_sim/control/ControlledCamera.h"
 #include "camera_sim/control/Fault.h"
+#include "camera_sim/hostile/Spoiler.h"
 #include "camera_sim/state/CameraOptions.h"
 #include "camera_sim/state/CameraState.h"
 
@@ -48,6 +49,11 @@ class CCamera {
     void Inject(std::string operation, Fault fault);
     void ClearFaults();
     std::vector<PlannedFault> Faults() const;
+
+    /// From now on whole replies are spoiled as bytes on their way out, after any fault; the kind
+    /// "none" ends it. Replies to control requests stay as they are, but not their connections.
+    /// False, and nothing changes, when there is no such kind.
+    bool Spoil(const Spoiling& spoiling);
 
     /// How often an operation was asked for, refused and disturbed requests included. @p operation
     /// as in PlannedFault; "*" counts everything but control requests. Counted beside the

@@ -54,6 +54,11 @@ class CConnections::CSession : public std::enable_shared_from_this<CSession> {
     void Start() {
         error_code ignored;
         stream_.socket().set_option(tcp::no_delay(true), ignored);
+        if (const auto ending = core_.EndingAtConnection()) {
+            unread_ = true;
+            reply_.ending = *ending;
+            return Send();
+        }
         stream_.expires_after(kIdleLimit);
         asio::async_read_until(stream_, asio::dynamic_buffer(input_, kHeadLimit), "\r\n\r\n",
                                [self = shared_from_this()](error_code error, std::size_t headSize) {
@@ -225,15 +230,10 @@ class CConnections::CSession : public std::enable_shared_from_this<CSession> {
     }
 
     void Send() {
-        if (reply_.ending == Reply::Ending::kSilence) {
-            stream_.expires_never();
-            return Drain();
-        }
         if (reply_.ending == Reply::Ending::kClose || sent_ == reply_.bytes.size()) {
             return Finish();
         }
-        const std::size_t rest = reply_.bytes.size() - sent_;
-        const std::size_t size = reply_.segment == 0 ? rest : std::min(reply_.segment, rest);
+        const std::size_t size = NextSize();
         stream_.expires_after(kIdleLimit);
         asio::async_write(stream_, asio::buffer(reply_.bytes.data() + sent_, size),
                           [self = shared_from_this()](error_code error, std::size_t written) {
@@ -241,6 +241,15 @@ class CConnections::CSession : public std::enable_shared_from_this<CSession> {
                                   self->AfterSegment(written);
                               }
                           });
+    }
+
+    std::size_t NextSize() const {
+        const std::size_t rest = reply_.bytes.size() - sent_;
+        if (reply_.segment == 0 || sent_ >= reply_.segmentsEnd) {
+            return rest;
+        }
+        return std::min(
+            rest, sent_ < reply_.segmentsBegin ? reply_.segmentsBegin - sent_ : reply_.segment);
     }
 
     void AfterSegment(std::size_t written) {
@@ -258,6 +267,14 @@ class CConnections::CSession : public std::enable_shared_from_this<CSession> {
 
     void Finish() {
         error_code ignored;
+        if (reply_.ending == Reply::Ending::kSilence) {
+            stream_.expires_never();
+            return Drain();
+        }
+        if (reply_.ending == Reply::Ending::kReset) {
+            stream_.socket().set_option(asio::socket_base::linger(true, 0), ignored);
+            return stream_.close();
+        }
         stream_.socket().shutdown(tcp::socket::shutdown_send, ignored);
         // Closing with received bytes unread would reset the connection, and the reply might be
         // lost on its way.

@@ -61,6 +61,48 @@ bool Refused(const std::string& reply) {
            reply.find("ter:NotAuthorized") != std::string::npos;
 }
 
+/// What comes back for two operations in turn; a client that ends its request is not kept waiting.
+std::string SpoiledReplies(const camera_sim::Spoiling& spoiling) {
+    camera_sim::CCameraHost host;
+    camera_sim::CCamera& camera = host.Add(Options());
+    EXPECT_TRUE(camera.Spoil(spoiling));
+    std::string replies;
+    for (int i = 0; i < 4; ++i) {
+        const client_test::CRawClient client(camera.Port());
+        const std::string body =
+            "<e:Envelope xmlns:e='http://www.w3.org/2003/05/soap-envelope'>"
+            "<e:Body><" +
+            std::string(i % 2 == 0 ? "GetHostname" : "No") +
+            " xmlns='http://www.onvif.org/ver10/device/wsdl'/></e:Body>"
+            "</e:Envelope>";
+        client.Send("POST /onvif/device_service HTTP/1.1\r\nContent-Length: " +
+                    std::to_string(body.size()) + "\r\n\r\n" + body);
+        client.EndSending();
+        replies += "|" + client.ReadToEnd();
+    }
+    return replies;
+}
+
+TEST(CameraSim, SpoilsRepliesByKindAndSeed) {
+    const std::string sound = SpoiledReplies({.kind = "none"});
+    for (const auto& kind : camera_sim::SpoilKinds()) {
+        SCOPED_TRACE(kind.name);
+        const camera_sim::Spoiling spoiling = {.kind = std::string(kind.name), .seed = 3};
+        const std::string spoiled = SpoiledReplies(spoiling);
+        EXPECT_EQ(spoiled, SpoiledReplies(spoiling));
+        // Two of the kinds deliver everything, only not as a client likes it.
+        const bool whole =
+            kind.name == "none" || kind.name == "drip" || kind.name.ends_with("-answered");
+        EXPECT_EQ(spoiled == sound, whole) << spoiled;
+        EXPECT_EQ(SpoiledReplies({.kind = std::string(kind.name), .oneIn = 0}), sound);
+    }
+    std::string error;
+    for (const char* text : {"", "cuts", "cut:", "cut:x", "cut:1:", "cut:1:2:3", "cut:-1"}) {
+        EXPECT_FALSE(camera_sim::ParseSpoiling(text, error)) << text;
+    }
+    EXPECT_EQ(camera_sim::ParseSpoiling("all:7:3", error)->oneIn, 3U);
+}
+
 TEST(CameraSim, ChecksUsernameTokens) {
     using namespace std::chrono_literals;
     struct Case {

@@ -22,12 +22,16 @@ struct HttpRequest {
 /// What the server does with a connection.
 struct Reply {
     /// kDeferred: there is no reply yet; CCameraCore::Resume has it later.
-    enum class Ending { kSend, kSilence, kClose, kDeferred };
+    /// kSend closes behind the bytes, kReset resets, kSilence stays connected; kClose sends none.
+    enum class Ending { kSend, kReset, kSilence, kClose, kDeferred };
     Ending ending = Ending::kSend;
     std::string bytes{};  ///< everything to send, HTTP head included
     unsigned status = 0;  ///< for the records
     std::chrono::milliseconds delay{0};
     std::size_t segment = 0;  ///< bytes sent at once; 0: all
+    /// Only what is between these goes out in segments.
+    std::size_t segmentsBegin = 0;
+    std::size_t segmentsEnd = std::string::npos;
     std::chrono::milliseconds pause{0};
     std::uint64_t ticket = 0;                       ///< of a deferred reply
     std::chrono::steady_clock::time_point until{};  ///< when to ask for it at the latest
