@@ -9,6 +9,7 @@
 
 #include "events/PullConnection.h"
 #include "platform/Wirelink.h"
+#include "support/Await.h"
 #include "support/ClosedPort.h"
 #include "support/DroppingPort.h"
 #include "support/ScriptedPeer.h"
@@ -18,13 +19,7 @@ namespace {
 
 using client_test::CPeerConnection;
 using client_test::CScriptedPeer;
-
-template <typename Condition>
-void WaitUntil(const Condition& condition) {
-    while (!condition()) {
-        std::this_thread::sleep_for(std::chrono::milliseconds(1));
-    }
-}
+using client_test::WaitUntil;
 
 auto OpenDescriptors() {
     return std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {});

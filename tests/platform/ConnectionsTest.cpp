@@ -3,6 +3,7 @@
 #include <netinet/in.h>
 #include <sys/resource.h>
 #include <sys/socket.h>
+#include <time.h>
 
 #include <atomic>
 #include <cstdlib>
@@ -17,6 +18,7 @@
 #include "platform/Connections.h"
 #include "platform/Listener.h"
 #include "platform/Wirelink.h"
+#include "support/Await.h"
 #include "support/ClosedPort.h"
 #include "support/RawClient.h"
 #include "support/ScriptedPeer.h"
@@ -28,6 +30,7 @@ using client_test::CClosedPort;
 using client_test::CPeerConnection;
 using client_test::CRawClient;
 using client_test::CScriptedPeer;
+using client_test::WaitUntil;
 
 /// Keeps what it hears; may do something about it.
 class CKeepingObserver final : public CSocketDataObserver {
@@ -62,13 +65,6 @@ class CKeepingObserver final : public CSocketDataObserver {
     std::atomic<int> running_ = 0;
     std::atomic<bool> inside_ = true;
 };
-
-template <typename Condition>
-void WaitUntil(const Condition& condition) {
-    while (!condition()) {
-        std::this_thread::sleep_for(std::chrono::milliseconds(1));
-    }
-}
 
 class Connections : public testing::Test {
  protected:
@@ -238,6 +234,27 @@ TEST_F(Connections, UnregisteringWaitsForTheCallbackWhileTheLayerStopsToo) {
     unregistering = true;
     WIRELINK_UnRegisterNode(handle);
     EXPECT_TRUE(ended);
+}
+
+auto ProcessorTime() {
+    timespec spent = {};
+    clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &spent);
+    return std::chrono::seconds(spent.tv_sec) + std::chrono::nanoseconds(spent.tv_nsec);
+}
+
+TEST_F(Connections, WhatThePeerHasClosedTakesNoProcessorTime) {
+    CScriptedPeer peer([](CPeerConnection& connection) { connection.Send("x"); });
+    CKeepingObserver observer;
+    for (int i = 0; i < 2; ++i) {
+        const std::uint32_t handle = Connect(peer.Port());
+        EXPECT_TRUE(WIRELINK_RegisterNode(handle, &observer, &observer, 1, 1));
+        EXPECT_TRUE(WIRELINK_Start(handle));
+    }
+    WaitUntil([&] { return observer.calls == 2; });
+    const auto before = ProcessorTime();
+    std::this_thread::sleep_for(std::chrono::milliseconds(400));
+    EXPECT_LT(ProcessorTime() - before, std::chrono::milliseconds(100));
+    EXPECT_EQ(observer.calls, 2);
 }
 
 class CIdleListener final : public CListenSocketObserver {

@@ -6,6 +6,7 @@
 #include <thread>
 
 #include "platform/Wirelink.h"
+#include "support/Await.h"
 #include "support/ClosedPort.h"
 #include "support/ScriptedPeer.h"
 
@@ -122,9 +123,7 @@ TEST_F(Exchange, QuitBreaksExchangesOffUntilTheNextInitial) {
                 replies[i] = buffer;
             });
         }
-        while (waiting < 4) {
-            std::this_thread::yield();
-        }
+        client_test::WaitUntil([&] { return waiting == 4; });
         WIRELINK_Quit();
         WIRELINK_Quit();
     }

@@ -5,32 +5,16 @@
 #include <camera_sim/CameraSim.h>
 
 #include <atomic>
-#include <chrono>
 #include <functional>
 #include <map>
 #include <mutex>
 #include <string>
-#include <thread>
 #include <utility>
 
 #include "onvif_client/OnvifClient.h"
+#include "support/Await.h"
 
 namespace client_test {
-
-/// Far more than anything takes here.
-constexpr auto kPatience = std::chrono::seconds(30);
-
-template <typename Condition>
-bool Await(const Condition& condition) {
-    const auto deadline = std::chrono::steady_clock::now() + kPatience;
-    while (!condition()) {
-        if (std::chrono::steady_clock::now() > deadline) {
-            return false;
-        }
-        std::this_thread::sleep_for(std::chrono::milliseconds(1));
-    }
-    return true;
-}
 
 class CAlarmObserver final : public CONVIFAlarmStateObserver {
  public:
