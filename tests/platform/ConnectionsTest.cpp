@@ -55,6 +55,7 @@ class CKeepingObserver final : public CSocketDataObserver {
         return heard_;
     }
     bool AlwaysAlone() const { return inside_; }
+    bool Runs() const { return running_ > 0; }
 
     std::function<void(std::uint32_t)> onData;
     std::atomic<int> calls = 0;
@@ -359,9 +360,12 @@ TEST_F(Connections, QuitMayComeFromACallbackOrFromManyThreads) {
     for (int round = 0; round < 10; ++round) {
         WIRELINK_Initial(1, 1, nullptr, 0);
         CKeepingObserver observer;
-        if (round % 2 == 0) {
-            observer.onData = [](std::uint32_t) { WIRELINK_Quit(); };
-        }
+        observer.onData = [round](std::uint32_t) {
+            if (round % 2 == 0) {
+                WIRELINK_Quit();
+            }
+            std::this_thread::sleep_for(std::chrono::milliseconds(3));
+        };
         std::vector<std::uint32_t> handles;
         for (int i = 0; i < 4; ++i) {
             handles.push_back(Connect(peer.Port()));
@@ -370,11 +374,12 @@ TEST_F(Connections, QuitMayComeFromACallbackOrFromManyThreads) {
         for (const std::uint32_t handle : handles) {
             WIRELINK_Start(handle);
         }
-        WaitUntil([&] { return observer.calls > 0; });
+        WaitUntil([&] { return !observer.Heard().empty(); });
         {
             std::jthread first(WIRELINK_Quit);
             std::jthread second(WIRELINK_Quit);
         }
+        EXPECT_FALSE(observer.Runs());
         EXPECT_EQ(WIRELINK_AddConnect(0, "127.0.0.1", peer.Port()), 0U);
         EXPECT_FALSE(WIRELINK_DestroyHNetCommunication(handles.front()));
     }

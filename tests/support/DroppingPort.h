@@ -5,6 +5,7 @@
 #include <arpa/inet.h>
 #include <poll.h>
 #include <sys/socket.h>
+#include <sys/time.h>
 #include <unistd.h>
 
 #include <bit>
@@ -21,6 +22,8 @@ class CDroppingPort {
         : listener_(socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
         const int on = 1;
         setsockopt(listener_, SOL_SOCKET, SO_REUSEADDR, &on, sizeof on);
+        const timeval patience = {30, 0};  // also of what is accepted
+        setsockopt(listener_, SOL_SOCKET, SO_RCVTIMEO, &patience, sizeof patience);
         address_.sin_family = AF_INET;
         address_.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
         address_.sin_port = htons(port);
@@ -52,7 +55,7 @@ class CDroppingPort {
         }
         fillers_.clear();
     }
-    /// Waits for the next connection.
+    /// Waits for the next connection, not for ever.
     int Accept() const { return accept4(listener_, nullptr, nullptr, SOCK_CLOEXEC); }
 
  private:

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <latch>
 #include <new>
 #include <utility>
@@ -34,8 +35,13 @@ class CNotingObserver final : public CONVIFAlarmStateObserver {
     }
     std::string Take() { return std::exchange(heard_, ""); }
 
+    std::function<void()> meanwhile = [] {};
+
  private:
-    void Note(char kind, bool state) { heard_ += {kind, state ? '1' : '0', ' '}; }
+    void Note(char kind, bool state) {
+        heard_ += {kind, state ? '1' : '0', ' '};
+        meanwhile();
+    }
     std::string heard_;
 };
 
@@ -62,8 +68,13 @@ class CNotedTasks final : public ITaskQueue {
 
 class CNoSessions final : public ISessionSource {
  public:
-    CHttpClient* Acquire(std::uint32_t) override { return nullptr; }
+    CHttpClient* Acquire(std::uint32_t) override {
+        meanwhile();
+        return nullptr;
+    }
     bool Release(std::uint32_t) override { return false; }
+
+    std::function<void()> meanwhile = [] {};
 };
 
 const SubscriptionAnswer kSubscribed = {"http://h/subscription"};
@@ -125,6 +136,20 @@ TEST_F(ControlLoop, ObserversHearChangesRepetitionsAndClearing) {
         record->Unclaim();
         EXPECT_EQ(observer_.Take(), step.heard) << &step - steps;
     }
+}
+
+TEST_F(ControlLoop, WhatAnInterruptLeavesUntoldIsToldNextTime) {
+    const auto one = Add(1);
+    const auto two = Add(2);
+    one->OnPullAnswer({{{kMotion, true}, {kInput, true}, {kMotion, false}}, "", 0});
+    two->OnPullAnswer({{{kMotion, true}}, "", 0});
+    observer_.meanwhile = [&] { loop_.Interrupt(); };
+    for (const char* heard : {"m1 ", "a1 ", "m0 "}) {
+        EXPECT_EQ(PassAfter(0), "");
+        EXPECT_EQ(observer_.Take(), heard);
+    }
+    EXPECT_EQ(PassAfter(0), "pull1 ");
+    EXPECT_EQ(observer_.Take(), "m1 ");
 }
 
 TEST_F(ControlLoop, TasksAreQueuedWhenTheyAreDue) {
@@ -224,7 +249,14 @@ TEST_F(ControlLoop, AStartMakesUpForWhatTheLastStopBrokeOff) {
     failed->EndSubscribing({});
     stands->Resume();
     failed->Resume();
-    EXPECT_EQ(PassAfter(0), "pull1 resubscribe2 ");
+    const auto brokenOff = Add(3);
+    sessions_.meanwhile = [&] { brokenOff->Resume(); };
+    Subscribe(*brokenOff, sessions_);
+    const auto failsLater = Add(4);
+    sessions_.meanwhile = [] {};
+    failsLater->Resume();
+    Subscribe(*failsLater, sessions_);
+    EXPECT_EQ(PassAfter(0), "pull1 resubscribe2 resubscribe3 pull4 ");
 }
 
 TEST_F(ControlLoop, ASubscriptionWhoseMessagesArePostedIsRenewed) {

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <map>
 #include <set>
 
 #include "commands/CommandTable.h"
@@ -45,6 +46,29 @@ TEST(CommandTables, EveryRowIsComplete) {
         }
     }
     EXPECT_EQ(FindCommand(kGetCommands, "IPV4"), nullptr);
+}
+
+TEST(CommandTables, RepliesAreWaitedForAndHaveRoomAsDevicesNeedIt) {
+    using Room = std::pair<std::uint32_t, std::uint32_t>;  // bytes, milliseconds
+    const std::map<std::string_view, Room> apart = {{"profiles", {46080, 8000}},
+                                                    {"videoEncoderCfgOpts", {15360, 8000}},
+                                                    {"profile", {10240, 8000}},
+                                                    {"presets", {40960, 8000}},
+                                                    {"renew", {8192, 2500}}};
+    for (const CommandTable* table : {&kGetCommands, &kSetCommands}) {
+        for (const CommandRow& row : table->rows) {
+            const auto found = apart.find(table == &kGetCommands || row.name == "renew"
+                                              ? row.name : "");
+            const Room room = found == apart.end() ? Room{8192, 8000} : found->second;
+            for (const CommandSteps* steps : {&row.steps, row.media2}) {
+                for (const CommandStep& step : steps == nullptr ? CommandSteps{} : *steps) {
+                    EXPECT_TRUE(step.build == nullptr ||
+                                Room(step.replyCapacity, step.timeoutMs) == room)
+                        << row.name;
+                }
+            }
+        }
+    }
 }
 
 }  // namespace
