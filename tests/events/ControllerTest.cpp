@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <chrono>
 #include <cstdlib>
+#include <memory>
 #include <new>
 #include <vector>
 
@@ -50,7 +51,7 @@ class Controller : public testing::Test {
  protected:
     Controller() {
         WIRELINK_Initial(1, 1, nullptr, 0);
-        controller_.Start();
+        controller_->Start();
     }
 
     unsigned int Observed(const CCamera& camera) {
@@ -58,7 +59,7 @@ class Controller : public testing::Test {
         const std::uint32_t id =
             sessions_.Login(kNoLoginId, "127.0.0.1", camera.Port(), "admin", "camera-1", error);
         EXPECT_EQ(error, 0U);
-        controller_.AddDevice(id, &observer_, "127.0.0.1");
+        controller_->AddDevice(id, &observer_, "127.0.0.1");
         return id;
     }
 
@@ -67,7 +68,7 @@ class Controller : public testing::Test {
     CCameraHost host_;
     CAlarmObserver observer_;
     CHttpClientManager sessions_;
-    COnvifEventCtrol controller_{sessions_};
+    std::unique_ptr<COnvifEventCtrol> controller_ = std::make_unique<COnvifEventCtrol>(sessions_);
 };
 
 TEST_F(Controller, OnlyChangesAreTold) {
@@ -199,7 +200,7 @@ class CLateMemory final : public ISessionSource {
 TEST_F(Controller, AnObserverAddedWithoutMemoryIsServedLater) {
     CCamera& camera = host_.Add({});
     const unsigned int id = Observed(camera);
-    controller_.Stop();
+    controller_->Stop();
     CLateMemory memory(sessions_);
     CAlarmObserver observer;
     COnvifEventCtrol later(memory);
@@ -210,10 +211,20 @@ TEST_F(Controller, AnObserverAddedWithoutMemoryIsServedLater) {
     EXPECT_TRUE(observer.Hears(id, "M+"));
 }
 
+TEST_F(Controller, ItsEndBreaksOffWhatASilentCameraIsAsked) {
+    CCamera& camera = host_.Add({});
+    Observed(camera);
+    camera.Inject("Unsubscribe", {.kind = Fault::Kind::kSilence});
+    clock_.MoveCalendar(100);
+    EXPECT_TRUE(Await([&] { return camera.Count("Unsubscribe") == 1; }));
+    controller_.reset();
+    EXPECT_EQ(camera.Count("CreatePullPointSubscription"), 1U) << "it was not waited for";
+}
+
 TEST_F(Controller, DevicesAreToldWhereTheListenerIs) {
-    controller_.Stop();
+    controller_->Stop();
     setenv("ONVIF_CLIENT_LISTEN_ADDRESS", "127.0.0.2", 1);
-    controller_.Start();
+    controller_->Start();
     setenv("ONVIF_CLIENT_LISTEN_ADDRESS", "127.0.0.1", 1);
     CCamera& camera = host_.Add({});
     Observed(camera);

@@ -15,11 +15,14 @@
 #include <thread>
 #include <vector>
 
+#include "platform/Clock.h"
 #include "platform/Connections.h"
 #include "platform/Listener.h"
 #include "platform/Wirelink.h"
+#include "platform/WirelinkHandle.h"
 #include "support/Await.h"
 #include "support/ClosedPort.h"
+#include "support/DroppingPort.h"
 #include "support/RawClient.h"
 #include "support/ScriptedPeer.h"
 
@@ -128,6 +131,31 @@ TEST_F(Connections, AFullSystemIsToldFromABrokenConnection) {
     bool broken = false;
     EXPECT_EQ(WIRELINK_Send_Immediate(handle, "x", 1, broken), 0);
     EXPECT_TRUE(broken);
+}
+
+/// Does not sleep, but counts.
+class CCountedClock final : public IClock {
+ public:
+    std::uint32_t TickCount() const override { return slept; }
+    std::int64_t CalendarSeconds() const override { return 0; }
+    void Sleep(std::uint32_t milliseconds) const override { slept += milliseconds; }
+
+    mutable std::atomic<std::uint32_t> slept = 0;
+};
+
+TEST_F(Connections, AreAwaitedForACountedTime) {
+    const CCountedClock clock;
+    const CScopedClock scoped(clock);
+    CScriptedPeer peer([](CPeerConnection& connection) { connection.WaitForClose(); });
+    EXPECT_TRUE(AwaitConnected(Connect(peer.Port()), 1, 50));
+    EXPECT_EQ(clock.slept, 0U);
+    const client_test::CDroppingPort dropping;
+    const CWirelinkHandle handle(WIRELINK_AddConnect(0, "127.0.0.1", dropping.Port()));
+    EXPECT_FALSE(AwaitConnected(handle.Get(), 15, 50));
+    EXPECT_EQ(clock.slept, 750U);
+    WIRELINK_DelConnect(handle.Get());
+    EXPECT_FALSE(AwaitConnected(handle.Get(), 15, 50));
+    EXPECT_EQ(clock.slept, 750U);
 }
 
 TEST_F(Connections, DeadHandlesFailQuietly) {
@@ -365,6 +393,9 @@ TEST_F(Connections, QuitMayComeFromACallbackOrFromManyThreads) {
                 WIRELINK_Quit();
             }
             std::this_thread::sleep_for(std::chrono::milliseconds(3));
+            if (round % 2 != 0) {
+                WIRELINK_Initial(1, 1, nullptr, 0);  // while the others quit
+            }
         };
         std::vector<std::uint32_t> handles;
         for (int i = 0; i < 4; ++i) {

@@ -57,8 +57,8 @@ TEST(CommandTables, RepliesAreWaitedForAndHaveRoomAsDevicesNeedIt) {
                                                     {"renew", {8192, 2500}}};
     for (const CommandTable* table : {&kGetCommands, &kSetCommands}) {
         for (const CommandRow& row : table->rows) {
-            const auto found = apart.find(table == &kGetCommands || row.name == "renew"
-                                              ? row.name : "");
+            const auto found =
+                apart.find(table == &kGetCommands || row.name == "renew" ? row.name : "");
             const Room room = found == apart.end() ? Room{8192, 8000} : found->second;
             for (const CommandSteps* steps : {&row.steps, row.media2}) {
                 for (const CommandStep& step : steps == nullptr ? CommandSteps{} : *steps) {
