@@ -13,11 +13,10 @@
 namespace onvif_client {
 namespace {
 
-using client_test::Envelope;
+using client_test::Reply;
 
 std::string Service(const std::string& ns, const std::string& address) {
-    return "<d:Service><d:Namespace>" + ns + "</d:Namespace><d:XAddr>" + address +
-           "</d:XAddr></d:Service>";
+    return " d:Service{d:Namespace=" + ns + " d:XAddr='" + address + "'}";
 }
 
 TEST(ServiceAddresses, PathsOfAddresses) {
@@ -38,17 +37,16 @@ TEST(ServiceAddresses, PathsOfAddresses) {
 
 TEST(ServiceAddresses, ServicesAreKnownByTheirNamespaces) {
     ServiceTable services;
-    ReadServices(Envelope("<d:GetServicesResponse>" +
-                          Service("http://www.onvif.org/ver10/device/wsdl", "http://h/dev") +
-                          Service("http://www.onvif.org/ver10/media/wsdl", "http://h/m1") +
-                          Service("http://www.onvif.org/ver20/media/wsdl", "http://h/m2") +
-                          Service("http://www.onvif.org/ver10/events/wsdl", "http://h/ev") +
-                          Service("http://www.onvif.org/ver20/ptz/wsdl", "http://h/ptz") +
-                          Service("http://www.onvif.org/ver20/ptz/wsdl", "http://h/second") +
-                          Service("http://www.onvif.org/ver10/deviceIO/wsdl", "http://h") +
-                          Service("urn:unknown", "http://h/x") +
-                          "<d:Service><d:Namespace>http://x/replay/wsdl</d:Namespace></d:Service>" +
-                          "</d:GetServicesResponse>"),
+    ReadServices(Reply("d:GetServicesResponse{" +
+                       Service("http://www.onvif.org/ver10/device/wsdl", "http://h/dev") +
+                       Service("http://www.onvif.org/ver10/media/wsdl", "http://h/m1") +
+                       Service("http://www.onvif.org/ver20/media/wsdl", "http://h/m2") +
+                       Service("http://www.onvif.org/ver10/events/wsdl", "http://h/ev") +
+                       Service("http://www.onvif.org/ver20/ptz/wsdl", "http://h/ptz") +
+                       Service("http://www.onvif.org/ver20/ptz/wsdl", "http://h/second") +
+                       Service("http://www.onvif.org/ver10/deviceIO/wsdl", "http://h") +
+                       Service("urn:unknown", "http://h/x") +
+                       " d:Service{d:Namespace=http://x/replay/wsdl}}"),
                  services);
     EXPECT_EQ(services, (ServiceTable{{"device", "dev"},
                                       {"media", "m1"},
@@ -59,44 +57,38 @@ TEST(ServiceAddresses, ServicesAreKnownByTheirNamespaces) {
 
 TEST(ServiceAddresses, CapabilitiesTellServicesAndEventFlags) {
     const std::string capabilities =
-        "<d:GetCapabilitiesResponse><d:Capabilities><t:Media><t:XAddr>http://h/m</t:XAddr></"
-        "t:Media>"
-        "<t:Events><t:XAddr>http://h/e</t:XAddr><t:WSSubscriptionPolicySupport>false"
-        "</t:WSSubscriptionPolicySupport><t:WSPullPointSupport>1</t:WSPullPointSupport></t:Events>"
-        "<t:PTZ/><t:Extension><t:DeviceIO><t:XAddr>http://h/io</t:XAddr></t:DeviceIO></t:Extension>"
-        "</d:Capabilities></d:GetCapabilitiesResponse>";
+        "d:GetCapabilitiesResponse{d:Capabilities{t:Media{t:XAddr=http://h/m} "
+        "t:Events{t:XAddr=http://h/e t:WSSubscriptionPolicySupport=false t:WSPullPointSupport=1} "
+        "t:PTZ t:Extension{t:DeviceIO{t:XAddr=http://h/io}}}}";
     ServiceTable services = {{"media", "kept"}};
     EventCapabilities events;
-    ReadCapabilities(Envelope(capabilities), services, events);
+    ReadCapabilities(Reply(capabilities), services, events);
     EXPECT_EQ(services, (ServiceTable{{"media", "kept"}, {"events", "e"}, {"deviceIO", "io"}}));
     EXPECT_FALSE(events.subscriptionPolicySupport);
     EXPECT_TRUE(events.pullPointSupport);
 
     ServiceTable none;
     EventCapabilities defaults;
-    ReadCapabilities(Envelope("<s:Fault/>" + capabilities), none, defaults);
+    ReadCapabilities(Reply("s:Fault " + capabilities), none, defaults);
     ReadCapabilities("garbage", none, defaults);
     EXPECT_TRUE(none.empty());
     EXPECT_TRUE(defaults.subscriptionPolicySupport);
 
     const auto categories = CapabilityCategories();
     ASSERT_EQ(categories.size(), 12U);
-    EXPECT_EQ(ReadCapability(Envelope(capabilities), categories[0]), "m");
-    EXPECT_EQ(ReadCapability(Envelope(capabilities), categories[1]), std::nullopt);
+    EXPECT_EQ(ReadCapability(Reply(capabilities), categories[0]), "m");
+    EXPECT_EQ(ReadCapability(Reply(capabilities), categories[1]), std::nullopt);
 }
 
 TEST(LoginRecords, ProfilesOfBothMediaServices) {
     ProfileList profiles(1);
     ASSERT_TRUE(ReadProfiles(
-        Envelope("<m:GetProfilesResponse><m:Profiles token='P0'><t:VideoSourceConfiguration"
-                 " token='V0'><t:SourceToken>S0</t:SourceToken></t:VideoSourceConfiguration>"
-                 "<t:VideoEncoderConfiguration token='E0'><t:Name>enc</t:Name>"
-                 "</t:VideoEncoderConfiguration><t:PTZConfiguration token='Z0'/>"
-                 "<t:VideoAnalyticsConfiguration token='A0'/></m:Profiles>"
-                 "<m:Profiles token='P1'><m:Configurations><m:VideoSource token='V1'>"
-                 "<t:SourceToken>S1</t:SourceToken></m:VideoSource><m:VideoEncoder token='E1'>"
-                 "<t:Name>two</t:Name></m:VideoEncoder><m:PTZ token='Z1'/><m:Analytics token='A1'/>"
-                 "</m:Configurations></m:Profiles><m:Profiles/></m:GetProfilesResponse>"),
+        Reply("m:GetProfilesResponse{m:Profiles(token=P0){t:VideoSourceConfiguration(token=V0){"
+              "t:SourceToken=S0} t:VideoEncoderConfiguration(token=E0){t:Name=enc} "
+              "t:PTZConfiguration(token=Z0) t:VideoAnalyticsConfiguration(token=A0)} "
+              "m:Profiles(token=P1){m:Configurations{m:VideoSource(token=V1){t:SourceToken=S1} "
+              "m:VideoEncoder(token=E1){t:Name=two} m:PTZ(token=Z1) m:Analytics(token=A1)}} "
+              "m:Profiles}"),
         profiles));
     ASSERT_EQ(profiles.size(), 3U);
     const auto all = [](const MediaProfile& p) {
@@ -108,7 +100,7 @@ TEST(LoginRecords, ProfilesOfBothMediaServices) {
     EXPECT_EQ(all(profiles[1]), "P1S1V1E1twoZ1A1");
     EXPECT_EQ(all(profiles[2]), "");
 
-    EXPECT_FALSE(ReadProfiles(Envelope("<s:Fault/>"), profiles));
+    EXPECT_FALSE(ReadProfiles(Reply("s:Fault"), profiles));
     EXPECT_EQ(profiles.size(), 3U);
     EXPECT_TRUE(ReadProfiles("cut off", profiles));
     EXPECT_TRUE(profiles.empty());
@@ -116,14 +108,10 @@ TEST(LoginRecords, ProfilesOfBothMediaServices) {
 
 TEST(LoginRecords, OptionsKeepTheirDefaultsWhereADeviceSaysNothing) {
     PtzRanges ranges;
-    ReadPtzRanges(
-        Envelope(
-            "<p:GetConfigurationOptionsResponse><p:PTZConfigurationOptions><t:Spaces>"
-            "<t:ContinuousPanTiltVelocitySpace><t:XRange><t:Min>-5</t:Min><t:Max>5.9</t:Max>"
-            "</t:XRange></t:ContinuousPanTiltVelocitySpace><t:ContinuousZoomVelocitySpace>"
-            "<t:XRange><t:Min>0.5</t:Min></t:XRange></t:ContinuousZoomVelocitySpace></t:Spaces>"
-            "</p:PTZConfigurationOptions></p:GetConfigurationOptionsResponse>"),
-        ranges);
+    ReadPtzRanges(Reply("p:GetConfigurationOptionsResponse{p:PTZConfigurationOptions{t:Spaces{t:"
+                        "ContinuousPanTiltVelocitySpace{t:XRange{t:Min=-5 t:Max=5.9}} "
+                        "t:ContinuousZoomVelocitySpace{t:XRange{t:Min=0.5}}}}}"),
+                  ranges);
     EXPECT_EQ(ranges.pan.minimum, -5);
     EXPECT_EQ(ranges.pan.maximum, 5);
     EXPECT_EQ(ranges.tilt.minimum, -1);
@@ -131,10 +119,10 @@ TEST(LoginRecords, OptionsKeepTheirDefaultsWhereADeviceSaysNothing) {
     EXPECT_EQ(ranges.zoom.minimum, 0);
 
     FocusSpeedRange focus;
-    ReadFocusSpeedRange(Envelope("<i:GetMoveOptionsResponse><i:MoveOptions><t:Continuous><t:Speed>"
-                                 "<t:Min>-7.5</t:Min><t:Max>7.5</t:Max></t:Speed></t:Continuous>"
-                                 "</i:MoveOptions></i:GetMoveOptionsResponse>"),
-                        focus);
+    ReadFocusSpeedRange(
+        Reply(
+            "i:GetMoveOptionsResponse{i:MoveOptions{t:Continuous{t:Speed{t:Min=-7.5 t:Max=7.5}}}}"),
+        focus);
     EXPECT_EQ(focus.minimum + focus.maximum, "-7.57.5");
 }
 
@@ -147,10 +135,9 @@ struct CSetClock final : IClock {
 
 TEST(Login, EndsWithoutAReplyOnceItsExchangesHaveTakenFortySeconds) {
     // An answer to all of the eight. Without a reply to the 2nd, 6th or 8th, a login goes on.
-    const std::string reply = Envelope(
-        "<GetServicesResponse>" + Service("/ver10/media/wsdl", "") + Service("/imaging/wsdl", "") +
-        "</GetServicesResponse><GetProfilesResponse><Profiles token='P'><VideoSourceConfiguration>"
-        "<SourceToken>S</SourceToken></VideoSourceConfiguration></Profiles></GetProfilesResponse>");
+    const std::string reply = Reply(
+        "GetServicesResponse{" + Service("/ver10/media/wsdl", "") + Service("/imaging/wsdl", "") +
+        "} GetProfilesResponse{Profiles(token=P){VideoSourceConfiguration{SourceToken=S}}}");
     // How long the first takes, which is silent, the status, how many come.
     const unsigned int cases[][4] = {{39999, 2, 0, 8}, {40000, 2, 5, 2}, {40000, 6, 5, 6},
                                      {39999, 8, 0, 8}, {40000, 8, 5, 8}, {90000, 9, 0, 8}};

@@ -6,6 +6,8 @@
 
 #include <string>
 
+#include "support/Outline.h"
+
 namespace client_test {
 
 inline std::string WithoutWhiteSpace(const tinyxml2::XMLElement* element) {
@@ -28,6 +30,11 @@ inline std::string Body(const std::string& envelope) {
 inline std::string Envelope(const std::string& body) {
     return "<?xml version=\"1.0\"?><env:Envelope xmlns:env=\"e\"><env:Body>" + body +
            "</env:Body></env:Envelope>";
+}
+
+/// A reply with these elements, as Outline.h describes.
+inline std::string Reply(std::string_view outline) {
+    return Envelope(Xml(outline));
 }
 
 inline std::string Compact(const std::string& text) {
