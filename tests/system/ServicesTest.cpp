@@ -5,6 +5,7 @@
 #include <functional>
 #include <vector>
 
+#include "support/Outline.h"
 #include "system/Client.h"
 
 namespace client_test {
@@ -98,83 +99,63 @@ TEST_F(Services, EveryChangeReachesTheCamera) {
     const char* kPresets = "Preset_1=Entrance Preset_2=Yard ";
     const char* kTour = "Tour_3RoundIdlePreset_1:10Preset_2:20";
     const ServiceCase cases[] = {
-        {"<continuousMove><ptz><velocity><x>-50</x><y>0</y><zoom>20</zoom></velocity></ptz>"
-         "</continuousMove>",
-         velocity, done("-50,20"), with(noDome, "0,0")},
-        {"<ptzStop><zoom>false</zoom></ptzStop>", velocity, done("0,20"), with(noDome, "0,0")},
-        {"<gotoPreset><presetToken>Preset_2</presetToken></gotoPreset>", head, done("6,-2"),
+        {"continuousMove{ptz{velocity{x=-50 y=0 zoom=20}}}", velocity, done("-50,20"),
          with(noDome, "0,0")},
-        {"<ptz3dcontrol><startPosX>0</startPosX><startPosY>0</startPosY><endPosX>255</endPosX>"
-         "<endPosY>255</endPosY><centerPosX>0</centerPosX><centerPosY>0</centerPosY></"
-         "ptz3dcontrol>",
+        {"ptzStop{zoom=false}", velocity, done("0,20"), with(noDome, "0,0")},
+        {"gotoPreset{presetToken=Preset_2}", head, done("6,-2"), with(noDome, "0,0")},
+        {"ptz3dcontrol{startPosX=0 startPosY=0 endPosX=255 endPosY=255 centerPosX=0 centerPosY=0}",
          head, with(none, "1,3"), with(none, "0,0")},
-        {"<addPreset><presetName>Gate</presetName></addPreset>",
+        {"addPreset{presetName=Gate}",
          presets,
          {"@/presetToken", "Preset_4", "Preset_1=Entrance Preset_2=Yard Preset_4=Gate "},
          with(noDome, "")},
-        {"<modifyPresetName><presetToken>Preset_4</presetToken><presetName>Door</presetName>"
-         "</modifyPresetName>",
-         presets, done("Preset_1=Entrance Preset_2=Yard Preset_4=Door "), with(noDome, "")},
-        {"<removePreset><presetToken>Preset_4</presetToken></removePreset>", presets,
-         done(kPresets), with(noDome, "")},
-        {"<removePreset><presetToken>Preset_4</presetToken></removePreset>", presets,
-         with(none, kPresets), with(noDome, "")},
-        {"<startCruise><token>Tour_3</token></startCruise>", tours,
-         done("Tour_3RoundTouringPreset_1:10Preset_2:20"), with(noDome, "")},
-        {"<pauseCruise><token>Tour_3</token></pauseCruise>", tours,
-         done("Tour_3RoundPausedPreset_1:10Preset_2:20"), with(noDome, "")},
-        {"<stopCruise><token>Tour_3</token></stopCruise>", tours, done(kTour), with(noDome, "")},
-        {"<modifyCruise><token>Tour_3</token><name>Short</name><presets><item><token>Preset_2"
-         "</token></item></presets></modifyCruise>",
-         tours, done("Tour_3ShortIdlePreset_2:1"), with(noDome, "")},
-        {"<delCruise><token>Tour_3</token></delCruise>", tours,
-         with(none, "Tour_3ShortIdlePreset_2:1"), with(noDome, "")},
-        {"<addCruise/>",
+        {"modifyPresetName{presetToken=Preset_4 presetName=Door}", presets,
+         done("Preset_1=Entrance Preset_2=Yard Preset_4=Door "), with(noDome, "")},
+        {"removePreset{presetToken=Preset_4}", presets, done(kPresets), with(noDome, "")},
+        {"removePreset{presetToken=Preset_4}", presets, with(none, kPresets), with(noDome, "")},
+        {"startCruise{token=Tour_3}", tours, done("Tour_3RoundTouringPreset_1:10Preset_2:20"),
+         with(noDome, "")},
+        {"pauseCruise{token=Tour_3}", tours, done("Tour_3RoundPausedPreset_1:10Preset_2:20"),
+         with(noDome, "")},
+        {"stopCruise{token=Tour_3}", tours, done(kTour), with(noDome, "")},
+        {"modifyCruise{token=Tour_3 name=Short presets{item{token=Preset_2}}}", tours,
+         done("Tour_3ShortIdlePreset_2:1"), with(noDome, "")},
+        {"delCruise{token=Tour_3}", tours, with(none, "Tour_3ShortIdlePreset_2:1"),
+         with(noDome, "")},
+        {"addCruise",
          tours,
          {"@/token", "Tour_5", "Tour_3ShortIdlePreset_2:1Tour_5Tour_5Idle"},
          with(noDome, "")},
-        {"<imageSettings><brightness>70</brightness><wideDynamicRange><mode>ON</mode>"
-         "</wideDynamicRange></imageSettings>",
-         image, done("70ONAUTO"), done("70ONAUTO")},
-        {"<imageSettings><brightness>101</brightness></imageSettings>", image,
-         with(none, "70ONAUTO"), with(none, "70ONAUTO")},
-        {"<continuousFocus><speed>-0.5</speed></continuousFocus>", focus, done("50"),
-         with(noDome, "0")},
-        {"<imageStop/>", focus, done("0"), with(noDome, "0")},
-        {"<videoEncodeCfg><item><index>9</index></item><item><index>1</index><encode>H264</encode>"
-         "<resolution><width>352</width><height>288</height></resolution><frameRate>10</frameRate>"
-         "<IFrameInterval>30</IFrameInterval></item><multicast><address><type>IPv4</type>"
-         "<iPv4Address>239.1.1.1</iPv4Address></address></multicast></videoEncodeCfg>",
+        {"imageSettings{brightness=70 wideDynamicRange{mode=ON}}", image, done("70ONAUTO"),
+         done("70ONAUTO")},
+        {"imageSettings{brightness=101}", image, with(none, "70ONAUTO"), with(none, "70ONAUTO")},
+        {"continuousFocus{speed=-0.5}", focus, done("50"), with(noDome, "0")},
+        {"imageStop", focus, done("0"), with(noDome, "0")},
+        {"videoEncodeCfg{item{index=9} item{index=1 encode=H264 resolution{width=352 height=288} "
+         "frameRate=10 IFrameInterval=30} multicast{address{type=IPv4 iPv4Address=239.1.1.1}}}",
          encoder, done("H264352/10/30/239.1.1.1"), done("H264352/10/30/239.1.1.1")},
-        {"<videoEncodeCfg><item><index>1</index><encode>H264</encode><frameRate>5</frameRate>"
-         "<IFrameInterval>20</IFrameInterval></item></videoEncodeCfg>",
-         encoder, done("H264352/5/20/239.1.1.1"), done("H264352/5/20/239.1.1.1")},
-        {"<createOsd><pos><type>Custom</type><x>0</x><y>0</y></pos><type>Plain</type><plainText>New"
-         "</plainText></createOsd>",
+        {"videoEncodeCfg{item{index=1 encode=H264 frameRate=5 IFrameInterval=20}}", encoder,
+         done("H264352/5/20/239.1.1.1"), done("H264352/5/20/239.1.1.1")},
+        {"createOsd{pos{type=Custom x=0 y=0} type=Plain plainText=New}",
          osds,
          {"@/token", "OSD_2", "OSD_1UpperLeftPlainSIM-DOME OSD_2CustomPlainNew "},
          {"@/token", "OSD_1", "OSD_1CustomPlainNew "}},
-        {"<setOsd><token>OSD_1</token><pos><type>LowerLeft</type></pos><type>Plain</"
-         "type><plainText>"
-         "Set</plainText><extensionswitch>on</extensionswitch></setOsd>",
+        {"setOsd{token=OSD_1 pos{type=LowerLeft} type=Plain plainText=Set extensionswitch=on}",
          osds, done("OSD_1LowerLeftPlainSeton OSD_2CustomPlainNew "),
          done("OSD_1LowerLeftPlainSeton ")},
-        {"<deleteOsd><token>OSD_1</token></deleteOsd>", osds, done("OSD_2CustomPlainNew "),
-         done("")},
-        {"<motion><name>CellMotion</name><ruleName>MotionRule</ruleName><sensitivity>33"
-         "</sensitivity><columns>10</columns><rows>4</rows><area><item>1111100000</item><item>"
-         "1111100000</item><item>0</item><item>0000011111</item></area></motion>",
+        {"deleteOsd{token=OSD_1}", osds, done("OSD_2CustomPlainNew "), done("")},
+        {"motion{name=CellMotion ruleName=MotionRule sensitivity=33 columns=10 rows=4 "
+         "area{item=1111100000 item=1111100000 item=0 item=0000011111}}",
          motion, done("10/33/BPg+AAAf"), done("10/33/BPg+AAAf")},
-        {"<motion><name>CellMotion</name><ruleName>none</ruleName><sensitivity>34</sensitivity>"
-         "</motion>",
-         motion, with(none, "10/34/BPg+AAAf"), with(none, "10/34/BPg+AAAf")},
+        {"motion{name=CellMotion ruleName=none sensitivity=34}", motion,
+         with(none, "10/34/BPg+AAAf"), with(none, "10/34/BPg+AAAf")},
     };
     for (const char* model : {"dome", "fixed"}) {
         CCamera& camera = host_.Add({.model = model});
         const unsigned int id = Login(camera);
         for (const ServiceCase& each : cases) {
             const Expectation& expected = model == std::string("dome") ? each.dome : each.fixed;
-            const auto result = Set(id, each.command);
+            const auto result = Set(id, Xml(each.command));
             std::string shown =
                 result ? At(*result, "*/" + std::string(expected.path + 2)) : "(failed)";
             EXPECT_EQ(shown, result ? expected.value : expected.path) << model << each.command;

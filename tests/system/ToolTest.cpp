@@ -101,6 +101,7 @@ TEST(Onvifctl, ItsExitCodesAndOutputTellWhatHappened) {
 TEST(Onvifctl, WhatGetShowsCanBeEditedAndSet) {
     camera_sim::CCameraHost host;
     camera_sim::CCamera& camera = host.Add({});
+    camera_sim::CCamera& fixed = host.Add({.model = "fixed"});
     const std::string at = AddressOf(camera);
     const std::string file = OwnFile("edited.xml");
     const std::string set = "set " + at + " " + file;
@@ -111,27 +112,37 @@ TEST(Onvifctl, WhatGetShowsCanBeEditedAndSet) {
         std::string from;
         std::string to;
         const char* operation;
+        camera_sim::CCamera& of;
     } cases[] = {
-        {"imageSettings", "<gain>12", "<gain>14", "SetImagingSettings"},
-        {"motion", "<sensitivity>60", "<sensitivity>61", "ModifyAnalyticsModules"},
+        {"imageSettings", "<gain>12", "<gain>14", "SetImagingSettings", camera},
+        {"imageSettings", "<crGain>50", "<crGain>7", "SetImagingSettings", fixed},
+        {"motion", "<sensitivity>60", "<sensitivity>61", "ModifyAnalyticsModules", camera},
+        {"motion", "<sensitivity>60", "<sensitivity>61", "ModifyAnalyticsModules", fixed},
         {"videoEncoderCfg --index 1 --index 2", "<bitrate>768", "<bitrate>700",
-         "SetVideoEncoderConfiguration"},
+         "SetVideoEncoderConfiguration", camera},
         {"videoEncoderCfg --index 1 --index 2", "239.255.42.3", "239.255.42.7",
-         "SetVideoEncoderConfiguration"},
-        {"osd", ">SIM-DOME<", ">Gate &amp; yard<", "SetOSD"},
-        {"presets", ">Yard<", ">Garden<", "SetPreset"},
-        {"cruises", "<stayTime>10", "<stayTime>15", "ModifyPresetTour"},
+         "SetVideoEncoderConfiguration", camera},
+        {"videoEncoderCfg --index 1", "<quality>4", "<quality>6", "SetVideoEncoderConfiguration",
+         fixed},
+        {"videoEncoderCfg --index 1", ">Main<", ">Baseline<", "SetVideoEncoderConfiguration",
+         camera},
+        {"videoEncoderCfg --index 1", ">Main<", ">Baseline<", "SetVideoEncoderConfiguration",
+         fixed},
+        {"osd", ">SIM-DOME<", ">Gate &amp; yard<", "SetOSD", camera},
+        {"osd", ">UpperLeft<", ">LowerRight<", "SetOSD", camera},
+        {"presets", ">Yard<", ">Garden<", "SetPreset", camera},
+        {"cruises", "<stayTime>10", "<stayTime>15", "ModifyPresetTour", camera},
     };
     for (const auto& each : cases) {
-        const std::string get = "get " + at + " " + each.get;
+        const std::string get = "get " + AddressOf(each.of) + " " + each.get;
         std::string text = RunTool(get, kRight).output;
         const std::size_t place = text.find(each.from);
         ASSERT_NE(place, std::string::npos) << text;
-        const std::size_t before = camera.Count(each.operation);
+        const std::size_t before = each.of.Count(each.operation);
         std::ofstream(file) << text.replace(place, each.from.size(), each.to);
-        ExpectRuns({{set, 0, "<status>success</status>"}});
+        ExpectRuns({{"set " + AddressOf(each.of) + " " + file, 0, "<status>success</status>"}});
         EXPECT_EQ(RunTool(get, kRight).output, text) << each.get;
-        EXPECT_EQ(camera.Count(each.operation), before + 1) << "other items stay untouched";
+        EXPECT_EQ(each.of.Count(each.operation), before + 1) << "other items stay untouched";
     }
     ExpectRuns({{"set " + at + " -f - <" + file, 0, "nothing to change"}});
 

@@ -11,29 +11,26 @@
 namespace onvif_client {
 namespace {
 
-using client_test::Envelope;
+using client_test::Reply;
+using client_test::Xml;
 
 TEST(EventDocuments, AreTheRequestsOfTheLanguage) {
-    const std::string start = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>";
-    EXPECT_EQ(CreateDocument("http://h:6699/subscription_0"),
-              start +
-                  "<Set version=\"1.0\" systemType=\"ipc\"><createPullPointSubscription><timeout>"
-                  "PT600S</timeout><to>http://h:6699/subscription_0</to>"
-                  "</createPullPointSubscription></Set>");
+    const auto document = [](const std::string& root, const std::string& command) {
+        return "<?xml version=\"1.0\" encoding=\"UTF-8\"?>" +
+               Xml(root + "(version=1.0 systemType=ipc){" + command + "}");
+    };
+    EXPECT_EQ(
+        CreateDocument("http://h:6699/subscription_0"),
+        document("Set",
+                 "createPullPointSubscription{timeout=PT600S to=http://h:6699/subscription_0}"));
     EXPECT_EQ(PullDocument({"http://h/s?a=1&b=<2>", "7", "urn:x", "PT30S", 100}),
-              start +
-                  "<Get version=\"1.0\" systemType=\"ipc\"><pullMessages><token>"
-                  "http://h/s?a=1&amp;b=&lt;2&gt;</token><subscriptionId>7</subscriptionId>"
-                  "<subscriptionIdAttribute>urn:x</subscriptionIdAttribute><timeout>PT30S</timeout>"
-                  "<messageLimit>100</messageLimit></pullMessages></Get>");
+              document("Get",
+                       "pullMessages{token='http://h/s?a=1&amp;b=&lt;2&gt;' subscriptionId=7 "
+                       "subscriptionIdAttribute=urn:x timeout=PT30S messageLimit=100}"));
     EXPECT_EQ(UnsubscribeDocument("http://h/s"),
-              start +
-                  "<Set version=\"1.0\" systemType=\"ipc\"><unsubscribe><serverAddr>http://h/s"
-                  "</serverAddr></unsubscribe></Set>");
+              document("Set", "unsubscribe{serverAddr=http://h/s}"));
     EXPECT_EQ(RenewDocument("http://h/s"),
-              start +
-                  "<Set version=\"1.0\" systemType=\"ipc\"><renew><serverAddr>http://h/s"
-                  "</serverAddr><timeout>PT1M</timeout></renew></Set>");
+              document("Set", "renew{serverAddr=http://h/s timeout=PT1M}"));
 }
 
 TEST(CallbackAddress, IsTheOneThatTheDeviceMostLikelyReaches) {
@@ -62,9 +59,8 @@ class COneSession final : public ISessionSource {
 };
 
 std::string Message(const std::string& topic, const std::string& items) {
-    return "<wsnt:NotificationMessage><wsnt:Topic>" + topic +
-           "</wsnt:Topic><wsnt:Message><tt:Message>" + items +
-           "</tt:Message></wsnt:Message></wsnt:NotificationMessage>";
+    return "wsnt:NotificationMessage{wsnt:Topic=" + topic + " wsnt:Message{tt:Message{" + items +
+           "}}}";
 }
 
 std::string Http(const std::string& body, const std::string& lengthName = "Content-Length") {
@@ -72,14 +68,13 @@ std::string Http(const std::string& body, const std::string& lengthName = "Conte
            body;
 }
 
-const std::string kReply =
-    Envelope("<x:PullMessagesResponse>" +
-             Message("tns1:RuleEngine/CellMotionDetector/Motion",
-                     "<tt:Data><tt:SimpleItem Name=\"IsMotion\" Value=\"true\"/></tt:Data>") +
-             Message("tns1:Device/Trigger/Relay",
-                     "<tt:Key><tt:SimpleItem Name=\"K\" Value=\"false\"/></tt:Key>"
-                     "<tt:Data><tt:SimpleItem Name=\"L\" Value=\"true\"/></tt:Data>") +
-             "</x:PullMessagesResponse>");
+const std::string kReply = Reply(
+    "x:PullMessagesResponse{" +
+    Message("tns1:RuleEngine/CellMotionDetector/Motion",
+            "tt:Data{tt:SimpleItem(Name=IsMotion Value=true)}") +
+    Message("tns1:Device/Trigger/Relay",
+            "tt:Key{tt:SimpleItem(Name=K Value=false)} tt:Data{tt:SimpleItem(Name=L Value=true)}") +
+    "}");
 
 /// What the parser made of a reply: "1+" motion active, "2-" alarm input inactive; at its end "."
 /// with messages, "," without, "?" refused credentials, "!" something else.
@@ -143,12 +138,10 @@ TEST(EventParse, RepliesOfEveryKindLeadOn) {
         {Http("no document"), "!"},
         {"HTTP/1.1 400 Bad Request\r\nContent-Length: 0\r\n\r\n", "!"},
         {"HTTP/1.1 401 Unauthorized\r\nContent-Length: 0\r\n\r\n", "?"},
-        {Http(Envelope("<x:Fault/>")), "!"},
-        {Http(Envelope("<x:RenewResponse/>")), "!"},
-        {Http(Envelope("<x:PullMessagesResponse/>")), ","},
-        {Http(Envelope("<x:PullMessagesResponse>" + Message("tns1:Other", "") +
-                       "</x:PullMessagesResponse>")),
-         "0-."},
+        {Http(Reply("x:Fault")), "!"},
+        {Http(Reply("x:RenewResponse")), "!"},
+        {Http(Reply("x:PullMessagesResponse")), ","},
+        {Http(Reply("x:PullMessagesResponse{" + Message("tns1:Other", "") + "}")), "0-."},
     };
     for (const auto& each : cases) {
         CFedParser parser;
@@ -191,14 +184,12 @@ TEST(EventDocuments, ASubscriptionHasTextsThatAPullCanRepeat) {
 
 TEST(NotifyDelivery, PostsReachTheDeviceThatTheyAreAbout) {
     const auto notify = [](const char* to, const char* reference) {
-        return std::string("<s:Envelope><s:Header><ad:To>") + to +
-               "</ad:To></s:Header><s:Body><wsn:Notify><wsn:NotificationMessage>"
-               "<wsn:SubscriptionReference><ad:Address>" +
-               reference +
-               "</ad:Address></wsn:SubscriptionReference><wsn:Topic>tns1:MotionAlarm</wsn:Topic>"
-               "<wsn:Message><tt:Message><tt:Data><tt:SimpleItem Value=\"1\"/></tt:Data>"
-               "</tt:Message></wsn:Message></wsn:NotificationMessage></wsn:Notify></s:Body>"
-               "</s:Envelope>";
+        return Xml(
+            "s:Envelope{s:Header{ad:To=" + std::string(to) +
+            "} s:Body{wsn:Notify{wsn:NotificationMessage{wsn:SubscriptionReference{ad:Address='" +
+            reference +
+            "'} wsn:Topic=tns1:MotionAlarm "
+            "wsn:Message{tt:Message{tt:Data{tt:SimpleItem(Value=1)}}}}}}}");
     };
     COneSession sessions;
     CDeviceTable devices;
