@@ -78,6 +78,49 @@ TEST(Results, CopyWhatTheDeviceAnswered) {
     ExpectResults(cases);
 }
 
+TEST(Results, AreReadAsDevicesWriteThem) {
+    const std::string soap = "http://www.w3.org/2003/05/soap-envelope";
+    const std::string media = "http://www.onvif.org/ver10/media/wsdl";
+    const std::string schema = "http://www.onvif.org/ver10/schema";
+    const auto envelope = [&](const std::string& body) {
+        return Xml("soapenv:Envelope(xmlns:soapenv=" + soap + " xmlns:m=" + media +
+                   " xmlns:t=" + schema + "){soapenv:Body" + body + "}");
+    };
+    const std::string address = "{t:Uri='rtsp://c/1?a=1&amp;b=2' t:Timeout=PT5S}";
+    const std::string answer = envelope("{m:GetStreamUriResponse{m:MediaUri" + address + "}}");
+    const char* const values = "rtsp://c/1?a=1&b=2 PT5S";
+    const std::pair<std::string, const char*> cases[] = {
+        {answer, values},
+        {answer + "\r\n\r\n", values},
+        // Two prefixes for one namespace; prefixes declared below the root, and again.
+        {envelope("{m:GetStreamUriResponse(xmlns:n=" + media + "){n:MediaUri" + address + "}}"),
+         values},
+        {envelope("{x:GetStreamUriResponse(xmlns:x=" + media + "){x:MediaUri(xmlns:x=" + media +
+                  "){Uri(xmlns=" + schema + ")=u}}}"),
+         "u "},
+        {envelope("='<!-- a -->'{m:GetStreamUriResponse=<!--b-->{m:MediaUri='<!-- <c> -->'" +
+                  address + "}}"),
+         values},
+        {envelope("{m:GetStreamUriResponse{m:MediaUri{t:Uri='<![CDATA[u?a=1&b=2]]>'}}}"),
+         "u?a=1&b=2 "},
+        {envelope("{m:GetStreamUriResponse{m:MediaUri}}"), " "},
+        {"<?xml version=\"1.0\"?>\r\n<s:Envelope\r\n  xmlns:s=\"" + soap + "\"\r\n\txmlns:m=\"" +
+             media +
+             "\"\r\n>\r\n<s:Body\r\n>\r\n<m:GetStreamUriResponse\n><m:MediaUri\r\n><Uri\r\n>u</"
+             "Uri\r\n></m:MediaUri></m:GetStreamUriResponse></s:Body></s:Envelope>",
+         "u "},
+    };
+    for (const auto& [reply, shown] : cases) {
+        CResultDocument result;
+        BuildResult(kStreamUriResult, reply, {}, result);
+        const CXmlDocument document(result.Print());
+        const XMLElement* uri = FirstChild(document.Root(), "streamURI");
+        EXPECT_EQ(std::string(TextAt(uri, "uri")) + " " + std::string(TextAt(uri, "timeout")),
+                  shown)
+            << reply;
+    }
+}
+
 TEST(Results, OneDocumentCarriesAllAnswers) {
     CResultDocument result;
     BuildResult(kDnsResult, "unparsable", {}, result);

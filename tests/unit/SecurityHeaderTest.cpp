@@ -1,8 +1,6 @@
 #include "client/SecurityHeader.h"
 
 #include <gtest/gtest.h>
-#include <openssl/evp.h>
-#include <openssl/sha.h>
 
 #include <algorithm>
 #include <set>
@@ -11,6 +9,7 @@
 
 #include "commands/DeviceRequests.h"
 #include "platform/Clock.h"
+#include "platform/Digests.h"
 
 namespace onvif_client {
 namespace {
@@ -27,27 +26,11 @@ constexpr const char* kDeviceTime =
     "<second>9</second></time><date><year>2019</year><month>3</month><day>7</day></date>"
     "</UTCDateTime></dateAndTime></GetResponse>";
 
-std::string DecodeBase64(const std::string& text) {
-    std::string bytes(text.size(), '\0');
-    const int length = EVP_DecodeBlock(reinterpret_cast<unsigned char*>(bytes.data()),
-                                       reinterpret_cast<const unsigned char*>(text.data()),
-                                       static_cast<int>(text.size()));
-    bytes.resize(static_cast<std::size_t>(std::max(length, 0)));
-    while (!bytes.empty() && bytes.back() == '\0') {
-        bytes.pop_back();
-    }
-    return bytes;
-}
-
 /// The digest as a device computes it: over the decoded nonce, the creation time and the password.
-std::string DeviceDigest(const std::string& nonce, const std::string& created,
-                         const std::string& password) {
-    const std::string text = DecodeBase64(nonce) + created + password;
-    unsigned char digest[SHA_DIGEST_LENGTH];
-    SHA1(reinterpret_cast<const unsigned char*>(text.data()), text.size(), digest);
-    unsigned char base64[64];
-    EVP_EncodeBlock(base64, digest, sizeof digest);
-    return reinterpret_cast<const char*>(base64);
+std::string DeviceDigest(const std::vector<std::uint8_t>& nonce, const std::string& behind) {
+    std::vector<std::uint8_t> digested = nonce;
+    digested.insert(digested.end(), behind.begin(), behind.end());
+    return Base64(Sha1(digested).value());
 }
 
 std::string Token(CXmlTransform& envelope, const char* element) {
@@ -64,12 +47,12 @@ TEST(SecurityHeader, CarriesADigestThatADeviceAccepts) {
             CXmlTransform envelope(BuildGetDeviceInformation({}));
             ASSERT_TRUE(deviceClock ? Authentication_UseIPCTime(credentials, envelope, kDeviceTime)
                                     : AddSecurityHeader(credentials, envelope));
-            const std::string nonce = Token(envelope, "wsse:Nonce");
+            const auto nonce = DecodeBase64(Token(envelope, "wsse:Nonce")).value();
             EXPECT_EQ(Token(envelope, "wsse:Username"), "admin");
             EXPECT_EQ(Token(envelope, "wsu:Created"), "2019-03-07T08:05:09Z");
-            EXPECT_EQ(DecodeBase64(nonce).size(), 32U);
+            EXPECT_EQ(nonce.size(), 32U);
             EXPECT_EQ(Token(envelope, "wsse:Password"),
-                      DeviceDigest(nonce, "2019-03-07T08:05:09Z", password));
+                      DeviceDigest(nonce, std::string("2019-03-07T08:05:09Z") + password));
         }
     }
 }
