@@ -162,16 +162,6 @@ TEST_F(Receiver, OnePostIsAnsweredPerConnection) {
     }
 }
 
-TEST_F(Receiver, SegmentsMakeAPost) {
-    const CRawClient device(Port());
-    for (const char byte : Post("hello")) {
-        device.Send({&byte, 1});
-    }
-    clock_.Allow(INT_MAX);
-    EXPECT_EQ(device.ReadToEnd(), Reply("text/xml"));
-    EXPECT_EQ(sink_.TakeBodies(), "[hello]");
-}
-
 TEST_F(Receiver, ReadsInVainAreCountedOverTheWholePost) {
     const std::string post = Post("hello");
     for (const bool inTime : {true, false}) {

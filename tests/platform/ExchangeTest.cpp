@@ -8,6 +8,7 @@
 #include "platform/Wirelink.h"
 #include "support/Await.h"
 #include "support/ClosedPort.h"
+#include "support/DroppingPort.h"
 #include "support/ScriptedPeer.h"
 
 namespace onvif_client {
@@ -95,6 +96,9 @@ TEST_F(Exchange, BadArgumentsAndDeadPortsFailAtOnce) {
     const client_test::CClosedPort nobody;
     const std::uint16_t closed = nobody.Port();
     EXPECT_EQ(Do(closed), "");
+    EXPECT_EQ(returned_, -1);
+    const client_test::CDroppingPort slow;
+    EXPECT_EQ(Do(slow.Port(), 100, ":End>", 50), "");
     EXPECT_EQ(returned_, -1);
     char buffer[10] = {};
     for (const char* ip : {static_cast<const char*>(nullptr), "", "localhost", "1.2.3", "::1"}) {

@@ -35,13 +35,8 @@ class CNotingObserver final : public CONVIFAlarmStateObserver {
     }
     std::string Take() { return std::exchange(heard_, ""); }
 
-    std::function<void()> meanwhile = [] {};
-
  private:
-    void Note(char kind, bool state) {
-        heard_ += {kind, state ? '1' : '0', ' '};
-        meanwhile();
-    }
+    void Note(char kind, bool state) { heard_ += {kind, state ? '1' : '0', ' '}; }
     std::string heard_;
 };
 
@@ -136,20 +131,6 @@ TEST_F(ControlLoop, ObserversHearChangesRepetitionsAndClearing) {
         record->Unclaim();
         EXPECT_EQ(observer_.Take(), step.heard) << &step - steps;
     }
-}
-
-TEST_F(ControlLoop, WhatAnInterruptLeavesUntoldIsToldNextTime) {
-    const auto one = Add(1);
-    const auto two = Add(2);
-    one->OnPullAnswer({{{kMotion, true}, {kInput, true}, {kMotion, false}}, "", 0});
-    two->OnPullAnswer({{{kMotion, true}}, "", 0});
-    observer_.meanwhile = [&] { loop_.Interrupt(); };
-    for (const char* heard : {"m1 ", "a1 ", "m0 "}) {
-        EXPECT_EQ(PassAfter(0), "");
-        EXPECT_EQ(observer_.Take(), heard);
-    }
-    EXPECT_EQ(PassAfter(0), "pull1 ");
-    EXPECT_EQ(observer_.Take(), "m1 ");
 }
 
 TEST_F(ControlLoop, TasksAreQueuedWhenTheyAreDue) {
