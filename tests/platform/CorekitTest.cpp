@@ -107,6 +107,38 @@ TEST(CorekitLog, NamesThePlaceByNumberOrByWords) {
         << log;
 }
 
+TEST(CorekitLog, TheEnvironmentChoosesWhatGoesWhere) {
+    const std::string file = client_test::OwnFile("chosen.txt");
+    const std::string info = "[^\n]+ info T \u7EBF\n";
+    const std::string error = "[^\n]+ error T ASSERT: words\n";
+    const struct {
+        const char* variable;  // without ONVIF_CLIENT_
+        std::string value;
+        std::string shown;  // on standard error
+    } cases[] = {
+        {"LOG", "info", info + error},
+        {"LOG", "error", error},
+        {"LOG", "off", ""},
+        {"LOG_CHARSET", "raw", "[^\n]+ info T \xCF\xDF\n" + error},
+        {"LOG_FILE", file, ""},
+        {"TRACE", "stderr", info + error + "\ntrace\n"},
+        {"TRACE", "log", info + error + "[^\n]+ info trace\n"},
+    };
+    for (const auto& [variable, value, shown] : cases) {
+        const auto child = [variable = variable, value = value] {
+            setenv(("ONVIF_CLIENT_" + std::string(variable)).c_str(), value.c_str(), 1);
+            COREKIT_BeginTraces();
+            COREKIT_NormalOutput(CorekitText{"\xCF\xDF", "\u7EBF"}, "T", 0);
+            COREKIT_AbnormalOutput("ASSERT", "T", "words");
+            COREKIT_Trace("\ntrace\n");
+            std::_Exit(0);
+        };
+        EXPECT_EXIT(child(), testing::ExitedWithCode(0), "^" + shown + "$") << variable;
+    }
+    EXPECT_GT(std::filesystem::file_size(file), 40U);
+    std::filesystem::remove(file);
+}
+
 TEST(CorekitLog, LinesAndTracesWaitForNobodyAndShowControlCharacters) {
     const auto logIt = [] { COREKIT_NormalOutput(kHostile.c_str(), "HttpClient", 943); };
     const auto traceIt = [] { COREKIT_Trace(("\n\n" + kHostile + ".\r\n").c_str()); };
