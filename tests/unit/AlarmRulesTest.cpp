@@ -251,6 +251,7 @@ TEST_F(ControlLoop, ASubscriptionWhoseMessagesArePostedIsRenewed) {
     EXPECT_EQ(PassAfter(592000, 592), "");
     EXPECT_EQ(observer_.Take(), "m1 ");
     EXPECT_EQ(PassAfter(1), "renew1 ");
+    EXPECT_FALSE(posted->Pulls());
 }
 
 }  // namespace

@@ -69,6 +69,8 @@ TEST(SnapshotRequest, ReadsWhatAHeaderSays) {
         {refused + " Basic", "refused Basic [][][][] 0"},
         {refused + " Bearer realm=\"x\"", "refused none [][][][] 0"},
         {refused, "refused none [][][][] 0"},
+        {refused + " Digest realm=r,\r\nnonce=n", "refused Digest [r][][][] 0"},
+        {refused + " Digest realm=\"a\\", "refused Digest [a\\][][][] 0"},
         {"HTTP/1.1 200 OK\r\nContent-length: 12\r\nX: 401 Unauthorized", "none [][][][] 12"},
         {"HTTP/1.1 200 OK\r\nX:\r\n content-length : 7x", "none [][][][] 7"},
         {"HTTP/1.1 200 OK\r\nContent-Length: -5", "none [][][][] 0"},
