@@ -22,16 +22,12 @@ struct Value {
 
 class Commands : public CCameraTest {};
 
-/// What a dome shows stands in docs/commands.md.
-TEST_F(Commands, EveryQueryShowsWhatASimplerCameraIs) {
+/// What a dome shows stands in docs/commands.md; this is where another camera differs.
+TEST_F(Commands, QueriesShowWhatASimplerCameraIs) {
     const struct {
         const char* commands;
         std::vector<Value> shown;
     } cases[] = {
-        {"ipv4", {{"ipv4/item/@token", "eth0"}}},
-        {"dns", {{"dns/status", "success"}}},
-        {"networkProtocols", {{"networkProtocols/rtsp/port", "554"}}},
-        {"dateAndTime", {{"dateAndTime/type", "Manual"}}},
         {"streamURI{index=1 multicast=true}",
          {{"streamURI/uri", "rtsp://127.0.0.1:554/stream/Profile_2"},
           {"streamURI/timeout", "PT60S"}}},
@@ -46,9 +42,6 @@ TEST_F(Commands, EveryQueryShowsWhatASimplerCameraIs) {
          {{"videoEncoderCfg/item/index", "0"}, {"videoEncoderCfg/item/token", "VideoEncoder_1"}}},
         {"profiles", {{"profiles/item/token", "Profile_1"}, {"profiles/item/ptzCfg", "(none)"}}},
         {"devInfo", {{"devInfo/model", "SIM-FIXED"}}},
-        {"alarmout", {{"alarmout/alarm/token", "Relay_1"}}},
-        {"alarmin", {{"alarmin/token", "Input_1"}}},
-        {"streamCount", {{"streamCount", "2"}}},
         {"serviceUrl", {{"serviceUrl/item/@service", "analytics"}}},
         {"imageOpts", {{"imageOpts/focus", "(none)"}, {"imageOpts/brightness/max", "100"}}},
         {"imageSettings", {{"imageSettings/focus", "(none)"}, {"imageSettings/saturation", "50"}}},
@@ -57,8 +50,6 @@ TEST_F(Commands, EveryQueryShowsWhatASimplerCameraIs) {
         {"presets", {{"presets/status", "fail"}}},
         {"cruises", {{"cruises/status", "fail"}}},
         {"osd", {{"osd/status", "success"}, {"osd/item", "(none)"}}},
-        {"osdoption", {{"osdoption/type", "Plain"}}},
-        {"devInfo unknown alarmin", {{"devInfo/status", "success"}, {"alarmin/status", "success"}}},
     };
     const unsigned int id = Login(host_.Add({.model = "fixed"}));
     for (const auto& each : cases) {

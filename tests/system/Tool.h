@@ -3,6 +3,7 @@
 #define ONVIF_CLIENT_TESTS_SYSTEM_TOOL_H
 
 #include <camera_sim/CameraSim.h>
+#include <gtest/gtest.h>
 #include <signal.h>
 
 #include <array>
@@ -10,6 +11,7 @@
 #include <fstream>
 #include <iterator>
 #include <string>
+#include <vector>
 
 #include "support/OwnFile.h"
 
@@ -38,6 +40,23 @@ inline Outcome RunTool(const std::string& arguments, const std::string& environm
 
 /// The credentials of every simulated camera.
 inline constexpr const char* kRight = "ONVIF_USER=admin ONVIF_PASSWORD=camera-1";
+
+struct Run {
+    std::string arguments;
+    int code;
+    std::string shows;  // somewhere in the output
+    std::string environment = kRight;
+};
+
+inline void ExpectRuns(const std::vector<Run>& runs) {
+    for (const Run& run : runs) {
+        const Outcome outcome = RunTool(run.arguments, run.environment);
+        EXPECT_EQ(outcome.code, run.code) << run.arguments << "\n" << outcome.output;
+        EXPECT_NE(outcome.output.find(run.shows), std::string::npos) << run.arguments << "\n"
+                                                                     << outcome.output;
+        EXPECT_EQ(outcome.output.find("CHttpClient::"), std::string::npos) << run.arguments;
+    }
+}
 
 inline std::string LocalAddress(std::uint16_t port) {
     return "127.0.0.1:" + std::to_string(port);

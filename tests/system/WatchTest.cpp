@@ -101,25 +101,13 @@ TEST(Watch, EndsWhenThereIsNothingToWatch) {
     const std::string good = AddressOf(host.Add({}));
     const CClosedPort nobody;
     const std::string closed = LocalAddress(nobody.Port());
-    const struct {
-        std::string arguments;
-        std::string password;
-        int code;
-        std::string shows;
-    } cases[] = {
-        {"</dev/null", "camera-1", 2, "no HOST"},
-        {good + ":x", "camera-1", 2, "HOST:PORT"},
-        {"</dev/zero", "camera-1", 2, "too long"},
-        {"--for 0 " + good, "camera-1", 0, ""},
-        {"--for 100 " + good, "wrong", 3, good + " refuses"},
-        {"--for 100 " + good + " " + closed, "wrong", 4, good + " refuses"},
-    };
-    for (const auto& each : cases) {
-        const Outcome outcome =
-            RunTool("watch " + each.arguments, "ONVIF_USER=admin ONVIF_PASSWORD=" + each.password);
-        EXPECT_EQ(outcome.code, each.code) << each.arguments << "\n" << outcome.output;
-        EXPECT_NE(outcome.output.find(each.shows), std::string::npos) << outcome.output;
-    }
+    const std::string wrong = "ONVIF_USER=admin ONVIF_PASSWORD=wrong";
+    ExpectRuns({{"watch </dev/null", 2, "no HOST"},
+                {"watch " + good + ":x", 2, "HOST:PORT"},
+                {"watch </dev/zero", 2, "too long"},
+                {"watch --for 0 " + good, 0, ""},
+                {"watch --for 100 " + good, 3, good + " refuses", wrong},
+                {"watch --for 100 " + good + " " + closed, 4, good + " refuses", wrong}});
     const std::string file = OwnFile("hosts.txt");
     std::ofstream(file) << "# gate\n\n \t" << closed << " # yard\r\n";
     EXPECT_EQ(RunTool("watch --for 100 <" + file, kRight).output,

@@ -8,9 +8,12 @@
 #include "events/ContentTypes.h"
 #include "events/HttpMessage.h"
 #include "events/NotifyMessage.h"
+#include "support/Outline.h"
 
 namespace onvif_client {
 namespace {
+
+using client_test::Xml;
 
 /// What a message comes to that arrives byte by byte: its body, "(incomplete)" or "(impossible)".
 std::string BodyByBytes(const std::string& bytes) {
@@ -108,34 +111,31 @@ std::string Read(const std::string& body) {
 }
 
 std::string Data(const std::string& simpleItems) {
-    return "<wsn:Message><tt:Message><tt:Source><tt:SimpleItem Name='S' Value='true'/></tt:Source>"
-           "<tt:Data>" +
-           simpleItems + "</tt:Data></tt:Message></wsn:Message>";
+    return " wsn:Message{tt:Message{tt:Source{tt:SimpleItem(Name=S Value=true)} tt:Data{" +
+           simpleItems + "}}}";
 }
 
 TEST(NotifyMessage, ItemsAreReadByTheirUsualNames) {
-    const std::string on = Data("<tt:SimpleItem Name='a' Value='1'/>");
+    const std::string on = Data("tt:SimpleItem(Name=a Value=1)");
     const std::pair<std::string, const char*> cases[] = {
-        {"<wsn:Topic>A</wsn:Topic>" + on, "A+;"},
-        {"<wsn:topic>a</wsn:topic><wsn:Topic>A</wsn:Topic>", "A-;"},
-        {"<wsn:topic>a</wsn:topic><wsn:Topic/>", "-;"},
-        {"<wsn:topic>a</wsn:topic>" + on, "a+;"},
-        {"<b:Topic>A</b:Topic>" + on, "+;"},
-        {Data("<tt:SimpleItem Value='false'/><tt:SimpleItem Value='true'/>"), "-;"},
-        {Data("<tt:SimpleItem Value='TRUE'/><tt:SimpleItem Value='false'/>"), "+;"},
-        {Data("<tt:SimpleItem Value='True'/>"), "-;"},
-        {Data("<tt:SimpleItem Name='no value'/>") + Data("<tt:SimpleItem Value='1'/>"), "-;"},
+        {"wsn:Topic=A" + on, "A+;"},
+        {"wsn:topic=a wsn:Topic=A", "A-;"},
+        {"wsn:topic=a wsn:Topic", "-;"},
+        {"wsn:topic=a" + on, "a+;"},
+        {"b:Topic=A" + on, "+;"},
+        {Data("tt:SimpleItem(Value=false) tt:SimpleItem(Value=true)"), "-;"},
+        {Data("tt:SimpleItem(Value=TRUE) tt:SimpleItem(Value=false)"), "+;"},
+        {Data("tt:SimpleItem(Value=True)"), "-;"},
+        {Data("tt:SimpleItem(Name='no value')") + Data("tt:SimpleItem(Value=1)"), "-;"},
         {Data(""), "-;"},
-        {"<wsn:SubscriptionReference><ad:Address>http://r</ad:Address>"
-         "</wsn:SubscriptionReference>",
-         "-http://r;"},
-        {"</wsn:NotificationMessage><x/><wsn:NotificationMessage><wsn:Topic>B</wsn:Topic>" + on,
-         "-;B+;"}};
+        {"wsn:SubscriptionReference{ad:Address=http://r}", "-http://r;"},
+        {"} x wsn:NotificationMessage{wsn:Topic=B" + on, "-;B+;"}};
     for (const auto& [content, items] : cases) {
-        EXPECT_EQ(Read("<s:Envelope><s:Header><ad:To>http://me</ad:To></s:Header><s:Body>"
-                       "<wsn:Notify><wsn:NotificationMessage>" +
-                       content + "</wsn:NotificationMessage></wsn:Notify></s:Body></s:Envelope>"),
-                  std::string("http://me>") + items)
+        EXPECT_EQ(
+            Read(Xml(
+                "s:Envelope{s:Header{ad:To=http://me} s:Body{wsn:Notify{wsn:NotificationMessage{" +
+                content + "}}}}")),
+            std::string("http://me>") + items)
             << content;
     }
 }
