@@ -61,6 +61,7 @@ class CNotedTasks final : public ITaskQueue {
     std::string noted;
 };
 
+/// Nobody gets a session.
 class CNoSessions final : public ISessionSource {
  public:
     CHttpClient* Acquire(std::uint32_t) override {
@@ -193,22 +194,10 @@ TEST_F(ControlLoop, TheLongestDueSubscriptionsGoFirstAndSilentDevicesHoldUpNoOth
     EXPECT_EQ(PassAfter(0), "resubscribe1 ");
 }
 
-/// Sessions that nobody gets until there are some.
-class CLateSessions final : public ISessionSource {
- public:
-    CHttpClient* Acquire(std::uint32_t) override {
-        come_.wait();
-        return nullptr;
-    }
-    bool Release(std::uint32_t) override { return false; }
-    void Come() { come_.count_down(); }
-
- private:
-    std::latch come_{1};
-};
-
 TEST(DeviceTasks, SilentDevicesLeaveRoomForAnother) {
-    CLateSessions sessions;
+    std::latch come(1);
+    CNoSessions sessions;
+    sessions.meanwhile = [&] { come.wait(); };
     CDeviceTasks tasks(sessions);
     const auto taken = [&](const std::optional<SubscriptionAnswer>& answer) {
         auto record = std::make_shared<EventDeviceRecord>(sessions, 1, nullptr, "");
@@ -221,7 +210,7 @@ TEST(DeviceTasks, SilentDevicesLeaveRoomForAnother) {
     EXPECT_FALSE(taken({}));
     EXPECT_TRUE(taken(kSubscribed));
     EXPECT_FALSE(taken(kSubscribed));
-    sessions.Come();
+    come.count_down();
 }
 
 TEST_F(ControlLoop, AStartMakesUpForWhatTheLastStopBrokeOff) {

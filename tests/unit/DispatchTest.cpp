@@ -6,6 +6,7 @@
 #include <random>
 
 #include "commands/GetCmd.h"
+#include "support/Outline.h"
 
 namespace onvif_client {
 namespace {
@@ -222,15 +223,12 @@ TEST(Dispatch, APictureEndsTheRequest) {
 
 /// A reply to every operation below, with @p value () in the place of each value.
 std::string SoapWith(const std::function<std::string()>& value) {
-    const std::string_view pattern =
-        "<Envelope><Body><GetDeviceInformationResponse><Manufacturer>@</Manufacturer><Model>@"
-        "</Model></GetDeviceInformationResponse><GetNetworkInterfacesResponse><NetworkInterfaces"
-        " token='@'><IPv4><Config><DHCP>false</DHCP><Manual><Address>@</Address></Manual></Config>"
-        "</IPv4></NetworkInterfaces></GetNetworkInterfacesResponse>"
-        "<GetNetworkDefaultGatewayResponse><NetworkGateway><IPv4Address>@</IPv4Address>"
-        "</NetworkGateway></GetNetworkDefaultGatewayResponse><SetNetworkInterfacesResponse>"
-        "<RebootNeeded>@</RebootNeeded></SetNetworkInterfacesResponse><GetPresetsResponse>"
-        "<Preset token='@'><Name>@</Name></Preset></GetPresetsResponse></Body></Envelope>";
+    const std::string pattern = client_test::Xml(
+        "Envelope{Body{GetDeviceInformationResponse{Manufacturer=@ Model=@} "
+        "GetNetworkInterfacesResponse{NetworkInterfaces(token=@){IPv4{Config{DHCP=false "
+        "Manual{Address=@}}}}} GetNetworkDefaultGatewayResponse{NetworkGateway{IPv4Address=@}} "
+        "SetNetworkInterfacesResponse{RebootNeeded=@} "
+        "GetPresetsResponse{Preset(token=@){Name=@}}}}");
     std::string soap;
     for (const char each : pattern) {
         soap += each == '@' ? value() : std::string(1, each);

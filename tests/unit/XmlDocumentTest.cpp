@@ -12,23 +12,16 @@ const std::string kReplaced = "\xEF\xBF\xBD";
 TEST(XmlDocument, PathsLeadToTheFirstChildOfEachName) {
     CXmlDocument document(
         "<Get><a n='1'><b>first</b><b>second</b></a><a n='2'><c/></a><Get n='inner'/></Get>");
-    const struct {
-        const char* path;
-        const char* found;  // the element's name and its attribute n; null: none
-    } cases[] = {
-        {"Get", "Get"},       {"Get/a", "a1"},     {"a", "a1"},          {"a/b", "b"},
-        {"Get/a/c", nullptr}, {"x", nullptr},      {"Get/x/b", nullptr}, {"get", nullptr},
-        {"Get/Get", "Get"},   {"Get/Get/a", "a1"}, {"a/a/b", "b"},       {"", nullptr},
+    // The element's name and its attribute n; nothing for none.
+    const std::pair<const char*, const char*> cases[] = {
+        {"Get", "Get"},     {"Get/a", "a1"},     {"a", "a1"},     {"a/b", "b"},
+        {"Get/a/c", ""},    {"x", ""},           {"Get/x/b", ""}, {"get", ""},
+        {"Get/Get", "Get"}, {"Get/Get/a", "a1"}, {"a/a/b", "b"},  {"", ""},
     };
-    for (const auto& each : cases) {
-        const XMLElement* element = document.Find(each.path);
-        if (each.found == nullptr) {
-            EXPECT_EQ(element, nullptr) << each.path;
-            continue;
-        }
-        ASSERT_NE(element, nullptr) << each.path;
+    for (const auto& [path, found] : cases) {
+        const XMLElement* element = document.Find(path);
         const char* n = AttributeOf(element, "n");
-        EXPECT_EQ(std::string(NameOf(element)) + (n == nullptr ? "" : n), each.found) << each.path;
+        EXPECT_EQ(std::string(NameOf(element)) + (n == nullptr ? "" : n), found) << path;
     }
     EXPECT_EQ(TextOf(document.Find("a/b")), "first");
     EXPECT_EQ(TextOf(NextSibling(document.Find("a/b"), "b")), "second");
