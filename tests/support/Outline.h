@@ -32,7 +32,11 @@ class COutline {
                 inside += Elements();
                 Require('}');
             }
-            xml += inside.empty() ? "/>" : ">" + inside + "</" + name + ">";
+            if (inside.empty()) {
+                xml += "/>";
+            } else {
+                xml.append(">").append(inside).append("</").append(name).append(">");
+            }
         }
         return xml;
     }

@@ -72,8 +72,9 @@ TEST(EventRequests, GoToTheSubscriptionsPath) {
         {"", "", "onvif/device_service"},
     };
     for (const auto& each : cases) {
-        const std::string address = "='" + std::string(each.address) + "' ";
-        const CXmlDocument request(Xml("c{token" + address + "serverAddr" + address + "}"));
+        std::string command = "c{token='";
+        command.append(each.address).append("' serverAddr='").append(each.address).append("'}");
+        const CXmlDocument request(Xml(command));
         EXPECT_EQ(PullPath({request.Root()}), each.pull) << each.address;
         EXPECT_EQ(RenewPath({request.Root()}), each.renew) << each.address;
     }
