@@ -97,7 +97,7 @@ std::vector<CEar::Told> WithoutRepetitions(std::vector<CEar::Told> told) {
     const auto repeats = [](const CEar::Told& one, const CEar::Told& other) {
         return one.motion == other.motion && one.state == other.state;
     };
-    told.erase(std::ranges::unique(told, repeats).begin(), told.end());
+    told.erase(std::unique(told.begin(), told.end(), repeats), told.end());
     return told;
 }
 

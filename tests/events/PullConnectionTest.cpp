@@ -110,7 +110,8 @@ TEST_F(PullConnection, WhatCannotBecomeAReplyIsReadNoFurther) {
         {std::string(1024, 'x'), 1025},
         {"HTTP/1.1 100 Continue\r\n\r\n" + std::string(1000, 'x'), 1025},
     };
-    for (const auto& [text, mostBlocks] : cases) {
+    for (const auto& each : cases) {
+        const std::string& text = each.first;
         std::atomic<bool> sends = true;
         CScriptedPeer peer([&](CPeerConnection& connection) {
             while (sends && connection.Send(text)) {
@@ -124,7 +125,7 @@ TEST_F(PullConnection, WhatCannotBecomeAReplyIsReadNoFurther) {
             std::this_thread::sleep_for(std::chrono::milliseconds(100));
             return std::exchange(seen, sink_.blocks.load()) == seen && seen > before;
         });
-        EXPECT_LE(seen - before, mostBlocks) << text.substr(0, 40);
+        EXPECT_LE(seen - before, each.second) << text.substr(0, 40);
         sends = false;
         connection_.Close();
     }
