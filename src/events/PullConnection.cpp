@@ -35,15 +35,12 @@ bool CPullConnection::Exists() const {
     return connection_ && WIRELINK_PopConnectResult(connection_.Get(), ignored, 0);
 }
 
-bool CPullConnection::TryLocked() {
-    if (triesLeft_-- == 0) {
-        return false;
-    }
+void CPullConnection::TryLocked() {
+    --triesLeft_;
     stands_ = false;
     sent_ = 0;
     connection_ = CWirelinkHandle(WIRELINK_AddConnect(0, request_.host.c_str(), request_.port));
     WIRELINK_AwaitSendable(connection_.Get(), this, kTryMs);
-    return true;
 }
 
 void CPullConnection::OnSendable(std::uint32_t handle, bool ready) {

@@ -41,8 +41,8 @@ class CPullConnection final : private CSendableObserver {
 
  private:
     void OnSendable(std::uint32_t handle, bool ready) override;
-    /// False when no try is left.
-    bool TryLocked() REQUIRES(lock_);
+    /// Uses one of the tries that are left.
+    void TryLocked() REQUIRES(lock_);
     void SendLocked() REQUIRES(lock_);
 
     IPullSink& sink_;
