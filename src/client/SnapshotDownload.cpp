@@ -146,6 +146,7 @@ bool CSnapshotDownload::ReadHeader(std::string_view header, ResponseBuffer& pict
         limit_ = kLimitWithoutLength;
     }
     final_ = true;
+    picture.size = 0;
     if (limit_ <= kLargestPicture) {
         // NOLINTNEXTLINE(cppcoreguidelines-owning-memory): without memory there is no picture
         picture.data.reset(new (std::nothrow) char[static_cast<std::size_t>(limit_)]);

@@ -21,13 +21,14 @@ std::uint32_t CEventParse::OnData(std::uint32_t handle, const char* data, std::u
     if (!sink_.Pulls()) {
         return length;
     }
+    const bool isBehindTheReply = handled_;
     if (data == nullptr || length == 0) {
         LogAssert(loglabel::kEventParse, "a block of a reply is empty");
-    } else if (!handled_ && Accumulate({data, length})) {
+    } else if (!isBehindTheReply && Accumulate({data, length})) {
         handled_ = true;
         HandleReply();
     }
-    if (!GoesOn()) {
+    if (isBehindTheReply || !GoesOn()) {
         WIRELINK_Stop(handle);
     }
     return length;

@@ -29,8 +29,8 @@ class IPullSink {
 
 /// The data observer of a pull's connection; its callbacks are serial. A reply that is larger than
 /// the buffer, or says nothing of its length, is lost: the pull then runs into its time-out. Once
-/// no byte can complete a reply any more, or 1 MiB has come without one, the connection is not read
-/// any further.
+/// no byte can complete a reply any more, 1 MiB has come without one, or bytes come behind one, the
+/// connection is not read any further.
 class CEventParse final : public CSocketDataObserver {
  public:
     static constexpr std::size_t kCapacity = 32768;
@@ -61,7 +61,7 @@ class CEventParse final : public CSocketDataObserver {
     std::size_t readInAll_ = 0;  // of this pull, lost replies included
     MessageFrame frame_;
     bool impossible_ = false;
-    bool handled_ = false;  // blocks behind the reply are ignored
+    bool handled_ = false;  // the reply is complete
 };
 
 }  // namespace onvif_client

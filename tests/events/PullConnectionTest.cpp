@@ -2,6 +2,7 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <atomic>
 #include <chrono>
 #include <filesystem>
@@ -22,8 +23,13 @@ using client_test::CPeerConnection;
 using client_test::CScriptedPeer;
 using client_test::WaitUntil;
 
+/// Without files: the C library reads some for a moment when a thread begins.
 auto OpenDescriptors() {
-    return std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {});
+    const std::filesystem::directory_iterator all("/proc/self/fd");
+    return std::count_if(begin(all), end(all), [](const auto& each) {
+        std::error_code closedMeanwhile;
+        return read_symlink(each.path(), closedMeanwhile).is_relative();
+    });
 }
 
 class CNoSessions final : public ISessionSource {
@@ -79,7 +85,7 @@ TEST_F(PullConnection, ThereIsNoWayAfterThreeTries) {
     Pull(dropping.Port());
     EXPECT_TRUE(connection_.Exists());
     connection_.Close();
-    EXPECT_EQ(OpenDescriptors(), before);
+    WaitUntil([&] { return OpenDescriptors() == before; });
     EXPECT_EQ(sink_.ways, 2) << "given up by its owner";
 }
 
@@ -109,6 +115,7 @@ TEST_F(PullConnection, WhatCannotBecomeAReplyIsReadNoFurther) {
         {"HTTP/1.1 200 OK\r\nContent-Length: 10000000000\r\n\r\n", 1},
         {std::string(1024, 'x'), 1025},
         {"HTTP/1.1 100 Continue\r\n\r\n" + std::string(1000, 'x'), 1025},
+        {"HTTP/1.1 200 OK\r\nContent-Length: 0\r\n\r\n", 2},  // one reply, and what is behind
     };
     for (const auto& each : cases) {
         const std::string& text = each.first;
@@ -129,7 +136,7 @@ TEST_F(PullConnection, WhatCannotBecomeAReplyIsReadNoFurther) {
         sends = false;
         connection_.Close();
     }
-    EXPECT_EQ(sink_.answers, 0);
+    EXPECT_EQ(sink_.answers, 1);
 }
 
 }  // namespace

@@ -66,7 +66,8 @@ TEST(MotionCells, UnderstandAnyPackBitsStream) {
         {"", 3, 1, CellRows{"000"}},
         {"\x81\xFF", 1, 1, CellRows{"1"}},  // more than the grid holds
         {"\x81\xFF", 0, 1, std::nullopt},
-        {"\x81\xFF", 50000, 50000, std::nullopt},
+        {"\x81\xFF", 1, 1025, std::nullopt},
+        {"\x81\xFF", 1024, 65, std::nullopt},
     };
     for (const auto& each : cases) {
         EXPECT_EQ(DecodeActiveCells(Base64(Bytes(each.packed)), each.columns, each.rows),
