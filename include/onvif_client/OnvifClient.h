@@ -46,6 +46,12 @@
 /// addresses or on the one that the environment variable ONVIF_CLIENT_LISTEN_ADDRESS names (dotted
 /// IPv4). The observers need no port: the library pulls for messages.
 ///
+/// Extensions: what real devices need beyond the default is off unless the environment variable
+/// ONVIF_CLIENT_EXTENSIONS, read by ONVIF_CLIENT_Initial, switches it on: "all", or names with
+/// commas between them: http-framing, large-messages, open-faults, keep-clock, http-digest,
+/// media-fallback, per-source-alarms, standard-requests, own-parameters, background-subscription,
+/// no-basic (which "all" leaves out). docs/real-cameras.md says what each changes.
+///
 /// Diagnostics: the library logs to standard error. The environment variable ONVIF_CLIENT_LOG
 /// chooses what ("off", "error", "info"; "info" when it is not set), ONVIF_CLIENT_LOG_FILE names a
 /// file to use instead (rotated at 5 MiB, three old ones are kept). Some traces go to standard

@@ -5,17 +5,26 @@
 
 namespace onvif_client {
 
+void CHttpClientManager::UseExtensions(CExtensions extensions) {
+    const CLockGuard guard(lock_);
+    extensions_ = extensions;
+}
+
 std::uint32_t CHttpClientManager::Login(std::uint32_t loginId, const char* ip, std::uint16_t port,
                                         const char* user, const char* password,
                                         std::uint32_t& errorCode) {
     if (ip == nullptr || user == nullptr || password == nullptr) {
         return kNoLoginId;
     }
-    if (loginId != kNoLoginId) {
+    CExtensions extensions;
+    {
         const CLockGuard guard(lock_);
-        return sessions_.contains(loginId) ? loginId : kNoLoginId;
+        if (loginId != kNoLoginId) {
+            return sessions_.contains(loginId) ? loginId : kNoLoginId;
+        }
+        extensions = extensions_;
     }
-    auto session = std::make_unique<CHttpClient>(user, password, ip, port);
+    auto session = std::make_unique<CHttpClient>(user, password, ip, port, extensions);
     const std::uint32_t started = TickCount();
     errorCode = static_cast<std::uint32_t>(session->Login());
     LogNormalOf(DeviceName(ip, port), logpoint::kLoginEnded,

@@ -14,6 +14,7 @@
 #include <string>
 #include <string_view>
 
+#include "common/Extensions.h"
 #include "events/SessionSource.h"
 #include "platform/Mutex.h"
 
@@ -25,6 +26,9 @@ constexpr std::uint32_t kNoLoginId = 0xFFFFFFFFU;
 /// All operations may be called from any thread.
 class CHttpClientManager final : public ISessionSource {
  public:
+    /// What sessions begin with from now on.
+    void UseExtensions(CExtensions extensions);
+
     /// With kNoLoginId: logs in to a device and registers the session. With any other id: tells
     /// whether that id is registered, without traffic and without writing @p errorCode.
     /// @return the login id; kNoLoginId on failure and for a null address, user or password.
@@ -62,6 +66,7 @@ class CHttpClientManager final : public ISessionSource {
     CMutex lock_;  // the registry lock; before a session's count lock
     SessionMap sessions_ GUARDED_BY(lock_);
     std::uint32_t lastId_ GUARDED_BY(lock_) = 0;
+    CExtensions extensions_ GUARDED_BY(lock_);
 };
 
 }  // namespace onvif_client

@@ -2,9 +2,11 @@
 
 #include <cstring>
 #include <string>
+#include <vector>
 
 #include "api/Singletons.h"
 #include "common/LogText.h"
+#include "platform/Environment.h"
 #include "platform/Wirelink.h"
 
 namespace {
@@ -28,13 +30,24 @@ std::string TextOf(const char* text) {
     return text == nullptr ? "" : text;
 }
 
+onvif_client::CExtensions ChosenExtensions() {
+    std::vector<std::string> unknown;
+    const auto chosen = onvif_client::ReadExtensions(
+        onvif_client::EnvironmentText("ONVIF_CLIENT_EXTENSIONS", ""), unknown);
+    for (const std::string& name : unknown) {
+        onvif_client::LogNormal(onvif_client::loglabel::kOnvifClient, "there is no extension %s",
+                                name.c_str());
+    }
+    return chosen;
+}
+
 }  // namespace
 
 bool ONVIF_CLIENT_Initial() {
     return Guarded(true, [] {
         onvif_client::COREKIT_BeginTraces();
         onvif_client::WIRELINK_Initial(1, 1, nullptr, 8989);
-        SessionRegistry();
+        SessionRegistry().UseExtensions(ChosenExtensions());
         EventController().Start();
         return true;
     });

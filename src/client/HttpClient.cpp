@@ -39,8 +39,11 @@ ResponseBuffer MakeResponse(const std::string& document) {
 }  // namespace
 
 CHttpClient::CHttpClient(std::string_view user, std::string_view password, std::string_view ip,
-                         std::uint16_t port)
-    : credentials_{Field(user), Field(password)}, ip_(Field(ip)), port_(port) {}
+                         std::uint16_t port, CExtensions extensions)
+    : credentials_{Field(user), Field(password)},
+      ip_(Field(ip)),
+      port_(port),
+      extensions_(extensions) {}
 
 bool CHttpClient::Get(std::string_view request, ResponseBuffer& response) {
     response = {};
@@ -146,13 +149,7 @@ Reply CHttpClient::Post(const Target& target, std::string_view body) {
 }
 
 Reply CHttpClient::PostOnce(const Target& target, std::string_view body) const {
-    const std::string request = BuildPost(target.path, ip_, body);
-    std::string buffer(target.replyCapacity, '\0');
-    WIRELINK_SimpleClientComm(ip_.c_str(), port_, request.data(),
-                              static_cast<unsigned int>(request.size()), buffer.data(),
-                              target.replyCapacity, kReplyEndMarker, target.timeoutMs);
-    buffer.resize(std::strlen(buffer.c_str()));
-
+    std::string buffer = Transfer(target, BuildPost(target.path, ip_, body));
     Reply reply;
     std::string_view soap;
     reply.status = ClassifyReply(ip_, port_, buffer, soap);
@@ -161,6 +158,15 @@ Reply CHttpClient::PostOnce(const Target& target, std::string_view body) const {
         reply.soap = std::move(buffer);
     }
     return reply;
+}
+
+std::string CHttpClient::Transfer(const Target& target, const std::string& request) const {
+    std::string buffer(target.replyCapacity, '\0');
+    WIRELINK_SimpleClientComm(ip_.c_str(), port_, request.data(),
+                              static_cast<unsigned int>(request.size()), buffer.data(),
+                              target.replyCapacity, kReplyEndMarker, target.timeoutMs);
+    buffer.resize(std::strlen(buffer.c_str()));
+    return buffer;
 }
 
 std::optional<std::string> CHttpClient::Sign(std::string_view envelope) const {

@@ -33,7 +33,7 @@ class CHttpClient final : public ICommandSession {
  public:
     /// User, password and address are cut to 64 bytes each. One reference is held from the start.
     CHttpClient(std::string_view user, std::string_view password, std::string_view ip,
-                std::uint16_t port);
+                std::uint16_t port, CExtensions extensions = {});
     ~CHttpClient() override = default;
     CHttpClient(const CHttpClient&) = delete;
     CHttpClient& operator=(const CHttpClient&) = delete;
@@ -75,6 +75,7 @@ class CHttpClient final : public ICommandSession {
     const EventCapabilities& Events() const { return eventCapabilities_; }
 
     // ICommandSession
+    CExtensions Extensions() const override { return extensions_; }
     std::shared_ptr<const ProfileList> Profiles() const override;
     void ReplaceProfiles(ProfileList profiles) override;
     ServiceTable Services() const override;
@@ -95,6 +96,8 @@ class CHttpClient final : public ICommandSession {
     /// During a login, as long as that has patience.
     Reply Post(const Target& target, std::string_view body);
     Reply PostOnce(const Target& target, std::string_view body) const;
+    /// One exchange over TCP. @return what came, up to the target's capacity.
+    std::string Transfer(const Target& target, const std::string& request) const;
     /// The envelope with its security header filled; nothing when that fails.
     std::optional<std::string> Sign(std::string_view envelope) const;
     Reply PostSigned(const Target& target, std::string_view envelope);
@@ -122,6 +125,7 @@ class CHttpClient final : public ICommandSession {
     const Credentials credentials_;
     const std::string ip_;
     const std::uint16_t port_;
+    const CExtensions extensions_;
 
     mutable CMutex dataLock_;  // leaf
     ServiceTable services_ GUARDED_BY(dataLock_);

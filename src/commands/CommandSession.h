@@ -9,6 +9,7 @@
 #include <string_view>
 
 #include "commands/ResponseBuffer.h"
+#include "common/Extensions.h"
 #include "common/Status.h"
 #include "transform/MediaProfile.h"
 #include "transform/ServiceAddresses.h"
@@ -48,6 +49,9 @@ struct Reply {
 class ICommandSession {
  public:
     virtual ~ICommandSession() = default;
+
+    /// Those that the session began with.
+    virtual CExtensions Extensions() const { return {}; }
 
     /// The cached profiles as they stand now; never null.
     virtual std::shared_ptr<const ProfileList> Profiles() const = 0;

@@ -1,3 +1,4 @@
+#include "common/Extensions.h"
 #include "transform/Conversions.h"
 
 #include <gtest/gtest.h>
@@ -73,6 +74,31 @@ TEST(Conversions, RealNumbers) {
         {0.5, 8, "0.50000000"}, {-2.0 / 3, 6, "-0.666667"}, {0, 6, "0.000000"}};
     for (const auto& [value, decimals, text] : written) {
         EXPECT_EQ(DecimalText(value, decimals), text);
+    }
+}
+
+TEST(Extensions, AreReadFromAList) {
+    CExtensions all;
+    for (const ExtensionRow& row : ExtensionTable()) {
+        if (row.name != "no-basic") {
+            all.Add(row.extension);
+        }
+    }
+    const struct {
+        std::string_view list;
+        CExtensions on;
+        std::vector<std::string> unknown;
+    } cases[] = {
+        {"", {}, {}},
+        {"open-faults", {Extension::kOpenFaults}, {}},
+        {" no-basic ,,keep-clock", {Extension::kNoBasic, Extension::kKeepClock}, {}},
+        {"all", all, {}},
+        {"Keep-clock,keep,own-parameters", {Extension::kOwnParameters}, {"Keep-clock", "keep"}},
+    };
+    for (const auto& each : cases) {
+        std::vector<std::string> unknown;
+        EXPECT_TRUE(ReadExtensions(each.list, unknown) == each.on) << each.list;
+        EXPECT_EQ(unknown, each.unknown);
     }
 }
 

@@ -91,7 +91,7 @@ class CAlarmWatch::CCamera : public CONVIFAlarmStateObserver {
 
 CAlarmWatch::CAlarmWatch(const ConnectionOptions& options, const std::vector<std::string>& hosts,
                          std::function<void()> wake)
-    : news_(std::move(wake)), library_(options.verbose) {
+    : news_(std::move(wake)), library_(options) {
     constexpr std::size_t kMostThreads = 16;
     for (const std::string& host : hosts) {
         ConnectionOptions one = options;

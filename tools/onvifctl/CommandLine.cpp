@@ -8,6 +8,25 @@
 
 namespace onvifctl {
 
+namespace {
+
+const std::vector<std::string> kExtensions = {
+    "all",
+    "http-framing",
+    "large-messages",
+    "open-faults",
+    "keep-clock",
+    "http-digest",
+    "media-fallback",
+    "per-source-alarms",
+    "standard-requests",
+    "own-parameters",
+    "background-subscription",
+    "no-basic",
+};
+
+}  // namespace
+
 CLI::App* AddCommandForMany(CLI::App& app, CommandLine& line, const char* name,
                             const std::string& description,
                             const std::vector<std::string>& examples) {
@@ -25,6 +44,17 @@ CLI::App* AddCommandForMany(CLI::App& app, CommandLine& line, const char* name,
         ->envname("ONVIF_PASSWORD");
     command->add_flag("-v,--verbose", line.connection.verbose,
                       "Show the library's log and traces on standard error");
+    auto* extensions = command->add_option_function<std::vector<std::string>>(
+        "--extensions",
+        [&line](const std::vector<std::string>& names) {
+            line.connection.extensions = CLI::detail::join(names, ",");
+        },
+        "What real cameras need, with commas between (default: all)");
+    extensions->delimiter(',')->type_name("NAME")->check(CLI::IsMember(kExtensions));
+    command
+        ->add_flag_callback(
+            "--literal", [&line] { line.connection.extensions = ""; }, "No extensions")
+        ->excludes(extensions);
     return command;
 }
 

@@ -81,10 +81,12 @@ std::string PasswordFor(const ConnectionOptions& options) {
         .value_or("");
 }
 
-CStartedLibrary::CStartedLibrary(bool verbose) {
+CStartedLibrary::CStartedLibrary(const ConnectionOptions& options) {
     // Standard output is for data.
-    setenv("ONVIF_CLIENT_TRACE", verbose ? "stderr" : "off", 0);
-    if (!verbose) {
+    setenv("ONVIF_CLIENT_TRACE", options.verbose ? "stderr" : "off", 0);
+    setenv("ONVIF_CLIENT_EXTENSIONS", options.extensions.value_or("all").c_str(),
+           options.extensions ? 1 : 0);
+    if (!options.verbose) {
         setenv("ONVIF_CLIENT_LOG", "error", 0);
     }
     // The tool pulls its events: nobody else needs to reach it.

@@ -13,6 +13,7 @@ struct ConnectionOptions {
     std::string user;
     std::optional<std::string> password;
     bool verbose = false;
+    std::optional<std::string> extensions;  // names with commas; nothing: as the environment says
 };
 
 /// "HOST:PORT" in full. Throws CFailure when @p host is neither HOST nor HOST:PORT.
@@ -24,8 +25,7 @@ std::string PasswordFor(const ConnectionOptions& options);
 /// The library runs while one lives; at most one at a time.
 class CStartedLibrary {
  public:
-    /// @p verbose: its log tells more than errors.
-    explicit CStartedLibrary(bool verbose);
+    explicit CStartedLibrary(const ConnectionOptions& options);
     /// Breaks off exchanges that run on other threads.
     ~CStartedLibrary();
     CStartedLibrary(const CStartedLibrary&) = delete;

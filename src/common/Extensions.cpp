@@ -1,0 +1,62 @@
+#include "common/Extensions.h"
+
+#include <algorithm>
+
+#include "common/HttpHead.h"
+
+namespace onvif_client {
+
+namespace {
+
+constexpr std::string_view kAll = "all";
+
+constexpr ExtensionRow kRows[] = {
+    {Extension::kHttpFraming, "http-framing",
+     "A reply ends where HTTP says so, also without an envelope; chunked bodies are decoded."},
+    {Extension::kLargeMessages, "large-messages",
+     "Replies of up to 16 MiB, pull replies of up to 4 MiB and requests of up to 1 MiB."},
+    {Extension::kOpenFaults, "open-faults",
+     "SOAP faults and replies are read whatever HTTP status, prefix or prolog they come with."},
+    {Extension::kKeepClock, "keep-clock",
+     "A login sets no clock; requests are signed by the device's time."},
+    {Extension::kHttpDigest, "http-digest",
+     "Requests answer a device that asks for HTTP Digest (MD5 or SHA-256)."},
+    {Extension::kMediaFallback, "media-fallback",
+     "Where one media service is missing or fails, the other one is asked."},
+    {Extension::kPerSourceAlarms, "per-source-alarms",
+     "Every source and rule of a device has a state of its own, which stays until it changes."},
+    {Extension::kStandardRequests, "standard-requests",
+     "Requests are what the official schemas and the services' descriptions want."},
+    {Extension::kOwnParameters, "own-parameters",
+     "A command reads the parameters of its own element when a document has several of its name."},
+    {Extension::kBackgroundSubscription, "background-subscription",
+     "Adding an observer returns at once; the subscription is made in the background."},
+    {Extension::kNoBasic, "no-basic", "No password goes out in clear: Basic is never answered.",
+     false},
+};
+
+}  // namespace
+
+std::span<const ExtensionRow> ExtensionTable() {
+    return kRows;
+}
+
+CExtensions ReadExtensions(std::string_view list, std::vector<std::string>& unknown) {
+    CExtensions on;
+    while (!list.empty()) {
+        const std::string_view name = Trim(TakeUntil(list, ","));
+        bool known = name.empty();
+        for (const ExtensionRow& row : kRows) {
+            if (name == row.name || (name == kAll && row.inAll)) {
+                on.Add(row.extension);
+                known = true;
+            }
+        }
+        if (!known) {
+            unknown.emplace_back(name);
+        }
+    }
+    return on;
+}
+
+}  // namespace onvif_client
