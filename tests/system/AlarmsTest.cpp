@@ -366,8 +366,8 @@ TEST(Applications, EndWithTheirOwnStatus) {
     const std::string port = std::to_string(host.Add(busy).Port());
     const std::pair<std::string, int> modes[] = {
         {"main", 5},        {"callback", 5}, {"callback-after-quit", 5},
-        {"descriptors", 1}, {"streams", 1},  {"signals", 1},
-        {"memory", 1},      {"fork", 1}};
+        {"descriptors", 1}, {"threads", 1},  {"streams", 1},
+        {"signals", 1},     {"memory", 1},   {"fork", 1}};
     for (const auto& [mode, rounds] : modes) {
         for (int round = 0; round < rounds; ++round) {
             std::string command = "timeout 60 " APPLICATION " >/dev/null ";

@@ -1,6 +1,7 @@
 /// An application that ends or forks while the library is at work, or that its machine fails:
 /// test_application PORT MODE, for a busy camera. There is never any entropy. Its exit status is 7.
 #include <fcntl.h>
+#include <sys/prctl.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -100,6 +101,27 @@ void RunOutOfDescriptors() {
     Start();
     ONVIF_CLIENT_Quit();
     Require(Descriptors() == before);
+}
+
+void RunOutOfThreads() {
+    constexpr uid_t kNobody = 65534;  // who may do all has no limit
+    Require(getuid() != 0 || setuid(kNobody) == 0);
+    prctl(PR_SET_DUMPABLE, 1);
+    rlimit normal = {};
+    getrlimit(RLIMIT_NPROC, &normal);
+    const rlimit none = {0, normal.rlim_max};
+    setrlimit(RLIMIT_NPROC, &none);
+    for (int round = 0; round < 2; ++round) {
+        ONVIF_CLIENT_Initial();
+        const unsigned int id = Login();
+        Require(Get(id, "<devInfo/>").has_value());
+        ONVIF_CLIENT_AddAlarmStateObserver(id, &observer);
+        ONVIF_CLIENT_DelAlarmStateObserver(id);
+        ONVIF_CLIENT_Quit();
+    }
+    ONVIF_CLIENT_Initial();
+    setrlimit(RLIMIT_NPROC, &normal);
+    Start();
 }
 
 void CloseStandardStreams() {
@@ -209,6 +231,7 @@ int main(int, char** arguments) {
         {"callback", [] { EndFrom(End); }},
         {"callback-after-quit", [] { EndFrom(QuitAndEnd); }},
         {"descriptors", RunOutOfDescriptors},
+        {"threads", RunOutOfThreads},
         {"streams", CloseStandardStreams},
         {"signals", LookAtSignals},
         {"memory", RunOutOfMemory},
