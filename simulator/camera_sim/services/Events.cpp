@@ -38,7 +38,7 @@ std::optional<milliseconds> ReadTermination(const Call& call, std::string_view t
     }
     auto term = ParseDuration(text);
     if (!term) {
-        const auto end = ParseUtc(text);
+        const auto end = ParseDateTime(text);
         if (end) {
             term = *end - (call.systemTime + call.state.clock.offset);
         }

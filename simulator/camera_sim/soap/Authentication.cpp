@@ -53,7 +53,7 @@ Credentials CAuthenticator::Check(const XmlElement* header, const User& user,
         return Refuse("no readable nonce");
     }
     const std::string_view created = ChildText(token, "Created");
-    const auto createdTime = ParseUtc(created);
+    const auto createdTime = ParseDateTime(created);
     if (!createdTime) {
         return Refuse("no readable creation time");
     }

@@ -1,5 +1,6 @@
 #include "camera_sim/soap/Times.h"
 
+#include <algorithm>
 #include <array>
 #include <cstdio>
 
@@ -59,6 +60,22 @@ std::optional<int> Digits(std::string_view text, std::size_t position, std::size
     const std::string_view digits = text.substr(position, count);
     return digits.find_first_not_of("0123456789") == std::string_view::npos ? ToInt(digits)
                                                                             : std::nullopt;
+}
+
+/// What a dateTime's zone ("Z", "+01:00" or none, which is taken for UTC) is ahead of UTC.
+std::optional<std::chrono::minutes> ParseZone(std::string_view text) {
+    constexpr int kMostHours = 14;
+    if (text.empty() || text == "Z") {
+        return std::chrono::minutes(0);
+    }
+    const auto h = Digits(text, 1, 2), m = Digits(text, 4, 2);
+    const bool west = text.front() == '-';
+    if ((!west && text.front() != '+') || text.size() != 6 || text[3] != ':' || !h || !m ||
+        *m > 59 || *h * 60 + *m > kMostHours * 60) {
+        return std::nullopt;
+    }
+    const std::chrono::minutes ahead(*h * 60 + *m);
+    return west ? -ahead : ahead;
 }
 
 }  // namespace
@@ -150,7 +167,7 @@ std::string FormatDuration(milliseconds duration) {
     return text + "S";
 }
 
-std::optional<std::chrono::sys_seconds> ParseUtc(std::string_view text) {
+std::optional<std::chrono::sys_seconds> ParseDateTime(std::string_view text) {
     using namespace std::chrono;
     constexpr std::string_view kShape = "0000-00-00T00:00:00";
     for (std::size_t i = 0; i < kShape.size(); ++i) {
@@ -166,18 +183,19 @@ std::optional<std::chrono::sys_seconds> ParseUtc(std::string_view text) {
 
     std::string_view rest = text.substr(kShape.size());
     if (rest.starts_with('.')) {
-        const auto end = rest.find_first_not_of("0123456789", 1);
-        if (end == 1 || end == std::string_view::npos) {
+        const auto end = std::min(rest.find_first_not_of(kDigits, 1), rest.size());
+        if (end == 1) {
             return std::nullopt;
         }
         rest.remove_prefix(end);
     }
+    const auto zone = ParseZone(rest);
     const year_month_day date{year(*y), month(static_cast<unsigned>(*mo)),
                               day(static_cast<unsigned>(*d))};
-    if (rest != "Z" || !date.ok()) {
+    if (!zone || !date.ok()) {
         return std::nullopt;
     }
-    return sys_days(date) + hours(*h) + minutes(*mi) + seconds(*s);
+    return sys_days(date) + hours(*h) + minutes(*mi) + seconds(*s) - *zone;
 }
 
 std::string FormatUtc(std::chrono::sys_seconds time) {

@@ -17,8 +17,9 @@ std::optional<std::chrono::milliseconds> ParseDuration(std::string_view text);
 bool IsDuration(std::string_view text);
 std::string FormatDuration(std::chrono::milliseconds duration);
 
-/// The point in time that a UTC dateTime ("2024-05-06T07:08:09Z", fractions allowed) names.
-std::optional<std::chrono::sys_seconds> ParseUtc(std::string_view text);
+/// The point in time that a dateTime names: "2024-05-06T07:08:09Z", with or without a fraction,
+/// which is dropped, and in any zone or none, which is taken for UTC.
+std::optional<std::chrono::sys_seconds> ParseDateTime(std::string_view text);
 /// "2024-05-06T07:08:09Z"
 std::string FormatUtc(std::chrono::sys_seconds time);
 /// "2024-05-06T07:08:09.250Z"
