@@ -163,6 +163,9 @@ Answer CCameraCore::RunLocked(const Understood& request, CXmlWriter& out,
                                           : std::string(operation->response));
     Answer answer = operation->handler(call);
     wait = std::move(call.wait);
+    if (call.reboot) {
+        RebootLocked();
+    }
     return answer;
 }
 

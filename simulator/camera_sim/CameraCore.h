@@ -107,6 +107,8 @@ class CCameraCore final : public IControlledCamera {
     /// Queues the messages for what has changed and sees to it that they are delivered.
     void PublishLocked();
     void NotifyLocked(Subscription& subscription);
+    /// The reply to the request that asked for it is still sent.
+    void RebootLocked();
     Reply DisturbLocked(const Understood& request, const Fault& fault);
     /// Runs the operation; @p out holds the body of the answer when there is no fault.
     Answer RunLocked(const Understood& request, CXmlWriter& out, std::optional<PullWait>& wait);

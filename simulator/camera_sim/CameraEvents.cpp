@@ -105,6 +105,10 @@ void CCameraCore::NotificationSent(std::uint64_t subscription, bool accepted) {
 
 void CCameraCore::Reboot() {
     const std::lock_guard guard(lock_);
+    RebootLocked();
+}
+
+void CCameraCore::RebootLocked() {
     events_.Clear();
     deferred_.clear();
     outlets_.dropConnections();

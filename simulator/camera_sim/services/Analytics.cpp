@@ -9,6 +9,8 @@
 namespace camera_sim {
 namespace {
 
+using Scope = CXmlWriter::CScope;
+
 constexpr int kMostColumnsOrRows = 64;
 /// Enough for the cells of the largest layout; padding cannot make a value grow without end.
 constexpr std::size_t kLongestValue = 4096;
@@ -33,10 +35,15 @@ struct ItemKind {
     std::vector<AnalyticsItem> AnalyticsConfiguration::*items;
     std::string_view noSuchItem;
     std::string_view invalidItem;
+    std::string_view supported;
+    std::string_view description;
 };
-constexpr ItemKind kModules{"AnalyticsModule", &AnalyticsConfiguration::modules, "NoModule",
-                            "InvalidModule"};
-constexpr ItemKind kRules{"Rule", &AnalyticsConfiguration::rules, "InvalidRule", "InvalidRule"};
+constexpr ItemKind kModules{
+    "AnalyticsModule", &AnalyticsConfiguration::modules, "NoModule",
+    "InvalidModule",   "SupportedAnalyticsModules",      "AnalyticsModuleDescription"};
+constexpr ItemKind kRules{"Rule",           &AnalyticsConfiguration::rules,
+                          "InvalidRule",    "InvalidRule",
+                          "SupportedRules", "RuleDescription"};
 
 AnalyticsConfiguration* RequestedConfiguration(Call& call) {
     return FindByToken(call.state.media.analytics, call.Argument("ConfigurationToken"));
@@ -57,6 +64,41 @@ Answer WriteItems(Call& call, const ItemKind& kind) {
     }
     for (const AnalyticsItem& item : configuration->*kind.items) {
         WriteAnalyticsItem(call.out, Ns::kAnalytics, kind.element, item);
+    }
+    return kDone;
+}
+
+void WriteItemType(CXmlWriter& out, std::string_view element, std::string_view name,
+                   const std::string& type) {
+    const Scope item(out, Ns::kSchema, element);
+    out.Attribute("Name", name);
+    out.Attribute("Type", type);
+}
+
+// The kinds that there are, as many as there are: none can be created or removed.
+Answer WriteSupported(Call& call, const ItemKind& kind) {
+    const AnalyticsConfiguration* configuration = RequestedConfiguration(call);
+    if (configuration == nullptr) {
+        return NoConfiguration();
+    }
+    CXmlWriter& out = call.out;
+    const auto& items = configuration->*kind.items;
+    const Scope supported(out, Ns::kAnalytics, kind.supported);
+    out.Attribute("Limit", static_cast<int>(items.size()));
+    for (const AnalyticsItem& item : items) {
+        const Scope description(out, Ns::kSchema, kind.description);
+        out.Attribute("Name", out.QualifiedName(Ns::kSchema, item.type));
+        out.Attribute("maxInstances", 1);
+        const Scope parameters(out, Ns::kSchema, "Parameters");
+        for (const auto& [name, value] : item.parameters) {
+            const bool cells = name == kCellsParameter;
+            WriteItemType(out, "SimpleItemDescription", name,
+                          out.QualifiedName(Ns::kXmlSchema, cells ? "base64Binary" : "int"));
+        }
+        if (item.cells) {
+            WriteItemType(out, "ElementItemDescription", "Layout",
+                          out.QualifiedName(Ns::kSchema, "CellLayout"));
+        }
     }
     return kDone;
 }
@@ -215,18 +257,26 @@ Answer GetAnalyticsModules(Call& call) {
 Answer ModifyAnalyticsModules(Call& call) {
     return ModifyItems(call, kModules);
 }
+Answer GetSupportedAnalyticsModules(Call& call) {
+    return WriteSupported(call, kModules);
+}
 Answer GetRules(Call& call) {
     return WriteItems(call, kRules);
 }
 Answer ModifyRules(Call& call) {
     return ModifyItems(call, kRules);
 }
+Answer GetSupportedRules(Call& call) {
+    return WriteSupported(call, kRules);
+}
 
 constexpr std::array kOperations = {
     Operation{"GetAnalyticsModules", GetAnalyticsModules},
     Operation{"ModifyAnalyticsModules", ModifyAnalyticsModules},
+    Operation{"GetSupportedAnalyticsModules", GetSupportedAnalyticsModules},
     Operation{"GetRules", GetRules},
     Operation{"ModifyRules", ModifyRules},
+    Operation{"GetSupportedRules", GetSupportedRules},
 };
 
 }  // namespace

@@ -54,7 +54,7 @@ void WriteMedia2(CXmlWriter& out, const CameraState&) {
     const Scope capabilities(out, Ns::kMedia2, "Capabilities");
     out.Attribute("SnapshotUri", true);
     out.Attribute("Rotation", false);
-    out.Attribute("OSD", false);
+    out.Attribute("OSD", true);
     {
         const Scope profiles(out, Ns::kMedia2, "ProfileCapabilities");
         out.Attribute("MaximumNumberOfProfiles", kMaximumProfiles);

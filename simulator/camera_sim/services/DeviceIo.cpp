@@ -1,5 +1,6 @@
-// Relays and digital inputs. The relays belong to the device service and are answered at the
-// address of device I/O too, which has a form of its own only for their settings.
+// Relays, digital inputs and the list of what else is built in. The relays belong to the device
+// service and are answered at the address of device I/O too, which has a form of its own only for
+// their settings.
 #include <algorithm>
 #include <array>
 
@@ -13,6 +14,10 @@ using Scope = CXmlWriter::CScope;
 
 SoapFault NoSuchRelay() {
     return InvalidArgument("RelayToken", "No such relay output");
+}
+
+SoapFault NoSuchInput() {
+    return InvalidArgument("InvalidToken", "No such digital input");
 }
 
 Answer GetRelayOutputs(Call& call) {
@@ -76,6 +81,76 @@ Answer GetDigitalInputs(Call& call) {
     return kDone;
 }
 
+Answer GetDigitalInputConfigurationOptions(Call& call) {
+    const std::string_view token = call.Argument("Token");
+    if (!token.empty() && FindByToken(call.state.inputs, token) == nullptr) {
+        return NoSuchInput();
+    }
+    const Scope options(call.out, Ns::kDeviceIo, "DigitalInputOptions");
+    for (const char* state : {"closed", "open"}) {
+        call.out.Element(Ns::kDeviceIo, "IdleState", state);
+    }
+    return kDone;
+}
+
+Answer SetDigitalInputConfigurations(Call& call) {
+    auto inputs = call.state.inputs;
+    for (const XmlElement* given : Children(&call.request, "DigitalInputs")) {
+        const char* token = given->Attribute("token");
+        DigitalInput* input = FindByToken(inputs, token == nullptr ? "" : token);
+        if (input == nullptr) {
+            return NoSuchInput();
+        }
+        const char* idleState = given->Attribute("IdleState");
+        input->idleState = idleState == nullptr ? input->idleState : idleState;
+        if (input->idleState != "open" && input->idleState != "closed") {
+            return InvalidArgument("ModeError", "IdleState is neither open nor closed");
+        }
+    }
+    call.state.inputs = std::move(inputs);
+    return kDone;
+}
+
+// Any delay within an hour.
+Answer GetRelayOutputOptions(Call& call) {
+    const std::string_view token = call.Argument("RelayOutputToken");
+    if (!token.empty() && FindByToken(call.state.relays, token) == nullptr) {
+        return NoSuchRelay();
+    }
+    for (const RelayOutput& relay : call.state.relays) {
+        if (!token.empty() && relay.token != token) {
+            continue;
+        }
+        const Scope options(call.out, Ns::kDeviceIo, "RelayOutputOptions");
+        call.out.Attribute("token", relay.token);
+        for (const char* mode : {"Monostable", "Bistable"}) {
+            call.out.Element(Ns::kDeviceIo, "Mode", mode);
+        }
+        call.out.Element(Ns::kDeviceIo, "DelayTimes", "0 3600");
+        call.out.Element(Ns::kDeviceIo, "Discrete", false);
+    }
+    return kDone;
+}
+
+Answer GetVideoSources(Call& call) {
+    for (const VideoSource& source : call.state.media.videoSources) {
+        call.out.Element(Ns::kDeviceIo, "Token", source.token);
+    }
+    return kDone;
+}
+
+Answer GetAudioSources(Call& call) {
+    for (const AudioSourceConfiguration& audio : call.state.media.audioSourceConfigurations) {
+        call.out.Element(Ns::kDeviceIo, "Token", audio.source);
+    }
+    return kDone;
+}
+
+/// Of what this camera has none.
+Answer GetNothing(Call&) {
+    return kDone;
+}
+
 constexpr std::array kRelayOperations = {
     Operation{"GetRelayOutputs", GetRelayOutputs},
     Operation{"SetRelayOutputSettings", SetRelayOutputSettings},
@@ -84,6 +159,14 @@ constexpr std::array kRelayOperations = {
 
 constexpr std::array kDeviceIoOperations = {
     Operation{"GetDigitalInputs", GetDigitalInputs},
+    Operation{"GetDigitalInputConfigurationOptions", GetDigitalInputConfigurationOptions},
+    Operation{"SetDigitalInputConfigurations", SetDigitalInputConfigurations},
+    Operation{"GetRelayOutputOptions", GetRelayOutputOptions},
+    Operation{"GetVideoSources", GetVideoSources},
+    Operation{"GetAudioSources", GetAudioSources},
+    Operation{"GetVideoOutputs", GetNothing},
+    Operation{"GetAudioOutputs", GetNothing},
+    Operation{"GetSerialPorts", GetNothing},
     Operation{"SetRelayOutputSettings", SetRelayOutputSettings},
 };
 

@@ -1,9 +1,7 @@
-// Device service: interfaces, gateway, name servers and ports.
+// Device service: interfaces, gateway and ports.
 #include <algorithm>
 #include <array>
 #include <utility>
-// Asio uses std::exchange without including it.
-#include <boost/asio/ip/address.hpp>
 
 #include "camera_sim/services/Services.h"
 
@@ -16,20 +14,6 @@ constexpr std::size_t kLongestList = 16;
 constexpr int kSmallestMtu = 576;
 constexpr int kLargestMtu = 9000;
 constexpr int kLargestPort = 65535;
-
-bool IsIpv6(std::string_view text) {
-    boost::system::error_code error;
-    boost::asio::ip::make_address_v6(std::string(text), error);
-    return !error;
-}
-
-bool IsDomainName(std::string_view text) {
-    constexpr std::size_t kLongest = 253;
-    constexpr std::string_view kAllowed =
-        "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789-.";
-    return !text.empty() && text.size() <= kLongest &&
-           text.find_first_not_of(kAllowed) == std::string_view::npos;
-}
 
 SoapFault BadIpv4() {
     return InvalidArgument("InvalidIPv4Address", "Not an IPv4 address");
@@ -195,87 +179,6 @@ Answer SetNetworkDefaultGateway(Call& call) {
     return kDone;
 }
 
-void WriteIpAddress(CXmlWriter& out, std::string_view name, const std::string& address) {
-    const bool ipv4 = IsIpv4(address);
-    const Scope element(out, Ns::kSchema, name);
-    out.Element(Ns::kSchema, "Type", ipv4 ? "IPv4" : "IPv6");
-    out.Element(Ns::kSchema, ipv4 ? "IPv4Address" : "IPv6Address", address);
-}
-
-Answer GetDns(Call& call) {
-    const NameServers& servers = call.state.network.nameServers;
-    const Scope information(call.out, Ns::kDevice, "DNSInformation");
-    call.out.Element(Ns::kSchema, "FromDHCP", servers.fromDhcp);
-    for (const std::string& domain : servers.searchDomains) {
-        call.out.Element(Ns::kSchema, "SearchDomain", domain);
-    }
-    if (servers.fromDhcp) {
-        for (const std::string& address : servers.dhcpAddresses) {
-            WriteIpAddress(call.out, "DNSFromDHCP", address);
-        }
-    }
-    for (const std::string& address : servers.manualAddresses) {
-        WriteIpAddress(call.out, "DNSManual", address);
-    }
-    return kDone;
-}
-
-/// Reads the addresses of that name; without any, @p target stays.
-Answer ReadAddresses(const XmlElement& request, std::string_view name,
-                     std::vector<std::string>& target) {
-    const auto elements = Children(&request, name);
-    if (elements.size() > kLongestList) {
-        return TooMany();
-    }
-    std::vector<std::string> addresses;
-    for (const XmlElement* element : elements) {
-        const bool ipv6 = ChildText(element, "Type") == "IPv6";
-        const std::string_view address = ChildText(element, ipv6 ? "IPv6Address" : "IPv4Address");
-        if (ipv6 && !IsIpv6(address)) {
-            return InvalidArgument("InvalidIPv6Address", "Not an IPv6 address");
-        }
-        if (!ipv6 && !IsIpv4(address)) {
-            return BadIpv4();
-        }
-        addresses.emplace_back(address);
-    }
-    if (!addresses.empty()) {
-        target = std::move(addresses);
-    }
-    return kDone;
-}
-
-// Addresses from DHCP are no part of the request's schema, but some clients send them.
-Answer SetDns(Call& call) {
-    NameServers servers = call.state.network.nameServers;
-    const auto fromDhcp = ToBool(call.Argument("FromDHCP"));
-    if (!fromDhcp) {
-        return InvalidArgument({}, "FromDHCP is neither true nor false");
-    }
-    servers.fromDhcp = *fromDhcp;
-    const auto domains = Children(&call.request, "SearchDomain");
-    if (domains.size() > kLongestList) {
-        return TooMany();
-    }
-    if (!domains.empty()) {
-        servers.searchDomains.clear();
-    }
-    for (const XmlElement* domain : domains) {
-        if (!IsDomainName(Text(domain))) {
-            return InvalidArgument("InvalidDnsName", "Not a domain name");
-        }
-        servers.searchDomains.emplace_back(Text(domain));
-    }
-    if (Answer fault = ReadAddresses(call.request, "DNSManual", servers.manualAddresses)) {
-        return fault;
-    }
-    if (Answer fault = ReadAddresses(call.request, "DNSFromDHCP", servers.dhcpAddresses)) {
-        return fault;
-    }
-    call.state.network.nameServers = std::move(servers);
-    return kDone;
-}
-
 Answer GetNetworkProtocols(Call& call) {
     for (const NetworkProtocol& protocol : call.state.network.protocols) {
         const Scope element(call.out, Ns::kDevice, "NetworkProtocols");
@@ -320,23 +223,13 @@ Answer SetNetworkProtocols(Call& call) {
     return kDone;
 }
 
-Answer GetHostname(Call& call) {
-    const Scope information(call.out, Ns::kDevice, "HostnameInformation");
-    call.out.Element(Ns::kSchema, "FromDHCP", false);
-    call.out.Element(Ns::kSchema, "Name", call.state.network.hostname);
-    return kDone;
-}
-
 constexpr std::array kOperations = {
     Operation{"GetNetworkInterfaces", GetNetworkInterfaces},
     Operation{"SetNetworkInterfaces", SetNetworkInterfaces},
     Operation{"GetNetworkDefaultGateway", GetNetworkDefaultGateway},
     Operation{"SetNetworkDefaultGateway", SetNetworkDefaultGateway},
-    Operation{"GetDNS", GetDns},
-    Operation{"SetDNS", SetDns},
     Operation{"GetNetworkProtocols", GetNetworkProtocols},
     Operation{"SetNetworkProtocols", SetNetworkProtocols},
-    Operation{"GetHostname", GetHostname},
 };
 
 }  // namespace

@@ -1,5 +1,7 @@
 // Media service, first version.
+#include <algorithm>
 #include <array>
+#include <span>
 
 #include "camera_sim/services/MediaElements.h"
 #include "camera_sim/services/MediaOperations.h"
@@ -10,45 +12,12 @@ namespace {
 
 using Scope = CXmlWriter::CScope;
 
-constexpr std::string_view kSessionTimeout = "PT60S";
+constexpr std::array<std::string_view, 2> kStreams = {"RTP-Unicast", "RTP-Multicast"};
+constexpr std::array<std::string_view, 4> kProtocols = {"UDP", "TCP", "RTSP", "HTTP"};
+constexpr double kSensorFrameRate = 30;
 
-void WriteVideoEncoder(CXmlWriter& out, Ns ns, std::string_view name, const Media& media,
-                       const VideoEncoder& encoder) {
-    // This version knows nothing newer than H.264.
-    const bool newer = encoder.encoding == "H265";
-    const std::string_view encoding = newer ? "H264" : std::string_view(encoder.encoding);
-    const Scope element(out, ns, name);
-    WriteEntityToken(out, encoder.token);
-    WriteEntityName(out, encoder.name, UseCount(media, &Profile::videoEncoder, encoder.token));
-    out.Element(Ns::kSchema, "Encoding", encoding);
-    WriteResolution(out, encoder.resolution);
-    out.Element(Ns::kSchema, "Quality", encoder.quality);
-    {
-        const Scope rate(out, Ns::kSchema, "RateControl");
-        out.Element(Ns::kSchema, "FrameRateLimit", encoder.frameRate);
-        out.Element(Ns::kSchema, "EncodingInterval", encoder.encodingInterval);
-        out.Element(Ns::kSchema, "BitrateLimit", encoder.bitrate);
-    }
-    if (encoding != "JPEG") {
-        const Scope codec(out, Ns::kSchema, encoding);
-        out.Element(Ns::kSchema, "GovLength", encoder.govLength);
-        out.Element(Ns::kSchema, encoding == "H264" ? "H264Profile" : "Mpeg4Profile",
-                    encoder.profile);
-    }
-    WriteMulticast(out, encoder.multicast);
-    out.Element(Ns::kSchema, "SessionTimeout", encoder.sessionTimeout);
-}
-
-void WriteAudioEncoder(CXmlWriter& out, std::string_view name, const Media& media,
-                       const AudioEncoder& encoder) {
-    const Scope element(out, Ns::kSchema, name);
-    WriteEntityToken(out, encoder.token);
-    WriteEntityName(out, encoder.name, UseCount(media, &Profile::audioEncoder, encoder.token));
-    out.Element(Ns::kSchema, "Encoding", encoder.encoding);
-    out.Element(Ns::kSchema, "Bitrate", encoder.bitrate);
-    out.Element(Ns::kSchema, "SampleRate", encoder.sampleRate);
-    WriteMulticast(out, encoder.multicast);
-    out.Element(Ns::kSchema, "SessionTimeout", kSessionTimeout);
+bool Has(std::span<const std::string_view> list, std::string_view word) {
+    return std::find(list.begin(), list.end(), word) != list.end();
 }
 
 void WriteProfile(Call& call, std::string_view name, const Profile& profile) {
@@ -65,10 +34,10 @@ void WriteProfile(Call& call, std::string_view name, const Profile& profile) {
         WriteAudioSource(out, Ns::kSchema, "AudioSourceConfiguration", media, *source);
     }
     if (const auto* encoder = FindByToken(media.videoEncoders, profile.videoEncoder)) {
-        WriteVideoEncoder(out, Ns::kSchema, "VideoEncoderConfiguration", media, *encoder);
+        WriteVideoEncoder10(out, Ns::kSchema, "VideoEncoderConfiguration", media, *encoder);
     }
     if (const auto* encoder = FindByToken(media.audioEncoders, profile.audioEncoder)) {
-        WriteAudioEncoder(out, "AudioEncoderConfiguration", media, *encoder);
+        WriteAudioEncoder10(out, Ns::kSchema, "AudioEncoderConfiguration", media, *encoder);
     }
     const auto* analytics = FindByToken(media.analytics, profile.analytics);
     if (analytics != nullptr && call.options.analytics) {
@@ -104,43 +73,21 @@ void WriteMediaUri(CXmlWriter& out, std::string_view uri) {
     out.Element(Ns::kSchema, "Uri", uri);
     out.Element(Ns::kSchema, "InvalidAfterConnect", false);
     out.Element(Ns::kSchema, "InvalidAfterReboot", false);
-    out.Element(Ns::kSchema, "Timeout", kSessionTimeout);
+    out.Element(Ns::kSchema, "Timeout", "PT60S");
 }
 
 Answer GetStreamUri(Call& call) {
-    const auto* profile = FindProfile(call);
-    if (profile == nullptr) {
-        return NoSuchProfile();
-    }
     const XmlElement* setup = Child(&call.request, "StreamSetup");
     const std::string_view stream = ChildText(setup, "Stream");
     const std::string_view protocol = ChildText(Child(setup, "Transport"), "Protocol");
-    if (stream != "RTP-Unicast" || protocol != "RTSP") {
-        return InvalidArgument("InvalidStreamSetup", "Only RTP-Unicast over RTSP is offered");
+    if (!Has(kStreams, stream) || !Has(kProtocols, protocol)) {
+        return InvalidArgument("InvalidStreamSetup", "No such stream or transport");
     }
-    int port = 554;
-    for (const NetworkProtocol& each : call.state.network.protocols) {
-        if (each.name == "RTSP" && !each.ports.empty()) {
-            port = each.ports.front();
-        }
-    }
-    WriteMediaUri(call.out,
-                  "rtsp://127.0.0.1:" + std::to_string(port) + "/stream/" + profile->token);
-    return kDone;
+    return AnswerStreamUri(call, WriteMediaUri);
 }
 
 Answer GetSnapshotUri(Call& call) {
     return AnswerSnapshotUri(call, WriteMediaUri);
-}
-
-Answer GetVideoEncoderConfiguration(Call& call) {
-    const Media& media = call.state.media;
-    const auto* encoder = FindEncoder(call);
-    if (encoder == nullptr) {
-        return NoSuchConfiguration();
-    }
-    WriteVideoEncoder(call.out, Ns::kMedia, "Configuration", media, *encoder);
-    return kDone;
 }
 
 /// The options of one codec; those below the extension tell the bit rate as well.
@@ -166,13 +113,8 @@ void WriteCodecOptions(CXmlWriter& out, const EncoderLimits& limits, std::string
     }
 }
 
-Answer GetVideoEncoderConfigurationOptions(Call& call) {
-    const auto* encoder = FindEncoder(call);
-    if (encoder == nullptr) {
-        return NoSuchConfiguration();
-    }
-    const EncoderLimits limits = LimitsOf(*encoder);
-    CXmlWriter& out = call.out;
+void WriteEncoderOptions(CXmlWriter& out, const VideoEncoder& encoder) {
+    const EncoderLimits limits = LimitsOf(encoder);
     const Scope options(out, Ns::kMedia, "Options");
     WriteRange(out, "QualityRange", limits.quality);
     for (const std::string_view encoding : {"JPEG", "MPEG4", "H264"}) {
@@ -182,17 +124,42 @@ Answer GetVideoEncoderConfigurationOptions(Call& call) {
     for (const std::string_view encoding : {"JPEG", "MPEG4", "H264"}) {
         WriteCodecOptions(out, limits, encoding, true);
     }
+}
+
+Answer GetVideoEncoderConfigurationOptions(Call& call) {
+    return AnswerEncoderOptions(call, WriteEncoderOptions);
+}
+
+Answer GetVideoSources(Call& call) {
+    for (const VideoSource& source : call.state.media.videoSources) {
+        const Scope element(call.out, Ns::kMedia, "VideoSources");
+        WriteEntityToken(call.out, source.token);
+        call.out.Element(Ns::kSchema, "Framerate", kSensorFrameRate);
+        WriteResolution(call.out, source.resolution);
+    }
+    return kDone;
+}
+
+Answer GetAudioSources(Call& call) {
+    for (const AudioSourceConfiguration& audio : call.state.media.audioSourceConfigurations) {
+        const Scope element(call.out, Ns::kMedia, "AudioSources");
+        WriteEntityToken(call.out, audio.source);
+        call.out.Element(Ns::kSchema, "Channels", 1);
+    }
     return kDone;
 }
 
 constexpr std::array kOperations = {
     Operation{"GetProfiles", GetProfiles},
     Operation{"GetProfile", GetProfile},
+    Operation{"GetVideoSources", GetVideoSources},
+    Operation{"GetAudioSources", GetAudioSources},
     Operation{"GetStreamUri", GetStreamUri},
     Operation{"GetSnapshotUri", GetSnapshotUri},
-    Operation{"GetVideoEncoderConfiguration", GetVideoEncoderConfiguration},
     Operation{"SetVideoEncoderConfiguration", SetVideoEncoder10},
     Operation{"GetVideoEncoderConfigurationOptions", GetVideoEncoderConfigurationOptions},
+    Operation{"GetOSD", AnswerOsd},
+    Operation{"SetSynchronizationPoint", AnswerSynchronizationPoint},
 };
 
 }  // namespace

@@ -11,41 +11,8 @@ namespace {
 
 using Scope = CXmlWriter::CScope;
 
-void WriteVideoEncoder(CXmlWriter& out, Ns ns, std::string_view name, const Media& media,
-                       const VideoEncoder& encoder) {
-    const bool jpeg = encoder.encoding == "JPEG";
-    const Scope element(out, ns, name);
-    WriteEntityToken(out, encoder.token);
-    if (!jpeg) {
-        out.Attribute("GovLength", encoder.govLength);
-        out.Attribute("Profile", encoder.profile);
-    }
-    WriteEntityName(out, encoder.name, UseCount(media, &Profile::videoEncoder, encoder.token));
-    out.Element(Ns::kSchema, "Encoding",
-                encoder.encoding == "MPEG4" ? "MPV4-ES" : std::string_view(encoder.encoding));
-    WriteResolution(out, encoder.resolution);
-    {
-        const Scope rate(out, Ns::kSchema, "RateControl");
-        out.Attribute("ConstantBitRate", encoder.constantBitrate);
-        out.Element(Ns::kSchema, "FrameRateLimit", encoder.frameRate);
-        out.Element(Ns::kSchema, "BitrateLimit", encoder.bitrate);
-    }
-    WriteMulticast(out, encoder.multicast);
-    out.Element(Ns::kSchema, "Quality", encoder.quality);
-}
-
-void WriteAudioEncoder(CXmlWriter& out, Ns ns, std::string_view name, const Media& media,
-                       const AudioEncoder& encoder) {
-    // The second version takes MIME subtypes.
-    const bool g711 = encoder.encoding == "G711";
-    const Scope element(out, ns, name);
-    WriteEntityToken(out, encoder.token);
-    WriteEntityName(out, encoder.name, UseCount(media, &Profile::audioEncoder, encoder.token));
-    out.Element(Ns::kSchema, "Encoding", g711 ? "PCMU" : encoder.encoding);
-    WriteMulticast(out, encoder.multicast);
-    out.Element(Ns::kSchema, "Bitrate", encoder.bitrate);
-    out.Element(Ns::kSchema, "SampleRate", encoder.sampleRate);
-}
+constexpr std::array<std::string_view, 4> kProtocols = {"RtspUnicast", "RtspMulticast", "RTSP",
+                                                        "RtspOverHttp"};
 
 /// Which configurations the caller wants to see.
 class CWantedTypes {
@@ -79,11 +46,11 @@ void WriteConfigurations(Call& call, const Profile& profile, const CWantedTypes&
     }
     const auto* videoEncoder = FindByToken(media.videoEncoders, profile.videoEncoder);
     if (videoEncoder != nullptr && wanted.Has("VideoEncoder")) {
-        WriteVideoEncoder(out, Ns::kMedia2, "VideoEncoder", media, *videoEncoder);
+        WriteVideoEncoder20(out, Ns::kMedia2, "VideoEncoder", media, *videoEncoder);
     }
     const auto* audioEncoder = FindByToken(media.audioEncoders, profile.audioEncoder);
     if (audioEncoder != nullptr && wanted.Has("AudioEncoder")) {
-        WriteAudioEncoder(out, Ns::kMedia2, "AudioEncoder", media, *audioEncoder);
+        WriteAudioEncoder20(out, Ns::kMedia2, "AudioEncoder", media, *audioEncoder);
     }
     const auto* analytics = FindByToken(media.analytics, profile.analytics);
     if (analytics != nullptr && wanted.Has("Analytics") && call.options.analytics) {
@@ -121,9 +88,20 @@ Answer GetProfiles(Call& call) {
     return kDone;
 }
 
+void WriteUri(CXmlWriter& out, std::string_view uri) {
+    out.Element(Ns::kMedia2, "Uri", uri);
+}
+
+Answer GetStreamUri(Call& call) {
+    const std::string_view protocol = call.Argument("Protocol");
+    if (std::find(kProtocols.begin(), kProtocols.end(), protocol) == kProtocols.end()) {
+        return InvalidArgument("InvalidStreamSetup", "No such protocol");
+    }
+    return AnswerStreamUri(call, WriteUri);
+}
+
 Answer GetSnapshotUri(Call& call) {
-    return AnswerSnapshotUri(
-        call, [](CXmlWriter& out, std::string_view uri) { out.Element(Ns::kMedia2, "Uri", uri); });
+    return AnswerSnapshotUri(call, WriteUri);
 }
 
 /// A list separated by blanks.
@@ -136,13 +114,8 @@ std::string Joined(const List& list, const ToText& toText) {
     return joined;
 }
 
-Answer GetVideoEncoderConfigurationOptions(Call& call) {
-    const auto* encoder = FindEncoder(call);
-    if (encoder == nullptr) {
-        return NoSuchConfiguration();
-    }
-    const EncoderLimits limits = LimitsOf(*encoder);
-    CXmlWriter& out = call.out;
+void WriteEncoderOptions(CXmlWriter& out, const VideoEncoder& encoder) {
+    const EncoderLimits limits = LimitsOf(encoder);
     for (const std::string_view encoding : {"JPEG", "H264", "H265"}) {
         const Scope options(out, Ns::kMedia2, "Options");
         if (encoding != "JPEG") {
@@ -162,14 +135,19 @@ Answer GetVideoEncoderConfigurationOptions(Call& call) {
         }
         WriteRange(out, "BitrateRange", limits.bitrate);
     }
-    return kDone;
+}
+
+Answer GetVideoEncoderConfigurationOptions(Call& call) {
+    return AnswerEncoderOptions(call, WriteEncoderOptions);
 }
 
 constexpr std::array kOperations = {
     Operation{"GetProfiles", GetProfiles},
+    Operation{"GetStreamUri", GetStreamUri},
     Operation{"GetSnapshotUri", GetSnapshotUri},
     Operation{"SetVideoEncoderConfiguration", SetVideoEncoder20},
     Operation{"GetVideoEncoderConfigurationOptions", GetVideoEncoderConfigurationOptions},
+    Operation{"SetSynchronizationPoint", AnswerSynchronizationPoint},
 };
 
 }  // namespace

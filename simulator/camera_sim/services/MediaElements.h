@@ -28,6 +28,15 @@ void WriteVideoSource(CXmlWriter& out, Ns ns, std::string_view name, const Media
                       const VideoSourceConfiguration& configuration);
 void WriteAudioSource(CXmlWriter& out, Ns ns, std::string_view name, const Media& media,
                       const AudioSourceConfiguration& configuration);
+/// Encoders as the first and the second media service have them.
+void WriteVideoEncoder10(CXmlWriter& out, Ns ns, std::string_view name, const Media& media,
+                         const VideoEncoder& encoder);
+void WriteVideoEncoder20(CXmlWriter& out, Ns ns, std::string_view name, const Media& media,
+                         const VideoEncoder& encoder);
+void WriteAudioEncoder10(CXmlWriter& out, Ns ns, std::string_view name, const Media& media,
+                         const AudioEncoder& encoder);
+void WriteAudioEncoder20(CXmlWriter& out, Ns ns, std::string_view name, const Media& media,
+                         const AudioEncoder& encoder);
 void WriteAnalytics(CXmlWriter& out, Ns ns, std::string_view name, const Media& media,
                     const AnalyticsConfiguration& configuration);
 /// Only for an item that has cells.

@@ -9,17 +9,25 @@
 
 namespace camera_sim {
 
-/// The profile, or the video encoder, that a request names; null when there is none.
+/// The profile that a request names; null when there is none.
 const Profile* FindProfile(const Call& call);
-const VideoEncoder* FindEncoder(const Call& call);
 SoapFault NoSuchProfile();
 SoapFault NoSuchConfiguration();
 
 /// SetVideoEncoderConfiguration of the first and the second media service.
 Answer SetVideoEncoder10(Call& call);
 Answer SetVideoEncoder20(Call& call);
-/// GetSnapshotUri; @p write puts the address where the service has it.
+/// GetSnapshotUri and GetStreamUri; @p write puts the address where the service has it.
 Answer AnswerSnapshotUri(Call& call, void (*write)(CXmlWriter& out, std::string_view uri));
+Answer AnswerStreamUri(Call& call, void (*write)(CXmlWriter& out, std::string_view uri));
+/// GetVideoEncoderConfigurationOptions of the encoder that the request names, of the one in the
+/// profile that it names, or, naming neither, of the first.
+Answer AnswerEncoderOptions(Call& call,
+                            void (*write)(CXmlWriter& out, const VideoEncoder& encoder));
+/// GetOSD, which only the first service has.
+Answer AnswerOsd(Call& call);
+/// SetSynchronizationPoint: there are no streams that could begin anew.
+Answer AnswerSynchronizationPoint(Call& call);
 
 }  // namespace camera_sim
 

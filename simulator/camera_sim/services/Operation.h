@@ -33,7 +33,11 @@ struct Call {
     std::string_view path;
     /// Set by a handler whose answer has to wait; what it wrote is dropped then.
     std::optional<PullWait> wait{};
+    /// Set by a handler behind whose answer the camera restarts.
+    bool reboot = false;
 
+    /// The namespace of the operation and of its answer.
+    Ns Service() const { return FindNamespace(NamespaceUri(request)).value_or(Ns::kNone); }
     std::string_view Argument(std::string_view name) const { return ChildText(&request, name); }
 };
 

@@ -1,7 +1,8 @@
-// On-screen displays of the media service.
+// On-screen displays: the same in both media services, which differ in their namespaces.
 #include <algorithm>
 #include <array>
 
+#include "camera_sim/services/MediaOperations.h"
 #include "camera_sim/services/Services.h"
 
 namespace camera_sim {
@@ -78,8 +79,8 @@ void WriteText(CXmlWriter& out, const Osd& osd) {
     }
 }
 
-void WriteOsd(CXmlWriter& out, std::string_view name, const Osd& osd) {
-    const Scope element(out, Ns::kMedia, name);
+void WriteOsd(CXmlWriter& out, Ns ns, std::string_view name, const Osd& osd) {
+    const Scope element(out, ns, name);
     out.Attribute("token", osd.token);
     out.Element(Ns::kSchema, "VideoSourceConfigurationToken", osd.source);
     out.Element(Ns::kSchema, "Type", "Text");
@@ -197,20 +198,15 @@ Answer GetOsds(Call& call) {
     if (!all && !HasSource(call.state.media, source)) {
         return NoSuchSource();
     }
-    for (const Osd& osd : call.state.media.osds) {
-        if (all || osd.source == source) {
-            WriteOsd(call.out, "OSDs", osd);
-        }
-    }
-    return kDone;
-}
-
-Answer GetOsd(Call& call) {
-    const Osd* osd = FindByToken(call.state.media.osds, call.Argument("OSDToken"));
-    if (osd == nullptr) {
+    const XmlElement* wanted = Child(&call.request, "OSDToken");
+    if (wanted != nullptr && FindByToken(call.state.media.osds, Text(wanted)) == nullptr) {
         return NoSuchOsd();
     }
-    WriteOsd(call.out, "OSD", *osd);
+    for (const Osd& osd : call.state.media.osds) {
+        if ((all || osd.source == source) && (wanted == nullptr || osd.token == Text(wanted))) {
+            WriteOsd(call.out, call.Service(), "OSDs", osd);
+        }
+    }
     return kDone;
 }
 
@@ -226,7 +222,7 @@ Answer GetOsdOptions(Call& call) {
         return NoSuchSource();
     }
     CXmlWriter& out = call.out;
-    const Scope options(out, Ns::kMedia, "OSDOptions");
+    const Scope options(out, call.Service(), "OSDOptions");
     {
         const Scope most(out, Ns::kSchema, "MaximumNumberOfOSDs");
         out.Attribute("Total", kMostOsds);
@@ -260,7 +256,7 @@ Answer CreateOsd(Call& call) {
         return TooManyOsds();
     }
     osd.token = "OSD_" + std::to_string(++media.lastOsdNumber);
-    call.out.Element(Ns::kMedia, "OSDToken", osd.token);
+    call.out.Element(call.Service(), "OSDToken", osd.token);
     media.osds.push_back(std::move(osd));
     return kDone;
 }
@@ -295,15 +291,21 @@ Answer DeleteOsd(Call& call) {
 }
 
 constexpr std::array kOperations = {
-    Operation{"GetOSDs", GetOsds},
-    Operation{"GetOSD", GetOsd},
-    Operation{"GetOSDOptions", GetOsdOptions},
-    Operation{"CreateOSD", CreateOsd},
-    Operation{"SetOSD", SetOsd},
+    Operation{"GetOSDs", GetOsds},     Operation{"GetOSDOptions", GetOsdOptions},
+    Operation{"CreateOSD", CreateOsd}, Operation{"SetOSD", SetOsd},
     Operation{"DeleteOSD", DeleteOsd},
 };
 
 }  // namespace
+
+Answer AnswerOsd(Call& call) {
+    const Osd* osd = FindByToken(call.state.media.osds, call.Argument("OSDToken"));
+    if (osd == nullptr) {
+        return NoSuchOsd();
+    }
+    WriteOsd(call.out, call.Service(), "OSD", *osd);
+    return kDone;
+}
 
 std::span<const Operation> OsdOperations() {
     return kOperations;

@@ -18,17 +18,34 @@ constexpr std::array kGroups = {
     OperationGroup{Ns::kDevice, DeviceOperations},
     OperationGroup{Ns::kDevice, DeviceClockOperations},
     OperationGroup{Ns::kDevice, DeviceNetworkOperations},
+    OperationGroup{Ns::kDevice, DeviceNamesOperations},
+    OperationGroup{Ns::kDevice, DeviceSystemOperations},
     OperationGroup{Ns::kDevice, RelayOperations},
     OperationGroup{Ns::kDeviceIo, DeviceIoOperations},
     OperationGroup{Ns::kMedia, MediaOperations},
+    OperationGroup{Ns::kMedia, MediaConfigurationOperations},
+    OperationGroup{Ns::kMedia, MediaOptionsOperations},
     OperationGroup{Ns::kMedia, OsdOperations},
     OperationGroup{Ns::kMedia2, Media2Operations},
-    OperationGroup{Ns::kPtz, PtzOperations},
+    OperationGroup{Ns::kMedia2, Media2ConfigurationOperations},
+    OperationGroup{Ns::kMedia2, Media2OptionsOperations},
+    OperationGroup{Ns::kMedia2, OsdOperations},
+    OperationGroup{Ns::kPtz, PtzNodeOperations},
+    OperationGroup{Ns::kPtz, PtzMoveOperations},
+    OperationGroup{Ns::kPtz, PtzPresetOperations},
     OperationGroup{Ns::kImaging, ImagingOperations},
     OperationGroup{Ns::kAnalytics, AnalyticsOperations},
     OperationGroup{Ns::kEvents, EventOperations},
     OperationGroup{Ns::kNotification, SubscriptionOperations},
 };
+
+Answer GetServiceCapabilities(Call& call) {
+    FindService(call.Service())->writeCapabilities(call.out, call.state);
+    return kDone;
+}
+
+/// What every service has.
+constexpr Operation kServiceCapabilities{"GetServiceCapabilities", GetServiceCapabilities};
 
 constexpr std::string_view kPathPlaceholder = "{path}";
 
@@ -93,6 +110,9 @@ std::string AdvertisedSnapshot(const CameraOptions& options, const Profile& prof
 const Operation* FindOperation(const CameraOptions& options, Ns ns, std::string_view name) {
     if (!Offers(options, ns) || (name == "GetServices" && !options.getServices)) {
         return nullptr;
+    }
+    if (name == kServiceCapabilities.name && FindService(ns) != nullptr) {
+        return &kServiceCapabilities;
     }
     for (const OperationGroup& group : kGroups) {
         if (group.ns != ns) {

@@ -44,12 +44,21 @@ const Operation* FindOperation(const CameraOptions& options, Ns ns, std::string_
 std::span<const Operation> DeviceOperations();
 std::span<const Operation> DeviceClockOperations();
 std::span<const Operation> DeviceNetworkOperations();
+std::span<const Operation> DeviceNamesOperations();
+std::span<const Operation> DeviceSystemOperations();
 std::span<const Operation> RelayOperations();
 std::span<const Operation> DeviceIoOperations();
 std::span<const Operation> MediaOperations();
+/// Of both media services.
 std::span<const Operation> OsdOperations();
+std::span<const Operation> MediaConfigurationOperations();
+std::span<const Operation> MediaOptionsOperations();
 std::span<const Operation> Media2Operations();
-std::span<const Operation> PtzOperations();
+std::span<const Operation> Media2ConfigurationOperations();
+std::span<const Operation> Media2OptionsOperations();
+std::span<const Operation> PtzNodeOperations();
+std::span<const Operation> PtzMoveOperations();
+std::span<const Operation> PtzPresetOperations();
 std::span<const Operation> ImagingOperations();
 std::span<const Operation> AnalyticsOperations();
 std::span<const Operation> EventOperations();

@@ -40,4 +40,9 @@ bool IsIpv4(std::string_view text) {
     return inet_pton(AF_INET, std::string(text).c_str(), &address) == 1;
 }
 
+bool IsIpv6(std::string_view text) {
+    in6_addr address{};
+    return inet_pton(AF_INET6, std::string(text).c_str(), &address) == 1;
+}
+
 }  // namespace camera_sim

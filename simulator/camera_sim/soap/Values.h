@@ -16,6 +16,7 @@ std::optional<bool> ToBool(std::string_view text);
 
 /// A dotted address.
 bool IsIpv4(std::string_view text);
+bool IsIpv6(std::string_view text);
 
 }  // namespace camera_sim
 

@@ -36,7 +36,8 @@ struct CameraOptions {
 
     /// Operations that need no credentials.
     std::vector<std::string> openOperations = {"GetSystemDateAndTime", "GetServices",
-                                               "GetCapabilities", "GetHostname"};
+                                               "GetCapabilities", "GetHostname",
+                                               "GetServiceCapabilities"};
 
     std::chrono::seconds clockOffset{0};      ///< camera time minus this machine's time
     std::chrono::seconds createdWindow{300};  ///< how far Created may be from the camera's time

@@ -68,12 +68,20 @@ struct NameServers {
     std::vector<std::string> manualAddresses;
 };
 
+/// Addresses or names.
+struct TimeServers {
+    bool fromDhcp = false;
+    std::vector<std::string> dhcpHosts = {"192.0.2.4"};
+    std::vector<std::string> manualHosts = {"192.0.2.5"};
+};
+
 struct Network {
     std::string hostname;
     std::vector<NetworkInterface> interfaces;
     std::vector<std::string> gatewaysIpv4;
     std::vector<std::string> gatewaysIpv6;
     NameServers nameServers;
+    TimeServers timeServers;
     std::vector<NetworkProtocol> protocols;
 };
 
@@ -274,14 +282,19 @@ struct PtzTour {
 
 /// The dome's head. It moves on by itself: ask Position.
 struct PtzHead {
+    using TimePoint = std::chrono::steady_clock::time_point;
+    static constexpr TimePoint kNoEnd = TimePoint::max();
+
+    PtzPosition home;
     PtzPosition start;     ///< where it was when it last got an order
     PtzPosition velocity;  ///< units per second; the full range takes two seconds at 1
-    std::chrono::steady_clock::time_point since{};
+    TimePoint since{};
+    TimePoint until = kNoEnd;  ///< when it stops by itself
     std::vector<PtzPreset> presets;
     std::vector<PtzTour> tours;
     int lastNumber = 0;  ///< of presets and tours, for their tokens
 
-    PtzPosition Position(std::chrono::steady_clock::time_point now) const;
+    PtzPosition Position(TimePoint now) const;
 };
 
 struct CameraState {
