@@ -6,7 +6,6 @@
 #include <cstdio>
 #include <exception>
 #include <iostream>
-#include <map>
 #include <string>
 #include <thread>
 #include <utility>
@@ -16,6 +15,7 @@
 #include <boost/asio/post.hpp>
 #include <boost/asio/signal_set.hpp>
 
+#include "OddOptions.h"
 #include "camera_sim/CameraSim.h"
 #include "camera_sim/control/Control.h"
 
@@ -78,7 +78,6 @@ void ReadSpoiling(const std::string& text, Arguments& arguments) {
 }
 
 void AddOptions(CLI::App& app, Arguments& arguments) {
-    using camera_sim::HttpScheme;
     auto& camera = arguments.camera;
     app.add_option("--model", camera.model, "dome or fixed")
         ->check(CLI::IsMember({"dome", "fixed"}))
@@ -110,16 +109,9 @@ void AddOptions(CLI::App& app, Arguments& arguments) {
         ->capture_default_str();
     app.add_option("--address", camera.addressShape, "form of the advertised addresses")
         ->capture_default_str();
-    const std::map<std::string, HttpScheme> schemes = {{"none", HttpScheme::kNone},
-                                                       {"basic", HttpScheme::kBasic},
-                                                       {"digest", HttpScheme::kDigest}};
-    app.add_option_function<std::string>(
-           "--snapshot-auth",
-           [&camera, schemes](const std::string& name) {
-               camera.snapshotAuthentication = schemes.at(name);
-           },
-           "protection of pictures; otherwise as the model has it")
-        ->check(CLI::IsMember({"none", "basic", "digest"}));
+    AddHttpScheme(
+        app, "--snapshot-auth", "protection of pictures; otherwise as the model has it",
+        [&camera](camera_sim::HttpScheme scheme) { camera.snapshotAuthentication = scheme; });
     app.add_option("--snapshot-realm", camera.snapshotRealm)->capture_default_str();
     app.add_option("--snapshot-qop", camera.snapshotQop, "auth, auth,auth-int or empty")
         ->capture_default_str();
@@ -211,6 +203,7 @@ int Run(int argc, char** argv) {
     app.set_version_flag("--version", "onvif-camera-sim " CAMERA_SIM_VERSION, "Print the version");
     AddOptions(app, arguments);
     AddEventOptions(app, arguments);
+    AddOddOptions(app, arguments.camera);
     AddFlags(app, arguments);
     app.footer("\nFaults:\n" + std::string(camera_sim::FaultSyntax()) + "\n" +
                "Spoiled replies:\n" + std::string(camera_sim::SpoilingSyntax()) + "\n" +

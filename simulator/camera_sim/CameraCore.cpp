@@ -34,6 +34,8 @@ CCameraCore::CCameraCore(CameraOptions options, CameraState state, const PrefixS
       style_(style),
       state_(std::move(state)),
       authenticator_(options_.createdWindow, options_.refuseReplays),
+      httpAuthenticator_({options_.httpAuthentication, options_.httpRealm, options_.httpQop,
+                          options_.httpNonceLifetime, options_.httpNonceUses}),
       snapshotAuthenticator_(SnapshotAuthentication(options_)),
       evidence_(options_.recordLimit),
       events_(options_) {
@@ -83,14 +85,35 @@ Reply CCameraCore::Handle(HttpRequest request, std::function<void()> wake) {
 }
 
 void CCameraCore::CheckCredentialsLocked(const HttpRequest& http, Understood& request) {
-    if (!request.isSnapshot) {
-        request.credentials = authenticator_.Check(request.soap.Header(), state_.user,
-                                                   SystemTime() + state_.clock.offset);
+    CHttpAuthenticator& authenticator =
+        request.isSnapshot ? snapshotAuthenticator_ : httpAuthenticator_;
+    const bool byHttp = request.isSnapshot || authenticator.IsOn(state_.user);
+    if (byHttp) {
+        auto result = authenticator.Check(http, state_.user, std::chrono::steady_clock::now());
+        request.credentials = std::move(result.credentials);
+        request.staleNonce = result.stale;
+    }
+    if (byHttp &&
+        (request.isSnapshot || request.credentials.valid || !options_.httpAuthenticationOrToken)) {
         return;
     }
-    auto result = snapshotAuthenticator_.Check(http, state_.user, std::chrono::steady_clock::now());
-    request.credentials = std::move(result.credentials);
-    request.staleNonce = result.stale;
+    Credentials token = authenticator_.Check(request.soap.Header(), state_.user,
+                                             SystemTime() + state_.clock.offset);
+    if (!byHttp || token.valid) {
+        request.credentials = std::move(token);
+    }
+}
+
+Reply CCameraCore::ChallengeLocked(CHttpAuthenticator& authenticator, const Understood& request) {
+    const std::string fields =
+        authenticator.Challenges(request.staleNonce, std::chrono::steady_clock::now());
+    return HttpReply(401, fields, {}, {});
+}
+
+bool CCameraCore::IsAdmittedLocked(const Understood& request) const {
+    const auto& open = options_.openOperations;
+    return request.credentials.valid ||
+           std::find(open.begin(), open.end(), request.operation) != open.end();
 }
 
 Reply CCameraCore::AnswerSnapshotLocked(const Understood& request) {
@@ -98,10 +121,7 @@ Reply CCameraCore::AnswerSnapshotLocked(const Understood& request) {
     if (request.credentials.valid) {
         return SnapshotReply(state_, options_, request.method, request.path, time);
     }
-    const std::string field =
-        "WWW-Authenticate: " + snapshotAuthenticator_.Challenge(request.staleNonce, time.steady) +
-        "\r\n";
-    return HttpReply(401, field, {}, {});
+    return ChallengeLocked(snapshotAuthenticator_, request);
 }
 
 Reply CCameraCore::AnswerLocked(const Understood& request, bool xmlProlog) {
@@ -113,6 +133,9 @@ Reply CCameraCore::AnswerLocked(const Understood& request, bool xmlProlog) {
     }
     if (request.method != "POST") {
         return HttpReply(405);
+    }
+    if (httpAuthenticator_.IsOn(state_.user) && !IsAdmittedLocked(request)) {
+        return ChallengeLocked(httpAuthenticator_, request);
     }
     CXmlWriter out(style_, options_.prettyXml);
     std::optional<PullWait> wait;
@@ -137,9 +160,7 @@ Answer CCameraCore::RunLocked(const Understood& request, CXmlWriter& out,
         case CSoapRequest::Problem::kNoOperation:
             return SoapFault{"Sender", "MissingAttr", {}, "The body is empty"};
     }
-    const auto& open = options_.openOperations;
-    if (!request.credentials.valid &&
-        std::find(open.begin(), open.end(), request.operation) == open.end()) {
+    if (!IsAdmittedLocked(request)) {
         return NotAuthorized();
     }
     const Operation* operation =

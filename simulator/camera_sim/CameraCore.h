@@ -87,7 +87,7 @@ class CCameraCore final : public IControlledCamera {
         std::string_view operation;
         Credentials credentials;
         bool isSnapshot = false;
-        bool staleNonce = false;  ///< of a snapshot's credentials
+        bool staleNonce = false;  ///< of HTTP credentials
     };
 
     struct Deferred {
@@ -99,6 +99,10 @@ class CCameraCore final : public IControlledCamera {
 
     void CheckCredentialsLocked(const HttpRequest& http, Understood& request);
     Reply AnswerSnapshotLocked(const Understood& request);
+    /// A bare 401 that asks for HTTP credentials.
+    Reply ChallengeLocked(CHttpAuthenticator& authenticator, const Understood& request);
+    /// Whether the credentials, or the lack of them, permit the operation.
+    bool IsAdmittedLocked(const Understood& request) const;
 
     Reply AnswerLocked(const Understood& request, bool xmlProlog);
     Reply DeferLocked(PullWait pull);
@@ -121,6 +125,7 @@ class CCameraCore final : public IControlledCamera {
     mutable std::mutex lock_;  // guards everything below; leaf
     CameraState state_;
     CAuthenticator authenticator_;
+    CHttpAuthenticator httpAuthenticator_;
     CHttpAuthenticator snapshotAuthenticator_;
     CFaultPlan faults_;
     CSpoiler spoiler_;

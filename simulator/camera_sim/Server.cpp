@@ -107,8 +107,10 @@ std::string WhatIsWrong(const CameraOptions& options) {
     if (FindPrefixStyle(options.prefixStyle) == nullptr) {
         return "unknown prefix style \"" + options.prefixStyle + "\"";
     }
-    if (options.snapshotRealm.find_first_of("\r\n") != std::string::npos) {
-        return "the realm of snapshots holds a line break";
+    for (const std::string& realm : {options.snapshotRealm, options.httpRealm}) {
+        if (realm.find_first_of("\r\n") != std::string::npos) {
+            return "the realm holds a line break";
+        }
     }
     if (FindTopicStyle(options.topicStyle) == nullptr) {
         return "unknown topic style \"" + options.topicStyle + "\"";

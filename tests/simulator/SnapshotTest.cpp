@@ -1,7 +1,9 @@
 // The pictures of the simulated camera: who gets them, and what they show.
 #include <gtest/gtest.h>
+#include <openssl/evp.h>
 #include <turbojpeg.h>
 
+#include <array>
 #include <string>
 #include <vector>
 
@@ -14,6 +16,11 @@ namespace {
 
 using camera_sim::HttpScheme;
 
+std::string Sha256(const std::string& text) {
+    std::array<std::uint8_t, 32> digest{};
+    EVP_Digest(text.data(), text.size(), digest.data(), nullptr, EVP_sha256(), nullptr);
+    return onvif_client::LowerHex(digest);
+}
 std::string Md5(const std::string& text) {
     return onvif_client::LowerHex(onvif_client::Md5(onvif_client::Bytes(text)).value());
 }
@@ -38,12 +45,15 @@ struct Digest {
     std::string nonce{};  // empty: the challenge's
     std::string extra{};  // further fields, with a comma in front
     std::string scheme = "Digest ";
+    std::string method = "GET";
+    std::string body{};
+    std::string (*hash)(const std::string&) = Md5;
 
     std::string Response(const std::string& usedNonce) const {
-        const std::string bodyHash = qop == "auth-int" ? ":d41d8cd98f00b204e9800998ecf8427e" : "";
+        const std::string bodyHash = qop == "auth-int" ? ":" + hash(body) : "";
         const std::string middle = qop.empty() ? ":" : ":" + nc + ":" + cnonce + ":" + qop + ":";
-        return Md5(Md5(user + ":" + realm + ":" + password) + ":" + usedNonce + middle +
-                   Md5("GET:" + uri + bodyHash));
+        return hash(hash(user + ":" + realm + ":" + password) + ":" + usedNonce + middle +
+                    hash(method + ":" + uri + bodyHash));
     }
 
     std::string Header(const std::string& challengeNonce) const {
@@ -114,6 +124,72 @@ TEST(Snapshot, ChecksDigestCredentials) {
         EXPECT_EQ(requests[0].refusal, "");
         EXPECT_EQ(requests[1].refusal, test.refusal == nullptr ? "" : test.refusal);
         EXPECT_EQ(requests[1].authenticated, test.refusal == nullptr);
+    }
+}
+
+// What the table above says of pictures holds for services: the check is the same.
+TEST(Services, AskForHttpCredentialsInPlaceOfTokens) {
+    struct Case {
+        HttpScheme scheme;
+        const char* qop;
+        Digest digest;
+        const char* algorithms;  // of the challenges
+        bool admitted;
+        const char* operation = "GetDeviceInformation";
+    };
+    const std::string sha = ", algorithm=SHA-256";
+    const std::vector<Case> cases = {
+        {HttpScheme::kDigest, "auth", {.extra = ", algorithm=MD5"}, "MD5 ", true},
+        {HttpScheme::kDigest, "", {.qop = ""}, "", true},
+        {HttpScheme::kDigest, "auth", {.password = "x"}, "MD5 ", false},
+        {HttpScheme::kDigest, "auth", {.password = "x"}, "MD5 ", true, "GetSystemDateAndTime"},
+        {HttpScheme::kDigestSha256, "auth", {.extra = sha, .hash = Sha256}, "SHA-256 ", true},
+        {HttpScheme::kDigestSha256,
+         "auth,auth-int",
+         {.qop = "auth-int", .extra = sha, .hash = Sha256},
+         "SHA-256 ",
+         true},
+        {HttpScheme::kDigestSha256, "auth", {}, "SHA-256 ", false},
+        {HttpScheme::kDigestEither, "auth", {}, "SHA-256 MD5 ", true},
+        {HttpScheme::kDigestEither,
+         "",
+         {.qop = "", .extra = sha, .hash = Sha256},
+         "SHA-256 ",
+         true},
+    };
+    for (const Case& test : cases) {
+        SCOPED_TRACE(&test - cases.data());
+        camera_sim::CCameraHost host;
+        camera_sim::CCamera& camera = host.Add(
+            {.httpAuthentication = test.scheme, .httpRealm = "Hall, north", .httpQop = test.qop});
+        Digest digest = test.digest;
+        digest.method = "POST";
+        digest.uri = "/onvif/device_service";
+        const auto post = [&](const std::string& operation, const std::string& authorization) {
+            digest.body =
+                "<e:Envelope xmlns:e='http://www.w3.org/2003/05/soap-envelope'><e:Body><" +
+                operation +
+                " xmlns='http://www.onvif.org/ver10/device/wsdl'/></e:Body>"
+                "</e:Envelope>";
+            return Exchange(camera.Port(),
+                            "POST " + digest.uri + " HTTP/1.1\r\n" + authorization +
+                                "Content-Length: " + std::to_string(digest.body.size()) +
+                                "\r\n\r\n" + digest.body);
+        };
+        const std::string challenge = post("GetDeviceInformation", "");
+        EXPECT_TRUE(challenge.starts_with("HTTP/1.1 401 ") && challenge.ends_with("\r\n\r\n"));
+        std::string algorithms;
+        for (auto at = challenge.find("algorithm="); at != std::string::npos;
+             at = challenge.find("algorithm=", at + 1))
+            algorithms += challenge.substr(at + 10, challenge.find(',', at) - at - 10) + " ";
+        EXPECT_EQ(algorithms, test.algorithms);
+        post(test.operation, "");  // the body that auth-int protects
+        const std::string reply =
+            post(test.operation,
+                 "Authorization: " + digest.Header(Quoted(challenge, " nonce")) + "\r\n");
+        EXPECT_EQ(reply.find(std::string(test.operation) + "Response") != std::string::npos,
+                  test.admitted)
+            << reply;
     }
 }
 

@@ -11,6 +11,7 @@
 #include <optional>
 #include <stdexcept>
 #include <utility>
+#include <vector>
 
 #include "camera_sim/http/Base64.h"
 
@@ -40,22 +41,43 @@ std::string Hex(const unsigned char* bytes, std::size_t size) {
     return text;
 }
 
-std::string Md5(std::string_view text) {
-    std::array<unsigned char, EVP_MAX_MD_SIZE> digest{};
-    unsigned size = 0;
-    if (EVP_Digest(text.data(), text.size(), digest.data(), &size, EVP_md5(), nullptr) != 1) {
-        throw std::runtime_error("MD5 is not available");
-    }
-    return Hex(digest.data(), size);
-}
+/// A hash that Digest is computed with.
+struct Algorithm {
+    std::string_view name;
+    const EVP_MD* (*function)();
 
-/// The MD5 of the parts with colons between them.
-std::string Md5(std::initializer_list<std::string_view> parts) {
-    std::string joined;
-    for (const std::string_view part : parts) {
-        joined.append(part).append(":");
+    /// Of the parts with colons between them.
+    std::string Hash(std::initializer_list<std::string_view> parts) const {
+        std::string joined;
+        for (const std::string_view part : parts) {
+            joined.append(part).append(":");
+        }
+        std::array<unsigned char, EVP_MAX_MD_SIZE> digest{};
+        unsigned size = 0;
+        if (EVP_Digest(joined.data(), joined.size() - 1, digest.data(), &size, function(),
+                       nullptr) != 1) {
+            throw std::runtime_error(std::string(name) + " is not available");
+        }
+        return Hex(digest.data(), size);
     }
-    return Md5(std::string_view(joined).substr(0, joined.size() - 1));
+};
+constexpr Algorithm kMd5{"MD5", EVP_md5};
+constexpr Algorithm kSha256{"SHA-256", EVP_sha256};
+
+/// Those that a scheme offers, the best first.
+std::vector<const Algorithm*> Offered(HttpScheme scheme) {
+    switch (scheme) {
+        case HttpScheme::kNone:
+        case HttpScheme::kBasic:
+            break;
+        case HttpScheme::kDigest:
+            return {&kMd5};
+        case HttpScheme::kDigestSha256:
+            return {&kSha256};
+        case HttpScheme::kDigestEither:
+            return {&kSha256, &kMd5};
+    }
+    return {};
 }
 
 std::string RandomText() {
@@ -167,25 +189,42 @@ struct CHttpAuthenticator::DigestFields {
         return field == fields.end() ? std::string_view() : field->second;
     }
 
-    std::string Response(const HttpRequest& request, const User& user) const {
-        const std::string who = Md5({user.name, Get("realm"), user.password});
-        const std::string_view qop = Get("qop");
-        const std::string what = qop == "auth-int"
-                                     ? Md5({request.method, Get("uri"), Md5(request.body)})
-                                     : Md5({request.method, Get("uri")});
-        if (qop.empty()) {
-            return Md5({who, Get("nonce"), what});
+    /// The one of @p scheme that they use; null for another. MD5 need not be named.
+    const Algorithm* Find(HttpScheme scheme) const {
+        const std::string name = Lower(Get("algorithm"));
+        for (const Algorithm* algorithm : Offered(scheme)) {
+            if (name == Lower(algorithm->name) || (name.empty() && algorithm == &kMd5)) {
+                return algorithm;
+            }
         }
-        return Md5({who, Get("nonce"), Get("nc"), Get("cnonce"), qop, what});
+        return nullptr;
+    }
+
+    std::string Response(const Algorithm& algorithm, const HttpRequest& request,
+                         const User& user) const {
+        const std::string who = algorithm.Hash({user.name, Get("realm"), user.password});
+        const std::string_view qop = Get("qop");
+        const std::string what =
+            qop == "auth-int"
+                ? algorithm.Hash({request.method, Get("uri"), algorithm.Hash({request.body})})
+                : algorithm.Hash({request.method, Get("uri")});
+        if (qop.empty()) {
+            return algorithm.Hash({who, Get("nonce"), what});
+        }
+        return algorithm.Hash({who, Get("nonce"), Get("nc"), Get("cnonce"), qop, what});
     }
 };
 
 CHttpAuthenticator::CHttpAuthenticator(HttpAuthenticationSettings settings)
     : settings_(std::move(settings)), opaque_(RandomText()) {}
 
+bool CHttpAuthenticator::IsOn(const User& user) const {
+    return settings_.scheme != HttpScheme::kNone && !user.name.empty();
+}
+
 CHttpAuthenticator::Result CHttpAuthenticator::Check(const HttpRequest& request, const User& user,
                                                      Time now) {
-    if (settings_.scheme == HttpScheme::kNone || user.name.empty()) {
+    if (!IsOn(user)) {
         return {{true, {}}};
     }
     std::string_view rest = request.authorization;
@@ -227,7 +266,8 @@ CHttpAuthenticator::Result CHttpAuthenticator::CheckDigest(std::string_view text
     const DigestFields fields{*std::move(parsed)};
     std::string_view refusal = Mismatch(fields, request, user);
     // A nonce counts as used, and as stale, only for those who know the password.
-    if (refusal.empty() && Lower(fields.Get("response")) != fields.Response(request, user)) {
+    if (refusal.empty() && Lower(fields.Get("response")) !=
+                               fields.Response(*fields.Find(settings_.scheme), request, user)) {
         refusal = "wrong response";
     }
     if (!refusal.empty()) {
@@ -254,8 +294,7 @@ std::string_view CHttpAuthenticator::Mismatch(const DigestFields& fields,
     if (!opaque.empty() && opaque != opaque_) {
         return "another opaque";
     }
-    const std::string algorithm = Lower(fields.Get("algorithm"));
-    if (!algorithm.empty() && algorithm != "md5") {
+    if (fields.Find(settings_.scheme) == nullptr) {
         return "another algorithm";
     }
     if (qop.empty() != settings_.qop.empty() || (!qop.empty() && !Lists(settings_.qop, qop))) {
@@ -291,23 +330,30 @@ std::string_view CHttpAuthenticator::UseNonce(const DigestFields& fields, Time n
     return {};
 }
 
-std::string CHttpAuthenticator::Challenge(bool stale, Time now) {
+std::string CHttpAuthenticator::Challenges(bool stale, Time now) {
+    constexpr std::string_view kField = "WWW-Authenticate: ";
+    std::string lines;
     if (settings_.scheme == HttpScheme::kBasic) {
-        return "Basic realm=" + Quoted(settings_.realm);
+        return lines.append(kField).append("Basic realm=").append(Quoted(settings_.realm)) + "\r\n";
     }
     const Nonce& nonce = nonces_.emplace_back(Nonce{.text = RandomText(), .made = now});
-    std::string challenge = "Digest realm=" + Quoted(settings_.realm);
-    if (!settings_.qop.empty()) {
-        challenge += ", qop=" + Quoted(settings_.qop);
-    }
-    challenge += ", nonce=" + Quoted(nonce.text) + ", opaque=" + Quoted(opaque_);
-    if (stale) {
-        challenge += ", stale=true";
+    for (const Algorithm* algorithm : Offered(settings_.scheme)) {
+        lines.append(kField).append("Digest realm=").append(Quoted(settings_.realm));
+        // The first kind of Digest knew neither qop nor other algorithms than MD5.
+        if (!settings_.qop.empty()) {
+            lines.append(", qop=").append(Quoted(settings_.qop));
+        }
+        if (!settings_.qop.empty() || algorithm != &kMd5) {
+            lines.append(", algorithm=").append(algorithm->name);
+        }
+        lines.append(", nonce=").append(Quoted(nonce.text));
+        lines.append(", opaque=").append(Quoted(opaque_));
+        lines.append(stale ? ", stale=true\r\n" : "\r\n");
     }
     if (nonces_.size() > kRememberedNonces) {
         nonces_.pop_front();
     }
-    return challenge;
+    return lines;
 }
 
 }  // namespace camera_sim

@@ -16,7 +16,7 @@
 
 namespace camera_sim {
 
-/// What a camera asks of those who want its pictures.
+/// What a camera asks of those who want its pictures or use its services.
 struct HttpAuthenticationSettings {
     HttpScheme scheme = HttpScheme::kNone;
     std::string realm{};
@@ -25,7 +25,7 @@ struct HttpAuthenticationSettings {
     std::uint32_t nonceUses = 0;  ///< requests that a nonce is good for; 0: any number
 };
 
-/// Digest uses MD5 and makes a new nonce for every challenge; it remembers a fixed number of them,
+/// Digest makes a new nonce for every challenge; it remembers a fixed number of them,
 /// the oldest are forgotten first. Not safe for use by several threads at once.
 class CHttpAuthenticator {
  public:
@@ -39,8 +39,11 @@ class CHttpAuthenticator {
     };
     Result Check(const HttpRequest& request, const User& user, Time now);
 
-    /// The value of WWW-Authenticate for a refused request.
-    std::string Challenge(bool stale, Time now);
+    /// Whether there is anything to check.
+    bool IsOn(const User& user) const;
+
+    /// The header lines WWW-Authenticate for a refused request.
+    std::string Challenges(bool stale, Time now);
 
  private:
     struct Nonce {

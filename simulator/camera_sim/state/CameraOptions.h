@@ -12,8 +12,9 @@
 
 namespace camera_sim {
 
-/// How a camera protects its pictures.
-enum class HttpScheme { kNone, kBasic, kDigest };
+/// How a camera protects its pictures, or its services as a whole. kDigest is MD5, kDigestEither
+/// offers SHA-256 and, in a second challenge, MD5.
+enum class HttpScheme { kNone, kBasic, kDigest, kDigestSha256, kDigestEither };
 
 /// How a camera is made. What a Set operation can change afterwards is in CameraState.
 struct CameraOptions {
@@ -38,6 +39,16 @@ struct CameraOptions {
     std::vector<std::string> openOperations = {"GetSystemDateAndTime", "GetServices",
                                                "GetCapabilities", "GetHostname",
                                                "GetServiceCapabilities"};
+
+    /// HTTP authentication of the services. Other than kNone, requests without proper HTTP
+    /// credentials are answered with a bare 401, and no UsernameToken is needed.
+    HttpScheme httpAuthentication = HttpScheme::kNone;
+    bool httpAuthenticationOrToken = false;    ///< a proper UsernameToken will do instead
+    std::string httpRealm = "onvif services";  ///< any text without line breaks
+    std::string httpQop = "auth";  ///< of Digest: also "auth,auth-int"; empty: as in RFC 2069
+    /// A nonce is good for that long and for that many requests (0: any number).
+    std::chrono::seconds httpNonceLifetime{300};
+    std::uint32_t httpNonceUses = 0;
 
     std::chrono::seconds clockOffset{0};      ///< camera time minus this machine's time
     std::chrono::seconds createdWindow{300};  ///< how far Created may be from the camera's time

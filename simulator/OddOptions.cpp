@@ -1,0 +1,55 @@
+#include "OddOptions.h"
+
+#include <chrono>
+#include <map>
+#include <utility>
+#include <vector>
+
+namespace {
+
+constexpr int kMostSeconds = 10 * 366 * 24 * 3600;
+
+void AddHttpAuthentication(CLI::App& app, camera_sim::CameraOptions& camera) {
+    AddHttpScheme(app, "--http-auth",
+                  "services ask for HTTP credentials by a bare 401, not for a UsernameToken",
+                  [&camera](camera_sim::HttpScheme scheme) { camera.httpAuthentication = scheme; });
+    app.add_flag("--http-auth-or-token", camera.httpAuthenticationOrToken,
+                 "with --http-auth: a UsernameToken will do instead");
+    app.add_option("--http-realm", camera.httpRealm)->capture_default_str();
+    app.add_option("--http-qop", camera.httpQop, "auth, auth,auth-int or empty: as in RFC 2069")
+        ->capture_default_str();
+    app.add_option("--http-nonce-uses", camera.httpNonceUses,
+                   "requests that a nonce is good for, then stale=true; 0: any number")
+        ->capture_default_str();
+    app.add_option_function<int>(
+           "--http-nonce-lifetime",
+           [&camera](int seconds) { camera.httpNonceLifetime = std::chrono::seconds(seconds); },
+           "seconds that a nonce is good for (300)")
+        ->check(CLI::Range(0, kMostSeconds));
+    app.add_option("--open-operations", camera.openOperations,
+                   "operations that need no credentials, with commas between them")
+        ->delimiter(',');
+}
+
+}  // namespace
+
+void AddHttpScheme(CLI::App& app, const std::string& name, const std::string& help,
+                   std::function<void(camera_sim::HttpScheme)> set) {
+    using camera_sim::HttpScheme;
+    const std::map<std::string, HttpScheme> schemes = {
+        {"none", HttpScheme::kNone},
+        {"basic", HttpScheme::kBasic},
+        {"digest", HttpScheme::kDigest},
+        {"digest-sha256", HttpScheme::kDigestSha256},
+        {"digest-either", HttpScheme::kDigestEither},
+    };
+    app.add_option_function<std::string>(
+           name,
+           [schemes, set = std::move(set)](const std::string& text) { set(schemes.at(text)); },
+           help)
+        ->check(CLI::IsMember({"none", "basic", "digest", "digest-sha256", "digest-either"}));
+}
+
+void AddOddOptions(CLI::App& app, camera_sim::CameraOptions& camera) {
+    AddHttpAuthentication(app, camera);
+}
