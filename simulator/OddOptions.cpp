@@ -31,6 +31,24 @@ void AddHttpAuthentication(CLI::App& app, camera_sim::CameraOptions& camera) {
         ->delimiter(',');
 }
 
+void AddFraming(CLI::App& app, camera_sim::CameraOptions& camera) {
+    using camera_sim::KeepAlive;
+    app.add_option_function<std::string>(
+           "--keep-alive",
+           [&camera](const std::string& text) {
+               camera.keepAlive = text == "always" ? KeepAlive::kAlways : KeepAlive::kPolite;
+           },
+           "connections stay open after a reply: unless the client says otherwise (polite), or "
+           "whatever it says (always)")
+        ->check(CLI::IsMember({"polite", "always"}));
+    app.add_option("--chunked", camera.chunkBytes, "bodies go in chunks of so many bytes");
+    app.add_flag("--no-length", camera.noLength, "a body ends with the connection");
+    app.add_flag("--no-bare-length", camera.noBareLength,
+                 "a reply without a body says nothing of its length");
+    app.add_flag("--continue", camera.interimReply, "HTTP 100 (Continue) goes before every reply");
+    app.add_flag("--loose-end", camera.looseEnvelopeEnd, "envelopes end with \"Envelope >\"");
+}
+
 }  // namespace
 
 void AddHttpScheme(CLI::App& app, const std::string& name, const std::string& help,
@@ -52,4 +70,5 @@ void AddHttpScheme(CLI::App& app, const std::string& name, const std::string& he
 
 void AddOddOptions(CLI::App& app, camera_sim::CameraOptions& camera) {
     AddHttpAuthentication(app, camera);
+    AddFraming(app, camera);
 }

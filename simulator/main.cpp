@@ -97,12 +97,13 @@ void AddOptions(CLI::App& app, Arguments& arguments) {
                    "seconds that Created may differ from the camera's clock")
         ->check(CLI::Range(0, kMostSeconds))
         ->capture_default_str();
-    app.add_option("--unauthorized-status", camera.unauthorizedStatus, "400 or 401")
-        ->check(CLI::IsMember({400, 401}))
+    app.add_option("--unauthorized-status", camera.unauthorizedStatus,
+                   "HTTP status beside NotAuthorized: 400, 401, 403 or 500")
+        ->check(CLI::IsMember({400, 401, 403, 500}))
         ->capture_default_str();
     app.add_option("--sender-fault-status", camera.senderFaultStatus,
-                   "HTTP status of other faults of the sender: 400 or 500")
-        ->check(CLI::IsMember({400, 500}))
+                   "HTTP status of other faults of the sender: 200, 400 or 500")
+        ->check(CLI::IsMember({200, 400, 500}))
         ->capture_default_str();
     app.add_option("--prefix-style", camera.prefixStyle, "namespace prefixes of answers")
         ->check(CLI::IsMember(camera_sim::PrefixStyleNames()))

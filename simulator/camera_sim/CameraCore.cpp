@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "camera_sim/events/EventReplies.h"
+#include "camera_sim/http/Framing.h"
 #include "camera_sim/picture/Snapshot.h"
 #include "camera_sim/services/Services.h"
 
@@ -46,7 +47,8 @@ CCameraCore::Understood::Understood(const HttpRequest& request)
     : soap(request.body),
       method(request.method),
       path(PathOf(request.target)),
-      isSnapshot(IsSnapshotRequest(request.target)) {
+      isSnapshot(IsSnapshotRequest(request.target)),
+      keepAlive(request.keepAlive) {
     if (isSnapshot) {
         service = kSnapshotService;
         operation = kSnapshotOperation;
@@ -67,6 +69,9 @@ Reply CCameraCore::Handle(HttpRequest request, std::function<void()> wake) {
     const auto fault = faults_.Take(understood.service, understood.operation);
     Reply reply =
         fault ? DisturbLocked(understood, *fault) : AnswerLocked(understood, options_.xmlProlog);
+    if (!fault) {
+        Frame(reply, options_, understood.keepAlive);
+    }
     const std::uint64_t record = evidence_.Record(
         {std::string(understood.service), std::string(understood.operation),
          std::string(understood.path), std::move(request.head), std::move(request.body),
@@ -75,6 +80,7 @@ Reply CCameraCore::Handle(HttpRequest request, std::function<void()> wake) {
         Deferred& deferred = deferred_.at(reply.ticket);
         deferred.fault = fault;
         deferred.wake = std::move(wake);
+        deferred.keepAlive = understood.keepAlive;
         deferred.record = record;
         reply = ResumeLocked(reply.ticket);
     } else {
@@ -230,7 +236,11 @@ Reply CCameraCore::DisturbLocked(const Understood& request, const Fault& fault) 
         case Kind::kRawReply:
             reply.bytes = fault.reply;
             break;
+        case Kind::kBareStatus:
+            reply = HttpReply(fault.status, {}, {}, {});
+            break;
     }
+    Frame(reply, options_, request.keepAlive);
     DisturbReply(reply, fault);
     return reply;
 }
@@ -239,6 +249,7 @@ void DisturbReply(Reply& reply, const Fault& fault) {
     reply.delay = fault.delay;
     if (fault.kind == Fault::Kind::kTruncate) {
         reply.bytes.resize(std::min(reply.bytes.size(), fault.bytes));
+        reply.keepOpen = false;
     }
     if (fault.kind == Fault::Kind::kSegments) {
         reply.segment = fault.bytes;

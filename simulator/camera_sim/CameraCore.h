@@ -87,12 +87,14 @@ class CCameraCore final : public IControlledCamera {
         std::string_view operation;
         Credentials credentials;
         bool isSnapshot = false;
+        bool keepAlive = false;
         bool staleNonce = false;  ///< of HTTP credentials
     };
 
     struct Deferred {
         PullWait pull;
         std::optional<Fault> fault;  ///< meets the reply
+        bool keepAlive = false;
         std::function<void()> wake;
         std::uint64_t record = 0;
     };

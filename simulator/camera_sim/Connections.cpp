@@ -1,6 +1,7 @@
 #include "camera_sim/Connections.h"
 
 #include <algorithm>
+#include <array>
 #include <chrono>
 #include <exception>
 #include <functional>
@@ -36,8 +37,8 @@ constexpr std::string_view kContinue = "HTTP/1.1 100 Continue\r\n\r\n";
 
 }  // namespace
 
-/// One connection: reads a request, has it answered, sends the reply. Kept alive by the operation
-/// that it waits for.
+/// One connection: reads a request, has it answered, sends the reply, and again. Kept alive by the
+/// operation that it waits for.
 class CConnections::CSession : public std::enable_shared_from_this<CSession> {
  public:
     CSession(tcp::socket socket, CCameraCore& core, std::shared_ptr<Sessions> open)
@@ -59,15 +60,7 @@ class CConnections::CSession : public std::enable_shared_from_this<CSession> {
             reply_.ending = *ending;
             return Send();
         }
-        stream_.expires_after(kIdleLimit);
-        asio::async_read_until(stream_, asio::dynamic_buffer(input_, kHeadLimit), "\r\n\r\n",
-                               [self = shared_from_this()](error_code error, std::size_t headSize) {
-                                   if (error == asio::error::not_found) {
-                                       self->Refuse(431);
-                                   } else if (!error) {
-                                       self->ReadBody(headSize);
-                                   }
-                               });
+        ReadHead();
     }
 
     /// Ends the connection without a further word, unless it serves a control request.
@@ -82,6 +75,18 @@ class CConnections::CSession : public std::enable_shared_from_this<CSession> {
     }
 
  private:
+    void ReadHead() {
+        stream_.expires_after(kIdleLimit);
+        asio::async_read_until(stream_, asio::dynamic_buffer(input_, kHeadLimit), "\r\n\r\n",
+                               [self = shared_from_this()](error_code error, std::size_t headSize) {
+                                   if (error == asio::error::not_found) {
+                                       self->Refuse(431);
+                                   } else if (!error) {
+                                       self->ReadBody(headSize);
+                                   }
+                               });
+    }
+
     void ReadBody(std::size_t headSize) {
         beast::http::request_parser<beast::http::empty_body> parser;
         parser.header_limit(kHeadLimit);
@@ -105,8 +110,10 @@ class CConnections::CSession : public std::enable_shared_from_this<CSession> {
         request_.authorization = std::string(head["Authorization"]);
         request_.head = input_.substr(0, headSize);
         request_.body = input_.substr(headSize, length);
-        unread_ = input_.size() > headSize + request_.body.size();
+        request_.keepAlive = head.keep_alive();
         const std::size_t received = request_.body.size();
+        input_.erase(0, headSize + received);
+        unread_ = !input_.empty();
         request_.body.resize(length);
         if (received < length && head["Expect"] == "100-continue") {
             return SendContinue(received);
@@ -153,7 +160,6 @@ class CConnections::CSession : public std::enable_shared_from_this<CSession> {
         }
         waiting_ = true;
         stream_.expires_never();
-        input_ = std::string(kWatchSize, '\0');
         Watch();
         WaitUntilDue();
     }
@@ -202,8 +208,9 @@ class CConnections::CSession : public std::enable_shared_from_this<CSession> {
 
     /// Notices when the client closes while it waits.
     void Watch() {
-        stream_.async_read_some(asio::buffer(input_),
-                                [self = shared_from_this()](error_code error, std::size_t) {
+        stream_.async_read_some(asio::buffer(watched_),
+                                [self = shared_from_this()](error_code error, std::size_t size) {
+                                    self->Keep(size);
                                     if (!self->waiting_) {
                                         return self->Deliver();
                                     }
@@ -214,6 +221,14 @@ class CConnections::CSession : public std::enable_shared_from_this<CSession> {
                                     self->timer_.cancel();
                                     self->core_.Abandon(self->reply_.ticket);
                                 });
+    }
+
+    /// Keeps what came too early for the next request, as far as a request may go.
+    void Keep(std::size_t size) {
+        unread_ = unread_ || size > 0;
+        if (input_.size() < kHeadLimit) {
+            input_.append(watched_.data(), size);
+        }
     }
 
     void Deliver() {
@@ -271,6 +286,13 @@ class CConnections::CSession : public std::enable_shared_from_this<CSession> {
             stream_.expires_never();
             return Drain();
         }
+        if (reply_.keepOpen && reply_.ending == Reply::Ending::kSend) {
+            request_ = {};
+            reply_ = {};
+            sent_ = 0;
+            unread_ = false;
+            return ReadHead();
+        }
         if (reply_.ending == Reply::Ending::kReset) {
             stream_.socket().set_option(asio::socket_base::linger(true, 0), ignored);
             return stream_.close();
@@ -299,7 +321,8 @@ class CConnections::CSession : public std::enable_shared_from_this<CSession> {
     asio::steady_timer timer_;
     CCameraCore& core_;
     const std::shared_ptr<Sessions> open_;
-    std::string input_;
+    std::string input_;  // what nobody has read yet
+    std::array<char, kWatchSize> watched_{};
     HttpRequest request_;
     Reply reply_;
     std::size_t sent_ = 0;

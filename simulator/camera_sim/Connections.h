@@ -1,5 +1,5 @@
 /// @file
-/// The connections of a camera over HTTP: one request each.
+/// The connections of a camera over HTTP: one request each, or several where they are kept.
 #ifndef CAMERA_SIM_CONNECTIONS_H
 #define CAMERA_SIM_CONNECTIONS_H
 

@@ -1,6 +1,7 @@
 // The simulated camera, asked by a client of its own that knows nothing of either library.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <atomic>
 #include <chrono>
 #include <string>
@@ -190,6 +191,57 @@ TEST(CameraSim, MeetsRequestsWithFaultsInTurn) {
     EXPECT_EQ(camera.Count("GetDeviceInformation"), 3U);
     EXPECT_EQ(camera.Count("trt:GetDeviceInformation"), 0U);
     EXPECT_EQ(camera.Faults().size(), 1U);
+}
+
+TEST(CameraSim, SendsRepliesInEveryForm) {
+    using camera_sim::KeepAlive;
+    struct Case {
+        camera_sim::CameraOptions options;
+        const char* sent;
+        std::size_t answered = 1;  // of the two requests before one that cannot be read
+        bool bare = false;         // the first answer
+    };
+    const std::vector<Case> cases = {
+        {{}, "\r\nConnection: close\r\n\r\n<?xml"},
+        {{.keepAlive = KeepAlive::kPolite}, "\r\nConnection: close\r\n\r\n<?xml", 2},
+        {{.keepAlive = KeepAlive::kAlways},
+         "Connection: keep-alive\r\n\r\nHTTP/1.1 200 OK",
+         3,
+         true},
+        {{.keepAlive = KeepAlive::kPolite, .chunkBytes = 5},
+         "utf-8\r\nTransfer-Encoding: chunked\r\nConnection: keep-alive\r\n\r\n5\r\n<?xml\r\n5\r\n",
+         2},
+        {{.chunkBytes = 1000}, "lope>\r\n0\r\n\r\n"},
+        {{.keepAlive = KeepAlive::kAlways, .noLength = true},
+         "utf-8\r\nConnection: close\r\n\r\n<?xml"},
+        {{.keepAlive = KeepAlive::kPolite, .noBareLength = true},
+         "404 Not Found\r\nServer: onvif-camera-sim\r\nConnection: keep-alive\r\n\r\nHTTP",
+         2,
+         true},
+        {{.interimReply = true}, "HTTP/1.1 100 Continue\r\n\r\nHTTP/1.1 200 OK\r\n"},
+        {{.looseEnvelopeEnd = true}, ":Envelope >"},
+    };
+    for (const Case& test : cases) {
+        SCOPED_TRACE(&test - cases.data());
+        camera_sim::CCameraHost host;
+        camera_sim::CCamera& camera = host.Add(test.options);
+        if (test.bare)
+            camera.Inject(
+                "*", {.kind = camera_sim::Fault::Kind::kBareStatus, .remaining = 1, .status = 404});
+        const auto request = [](const std::string& fields) {
+            const std::string body =
+                "<e:Envelope xmlns:e='http://www.w3.org/2003/05/soap-envelope'>"
+                "<e:Body><GetHostname "
+                "xmlns='http://www.onvif.org/ver10/device/wsdl'/></e:Body></e:Envelope>";
+            return "POST /onvif/device_service HTTP/1.1\r\n" + fields +
+                   "Content-Length: " + std::to_string(body.size()) + "\r\n\r\n" + body;
+        };
+        const std::string reply =
+            Exchange(camera.Port(), request("") + request("Connection: close\r\n") + "?\r\n\r\n");
+        EXPECT_NE(reply.find(test.sent), std::string::npos) << reply;
+        EXPECT_EQ(camera.Count("GetHostname"), std::min<std::size_t>(test.answered, 2));
+        EXPECT_EQ(reply.find("400 Bad Request") != std::string::npos, test.answered == 3);
+    }
 }
 
 // Under ThreadSanitizer this is also the test of the locks.

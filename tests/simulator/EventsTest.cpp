@@ -383,6 +383,21 @@ class Consumer {
     tcp::acceptor acceptor_;
 };
 
+TEST(CameraEvents, AnswersOnAKeptConnectionWhatCameWhileAPullWaited) {
+    CCameraHost host;
+    CCamera& camera = host.Add({.user = "", .keepAlive = camera_sim::KeepAlive::kPolite});
+    const PullPoint point(camera);
+    const client_test::CRawClient client(camera.Port());
+    client.Send(point.PullBytes("PT1M") + point.PullBytes("PT1M"));
+    WaitForPulls(camera, 1);
+    std::string last = point.PullBytes("PT0S");
+    client.Send(last.insert(last.find("Host"), "Connection: close\r\n"));
+    camera.Change([](CameraState& state) { SetMotion(state, true); });
+    const std::string replies = client.ReadToEnd();
+    EXPECT_EQ(CountOf(replies, "PullMessagesResponse>"), 6U) << replies;
+    EXPECT_EQ(CountOf(replies, "PropertyOperation=\"Changed\""), 1U) << replies;
+}
+
 TEST(CameraEvents, PostsNotifications) {
     CCameraHost host;
     CCamera& camera = host.Add({.model = "fixed", .user = ""});

@@ -94,6 +94,17 @@ bool ReadRaw(std::string_view argument, Fault& fault) {
     return true;
 }
 
+bool ReadStatus(std::string_view argument, Fault& fault) {
+    constexpr int kLeast = 200;
+    constexpr int kMost = 599;
+    const auto value = ToInt(argument);
+    if (!value || *value < kLeast || *value > kMost) {
+        return false;
+    }
+    fault.status = static_cast<unsigned>(*value);
+    return true;
+}
+
 struct KindRow {
     Kind kind;
     std::string_view name;
@@ -111,6 +122,7 @@ constexpr std::array kKinds = {
     KindRow{Kind::kNoProlog, "noprolog", ReadOptionalDelay},
     KindRow{Kind::kSegments, "segments", ReadSegments},
     KindRow{Kind::kRawReply, "raw", ReadRaw},
+    KindRow{Kind::kBareStatus, "status", ReadStatus},
 };
 
 }  // namespace
@@ -128,6 +140,7 @@ COUNT is how many requests it meets; all when it is left out.
   soapfault:CODE,SUBCODE[/SUBCODE],REASON
                        e.g. soapfault:Sender,InvalidArgVal/NoProfile,No such profile
   401[:MS]             HTTP 401 without a body
+  status:CODE          HTTP CODE with neither body nor challenge
   noprolog[:MS]        answer without the XML declaration
   segments:BYTES,MS    send the reply in pieces of BYTES, MS apart
   raw:TEXT             send TEXT as the whole reply; \r \n \t \\ are understood

@@ -28,6 +28,7 @@ struct Fault {
         kNoProlog,      ///< answers without the XML declaration
         kSegments,      ///< sends the reply in pieces of `bytes` bytes, `pause` apart
         kRawReply,      ///< sends `reply` as it is, HTTP head and all; nothing is executed
+        kBareStatus,    ///< answers HTTP `status` with neither body nor challenge
     };
     Kind kind = Kind::kDelay;
     std::int64_t remaining = -1;  ///< how many requests it still meets; negative: all
@@ -36,6 +37,7 @@ struct Fault {
     std::chrono::milliseconds pause{0};
     SoapFault soapFault{};
     std::string reply{};
+    unsigned status = 0;
 };
 
 /// A fault and the requests that it meets.

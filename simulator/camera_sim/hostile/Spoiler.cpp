@@ -144,6 +144,7 @@ void CSpoiler::Spoil(std::string_view operation, Reply& reply) {
         Drip(reply, chance);
     }
     reply.ending = kind->ending;
+    reply.keepOpen = reply.keepOpen && kind->name == "none";
 }
 
 }  // namespace camera_sim

@@ -14,12 +14,14 @@ constexpr std::array kStatuses = {
     Status{200, "OK"},
     Status{400, "Bad Request"},
     Status{401, "Unauthorized"},
+    Status{403, "Forbidden"},
     Status{404, "Not Found"},
     Status{405, "Method Not Allowed"},
     Status{411, "Length Required"},
     Status{413, "Payload Too Large"},
     Status{431, "Request Header Fields Too Large"},
     Status{500, "Internal Server Error"},
+    Status{503, "Service Unavailable"},
 };
 
 std::string_view Phrase(unsigned code) {

@@ -16,17 +16,20 @@ struct HttpRequest {
     std::string target;
     std::string head;           ///< as received, with the empty line
     std::string authorization;  ///< the value of that header field
+    bool keepAlive = false;     ///< the connection may stay open after the reply
     std::string body;
 };
 
 /// What the server does with a connection.
 struct Reply {
     /// kDeferred: there is no reply yet; CCameraCore::Resume has it later.
-    /// kSend closes behind the bytes, kReset resets, kSilence stays connected; kClose sends none.
+    /// kSend closes behind the bytes unless the connection is kept, kReset resets, kSilence stays
+    /// connected; kClose sends none.
     enum class Ending { kSend, kReset, kSilence, kClose, kDeferred };
     Ending ending = Ending::kSend;
-    std::string bytes{};  ///< everything to send, HTTP head included
-    unsigned status = 0;  ///< for the records
+    std::string bytes{};    ///< everything to send, HTTP head included
+    unsigned status = 0;    ///< for the records
+    bool keepOpen = false;  ///< another request may follow, if all is sent
     std::chrono::milliseconds delay{0};
     std::size_t segment = 0;  ///< bytes sent at once; 0: all
     /// Only what is between these goes out in segments.

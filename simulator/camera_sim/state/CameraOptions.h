@@ -16,6 +16,10 @@ namespace camera_sim {
 /// offers SHA-256 and, in a second challenge, MD5.
 enum class HttpScheme { kNone, kBasic, kDigest, kDigestSha256, kDigestEither };
 
+/// Whether a connection stays open after a reply: never, unless the client or HTTP/1.0 says
+/// otherwise, or whatever the client says. Idle ones are closed after 30 s.
+enum class KeepAlive { kNever, kPolite, kAlways };
+
 /// How a camera is made. What a Set operation can change afterwards is in CameraState.
 struct CameraOptions {
     /// "dome": PTZ, second media service, 3 profiles, 2 relays, 2 inputs.
@@ -53,8 +57,16 @@ struct CameraOptions {
     std::chrono::seconds clockOffset{0};      ///< camera time minus this machine's time
     std::chrono::seconds createdWindow{300};  ///< how far Created may be from the camera's time
     bool refuseReplays = true;                ///< a second use of a nonce is refused
-    unsigned unauthorizedStatus = 400;        ///< HTTP status beside NotAuthorized: 400 or 401
-    unsigned senderFaultStatus = 400;  ///< HTTP status of other faults of the sender: 400 or 500
+    unsigned unauthorizedStatus = 400;        ///< HTTP status beside NotAuthorized
+    unsigned senderFaultStatus = 400;         ///< HTTP status of other faults of the sender
+
+    /// How replies are sent, those to pulls and with pictures as well.
+    KeepAlive keepAlive = KeepAlive::kNever;
+    std::size_t chunkBytes = 0;     ///< bodies go in chunks of so many bytes; 0: in one piece
+    bool noLength = false;          ///< no Content-Length: a body ends with the connection
+    bool noBareLength = false;      ///< the same of replies that have no body, nothing ends those
+    bool interimReply = false;      ///< HTTP 100 (Continue) goes before every reply
+    bool looseEnvelopeEnd = false;  ///< envelopes end with "Envelope >"
 
     /// Namespace prefixes of answers, one of PrefixStyleNames().
     std::string prefixStyle = "SOAP-ENV";
