@@ -49,6 +49,26 @@ void AddFraming(CLI::App& app, camera_sim::CameraOptions& camera) {
     app.add_flag("--loose-end", camera.looseEnvelopeEnd, "envelopes end with \"Envelope >\"");
 }
 
+void AddClock(CLI::App& app, camera_sim::CameraOptions& camera) {
+    app.add_option_function<std::string>(
+           "--clock-access",
+           [&camera](const std::string& text) {
+               std::erase(camera.openOperations, "GetSystemDateAndTime");
+               if (text == "public") {
+                   camera.openOperations.emplace_back("GetSystemDateAndTime");
+               }
+           },
+           "whether GetSystemDateAndTime needs no credentials (public) or does")
+        ->check(CLI::IsMember({"public", "protected"}));
+    app.add_option("--clock-refusal", camera.clockRefusal,
+                   "the fault that SetSystemDateAndTime answers")
+        ->check(CLI::IsMember(camera_sim::ClockRefusalNames()));
+    app.add_flag("--strict-clock", camera.strictClock,
+                 "credentials made too far from the camera's time, or wrong in another way, are "
+                 "refused where none are needed, too");
+    app.add_flag("--http-date", camera.httpDate, "replies have a Date, by the camera's clock");
+}
+
 }  // namespace
 
 void AddHttpScheme(CLI::App& app, const std::string& name, const std::string& help,
@@ -71,4 +91,5 @@ void AddHttpScheme(CLI::App& app, const std::string& name, const std::string& he
 void AddOddOptions(CLI::App& app, camera_sim::CameraOptions& camera) {
     AddHttpAuthentication(app, camera);
     AddFraming(app, camera);
+    AddClock(app, camera);
 }

@@ -70,7 +70,7 @@ Reply CCameraCore::Handle(HttpRequest request, std::function<void()> wake) {
     Reply reply =
         fault ? DisturbLocked(understood, *fault) : AnswerLocked(understood, options_.xmlProlog);
     if (!fault) {
-        Frame(reply, options_, understood.keepAlive);
+        FrameLocked(reply, understood.keepAlive);
     }
     const std::uint64_t record = evidence_.Record(
         {std::string(understood.service), std::string(understood.operation),
@@ -118,8 +118,9 @@ Reply CCameraCore::ChallengeLocked(CHttpAuthenticator& authenticator, const Unde
 
 bool CCameraCore::IsAdmittedLocked(const Understood& request) const {
     const auto& open = options_.openOperations;
+    const bool mayLack = !options_.strictClock || request.credentials.refusal.empty();
     return request.credentials.valid ||
-           std::find(open.begin(), open.end(), request.operation) != open.end();
+           (mayLack && std::find(open.begin(), open.end(), request.operation) != open.end());
 }
 
 Reply CCameraCore::AnswerSnapshotLocked(const Understood& request) {
@@ -240,9 +241,13 @@ Reply CCameraCore::DisturbLocked(const Understood& request, const Fault& fault) 
             reply = HttpReply(fault.status, {}, {}, {});
             break;
     }
-    Frame(reply, options_, request.keepAlive);
+    FrameLocked(reply, request.keepAlive);
     DisturbReply(reply, fault);
     return reply;
+}
+
+void CCameraCore::FrameLocked(Reply& reply, bool clientKeeps) const {
+    Frame(reply, options_, clientKeeps, SystemTime() + state_.clock.offset);
 }
 
 void DisturbReply(Reply& reply, const Fault& fault) {

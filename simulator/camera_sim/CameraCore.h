@@ -115,6 +115,7 @@ class CCameraCore final : public IControlledCamera {
     void NotifyLocked(Subscription& subscription);
     /// The reply to the request that asked for it is still sent.
     void RebootLocked();
+    void FrameLocked(Reply& reply, bool clientKeeps) const;
     Reply DisturbLocked(const Understood& request, const Fault& fault);
     /// Runs the operation; @p out holds the body of the answer when there is no fault.
     Answer RunLocked(const Understood& request, CXmlWriter& out, std::optional<PullWait>& wait);

@@ -4,7 +4,6 @@
 
 #include "camera_sim/CameraCore.h"
 #include "camera_sim/events/EventReplies.h"
-#include "camera_sim/http/Framing.h"
 
 namespace camera_sim {
 
@@ -42,7 +41,7 @@ Reply CCameraCore::ResumeLocked(std::uint64_t ticket) {
     const bool xmlProlog = options_.xmlProlog && !(fault && fault->kind == Fault::Kind::kNoProlog);
     reply = subscription == nullptr ? FaultReply(NoSuchSubscription(state_), xmlProlog)
                                     : PulledLocked(pull, *subscription, xmlProlog);
-    Frame(reply, options_, found->second.keepAlive);
+    FrameLocked(reply, found->second.keepAlive);
     if (fault) {
         DisturbReply(reply, *fault);
     }

@@ -115,6 +115,11 @@ std::string WhatIsWrong(const CameraOptions& options) {
     if (FindTopicStyle(options.topicStyle) == nullptr) {
         return "unknown topic style \"" + options.topicStyle + "\"";
     }
+    const auto refusals = ClockRefusalNames();
+    if (!options.clockRefusal.empty() &&
+        std::find(refusals.begin(), refusals.end(), options.clockRefusal) == refusals.end()) {
+        return "unknown refusal of the clock \"" + options.clockRefusal + "\"";
+    }
     const auto styles = SubscriptionStyleNames();
     if (std::find(styles.begin(), styles.end(), options.subscriptionStyle) == styles.end()) {
         return "unknown subscription style \"" + options.subscriptionStyle + "\"";

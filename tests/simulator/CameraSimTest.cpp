@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <array>
 #include <atomic>
 #include <chrono>
 #include <string>
@@ -158,7 +159,34 @@ TEST(CameraSim, ChecksUsernameTokens) {
         ASSERT_EQ(camera.Requests().size(), 1U);
         EXPECT_EQ(camera.Requests()[0].refusal, test.refusal == nullptr ? "" : test.refusal);
         EXPECT_EQ(camera.Requests()[0].authenticated, test.refusal == nullptr);
+
+        auto strictOptions = Options();
+        strictOptions.strictClock = strictOptions.httpDate = true;
+        camera_sim::CCamera& strict = host.Add(strictOptions);
+        SetClock(strict, test.distance);
+        const std::string time = Post(strict.Port(), "GetSystemDateAndTime", Header(test.token));
+        EXPECT_EQ(Refused(time), test.refusal != nullptr) << time;
+        EXPECT_NE(time.find("\r\nDate: Thu, 16 Sep 2010 07:"), std::string::npos) << time;
+        EXPECT_FALSE(Refused(Post(strict.Port(), "GetSystemDateAndTime")));
     }
+}
+
+TEST(CameraSim, DoesNotLetItsClockBeSet) {
+    const std::vector<std::array<const char*, 3>> cases = {
+        {"not-authorized", "400", "ter:NotAuthorized"},
+        {"prohibited", "400", "ter:OperationProhibited"},
+        {"failed", "500", "ter:Action<"},
+    };
+    for (const auto& [refusal, status, subcode] : cases) {
+        camera_sim::CCameraHost host;
+        camera_sim::CCamera& camera = host.Add({.user = "", .clockRefusal = refusal});
+        const std::string reply = Post(camera.Port(), "SetSystemDateAndTime");
+        EXPECT_TRUE(reply.starts_with(std::string("HTTP/1.1 ") + status)) << reply;
+        EXPECT_NE(reply.find(subcode), std::string::npos) << reply;
+    }
+    std::string error;
+    camera_sim::CCameraHost host;
+    EXPECT_EQ(host.TryAdd({.clockRefusal = "never"}, error), nullptr);
 }
 
 TEST(CameraSim, RefusesReplaysAndMissingTokens) {

@@ -1,7 +1,8 @@
 #include "camera_sim/http/Framing.h"
 
-#include <algorithm>
+#include <array>
 #include <charconv>
+#include <cstdio>
 
 namespace camera_sim {
 namespace {
@@ -22,9 +23,28 @@ std::string Chunked(std::string_view body, std::size_t size) {
     return chunks + "0\r\n\r\n";
 }
 
+/// "Date: Sun, 22 Nov 2026 06:20:39 GMT" as a line.
+std::string DateLine(std::chrono::sys_seconds time) {
+    constexpr std::array kDays = {"Sun", "Mon", "Tue", "Wed", "Thu", "Fri", "Sat"};
+    constexpr std::array kMonths = {"Jan", "Feb", "Mar", "Apr", "May", "Jun",
+                                    "Jul", "Aug", "Sep", "Oct", "Nov", "Dec"};
+    const auto day = std::chrono::floor<std::chrono::days>(time);
+    const std::chrono::year_month_day date(day);
+    const std::chrono::hh_mm_ss clock(time - day);
+    std::array<char, 64> line{};
+    std::snprintf(line.data(), line.size(), "Date: %s, %02u %s %d %02d:%02d:%02d GMT\r\n",
+                  kDays[std::chrono::weekday(day).c_encoding()], static_cast<unsigned>(date.day()),
+                  kMonths[static_cast<unsigned>(date.month()) - 1], static_cast<int>(date.year()),
+                  static_cast<int>(clock.hours().count()),
+                  static_cast<int>(clock.minutes().count()),
+                  static_cast<int>(clock.seconds().count()));
+    return line.data();
+}
+
 }  // namespace
 
-void Frame(Reply& reply, const CameraOptions& options, bool clientKeeps) {
+void Frame(Reply& reply, const CameraOptions& options, bool clientKeeps,
+           std::chrono::sys_seconds now) {
     const auto headEnd = reply.bytes.find(kHeadEnd);
     const auto length = reply.bytes.rfind(kLength, headEnd);
     if (reply.status == 0 || headEnd == std::string::npos || length == std::string::npos) {
@@ -44,6 +64,9 @@ void Frame(Reply& reply, const CameraOptions& options, bool clientKeeps) {
 
     std::string& out = reply.bytes;
     out.resize(length);
+    if (options.httpDate) {
+        out += DateLine(now);
+    }
     if (chunked) {
         out += "Transfer-Encoding: chunked\r\n";
     } else if (!noLength) {

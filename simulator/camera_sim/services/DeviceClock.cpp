@@ -119,8 +119,28 @@ std::optional<std::chrono::sys_seconds> ReadDateTime(const XmlElement* element) 
     return sys_days(calendarDay) + hours(*h) + minutes(*mi) + seconds(*s);
 }
 
+struct ClockRefusal {
+    std::string_view name;
+    std::string_view code;
+    std::string_view subcode;
+    std::string_view reason;
+};
+constexpr std::array kRefusals = {
+    ClockRefusal{"not-authorized", "Sender", "NotAuthorized", "Sender not Authorized"},
+    ClockRefusal{"prohibited", "Sender", "OperationProhibited", "The operation is prohibited"},
+    ClockRefusal{"failed", "Receiver", "Action", "Action Failed"},
+};
+
 // With type NTP the clock goes on as it is: no time server is there to move it.
 Answer SetSystemDateAndTime(Call& call) {
+    for (const ClockRefusal& refusal : kRefusals) {
+        if (refusal.name == call.options.clockRefusal) {
+            return SoapFault{std::string(refusal.code),
+                             std::string(refusal.subcode),
+                             {},
+                             std::string(refusal.reason)};
+        }
+    }
     CameraClock clock = call.state.clock;
     clock.type = call.Argument("DateTimeType");
     if (clock.type != "Manual" && clock.type != "NTP") {
@@ -154,6 +174,14 @@ constexpr std::array kOperations = {
 };
 
 }  // namespace
+
+std::vector<std::string> ClockRefusalNames() {
+    std::vector<std::string> names;
+    for (const ClockRefusal& refusal : kRefusals) {
+        names.emplace_back(refusal.name);
+    }
+    return names;
+}
 
 std::span<const Operation> DeviceClockOperations() {
     return kOperations;

@@ -56,9 +56,14 @@ struct CameraOptions {
 
     std::chrono::seconds clockOffset{0};      ///< camera time minus this machine's time
     std::chrono::seconds createdWindow{300};  ///< how far Created may be from the camera's time
-    bool refuseReplays = true;                ///< a second use of a nonce is refused
-    unsigned unauthorizedStatus = 400;        ///< HTTP status beside NotAuthorized
-    unsigned senderFaultStatus = 400;         ///< HTTP status of other faults of the sender
+    /// Credentials that are given and not valid are refused at open operations as well.
+    bool strictClock = false;
+    /// What SetSystemDateAndTime answers: empty (done), or one of ClockRefusalNames().
+    std::string clockRefusal{};
+    bool httpDate = false;              ///< replies have the header Date, by the camera's clock
+    bool refuseReplays = true;          ///< a second use of a nonce is refused
+    unsigned unauthorizedStatus = 400;  ///< HTTP status beside NotAuthorized
+    unsigned senderFaultStatus = 400;   ///< HTTP status of other faults of the sender
 
     /// How replies are sent, those to pulls and with pictures as well.
     KeepAlive keepAlive = KeepAlive::kNever;
@@ -110,6 +115,10 @@ struct CameraOptions {
 
 /// The names that CameraOptions::prefixStyle takes.
 std::vector<std::string> PrefixStyleNames();
+
+/// The names that CameraOptions::clockRefusal takes, for the faults Sender/NotAuthorized,
+/// Sender/OperationProhibited and Receiver/Action: "not-authorized", "prohibited", "failed".
+std::vector<std::string> ClockRefusalNames();
 
 /// The names that CameraOptions::topicStyle takes:
 /// "cell-motion"    tns1:RuleEngine/CellMotionDetector/Motion, tns1:Device/Trigger/DigitalInput
