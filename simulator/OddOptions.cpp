@@ -69,6 +69,36 @@ void AddClock(CLI::App& app, camera_sim::CameraOptions& camera) {
     app.add_flag("--http-date", camera.httpDate, "replies have a Date, by the camera's clock");
 }
 
+/// NAME:PASSWORD:ROLE; the password may hold colons.
+camera_sim::User ReadAccount(const std::string& text) {
+    using camera_sim::Role;
+    const std::map<std::string, Role> roles = {{"administrator", Role::kAdministrator},
+                                               {"operator", Role::kOperator},
+                                               {"user", Role::kUser}};
+    const auto first = text.find(':');
+    const auto last = text.rfind(':');
+    const auto role = last == std::string::npos ? roles.end() : roles.find(text.substr(last + 1));
+    if (role == roles.end() || first == 0 || first == last) {
+        throw CLI::ValidationError(
+            "--account",
+            "an account is NAME:PASSWORD:ROLE, a role administrator, operator or user");
+    }
+    return {text.substr(0, first), text.substr(first + 1, last - first - 1), role->second};
+}
+
+void AddAccounts(CLI::App& app, camera_sim::CameraOptions& camera) {
+    app.add_option_function<std::vector<std::string>>(
+           "--account",
+           [&camera](const std::vector<std::string>& texts) {
+               for (const std::string& text : texts) {
+                   camera.accounts.push_back(ReadAccount(text));
+               }
+           },
+           "NAME:PASSWORD:ROLE: another account, an administrator, operator or user; may be "
+           "repeated")
+        ->allow_extra_args(false);
+}
+
 }  // namespace
 
 void AddHttpScheme(CLI::App& app, const std::string& name, const std::string& help,
@@ -92,4 +122,5 @@ void AddOddOptions(CLI::App& app, camera_sim::CameraOptions& camera) {
     AddHttpAuthentication(app, camera);
     AddFraming(app, camera);
     AddClock(app, camera);
+    AddAccounts(app, camera);
 }

@@ -88,7 +88,9 @@ void AddOptions(CLI::App& app, Arguments& arguments) {
     app.add_option("--cameras", arguments.cameras, "how many cameras")
         ->check(CLI::Range(1, kMostCameras))
         ->capture_default_str();
-    app.add_option("--user", camera.user, "empty: no authentication")->capture_default_str();
+    app.add_option("--user", camera.user,
+                   "an administrator; empty, and no --account: no authentication")
+        ->capture_default_str();
     app.add_option("--password", camera.password)->capture_default_str();
     app.add_option("--clock-offset", arguments.clockOffset,
                    "seconds that the camera's clock is ahead")

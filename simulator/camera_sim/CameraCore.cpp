@@ -93,9 +93,9 @@ Reply CCameraCore::Handle(HttpRequest request, std::function<void()> wake) {
 void CCameraCore::CheckCredentialsLocked(const HttpRequest& http, Understood& request) {
     CHttpAuthenticator& authenticator =
         request.isSnapshot ? snapshotAuthenticator_ : httpAuthenticator_;
-    const bool byHttp = request.isSnapshot || authenticator.IsOn(state_.user);
+    const bool byHttp = request.isSnapshot || authenticator.IsOn(state_.users);
     if (byHttp) {
-        auto result = authenticator.Check(http, state_.user, std::chrono::steady_clock::now());
+        auto result = authenticator.Check(http, state_.users, std::chrono::steady_clock::now());
         request.credentials = std::move(result.credentials);
         request.staleNonce = result.stale;
     }
@@ -103,7 +103,7 @@ void CCameraCore::CheckCredentialsLocked(const HttpRequest& http, Understood& re
         (request.isSnapshot || request.credentials.valid || !options_.httpAuthenticationOrToken)) {
         return;
     }
-    Credentials token = authenticator_.Check(request.soap.Header(), state_.user,
+    Credentials token = authenticator_.Check(request.soap.Header(), state_.users,
                                              SystemTime() + state_.clock.offset);
     if (!byHttp || token.valid) {
         request.credentials = std::move(token);
@@ -117,10 +117,13 @@ Reply CCameraCore::ChallengeLocked(CHttpAuthenticator& authenticator, const Unde
 }
 
 bool CCameraCore::IsAdmittedLocked(const Understood& request) const {
-    const auto& open = options_.openOperations;
     const bool mayLack = !options_.strictClock || request.credentials.refusal.empty();
-    return request.credentials.valid ||
-           (mayLack && std::find(open.begin(), open.end(), request.operation) != open.end());
+    return request.credentials.valid || (mayLack && IsOpen(request.operation));
+}
+
+bool CCameraCore::IsOpen(std::string_view operation) const {
+    const auto& open = options_.openOperations;
+    return std::find(open.begin(), open.end(), operation) != open.end();
 }
 
 Reply CCameraCore::AnswerSnapshotLocked(const Understood& request) {
@@ -141,7 +144,7 @@ Reply CCameraCore::AnswerLocked(const Understood& request, bool xmlProlog) {
     if (request.method != "POST") {
         return HttpReply(405);
     }
-    if (httpAuthenticator_.IsOn(state_.user) && !IsAdmittedLocked(request)) {
+    if (httpAuthenticator_.IsOn(state_.users) && !IsAdmittedLocked(request)) {
         return ChallengeLocked(httpAuthenticator_, request);
     }
     CXmlWriter out(style_, options_.prettyXml);
@@ -174,6 +177,10 @@ Answer CCameraCore::RunLocked(const Understood& request, CXmlWriter& out,
         request.ns ? FindOperation(options_, *request.ns, request.operation) : nullptr;
     if (operation == nullptr) {
         return NotSupported("Optional action not implemented");
+    }
+    if (!IsOpen(request.operation) &&
+        request.credentials.role < NeededRole(*request.ns, request.operation)) {
+        return NotAuthorized();
     }
     if (!IsServedAt(options_, *request.ns, request.path)) {
         return NotSupported("The action belongs to another service address");

@@ -105,6 +105,8 @@ class CCameraCore final : public IControlledCamera {
     Reply ChallengeLocked(CHttpAuthenticator& authenticator, const Understood& request);
     /// Whether the credentials, or the lack of them, permit the operation.
     bool IsAdmittedLocked(const Understood& request) const;
+    /// Whether the operation needs no credentials.
+    bool IsOpen(std::string_view operation) const;
 
     Reply AnswerLocked(const Understood& request, bool xmlProlog);
     Reply DeferLocked(PullWait pull);

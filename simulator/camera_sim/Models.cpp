@@ -191,7 +191,10 @@ std::optional<CameraState> MakeModel(CameraOptions& options) {
         CameraState state = model.make();
         state.clock.offset = options.clockOffset;
         state.clock.type = options.clockOffset.count() == 0 ? "NTP" : "Manual";
-        state.user = {options.user, options.password};
+        if (!options.user.empty()) {
+            state.users.push_back({options.user, options.password});
+        }
+        state.users.insert(state.users.end(), options.accounts.begin(), options.accounts.end());
         options.media2 = options.media2.value_or(model.media2);
         options.ptz = options.ptz.value_or(model.ptz);
         if (*options.ptz) {

@@ -171,6 +171,47 @@ TEST(CameraSim, ChecksUsernameTokens) {
     }
 }
 
+TEST(CameraSim, LetsAccountsDoWhatTheirRolesPermit) {
+    using camera_sim::Role;
+    camera_sim::CameraOptions options;
+    options.user = "";
+    options.httpAuthentication = camera_sim::HttpScheme::kBasic;
+    options.accounts = {{"u", "", Role::kUser}, {"o", "", Role::kOperator}, {"a", ""}};
+    camera_sim::CCameraHost host;
+    camera_sim::CCamera& camera = host.Add(options);
+    const std::vector<std::pair<const char*, Role>> cases = {
+        {"device/wsdl GetDeviceInformation", Role::kUser},
+        {"media/wsdl GetProfiles", Role::kUser},
+        {"events/wsdl CreatePullPointSubscription", Role::kUser},
+        {"media/wsdl CreateOSD", Role::kOperator},
+        {"device/wsdl SetRelayOutputState", Role::kOperator},
+        {"device/wsdl SetSystemDateAndTime", Role::kAdministrator},
+        {"device/wsdl SetDNS", Role::kAdministrator},
+        {"device/wsdl GetHostname", Role::kNone},
+    };
+    for (const auto& [what, role] : cases) {
+        const std::string text = what;
+        const auto blank = text.find(' ');
+        const std::string body =
+            "<e:Envelope xmlns:e='http://www.w3.org/2003/05/soap-envelope'><e:Body><" +
+            text.substr(blank + 1) + " xmlns='http://www.onvif.org/ver10/" + text.substr(0, blank) +
+            "'/></e:Body></e:Envelope>";
+        const std::string path = "/onvif/" + text.substr(0, text.find('/')) + "_service";
+        for (const auto& [credentials, has] :
+             {std::pair("eDo=", Role::kNone), std::pair("dTo=", Role::kUser),
+              std::pair("bzo=", Role::kOperator), std::pair("YTo=", Role::kAdministrator)}) {
+            const std::string reply =
+                Exchange(camera.Port(), "POST " + (text[0] == 'e' ? "/onvif/event_service" : path) +
+                                            " HTTP/1.1\r\nAuthorization: Basic " + credentials +
+                                            "\r\nContent-Length: " + std::to_string(body.size()) +
+                                            "\r\n\r\n" + body);
+            const bool refused =
+                reply.find("NotAuthorized") != std::string::npos || reply.find(" 401 ") == 8;
+            EXPECT_EQ(refused, has < role) << what << ": " << reply;
+        }
+    }
+}
+
 TEST(CameraSim, DoesNotLetItsClockBeSet) {
     const std::vector<std::array<const char*, 3>> cases = {
         {"not-authorized", "400", "ter:NotAuthorized"},

@@ -5,11 +5,14 @@
 
 #include <string>
 
+#include "camera_sim/state/User.h"
+
 namespace camera_sim {
 
 struct Credentials {
     bool valid = false;
-    std::string refusal;  ///< why they are not valid; empty also when none were given
+    std::string refusal;      ///< why they are not valid; empty also when none were given
+    Role role = Role::kNone;  ///< of valid ones
 };
 
 }  // namespace camera_sim

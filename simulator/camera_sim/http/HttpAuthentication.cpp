@@ -218,14 +218,14 @@ struct CHttpAuthenticator::DigestFields {
 CHttpAuthenticator::CHttpAuthenticator(HttpAuthenticationSettings settings)
     : settings_(std::move(settings)), opaque_(RandomText()) {}
 
-bool CHttpAuthenticator::IsOn(const User& user) const {
-    return settings_.scheme != HttpScheme::kNone && !user.name.empty();
+bool CHttpAuthenticator::IsOn(const std::vector<User>& users) const {
+    return settings_.scheme != HttpScheme::kNone && !users.empty();
 }
 
-CHttpAuthenticator::Result CHttpAuthenticator::Check(const HttpRequest& request, const User& user,
-                                                     Time now) {
-    if (!IsOn(user)) {
-        return {{true, {}}};
+CHttpAuthenticator::Result CHttpAuthenticator::Check(const HttpRequest& request,
+                                                     const std::vector<User>& users, Time now) {
+    if (!IsOn(users)) {
+        return {{true, {}, Role::kAdministrator}};
     }
     std::string_view rest = request.authorization;
     SkipBlanks(rest);
@@ -237,52 +237,56 @@ CHttpAuthenticator::Result CHttpAuthenticator::Check(const HttpRequest& request,
     if (scheme != (settings_.scheme == HttpScheme::kBasic ? "basic" : "digest")) {
         return {{false, "another scheme"}};
     }
-    return settings_.scheme == HttpScheme::kBasic ? Result{CheckBasic(rest, user)}
-                                                  : CheckDigest(rest, request, user, now);
+    return settings_.scheme == HttpScheme::kBasic ? Result{CheckBasic(rest, users)}
+                                                  : CheckDigest(rest, request, users, now);
 }
 
-Credentials CHttpAuthenticator::CheckBasic(std::string_view credentials, const User& user) const {
+Credentials CHttpAuthenticator::CheckBasic(std::string_view credentials,
+                                           const std::vector<User>& users) {
     const auto decoded = DecodeBase64(credentials);
     const auto colon = decoded ? decoded->find(':') : std::string::npos;
     if (colon == std::string::npos) {
         return {false, "unreadable credentials"};
     }
-    if (decoded->substr(0, colon) != user.name) {
+    const User* user = FindUser(users, decoded->substr(0, colon));
+    if (user == nullptr) {
         return {false, "unknown user"};
     }
-    if (decoded->substr(colon + 1) != user.password) {
+    if (decoded->substr(colon + 1) != user->password) {
         return {false, "wrong password"};
     }
-    return {true, {}};
+    return {true, {}, user->role};
 }
 
 CHttpAuthenticator::Result CHttpAuthenticator::CheckDigest(std::string_view text,
                                                            const HttpRequest& request,
-                                                           const User& user, Time now) {
+                                                           const std::vector<User>& users,
+                                                           Time now) {
     auto parsed = ReadFields(text);
     if (!parsed) {
         return {{false, "unreadable credentials"}};
     }
     const DigestFields fields{*std::move(parsed)};
-    std::string_view refusal = Mismatch(fields, request, user);
+    const User* user = FindUser(users, fields.Get("username"));
+    if (user == nullptr) {
+        return {{false, "unknown user"}};
+    }
+    std::string_view refusal = Mismatch(fields, request);
     // A nonce counts as used, and as stale, only for those who know the password.
     if (refusal.empty() && Lower(fields.Get("response")) !=
-                               fields.Response(*fields.Find(settings_.scheme), request, user)) {
+                               fields.Response(*fields.Find(settings_.scheme), request, *user)) {
         refusal = "wrong response";
     }
     if (!refusal.empty()) {
         return {{false, std::string(refusal)}};
     }
     refusal = UseNonce(fields, now);
-    return {{refusal.empty(), std::string(refusal)}, !refusal.empty()};
+    return {{refusal.empty(), std::string(refusal), user->role}, !refusal.empty()};
 }
 
 std::string_view CHttpAuthenticator::Mismatch(const DigestFields& fields,
-                                              const HttpRequest& request, const User& user) const {
+                                              const HttpRequest& request) const {
     const std::string_view qop = fields.Get("qop");
-    if (fields.Get("username") != user.name) {
-        return "unknown user";
-    }
     if (fields.Get("realm") != settings_.realm) {
         return "another realm";
     }

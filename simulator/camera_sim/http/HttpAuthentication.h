@@ -8,11 +8,12 @@
 #include <deque>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "camera_sim/http/Credentials.h"
 #include "camera_sim/http/Http.h"
 #include "camera_sim/state/CameraOptions.h"
-#include "camera_sim/state/CameraState.h"
+#include "camera_sim/state/User.h"
 
 namespace camera_sim {
 
@@ -37,10 +38,11 @@ class CHttpAuthenticator {
         Credentials credentials;
         bool stale = false;  ///< the credentials would be valid with another nonce
     };
-    Result Check(const HttpRequest& request, const User& user, Time now);
+    /// @param users none: everybody is an administrator
+    Result Check(const HttpRequest& request, const std::vector<User>& users, Time now);
 
     /// Whether there is anything to check.
-    bool IsOn(const User& user) const;
+    bool IsOn(const std::vector<User>& users) const;
 
     /// The header lines WWW-Authenticate for a refused request.
     std::string Challenges(bool stale, Time now);
@@ -54,12 +56,11 @@ class CHttpAuthenticator {
     };
     struct DigestFields;
 
-    Credentials CheckBasic(std::string_view credentials, const User& user) const;
-    Result CheckDigest(std::string_view fields, const HttpRequest& request, const User& user,
-                       Time now);
+    static Credentials CheckBasic(std::string_view credentials, const std::vector<User>& users);
+    Result CheckDigest(std::string_view fields, const HttpRequest& request,
+                       const std::vector<User>& users, Time now);
     /// Why the fields cannot be right, whatever the password; empty when they can.
-    std::string_view Mismatch(const DigestFields& fields, const HttpRequest& request,
-                              const User& user) const;
+    std::string_view Mismatch(const DigestFields& fields, const HttpRequest& request) const;
     /// Why the nonce of proper credentials is not accepted; empty when it is, which counts as use.
     std::string_view UseNonce(const DigestFields& fields, Time now);
 

@@ -40,6 +40,9 @@ bool IsEventService(Ns ns);
 /// Null when there is none. A service that the camera does not offer has no operations.
 const Operation* FindOperation(const CameraOptions& options, Ns ns, std::string_view name);
 
+/// The least role that may use the operation.
+Role NeededRole(Ns ns, std::string_view operation);
+
 /// The operations, one file per service or part of one.
 std::span<const Operation> DeviceOperations();
 std::span<const Operation> DeviceClockOperations();

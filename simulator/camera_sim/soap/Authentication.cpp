@@ -31,16 +31,17 @@ std::string PasswordDigest(std::string_view nonce, std::string_view created,
     return EncodeBase64({reinterpret_cast<const char*>(digest.data()), size});
 }
 
-Credentials CAuthenticator::Check(const XmlElement* header, const User& user,
+Credentials CAuthenticator::Check(const XmlElement* header, const std::vector<User>& users,
                                   std::chrono::sys_seconds now) {
+    if (users.empty()) {
+        return {true, {}, Role::kAdministrator};
+    }
     const XmlElement* token = Child(Child(header, "Security"), "UsernameToken");
     if (token == nullptr) {
-        return {user.name.empty(), {}};
+        return {};
     }
-    if (user.name.empty()) {
-        return {true, {}};
-    }
-    if (ChildText(token, "Username") != user.name) {
+    const User* user = FindUser(users, ChildText(token, "Username"));
+    if (user == nullptr) {
         return Refuse("unknown user");
     }
     const XmlElement* password = Child(token, "Password");
@@ -57,7 +58,7 @@ Credentials CAuthenticator::Check(const XmlElement* header, const User& user,
     if (!createdTime) {
         return Refuse("no readable creation time");
     }
-    if (Text(password) != PasswordDigest(*nonce, created, user.password)) {
+    if (Text(password) != PasswordDigest(*nonce, created, user->password)) {
         return Refuse("wrong digest");
     }
     if (std::chrono::abs(*createdTime - now) > createdWindow_) {
@@ -66,7 +67,7 @@ Credentials CAuthenticator::Check(const XmlElement* header, const User& user,
     if (refuseReplays_ && !Remember(*std::move(nonce))) {
         return Refuse("nonce used before");
     }
-    return {true, {}};
+    return {true, {}, user->role};
 }
 
 bool CAuthenticator::Remember(std::string nonce) {

@@ -9,10 +9,11 @@
 #include <string>
 #include <string_view>
 #include <unordered_set>
+#include <vector>
 
 #include "camera_sim/http/Credentials.h"
 #include "camera_sim/soap/SoapRequest.h"
-#include "camera_sim/state/CameraState.h"
+#include "camera_sim/state/User.h"
 
 namespace camera_sim {
 
@@ -29,7 +30,9 @@ class CAuthenticator {
 
     /// @param header the envelope's header or null
     /// @param now the camera's time
-    Credentials Check(const XmlElement* header, const User& user, std::chrono::sys_seconds now);
+    /// @param users none: everybody is an administrator
+    Credentials Check(const XmlElement* header, const std::vector<User>& users,
+                      std::chrono::sys_seconds now);
 
  private:
     /// False when the nonce was remembered already.

@@ -10,6 +10,8 @@
 #include <string>
 #include <vector>
 
+#include "camera_sim/state/User.h"
+
 namespace camera_sim {
 
 /// How a camera protects its pictures, or its services as a whole. kDigest is MD5, kDigestEither
@@ -26,8 +28,9 @@ struct CameraOptions {
     /// "fixed": 2 profiles, 1 relay, 1 input, neither PTZ nor second media service.
     std::string model = "dome";
     std::uint16_t port = 0;      ///< 0: the system chooses
-    std::string user = "admin";  ///< empty: no authentication is needed
+    std::string user = "admin";  ///< empty: none; without accounts no authentication is needed
     std::string password = "camera-1";
+    std::vector<User> accounts{};  ///< beside the user, who is an administrator
 
     /// Services; unset: as the model has it.
     std::optional<bool> media2{};

@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "camera_sim/state/ImagingState.h"
+#include "camera_sim/state/User.h"
 
 namespace camera_sim {
 
@@ -28,11 +29,6 @@ struct CameraClock {
     std::string type = "NTP";  ///< "NTP" or "Manual"
     bool daylightSavings = false;
     std::string timeZone = "UTC0";  ///< POSIX 1003.1
-};
-
-struct User {
-    std::string name;  ///< empty: no authentication is needed
-    std::string password;
 };
 
 struct PrefixedAddress {
@@ -300,7 +296,7 @@ struct PtzHead {
 struct CameraState {
     DeviceInformation information;
     CameraClock clock;
-    User user;
+    std::vector<User> users;  ///< none: no authentication is needed
     Network network;
     std::vector<RelayOutput> relays;
     std::vector<DigitalInput> inputs;
