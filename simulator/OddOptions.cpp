@@ -7,6 +7,7 @@
 
 namespace {
 
+constexpr int kMostChannels = 255;
 constexpr int kMostSeconds = 10 * 366 * 24 * 3600;
 
 void AddHttpAuthentication(CLI::App& app, camera_sim::CameraOptions& camera) {
@@ -123,4 +124,7 @@ void AddOddOptions(CLI::App& app, camera_sim::CameraOptions& camera) {
     AddFraming(app, camera);
     AddClock(app, camera);
     AddAccounts(app, camera);
+    app.add_option("--channels", camera.channels, "of a recorder")
+        ->check(CLI::Range(1, kMostChannels))
+        ->capture_default_str();
 }

@@ -79,8 +79,8 @@ void ReadSpoiling(const std::string& text, Arguments& arguments) {
 
 void AddOptions(CLI::App& app, Arguments& arguments) {
     auto& camera = arguments.camera;
-    app.add_option("--model", camera.model, "dome or fixed")
-        ->check(CLI::IsMember({"dome", "fixed"}))
+    app.add_option("--model", camera.model, "dome, fixed or recorder")
+        ->check(CLI::IsMember({"dome", "fixed", "recorder"}))
         ->capture_default_str();
     app.add_option("--port", camera.port,
                    "port of the first camera, counted up for the others; 0: free ones")

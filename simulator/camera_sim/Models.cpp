@@ -18,34 +18,47 @@ struct Stream {
     int bitrate;
 };
 
+/// Which configurations a profile has.
+struct Wiring {
+    std::string channel;  ///< ends the tokens of its video source and analytics
+    std::string stream;   ///< ends its own token and that of its encoder
+    Multicast multicast;
+    bool audio = false;
+};
+
+void AddProfile(Media& media, const Stream& stream, Wiring wiring) {
+    VideoEncoder encoder;
+    encoder.token = "VideoEncoder_" + wiring.stream;
+    encoder.name = stream.name + " encoder";
+    encoder.encoding = stream.encoding;
+    encoder.resolution = stream.resolution;
+    encoder.largest = stream.resolution;
+    encoder.frameRate = stream.frameRate;
+    encoder.bitrate = stream.bitrate;
+    encoder.govLength = stream.frameRate * 2;
+    encoder.multicast = std::move(wiring.multicast);
+
+    Profile profile;
+    profile.token = "Profile_" + wiring.stream;
+    profile.name = stream.name;
+    profile.videoSource = "VideoSourceConfig_" + wiring.channel;
+    profile.videoEncoder = encoder.token;
+    profile.analytics = "Analytics_" + wiring.channel;
+    profile.metadata = "Metadata_1";
+    if (wiring.audio) {
+        profile.audioSource = "AudioSourceConfig_1";
+        profile.audioEncoder = "AudioEncoder_1";
+    }
+    media.videoEncoders.push_back(std::move(encoder));
+    media.profiles.push_back(std::move(profile));
+}
+
 void AddStreams(Media& media, const std::vector<Stream>& streams, bool audio) {
     int number = 0;
     for (const Stream& stream : streams) {
         const std::string suffix = std::to_string(++number);
-        VideoEncoder encoder;
-        encoder.token = "VideoEncoder_" + suffix;
-        encoder.name = stream.name + " encoder";
-        encoder.encoding = stream.encoding;
-        encoder.resolution = stream.resolution;
-        encoder.largest = stream.resolution;
-        encoder.frameRate = stream.frameRate;
-        encoder.bitrate = stream.bitrate;
-        encoder.govLength = stream.frameRate * 2;
-        encoder.multicast = {"239.255.42." + suffix, 32000 + 2 * number, 16};
-        media.videoEncoders.push_back(std::move(encoder));
-
-        Profile profile;
-        profile.token = "Profile_" + suffix;
-        profile.name = stream.name;
-        profile.videoSource = "VideoSourceConfig_1";
-        profile.videoEncoder = "VideoEncoder_" + suffix;
-        profile.analytics = "Analytics_1";
-        profile.metadata = "Metadata_1";
-        if (audio) {
-            profile.audioSource = "AudioSourceConfig_1";
-            profile.audioEncoder = "AudioEncoder_1";
-        }
-        media.profiles.push_back(std::move(profile));
+        AddProfile(media, stream,
+                   {"1", suffix, {"239.255.42." + suffix, 32000 + 2 * number, 16}, audio});
     }
 }
 
@@ -62,14 +75,15 @@ Cells MiddleOf(Resolution layout) {
     return cells;
 }
 
-Media MakeMedia(Resolution sensor, bool motorizedFocus) {
+/// A video source with its configuration and analytics; their tokens end with @p channel.
+void AddChannel(Media& media, const std::string& channel, Resolution sensor, bool motorizedFocus) {
     constexpr Resolution kCells{22, 18};
-    Media media;
-    media.videoSources.push_back({"VideoSource_1", sensor, motorizedFocus, {}, {}});
+    const std::string source = "VideoSource_" + channel;
+    media.videoSources.push_back({source, sensor, motorizedFocus, {}, {}});
     media.videoSourceConfigurations.push_back(
-        {"VideoSourceConfig_1", "Sensor", "VideoSource_1", sensor});
+        {"VideoSourceConfig_" + channel, "Sensor", source, sensor});
     media.analytics.push_back(
-        {"Analytics_1",
+        {"Analytics_" + channel,
          "Analytics",
          {{"CellMotion", "CellMotionEngine", {{"Sensitivity", "60"}}, kCells, {}}},
          {{"MotionRule",
@@ -80,6 +94,11 @@ Media MakeMedia(Resolution sensor, bool motorizedFocus) {
             {"ActiveCells", EncodeCells(MiddleOf(kCells))}},
            {},
            {}}}});
+}
+
+Media MakeMedia(Resolution sensor, bool motorizedFocus) {
+    Media media;
+    AddChannel(media, "1", sensor, motorizedFocus);
     media.metadata.push_back({"Metadata_1", "Metadata", {"239.255.42.100", 32100, 16}});
     return media;
 }
@@ -111,10 +130,10 @@ PtzHead MakeHead() {
     return head;
 }
 
-void AddOsd(Media& media, const std::string& text) {
+void AddOsd(Media& media, const std::string& source, const std::string& text) {
     Osd osd;
     osd.token = "OSD_" + std::to_string(++media.lastOsdNumber);
-    osd.source = media.videoSourceConfigurations.front().token;
+    osd.source = source;
     osd.plainText = text;
     media.osds.push_back(std::move(osd));
 }
@@ -137,7 +156,7 @@ Network MakeNetwork(const std::string& hostname, const std::string& hwAddress) {
     return network;
 }
 
-CameraState MakeDome() {
+CameraState MakeDome(const CameraOptions&) {
     CameraState state;
     state.information = {"Simulated Cameras", "SIM-DOME", "1.4.2", "SD-000001", "1.0"};
     state.network = MakeNetwork("sim-dome", "02:00:5e:00:53:01");
@@ -150,11 +169,11 @@ CameraState MakeDome() {
                 {"SubStream", "H264", {704, 576}, 25, 768},
                 {"MobileStream", "JPEG", {352, 288}, 10, 512}},
                true);
-    AddOsd(state.media, state.information.model);
+    AddOsd(state.media, "VideoSourceConfig_1", state.information.model);
     return state;
 }
 
-CameraState MakeFixed() {
+CameraState MakeFixed(const CameraOptions&) {
     CameraState state;
     state.information = {"Simulated Cameras", "SIM-FIXED", "1.1.0", "SF-000001", "1.0"};
     state.network = MakeNetwork("sim-fixed", "02:00:5e:00:53:02");
@@ -168,9 +187,61 @@ CameraState MakeFixed() {
     return state;
 }
 
+/// What a recorder finds in the pictures of a channel, besides motion.
+void AddRecorderRules(AnalyticsConfiguration& analytics) {
+    const std::string schedule =
+        "Mon 00:00-24:00;Tue 00:00-24:00;Wed 00:00-24:00;Thu 00:00-24:00;Fri 00:00-24:00";
+    analytics.modules.push_back({"ObjectEngine",
+                                 "ObjectEngine",
+                                 {{"Sensitivity", "50"},
+                                  {"MinimumSize", "0.02 0.02"},
+                                  {"MaximumSize", "0.9 0.9"},
+                                  {"Classes", "Human Vehicle Animal Other"}},
+                                 {},
+                                 {}});
+    for (const char* const name : {"LineRule", "FieldRule"}) {
+        const bool line = name[0] == 'L';
+        analytics.rules.push_back({name,
+                                   line ? "LineDetector" : "FieldDetector",
+                                   {{"Segments", "-0.8 0.1 -0.2 0.15 0.3 0.1 0.8 0.12"},
+                                    {"Direction", "Any"},
+                                    {"ClassFilter", "Human Vehicle"},
+                                    {"MinimumConfidence", "0.6"},
+                                    {"Schedule", schedule}},
+                                   {},
+                                   {}});
+    }
+}
+
+CameraState MakeRecorder(const CameraOptions& options) {
+    constexpr Resolution kSensor{2560, 1440};
+    CameraState state;
+    state.information = {"Simulated Cameras", "SIM-RECORDER", "3.2.0", "SR-000001", "2.0"};
+    state.network = MakeNetwork("sim-recorder", "02:00:5e:00:53:03");
+    state.relays = {{.token = "Relay_1"}, {.token = "Relay_2"}};
+    Media& media = state.media;
+    AddAudio(media);
+    media.metadata.push_back({"Metadata_1", "Metadata", {"239.255.42.100", 32100, 16}});
+    for (int number = 1; number <= options.channels; ++number) {
+        const std::string channel = std::to_string(number);
+        const std::string name = "Channel " + channel;
+        state.inputs.push_back({.token = "Input_" + channel});
+        AddChannel(media, channel, kSensor, false);
+        AddRecorderRules(media.analytics.back());
+        AddOsd(media, "VideoSourceConfig_" + channel, name);
+        const Multicast main{"239.255.43." + channel, 32000 + 4 * number, 16};
+        const Multicast sub{"239.255.44." + channel, 32002 + 4 * number, 16};
+        AddProfile(media, {name + " main", "H265", kSensor, 25, 4096},
+                   {channel, channel + "_Main", main, true});
+        AddProfile(media, {name + " sub", "H264", {704, 576}, 15, 512},
+                   {channel, channel + "_Sub", sub, true});
+    }
+    return state;
+}
+
 struct Model {
     std::string_view name;
-    CameraState (*make)();
+    CameraState (*make)(const CameraOptions&);
     bool media2;
     bool ptz;
     HttpScheme snapshotAuthentication;
@@ -179,6 +250,7 @@ struct Model {
 constexpr std::array kModels = {
     Model{"dome", MakeDome, true, true, HttpScheme::kDigest},
     Model{"fixed", MakeFixed, false, false, HttpScheme::kBasic},
+    Model{"recorder", MakeRecorder, true, false, HttpScheme::kDigest},
 };
 
 }  // namespace
@@ -188,7 +260,7 @@ std::optional<CameraState> MakeModel(CameraOptions& options) {
         if (model.name != options.model) {
             continue;
         }
-        CameraState state = model.make();
+        CameraState state = model.make(options);
         state.clock.offset = options.clockOffset;
         state.clock.type = options.clockOffset.count() == 0 ? "NTP" : "Manual";
         if (!options.user.empty()) {

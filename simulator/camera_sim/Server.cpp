@@ -104,6 +104,10 @@ void ToggleInputs(CameraState& state) {
 
 /// Why no camera can be made so, as far as the options tell; empty when they are fine.
 std::string WhatIsWrong(const CameraOptions& options) {
+    constexpr int kMostChannels = 255;
+    if (options.channels < 1 || options.channels > kMostChannels) {
+        return "a recorder has 1 to 255 channels";
+    }
     if (FindPrefixStyle(options.prefixStyle) == nullptr) {
         return "unknown prefix style \"" + options.prefixStyle + "\"";
     }

@@ -398,6 +398,29 @@ TEST(CameraEvents, AnswersOnAKeptConnectionWhatCameWhileAPullWaited) {
     EXPECT_EQ(CountOf(replies, "PropertyOperation=\"Changed\""), 1U) << replies;
 }
 
+TEST(CameraEvents, ARecorderReportsMotionOfOneChannel) {
+    CCameraHost host;
+    CCamera& camera = host.Add({.model = "recorder", .user = "", .channels = 5});
+    const PullPoint point(camera);
+    EXPECT_EQ(CountOf(point.Pull("PT0S"), "PropertyOperation=\"Initialized\""), 10U);
+    EXPECT_TRUE(Contains(
+        Exchange(camera.Port(), Http("POST", "/control/motion/VideoSource_4", "true")), " 200 OK"));
+    EXPECT_TRUE(Contains(
+        Exchange(camera.Port(), Http("POST", "/control/motion/VideoSource_6", "true")), " 404 "));
+    const std::string reply = point.Pull("PT0S");
+    EXPECT_EQ(Told(reply),
+              "tns1:RuleEngine/CellMotionDetector/Motion "
+              "VideoSourceConfigurationToken=VideoSourceConfig_4 "
+              "VideoAnalyticsConfigurationToken=Analytics_4 Rule=MotionRule IsMotion=true");
+    const std::string profiles = Exchange(
+        camera.Port(),
+        Soap("/onvif/media_service", "http://www.onvif.org/ver10/media/wsdl", "GetProfiles", ""));
+    EXPECT_EQ(CountOf(profiles, "<trt:Profiles "), 10U);
+    EXPECT_NEAR(static_cast<double>(profiles.size()), 10 * 4500.0, 10 * 300.0);
+    EXPECT_TRUE(Contains(Exchange(camera.Port(), Http("GET", "/snapshot/Profile_5_Sub", "")),
+                         "image/jpeg"));
+}
+
 TEST(CameraEvents, PostsNotifications) {
     CCameraHost host;
     CCamera& camera = host.Add({.model = "fixed", .user = ""});

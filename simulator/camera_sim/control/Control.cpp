@@ -103,16 +103,36 @@ Reply SetMotion(IControlledCamera& camera, const HttpRequest& request) {
     return Done();
 }
 
+/// What follows the last slash of the path.
+std::string_view LastName(const HttpRequest& request) {
+    const std::string_view path = PathOf(request.target);
+    return path.substr(path.rfind('/') + 1);
+}
+
+Reply SetSourceMotion(IControlledCamera& camera, const HttpRequest& request) {
+    const auto motion = ReadSwitch(request);
+    if (!motion) {
+        return BadRequest("the body is neither true nor false");
+    }
+    bool found = false;
+    camera.Change([&](CameraState& state) {
+        VideoSource* source = FindByToken(state.media.videoSources, LastName(request));
+        found = source != nullptr;
+        if (found) {
+            source->motion = *motion;
+        }
+    });
+    return found ? Done() : HttpReply(404, kTextType, "no such video source\n");
+}
+
 Reply SetInput(IControlledCamera& camera, const HttpRequest& request) {
     const auto active = ReadSwitch(request);
     if (!active) {
         return BadRequest("the body is neither true nor false");
     }
-    const std::string_view path = PathOf(request.target);
-    const std::string_view token = path.substr(path.rfind('/') + 1);
     bool found = false;
     camera.Change([&](CameraState& state) {
-        DigitalInput* input = FindByToken(state.inputs, token);
+        DigitalInput* input = FindByToken(state.inputs, LastName(request));
         found = input != nullptr;
         if (found) {
             input->active = *active;
@@ -143,6 +163,7 @@ constexpr std::array kControls = {
     ControlRow{"DELETE", "faults", ClearFaults},
     ControlRow{"POST", "clock-offset", SetClockOffset},
     ControlRow{"POST", "motion", SetMotion},
+    ControlRow{"POST", "motion/", SetSourceMotion},
     ControlRow{"POST", "inputs/", SetInput},
     ControlRow{"GET", "subscriptions", Tell<ReportSubscriptions>},
     ControlRow{"POST", "reboot", Reboot},
@@ -163,6 +184,7 @@ std::string_view ControlHelp() {
   DELETE /control/faults        remove all faults
   POST   /control/clock-offset  set the camera's time minus this machine's, in seconds
   POST   /control/motion        begin or end motion: true or false
+  POST   /control/motion/TOKEN  the same at one video source
   POST   /control/inputs/TOKEN  switch a digital input: true or false
                                   curl -d true URL/control/inputs/Input_1
   GET    /control/subscriptions the event subscriptions (JSON)

@@ -42,26 +42,31 @@ constexpr std::array kStyles = {
 };
 
 std::string ItemValue(const CameraState& state, const Property& property, Origin origin) {
-    const auto firstToken = [](const auto& list) {
-        return list.empty() ? std::string() : list.front().token;
-    };
-    const auto& analytics = state.media.analytics;
+    if (origin == Origin::kToken) {
+        return property.token;
+    }
     const auto& configurations = state.media.videoSourceConfigurations;
+    const auto source =
+        std::find_if(configurations.begin(), configurations.end(),
+                     [&](const auto& candidate) { return candidate.source == property.token; });
+    const std::string configuration = source == configurations.end() ? "" : source->token;
+    const auto& profiles = state.media.profiles;
+    const auto profile = std::find_if(profiles.begin(), profiles.end(), [&](const auto& candidate) {
+        return candidate.videoSource == configuration && !candidate.analytics.empty();
+    });
+    const auto* analytics = profile == profiles.end()
+                                ? nullptr
+                                : FindByToken(state.media.analytics, profile->analytics);
     switch (origin) {
         case Origin::kToken:
             break;
-        case Origin::kVideoSourceConfiguration: {
-            const auto found = std::find_if(
-                configurations.begin(), configurations.end(),
-                [&](const auto& candidate) { return candidate.source == property.token; });
-            return found == configurations.end() ? std::string() : found->token;
-        }
+        case Origin::kVideoSourceConfiguration:
+            return configuration;
         case Origin::kAnalyticsConfiguration:
-            return firstToken(analytics);
+            return analytics == nullptr ? "" : analytics->token;
         case Origin::kRule:
-            return analytics.empty() || analytics.front().rules.empty()
-                       ? "MotionRule"
-                       : analytics.front().rules.front().name;
+            return analytics == nullptr || analytics->rules.empty() ? "MotionRule"
+                                                                    : analytics->rules.front().name;
     }
     return property.token;
 }

@@ -1,4 +1,5 @@
 // The services and what GetServices says about their capabilities.
+#include <algorithm>
 #include <array>
 
 #include "camera_sim/services/Services.h"
@@ -8,7 +9,10 @@ namespace {
 
 using Scope = CXmlWriter::CScope;
 
-constexpr int kMaximumProfiles = 8;
+int MaximumProfiles(const CameraState& state) {
+    constexpr std::size_t kLeast = 8;
+    return static_cast<int>(std::max(kLeast, state.media.profiles.size()));
+}
 
 void WriteDevice(CXmlWriter& out, const CameraState&) {
     const Scope capabilities(out, Ns::kDevice, "Capabilities");
@@ -35,14 +39,14 @@ void WriteDevice(CXmlWriter& out, const CameraState&) {
     out.Attribute("SystemLogging", false);
 }
 
-void WriteMedia(CXmlWriter& out, const CameraState&) {
+void WriteMedia(CXmlWriter& out, const CameraState& state) {
     const Scope capabilities(out, Ns::kMedia, "Capabilities");
     out.Attribute("SnapshotUri", true);
     out.Attribute("Rotation", false);
     out.Attribute("OSD", true);
     {
         const Scope profiles(out, Ns::kMedia, "ProfileCapabilities");
-        out.Attribute("MaximumNumberOfProfiles", kMaximumProfiles);
+        out.Attribute("MaximumNumberOfProfiles", MaximumProfiles(state));
     }
     const Scope streaming(out, Ns::kMedia, "StreamingCapabilities");
     out.Attribute("RTPMulticast", true);
@@ -50,14 +54,14 @@ void WriteMedia(CXmlWriter& out, const CameraState&) {
     out.Attribute("RTP_RTSP_TCP", true);
 }
 
-void WriteMedia2(CXmlWriter& out, const CameraState&) {
+void WriteMedia2(CXmlWriter& out, const CameraState& state) {
     const Scope capabilities(out, Ns::kMedia2, "Capabilities");
     out.Attribute("SnapshotUri", true);
     out.Attribute("Rotation", false);
     out.Attribute("OSD", true);
     {
         const Scope profiles(out, Ns::kMedia2, "ProfileCapabilities");
-        out.Attribute("MaximumNumberOfProfiles", kMaximumProfiles);
+        out.Attribute("MaximumNumberOfProfiles", MaximumProfiles(state));
         out.Attribute("ConfigurationsSupported",
                       "VideoSource VideoEncoder AudioSource AudioEncoder Metadata Analytics PTZ");
     }

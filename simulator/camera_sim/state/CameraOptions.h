@@ -26,10 +26,13 @@ enum class KeepAlive { kNever, kPolite, kAlways };
 struct CameraOptions {
     /// "dome": PTZ, second media service, 3 profiles, 2 relays, 2 inputs.
     /// "fixed": 2 profiles, 1 relay, 1 input, neither PTZ nor second media service.
+    /// "recorder": `channels` video sources of two profiles (Profile_1_Main, Profile_1_Sub ...) and
+    /// one input each, second media service, 2 relays, no PTZ.
     std::string model = "dome";
     std::uint16_t port = 0;      ///< 0: the system chooses
     std::string user = "admin";  ///< empty: none; without accounts no authentication is needed
     std::string password = "camera-1";
+    int channels = 16;             ///< of a recorder: 1 to 255
     std::vector<User> accounts{};  ///< beside the user, who is an administrator
 
     /// Services; unset: as the model has it.
