@@ -3,6 +3,7 @@
 #include <cstring>
 #include <new>
 
+#include "client/ReplyCollector.h"
 #include "client/SnapshotDownload.h"
 #include "commands/DeviceRequests.h"
 #include "commands/GetCmd.h"
@@ -131,7 +132,7 @@ int CHttpClient::DownloadPicture(const std::string& address, ResponseBuffer& pic
     if (address.empty()) {
         return status::kNotSent;
     }
-    CSnapshotDownload(ip_, credentials_, address, digestAsked_).Run(picture);
+    CSnapshotDownload(ip_, credentials_, address, digestAsked_, extensions_).Run(picture);
     return status::kSuccess;
 }
 
@@ -161,12 +162,25 @@ Reply CHttpClient::PostOnce(const Target& target, std::string_view body) const {
 }
 
 std::string CHttpClient::Transfer(const Target& target, const std::string& request) const {
+    if (CReplyCollector::IsNeeded(extensions_)) {
+        return TransferObserved(target, request);
+    }
     std::string buffer(target.replyCapacity, '\0');
     WIRELINK_SimpleClientComm(ip_.c_str(), port_, request.data(),
                               static_cast<unsigned int>(request.size()), buffer.data(),
                               target.replyCapacity, kReplyEndMarker, target.timeoutMs);
     buffer.resize(std::strlen(buffer.c_str()));
     return buffer;
+}
+
+std::string CHttpClient::TransferObserved(const Target& target, const std::string& request) const {
+    CReplyCollector collector(extensions_, target.replyCapacity);
+    WIRELINK_ObservedClientComm(ip_.c_str(), port_, request.data(),
+                                static_cast<unsigned int>(request.size()), &collector,
+                                target.timeoutMs);
+    std::string reply = collector.Take();
+    reply.resize(std::strlen(reply.c_str()));
+    return reply;
 }
 
 std::optional<std::string> CHttpClient::Sign(std::string_view envelope) const {

@@ -27,12 +27,14 @@ constexpr std::uint64_t kLargestPicture = 67108864;
 }  // namespace
 
 CSnapshotDownload::CSnapshotDownload(const std::string& ip, const Credentials& credentials,
-                                     std::string_view address, std::atomic<bool>& digestAsked)
+                                     std::string_view address, std::atomic<bool>& digestAsked,
+                                     CExtensions extensions)
     : ip_(ip),
       credentials_(credentials),
       address_(ParseSnapshotAddress(address)),
       digestAsked_(digestAsked),
-      request_(BuildSnapshotRequest(address_, credentials, {})) {}
+      request_(BuildSnapshotRequest(address_, credentials, {})),
+      framed_(extensions.Has(Extension::kHttpFraming)) {}
 
 void CSnapshotDownload::Run(ResponseBuffer& picture) {
     for (int attempt = 0; attempt < kAttempts && !final_; ++attempt) {
@@ -69,19 +71,34 @@ bool CSnapshotDownload::SendRequest(const CWirelinkHandle& connection, std::stri
 void CSnapshotDownload::Receive(const CWirelinkHandle& connection, ResponseBuffer& picture) {
     const std::uint32_t began = TickCount();
     CollectedHead head;
+    if (framed_) {
+        head.framing.emplace();
+    }
     char chunk[kChunk];
     for (bool goesOn = true; goesOn;) {
         bool closed = false;
         const int received = WIRELINK_Recv_Immediate(connection.Get(), chunk, kChunk, &closed);
         if (received >= 1) {
             const std::string_view bytes(chunk, static_cast<std::size_t>(received));
-            goesOn = final_ ? AddToPicture(bytes, picture) : AddToHeader(bytes, head, picture);
+            goesOn = Add(bytes, head, picture);
         } else if (closed || TickCount() - began > kAttemptMs) {
             goesOn = false;
         } else {
             SleepMilliseconds(kReceivePollMs);
         }
     }
+}
+
+bool CSnapshotDownload::Add(std::string_view bytes, CollectedHead& head, ResponseBuffer& picture) {
+    std::string cut;
+    ReplyState state = ReplyState::kGoesOn;
+    if (head.framing) {
+        state = head.framing->Add(bytes, cut);
+        chunked_ = head.framing->Chunked();
+        bytes = cut;
+    }
+    return (final_ ? AddToPicture(bytes, picture) : AddToHeader(bytes, head, picture)) &&
+           state != ReplyState::kComplete && state != ReplyState::kBroken;
 }
 
 bool CSnapshotDownload::AddToHeader(std::string_view bytes, CollectedHead& head,
@@ -139,36 +156,53 @@ bool CSnapshotDownload::ReadHeader(std::string_view header, ResponseBuffer& pict
     if (read.notFound) {
         return false;
     }
-    limit_ = read.contentLength;
-    if (limit_ == 0) {
+    return PrepareFor(read.contentLength, picture);
+}
+
+bool CSnapshotDownload::PrepareFor(std::uint64_t contentLength, ResponseBuffer& picture) {
+    limit_ = contentLength;
+    if (chunked_) {
+        limit_ = kLargestPicture;
+    } else if (limit_ == 0) {
         LogNormal(logpoint::kNoPictureLength, " can't pare content-length from device : %s. \n",
                   ip_.c_str());
         limit_ = kLimitWithoutLength;
     }
     final_ = true;
     picture.size = 0;
-    if (limit_ <= kLargestPicture) {
+    return Grow(chunked_ ? kLimitWithoutLength : limit_, picture);
+}
+
+bool CSnapshotDownload::Grow(std::uint64_t size, ResponseBuffer& picture) {
+    ResponseBuffer grown;
+    if (size <= kLargestPicture) {
         // NOLINTNEXTLINE(cppcoreguidelines-owning-memory): without memory there is no picture
-        picture.data.reset(new (std::nothrow) char[static_cast<std::size_t>(limit_)]);
+        grown.data.reset(new (std::nothrow) char[static_cast<std::size_t>(size)]);
     }
-    if (picture.data == nullptr) {
+    if (grown.data == nullptr) {
         LogAssert(logpoint::kNoPictureMemory, DeviceName(ip_, address_.port));
         return false;
     }
+    std::copy_n(picture.data.get(), picture.size, grown.data.get());
+    picture.data = std::move(grown.data);
+    room_ = size;
     return true;
 }
 
-bool CSnapshotDownload::AddToPicture(std::string_view bytes, ResponseBuffer& picture) const {
+bool CSnapshotDownload::AddToPicture(std::string_view bytes, ResponseBuffer& picture) {
     const auto size = static_cast<std::size_t>(picture.size);
-    const std::size_t room = static_cast<std::size_t>(limit_) - size;
-    if (bytes.size() > room) {
+    const std::size_t left = static_cast<std::size_t>(limit_) - size;
+    if (bytes.size() > left) {
         LogNormal(logpoint::kPictureTooLong, "device : %s, pic data more than content-length. \n",
                   ip_.c_str());
-        bytes = bytes.substr(0, room);
+        bytes = bytes.substr(0, left);
+    }
+    if (size + bytes.size() > room_ && !Grow(std::min(limit_, 2 * room_), picture)) {
+        return false;
     }
     std::memcpy(picture.data.get() + size, bytes.data(), bytes.size());
     picture.size += static_cast<int>(bytes.size());
-    return bytes.size() < room;
+    return bytes.size() < left;
 }
 
 }  // namespace onvif_client

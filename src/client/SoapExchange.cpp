@@ -71,7 +71,7 @@ int ClassifyReply(std::string_view host, std::uint16_t port, std::string_view re
     if (telltale != std::end(kTelltaleTexts)) {
         return telltale->status;
     }
-    if (!Contains(reply, ":Envelope")) {
+    if (!Contains(reply, kEnvelopeName)) {
         return status::kBadRequest;
     }
     const std::size_t prolog = reply.find("<?xml");

@@ -13,6 +13,9 @@ namespace onvif_client {
 /// Ends a reply: its length header is not looked at.
 constexpr const char* kReplyEndMarker = ":Envelope>";
 
+/// What a reply without it does not answer with.
+constexpr std::string_view kEnvelopeName = ":Envelope";
+
 /// The time-out of a login's service search, in milliseconds.
 constexpr std::uint32_t kDiscoveryTimeoutMs = 2500;
 

@@ -1,9 +1,7 @@
 #include "events/EventParse.h"
 
-#include <cstring>
-#include <string>
-
 #include "common/LogText.h"
+#include "platform/OrNothing.h"
 
 namespace onvif_client {
 
@@ -11,7 +9,7 @@ CEventParse::CEventParse(IPullSink& sink, ISessionSource& sessions, std::uint32_
     : sink_(sink),
       sessions_(sessions),
       loginId_(loginId),
-      buffer_(std::make_unique<char[]>(kCapacity)) {}
+      extensions_(ExtensionsOf(sessions, loginId)) {}
 
 std::uint32_t CEventParse::OnData(std::uint32_t handle, const char* data, std::uint32_t length,
                                   std::uint32_t* wanted) {
@@ -25,13 +23,18 @@ std::uint32_t CEventParse::OnData(std::uint32_t handle, const char* data, std::u
     if (data == nullptr || length == 0) {
         LogAssert(loglabel::kEventParse, "a block of a reply is empty");
     } else if (!isBehindTheReply && Accumulate({data, length})) {
-        handled_ = true;
-        HandleReply();
+        HandleReply(Framed() ? buffer_.size() : frame_.headerSize + frame_.bodySize);
     }
     if (isBehindTheReply || !GoesOn()) {
         WIRELINK_Stop(handle);
     }
     return length;
+}
+
+void CEventParse::OnEnd(std::uint32_t) {
+    if (Framed() && !handled_ && sink_.Pulls() && framing_.State() == ReplyState::kUntilEnd) {
+        HandleReply(buffer_.size());
+    }
 }
 
 void CEventParse::Reset() {
@@ -42,9 +45,13 @@ void CEventParse::Reset() {
 }
 
 void CEventParse::Forget() {
-    std::memset(buffer_.get(), 0, kCapacity);
-    received_ = 0;
+    buffer_ = std::string();
     frame_ = {};
+    framing_ = {};
+}
+
+bool CEventParse::Framed() const {
+    return extensions_.Has(Extension::kHttpFraming);
 }
 
 bool CEventParse::GoesOn() const {
@@ -54,33 +61,52 @@ bool CEventParse::GoesOn() const {
 bool CEventParse::Accumulate(std::string_view block) {
     readInAll_ += block.size();
     if (!GoesOn()) {
-        return false;
-    }
-    if (block.size() > kCapacity - received_) {
         Forget();
         return false;
     }
-    std::memcpy(buffer_.get() + received_, block.data(), block.size());
-    received_ += block.size();
-    const MessageState state = CutMessage({buffer_.get(), received_}, frame_);
+    impossible_ = true;  // should there be no memory
+    const bool complete =
+        OrNothing([&] { return Framed() ? AddFramed(block) : AddAnnounced(block); });
+    if (impossible_) {
+        Forget();
+    }
+    return complete;
+}
+
+bool CEventParse::AddAnnounced(std::string_view block) {
+    if (block.size() > kCapacity - buffer_.size()) {
+        impossible_ = false;
+        Forget();
+        return false;
+    }
+    buffer_ += block;
+    const MessageState state = CutMessage(buffer_, frame_);
     impossible_ = state == MessageState::kImpossible;
-    if (impossible_ || (frame_.headerSize > 0 && !frame_.announced)) {
+    if (frame_.headerSize > 0 && !frame_.announced) {
         Forget();
         return false;
     }
     return state == MessageState::kComplete;
 }
 
-void CEventParse::HandleReply() {
+bool CEventParse::AddFramed(std::string_view block) {
+    const ReplyState state = framing_.Add(block, buffer_);
+    impossible_ = buffer_.size() > kCapacity || state == ReplyState::kBroken ||
+                  state == ReplyState::kUnframed;
+    return state == ReplyState::kComplete && !impossible_;
+}
+
+void CEventParse::HandleReply(std::size_t size) {
+    handled_ = true;
     PullReply reply;
     {
         const CSessionReference reference(sessions_, loginId_);
         if (reference.Session() != nullptr) {
             // What came behind the reply in its last block is none of it.
-            const std::size_t size = frame_.headerSize + frame_.bodySize;
-            reply = reference.Session()->ReadPullReply({buffer_.get(), size});
+            reply = reference.Session()->ReadPullReply(std::string_view(buffer_).substr(0, size));
         }
     }
+    Forget();
     sink_.OnPullAnswer(ReadPull(reply));
 }
 

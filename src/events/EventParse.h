@@ -5,9 +5,10 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <memory>
+#include <string>
 #include <string_view>
 
+#include "common/HttpReplyFraming.h"
 #include "events/EventDocuments.h"
 #include "events/HttpMessage.h"
 #include "events/SessionSource.h"
@@ -30,17 +31,21 @@ class IPullSink {
 /// The data observer of a pull's connection; its callbacks are serial. A reply that is larger than
 /// the buffer, or says nothing of its length, is lost: the pull then runs into its time-out. Once
 /// no byte can complete a reply any more, 1 MiB has come without one, or bytes come behind one, the
-/// connection is not read any further.
+/// connection is not read any further. Of a reply nothing is kept once it was handed on.
+///
+/// With the extension http-framing a reply without length ends with the connection, and chunks are
+/// put together.
 class CEventParse final : public CSocketDataObserver {
  public:
     static constexpr std::size_t kCapacity = 32768;
 
-    /// Sink and sessions must outlive the parser.
+    /// Sink and sessions must outlive the parser. The extensions are those of the session now.
     CEventParse(IPullSink& sink, ISessionSource& sessions, std::uint32_t loginId);
 
     /// Consumes the whole block.
     std::uint32_t OnData(std::uint32_t handle, const char* data, std::uint32_t length,
                          std::uint32_t* wanted) override;
+    void OnEnd(std::uint32_t handle) override;
 
     /// Makes ready for the next reply; not while the connection calls.
     void Reset();
@@ -48,18 +53,23 @@ class CEventParse final : public CSocketDataObserver {
  private:
     /// @return true when the reply has just become complete.
     bool Accumulate(std::string_view block);
+    bool AddAnnounced(std::string_view block);
+    bool AddFramed(std::string_view block);
+    bool Framed() const;
     /// Whether more bytes are of use.
     bool GoesOn() const;
     void Forget();
-    void HandleReply();
+    /// @param size  of the reply, which is at the front of the buffer.
+    void HandleReply(std::size_t size);
 
     IPullSink& sink_;
     ISessionSource& sessions_;
     const std::uint32_t loginId_;
-    const std::unique_ptr<char[]> buffer_;
-    std::size_t received_ = 0;
+    const CExtensions extensions_;
+    std::string buffer_;
     std::size_t readInAll_ = 0;  // of this pull, lost replies included
     MessageFrame frame_;
+    CHttpReplyFraming framing_;
     bool impossible_ = false;
     bool handled_ = false;  // the reply is complete
 };

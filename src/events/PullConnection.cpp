@@ -94,6 +94,10 @@ void CPullConnection::SendLocked() {
             break;
         }
     }
+    if (sent_ == request_.text.size()) {
+        request_.text = std::string();  // hundreds of pulls wait for a minute
+        sent_ = 0;
+    }
 }
 
 }  // namespace onvif_client

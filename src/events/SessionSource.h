@@ -42,6 +42,12 @@ class CSessionReference {
     CHttpClient* session_;
 };
 
+/// Those that the session began with; none for an unknown id.
+inline CExtensions ExtensionsOf(ISessionSource& sessions, std::uint32_t loginId) {
+    const CSessionReference reference(sessions, loginId);
+    return reference.Session() == nullptr ? CExtensions{} : reference.Session()->Extensions();
+}
+
 }  // namespace onvif_client
 
 #endif

@@ -164,6 +164,8 @@ class CAsioConnectionWatch final : public CConnectionWatch,
                 observer->OnData(handle_, bytes.data(), static_cast<std::uint32_t>(received),
                                  &wanted);
             });
+        } else if (closed) {
+            RunCallback([&] { observer->OnEnd(handle_); });
         }
 
         guard.Lock();

@@ -44,7 +44,21 @@ class CSocketDataObserver {
     /// @return how many bytes were consumed: all of them.
     virtual std::uint32_t OnData(std::uint32_t handle, const char* data, std::uint32_t length,
                                  std::uint32_t* wanted) = 0;
+    /// The peer has closed, or the connection is broken: no bytes follow.
+    virtual void OnEnd(std::uint32_t /*handle*/) {}
 };
+
+/// Takes the reply of an exchange as it comes.
+class CReplyObserver {
+ public:
+    virtual ~CReplyObserver() = default;
+    /// @p length bytes came.
+    /// @return how long the exchange may go on from now, in milliseconds, if that ends it earlier
+    ///         than it would end already; kReplyGoesOn: as long; 0: nothing more is wanted.
+    virtual std::uint32_t OnReply(const char* data, std::uint32_t length) = 0;
+};
+
+constexpr std::uint32_t kReplyGoesOn = UINT32_MAX;
 
 /// Hears when a connection takes bytes.
 class CSendableObserver {
@@ -77,6 +91,13 @@ int WIRELINK_SimpleClientComm(const char* ip, unsigned short port, const char* r
                               unsigned int requestLength, char* replyBuffer,
                               unsigned int replyCapacity, const char* endMarker,
                               unsigned int timeoutMs);
+
+/// The same, but the observer takes the reply, in blocks of any size, and says when it ends. Called
+/// on this thread. One that throws ends the exchange.
+/// @return false when no connection was made or the request could not be sent.
+bool WIRELINK_ObservedClientComm(const char* ip, unsigned short port, const char* request,
+                                 unsigned int requestLength, CReplyObserver* observer,
+                                 unsigned int timeoutMs);
 
 /// Starts a connection to @p ip (dotted IPv4) : @p port; it completes in the background.
 /// @return a handle, or 0.

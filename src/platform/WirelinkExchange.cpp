@@ -1,9 +1,11 @@
 #include <algorithm>
+#include <array>
 #include <chrono>
 #include <climits>
 #include <cstring>
 #include <string_view>
 
+#include "platform/OrNothing.h"
 #include "platform/SocketLayer.h"
 #include "platform/Sockets.h"
 #include "platform/Wirelink.h"
@@ -47,6 +49,12 @@ class CExchangeSocket {
         return true;
     }
 
+    /// Moves the deadline forward.
+    void EndWithin(std::uint32_t milliseconds) {
+        deadline_ =
+            std::min(deadline_, SteadyClock::now() + std::chrono::milliseconds(milliseconds));
+    }
+
     /// @return the number of bytes received; 0 at the end of the data, whatever ended it.
     std::size_t Receive(char* buffer, std::size_t capacity) const {
         std::size_t received = 0;
@@ -74,7 +82,7 @@ class CExchangeSocket {
 
     const CDescriptor descriptor_;
     const CWakeUp& abort_;
-    const SteadyClock::time_point deadline_;
+    SteadyClock::time_point deadline_;
 };
 
 /// Reads until the marker is there.
@@ -100,27 +108,57 @@ std::size_t ReceiveReply(const CExchangeSocket& socket, char* buffer, std::size_
     return filled;
 }
 
+void ObserveReply(CExchangeSocket& socket, CReplyObserver& observer) {
+    std::array<char, 16384> block;
+    for (std::uint32_t left = kReplyGoesOn; left > 0;) {
+        const std::size_t received = socket.Receive(block.data(), block.size());
+        left = received == 0 ? 0 : OrNothing([&] {
+            return observer.OnReply(block.data(), static_cast<std::uint32_t>(received));
+        });
+        if (left != kReplyGoesOn) {
+            socket.EndWithin(left);
+        }
+    }
+}
+
+/// Connects and sends. @p receive gets the socket.
+/// @return what @p receive gives; -1 without a connection, or when the request could not be sent.
+template <typename Receive>
+int RunExchange(const char* ip, unsigned short port, std::string_view request,
+                unsigned int timeoutMs, const Receive& receive) {
+    const auto address = Ipv4Address(ip, port);
+    CSocketLayer& layer = CSocketLayer::Instance();
+    const CSocketLayer::CVisit visit = layer.Enter();
+    if (!address || !visit) {
+        return -1;
+    }
+    CExchangeSocket socket(layer.Abort(), timeoutMs);
+    return socket.Connect(*address) && socket.SendAll(request) ? receive(socket) : -1;
+}
+
 }  // namespace
 
 int WIRELINK_SimpleClientComm(const char* ip, unsigned short port, const char* request,
                               unsigned int requestLength, char* replyBuffer,
                               unsigned int replyCapacity, const char* endMarker,
                               unsigned int timeoutMs) {
-    const auto address = Ipv4Address(ip, port);
-    if (!address || request == nullptr || replyBuffer == nullptr || replyCapacity == 0) {
+    if (request == nullptr || replyBuffer == nullptr || replyCapacity == 0) {
         return -1;
     }
-    CSocketLayer& layer = CSocketLayer::Instance();
-    const CSocketLayer::CVisit visit = layer.Enter();
-    if (!visit) {
-        return -1;
-    }
-    const CExchangeSocket socket(layer.Abort(), timeoutMs);
-    if (!socket.Connect(*address) || !socket.SendAll({request, requestLength})) {
-        return -1;
-    }
-    return static_cast<int>(
-        ReceiveReply(socket, replyBuffer, replyCapacity, endMarker == nullptr ? "" : endMarker));
+    const std::string_view marker = endMarker == nullptr ? "" : endMarker;
+    return RunExchange(ip, port, {request, requestLength}, timeoutMs, [&](auto& socket) {
+        return static_cast<int>(ReceiveReply(socket, replyBuffer, replyCapacity, marker));
+    });
+}
+
+bool WIRELINK_ObservedClientComm(const char* ip, unsigned short port, const char* request,
+                                 unsigned int requestLength, CReplyObserver* observer,
+                                 unsigned int timeoutMs) {
+    return request != nullptr && observer != nullptr &&
+           RunExchange(ip, port, {request, requestLength}, timeoutMs, [&](auto& socket) {
+               ObserveReply(socket, *observer);
+               return 0;
+           }) == 0;
 }
 
 }  // namespace onvif_client

@@ -32,10 +32,16 @@ auto OpenDescriptors() {
     });
 }
 
-class CNoSessions final : public ISessionSource {
+/// With the extension http-framing for every login id but 1.
+class CSessions final : public ISessionSource {
  public:
-    CHttpClient* Acquire(std::uint32_t) override { return nullptr; }
-    bool Release(std::uint32_t) override { return false; }
+    CHttpClient* Acquire(std::uint32_t loginId) override {
+        return loginId == 1 ? nullptr : &framed_;
+    }
+    bool Release(std::uint32_t) override { return true; }
+
+ private:
+    CHttpClient framed_{"", "", "127.0.0.1", 80, {Extension::kHttpFraming}};
 };
 
 /// Counts what becomes of pulls.
@@ -63,7 +69,7 @@ class PullConnection : public testing::Test {
         connection_.Begin({"127.0.0.1", port, std::move(text)});
     }
 
-    CNoSessions sessions_;
+    CSessions sessions_;
     CCountingSink sink_;
     CEventParse parser_{sink_, sessions_, 1};
     CPullConnection connection_{sink_, parser_};
@@ -106,6 +112,19 @@ TEST_F(PullConnection, ADeviceThatComesBackIsReachedByALaterTry) {
     WaitUntil([&] { return sink_.answers == 1; });
     EXPECT_EQ(sink_.ways, 0);
     close(device);
+}
+
+TEST_F(PullConnection, TheEndOfTheConnectionEndsAReplyWithoutLength) {
+    CEventParse parser(sink_, sessions_, 2);
+    CPullConnection connection(sink_, parser);
+    const CScriptedPeer peer([&](CPeerConnection& device) {
+        device.Read(3);
+        device.Send("HTTP/1.1 200 OK\r\n\r\nbody");
+        WaitUntil([&] { return sink_.blocks > 0; });
+        EXPECT_EQ(sink_.answers, 0);
+    });
+    connection.Begin({"127.0.0.1", peer.Port(), "GET"});
+    WaitUntil([&] { return sink_.answers == 1; });
 }
 
 TEST_F(PullConnection, WhatCannotBecomeAReplyIsReadNoFurther) {

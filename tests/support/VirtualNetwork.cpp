@@ -31,9 +31,10 @@ struct Connection {
     int result = 0;  // of connecting, as WIRELINK_PopConnectResult tells it
     bool closed = false;
     bool reading = false;
+    bool ended = false;  // the reader knows that it is closed
     std::string received;
     std::size_t pieceSize = SIZE_MAX;
-    std::function<void()> taken;
+    std::function<void()> taken = [] {};
     Waiter* exchange = nullptr;
     std::uint64_t wait = 0;  // for room; 0: none
     onvif_client::CSendableObserver* sendable = nullptr;
@@ -130,7 +131,8 @@ void Block(Lock& lock, Waiter& waiter) {
 
 void OfferData(std::uint32_t handle) {
     const Connection* connection = Find(handle);
-    if (connection != nullptr && connection->reading && !connection->received.empty()) {
+    if (connection != nullptr && connection->reading &&
+        (!connection->received.empty() || (connection->closed && !connection->ended))) {
         net.callbacks.emplace_back(handle, 0);
     }
 }
@@ -147,11 +149,15 @@ void CallNext(Lock& lock) {
     auto* const sendable = connection->sendable;
     auto* const reader = connection->reader;
     const std::string piece = connection->received.substr(0, connection->pieceSize);
+    const bool ends =
+        wait == 0 && piece.empty() && connection->closed && !std::exchange(connection->ended, true);
     net.calling = handle;
     lock.unlock();
     std::uint32_t wanted = 0;
     if (wait != 0) {
         sendable->OnSendable(handle, ready);
+    } else if (ends) {
+        reader->OnEnd(handle);
     } else if (!piece.empty()) {
         reader->OnData(handle, piece.data(), static_cast<std::uint32_t>(piece.size()), &wanted);
     }
@@ -280,6 +286,7 @@ void Close(std::uint32_t handle) {
     if (Connection* connection = Find(handle)) {
         connection->closed = true;
         Settle(handle, *connection, -1);
+        OfferData(handle);
     }
 }
 
@@ -322,36 +329,81 @@ void WIRELINK_Quit() {
     net.called.wait(lock, [] { return net.calling == 0; });
 }
 
-int WIRELINK_SimpleClientComm(const char* ip, unsigned short, const char* request,
-                              unsigned int requestLength, char* replyBuffer,
-                              unsigned int replyCapacity, const char* endMarker,
-                              unsigned int timeoutMs) {
+bool WIRELINK_ObservedClientComm(const char* ip, unsigned short, const char* request,
+                                 unsigned int requestLength, CReplyObserver* observer,
+                                 unsigned int timeoutMs) {
     Lock lock(net.lock);
     if (net.stopped) {
-        return -1;
+        return false;
     }
     Waiter waiter;
-    const Moment end = net.now + timeoutMs;
+    Moment end = net.now + timeoutMs;
     const std::uint32_t handle = Connect(ip);
     Connection& connection = *Find(handle);
     connection.exchange = &waiter;
-    After(timeoutMs, [handle] {
-        const Connection* late = Find(handle);
-        Wake(late == nullptr ? nullptr : late->exchange);
-    });
+    const auto wakeAfter = [handle](Moment milliseconds) {
+        After(milliseconds, [handle] {
+            const Connection* late = Find(handle);
+            Wake(late == nullptr ? nullptr : late->exchange);
+        });
+    };
+    wakeAfter(timeoutMs);
     bool sent = false;
-    std::size_t size = std::string::npos;
-    while (!net.stopped && net.now < end && connection.result >= 0 && !connection.closed &&
-           size == std::string::npos && connection.received.size() < replyCapacity) {
-        Block(lock, waiter);
+    while (!net.stopped && net.now < end && connection.result >= 0 &&
+           !(connection.closed && connection.received.empty())) {
+        if (connection.received.empty()) {
+            Block(lock, waiter);
+        }
         sent = sent || Send(handle, {request, requestLength});
-        if (endMarker != nullptr && *endMarker != '\0') {
-            const std::size_t found = connection.received.find(endMarker);
-            size = found == std::string::npos ? found : found + std::string_view(endMarker).size();
+        const std::string piece = connection.received.substr(0, connection.pieceSize);
+        connection.received.erase(0, piece.size());
+        const std::uint32_t left =
+            piece.empty()
+                ? kReplyGoesOn
+                : observer->OnReply(piece.data(), static_cast<std::uint32_t>(piece.size()));
+        if (left != kReplyGoesOn && net.now + left < end) {
+            end = net.now + left;
+            wakeAfter(left);
         }
     }
-    const auto reply = net.connections.extract(handle).mapped().received.substr(0, size);
-    return sent ? static_cast<int>(reply.copy(replyBuffer, replyCapacity)) : -1;
+    net.connections.erase(handle);
+    return sent;
+}
+
+namespace {
+
+/// Fills a buffer.
+class CBufferFiller final : public CReplyObserver {
+ public:
+    CBufferFiller(char* buffer, std::size_t capacity, std::string_view marker)
+        : buffer_(buffer), capacity_(capacity), marker_(marker) {}
+    std::uint32_t OnReply(const char* data, std::uint32_t length) override {
+        reply_.append(data, length);
+        const std::size_t found = marker_.empty() ? std::string::npos : reply_.find(marker_);
+        size_ = reply_.substr(0, found == std::string::npos ? found : found + marker_.size())
+                    .copy(buffer_, capacity_);
+        return found != std::string::npos || size_ == capacity_ ? 0 : kReplyGoesOn;
+    }
+    std::size_t Size() const { return size_; }
+
+ private:
+    char* buffer_;
+    const std::size_t capacity_;
+    const std::string_view marker_;
+    std::string reply_;
+    std::size_t size_ = 0;
+};
+
+}  // namespace
+
+int WIRELINK_SimpleClientComm(const char* ip, unsigned short port, const char* request,
+                              unsigned int requestLength, char* replyBuffer,
+                              unsigned int replyCapacity, const char* endMarker,
+                              unsigned int timeoutMs) {
+    CBufferFiller filler(replyBuffer, replyCapacity, endMarker == nullptr ? "" : endMarker);
+    return WIRELINK_ObservedClientComm(ip, port, request, requestLength, &filler, timeoutMs)
+               ? static_cast<int>(filler.Size())
+               : -1;
 }
 
 std::uint32_t WIRELINK_AddConnect(std::uint32_t, const char* ip, unsigned short) {

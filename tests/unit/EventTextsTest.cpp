@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <sstream>
 #include <utility>
 
 #include "events/CallbackAddress.h"
@@ -49,13 +50,15 @@ TEST(CallbackAddress, IsTheOneThatTheDeviceMostLikelyReaches) {
 /// One session for every login id but 0.
 class COneSession final : public ISessionSource {
  public:
+    explicit COneSession(CExtensions extensions = {})
+        : session_{"", "", "127.0.0.1", 80, extensions} {}
     CHttpClient* Acquire(std::uint32_t loginId) override {
         return loginId == 0 ? nullptr : &session_;
     }
     bool Release(std::uint32_t) override { return true; }
 
  private:
-    CHttpClient session_{"", "", "127.0.0.1", 80};
+    CHttpClient session_;
 };
 
 std::string Message(const std::string& topic, const std::string& items) {
@@ -80,13 +83,18 @@ const std::string kReply = Reply(
 /// with messages, "," without, "?" refused credentials, "!" something else.
 class CFedParser final : private IPullSink {
  public:
-    explicit CFedParser(std::uint32_t loginId = 1) : parser_(*this, sessions_, loginId) {}
+    explicit CFedParser(std::uint32_t loginId = 1, CExtensions extensions = {})
+        : sessions_(extensions), parser_(*this, sessions_, loginId) {}
 
     std::string Feed(std::string_view block) {
         std::uint32_t wanted = 7;
         const auto length = static_cast<std::uint32_t>(block.size());
         EXPECT_EQ(parser_.OnData(1, block.data(), length, &wanted), length);
         EXPECT_EQ(wanted, 0U);
+        return std::exchange(made_, "");
+    }
+    std::string End() {
+        parser_.OnEnd(1);
         return std::exchange(made_, "");
     }
     void Reset() { parser_.Reset(); }
@@ -149,6 +157,41 @@ TEST(EventParse, RepliesOfEveryKindLeadOn) {
     }
     CFedParser unknownSession(0);
     EXPECT_EQ(unknownSession.Feed(Http(kReply)), "!");
+}
+
+TEST(EventParse, ExtensionsTakeOtherReplies) {
+    const std::string ok = "HTTP/1.1 200 OK\r\n";
+    const std::string chunks = ok + "Transfer-Encoding: chunked\r\n\r\n";
+    const std::string tooLong(CEventParse::kCapacity, ' ');
+    const auto chunk = [](const std::string& text) {
+        std::ostringstream size;
+        size << std::hex << text.size();
+        return size.str() + "\r\n" + text + "\r\n";
+    };
+    const struct {
+        CExtensions extensions;
+        std::string reply;
+        const char* made;
+        const char* atEnd;
+    } cases[] = {
+        {{}, ok + "\r\n" + kReply, "", ""},
+        {{Extension::kHttpFraming}, ok + "\r\n" + kReply, "", "1+2-."},
+        {{Extension::kHttpFraming}, kReply, "", ""},
+        {{Extension::kHttpFraming}, Http(kReply) + "x", "1+2-.", ""},
+        {{Extension::kHttpFraming}, Http(kReply).substr(0, 200), "", ""},
+        {{Extension::kHttpFraming}, "HTTP/1.1 100 C\r\n\r\n" + Http(kReply), "1+2-.", ""},
+        {{}, chunks + chunk(kReply) + chunk(""), "", ""},
+        {{Extension::kHttpFraming},
+         chunks + chunk(kReply.substr(0, 400)) + chunk(kReply.substr(400)) + chunk(""),
+         "1+2-.",
+         ""},
+        {{Extension::kHttpFraming}, chunks + chunk(kReply + tooLong) + chunk(""), "", ""},
+    };
+    for (const auto& each : cases) {
+        CFedParser parser(1, each.extensions);
+        EXPECT_EQ(parser.Feed(each.reply), each.made) << each.reply.substr(0, 80);
+        EXPECT_EQ(parser.End(), each.atEnd) << each.reply.substr(0, 80);
+    }
 }
 
 TEST(EventDocuments, APullRepeatsShortDurationsAlone) {

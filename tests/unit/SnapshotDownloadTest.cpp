@@ -73,8 +73,9 @@ class SnapshotDownload : public testing::Test {
 
     std::string FetchFrom(std::uint16_t port) {
         ResponseBuffer picture;
-        session_.DownloadPicture("http://elsewhere.invalid:" + std::to_string(port) + "/p",
-                                 picture);
+        CHttpClient extended("user", "pass", "127.0.0.1", 80, extensions_);
+        (extensions_ == CExtensions{} ? session_ : extended)
+            .DownloadPicture("http://elsewhere.invalid:" + std::to_string(port) + "/p", picture);
         return picture.data == nullptr
                    ? "(none)"
                    : std::string(picture.data.get(), static_cast<std::size_t>(picture.size));
@@ -90,6 +91,7 @@ class SnapshotDownload : public testing::Test {
     static constexpr std::size_t kShortestRequest = 60;
     CSleptClock clock_;
     const CScopedClock replaced_{clock_};
+    CExtensions extensions_;
     CHttpClient session_{"user", "pass", "127.0.0.1", 80};
     std::mutex lock_;  // guards requests_ while a peer lives: each connection has its thread
     std::vector<std::string> requests_;  // of one connection after the other
@@ -142,6 +144,25 @@ TEST_F(SnapshotDownload, GivesWhatTheDeviceSends) {
             << picture.substr(0, 20) << " " << picture.size() << " for "
             << testing::PrintToString(each.answers.front().pieces).substr(0, 200);
         EXPECT_EQ(requests_.size(), each.connections);
+    }
+}
+
+TEST_F(SnapshotDownload, PutsChunksTogether) {
+    const std::string chunks =
+        "HTTP/1.1 100 Continue\r\n\r\nHTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n";
+    const std::string large(3'000'000, 'x');
+    const std::pair<std::string, std::string> cases[] = {
+        {chunks + "4\r\npict\r\n3\r\nure\r\n0\r\n\r\n", "picture"},
+        {chunks + "2dc6c0\r\n" + large + "\r\n0\r\n", large},
+        {chunks + "4\r\npict\r\nure", "pict"},
+        {chunks + "ffffffffffffffff\r\n" + std::string(67'108'864, 'y') + "more",
+         std::string(67'108'864, 'y')},
+    };
+    for (const auto& [reply, picture] : cases) {
+        EXPECT_NE(Fetch({{{reply}}}), picture) << "the frames are in it";
+        extensions_ = {Extension::kHttpFraming};
+        EXPECT_TRUE(Fetch({{{reply}, picture.size() < 5}}) == picture) << reply.substr(0, 100);
+        extensions_ = {};
     }
 }
 

@@ -1,0 +1,48 @@
+/// @file
+/// Collects the reply of an exchange and finds its end, where the extensions of the session let it
+/// end otherwise, or be longer, than a buffer and the end of an envelope do.
+#ifndef ONVIF_CLIENT_CLIENT_REPLYCOLLECTOR_H
+#define ONVIF_CLIENT_CLIENT_REPLYCOLLECTOR_H
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <utility>
+
+#include "common/Extensions.h"
+#include "common/HttpReplyFraming.h"
+#include "platform/Wirelink.h"
+
+namespace onvif_client {
+
+/// The text of a reply ends with the envelope (kReplyEndMarker), at its capacity and, as HTTP
+/// frames it, with its length, its last chunk or a chunk that is none. Where an envelope goes on
+/// behind the length, 250 ms are left for its end. One exchange, on one thread.
+class CReplyCollector final : public CReplyObserver {
+ public:
+    /// Whether one of the extensions needs a collector.
+    static bool IsNeeded(CExtensions extensions);
+
+    /// @param capacity  bytes; a longer text is cut.
+    CReplyCollector(CExtensions extensions, std::size_t capacity);
+
+    std::uint32_t OnReply(const char* data, std::uint32_t length) override;
+
+    /// The text so far; it is gone then.
+    std::string Take() { return std::move(text_); }
+
+ private:
+    /// Cuts the text at its end or its capacity.
+    /// @return true when one of them is reached.
+    bool Ends();
+
+    const std::size_t capacity_;
+    std::optional<CHttpReplyFraming> framing_;
+    std::string text_;
+    std::size_t searched_ = 0;  // the envelope does not end before
+};
+
+}  // namespace onvif_client
+
+#endif

@@ -1,0 +1,150 @@
+#include <gtest/gtest.h>
+
+#include <chrono>
+
+#include "client/HttpClient.h"
+#include "commands/DeviceRequests.h"
+#include "common/HttpReplyFraming.h"
+#include "platform/Wirelink.h"
+#include "support/ScriptedPeer.h"
+
+namespace onvif_client {
+namespace {
+
+using client_test::CPeerConnection;
+using client_test::CScriptedPeer;
+
+const std::string kOk = "HTTP/1.1 200 OK\r\n";
+const std::string kCounted = kOk + "content-length: 4 \r\n\r\n";
+const std::string kChunks = kOk + "Transfer-Encoding: gzip, Chunked\r\nContent-Length: 3\r\n\r\n";
+
+TEST(HttpReplyFraming, CutsEveryReplyTheSameHoweverItArrives) {
+    const std::string longSizeLine = "1;" + std::string(300, 'x') + "\r\na";
+    const struct {
+        std::string bytes;
+        std::string reply;  // what is left of it
+        ReplyState state;
+        std::string behind = {};
+    } cases[] = {
+        {kCounted + "body", kCounted + "body", ReplyState::kComplete},
+        {kCounted + "bodybehind", kCounted + "body", ReplyState::kComplete, "behind"},
+        {kCounted + "bod", kCounted + "bod", ReplyState::kGoesOn},
+        {"HTTP/1.1 100 Continue\r\n\r\nHTTP/1.0 102 P\r\nX: y\r\n\r\n" + kCounted + "body",
+         kCounted + "body", ReplyState::kComplete},
+        {"HTTP/1.1 404 No\r\nContent-Length:0\r\n\r\nx",
+         "HTTP/1.1 404 No\r\nContent-Length:0\r\n\r\n", ReplyState::kComplete, "x"},
+        {"HTTP/1.1 204 \r\n\r\nx", "HTTP/1.1 204 \r\n\r\n", ReplyState::kComplete, "x"},
+        {kChunks + "4\r\nbody\r\n0a;n=v\r\n0123456789\r\n0\r\nT: t\r\n\r\n",
+         kChunks + "body0123456789", ReplyState::kComplete, "T: t\r\n\r\n"},
+        {kChunks + "4 \nbody2\r\nxy0\n", kChunks + "bodyxy", ReplyState::kComplete},
+        {kChunks + "2\r\nxy\r\nbody\r\n", kChunks + "xy", ReplyState::kBroken},
+        {kChunks + "2\r\nxy\r\n\r\n\r\n", kChunks + "xy", ReplyState::kBroken, "\r\n"},
+        {kChunks + "1\r\nx\r\n" + longSizeLine, kChunks + "x", ReplyState::kBroken,
+         longSizeLine.substr(257)},
+        {kChunks + "ffffffffffffffff\r\nx", kChunks + "x", ReplyState::kGoesOn},
+        {kChunks + "10000000000000000\r\nx", kChunks + "10000000000000000\r\nx",
+         ReplyState::kUnframed},
+        {kChunks + "<s:Envelope>", kChunks + "<s:Envelope>", ReplyState::kUnframed},
+        {kOk + "\r\nbody", kOk + "\r\nbody", ReplyState::kUntilEnd},
+        {kOk + "Content-Length: -1\r\n\r\nbody", kOk + "Content-Length: -1\r\n\r\nbody",
+         ReplyState::kUnframed},
+        {kOk + "Content-Length: 99999999999999999999\r\n\r\n",
+         kOk + "Content-Length: 99999999999999999999\r\n\r\n", ReplyState::kUnframed},
+        {kOk + std::string(70000, 'h'), kOk + std::string(70000, 'h'), ReplyState::kUnframed},
+        {"<html>no head", "<html>no head", ReplyState::kUnframed},
+        {"HTTP/" + std::string(20, 'v'), "HTTP/" + std::string(20, 'v'), ReplyState::kUnframed},
+    };
+    for (const auto& each : cases) {
+        const std::size_t splits = std::min<std::size_t>(each.bytes.size(), 500);
+        for (std::size_t split = 0; split <= splits; ++split) {
+            const std::size_t size = split == 0 ? 1 : split;  // of the pieces
+            CHttpReplyFraming framing;
+            std::string reply;
+            std::string behind;
+            for (std::size_t at = 0; at < each.bytes.size(); at += size) {
+                std::string_view piece = std::string_view(each.bytes).substr(at, size);
+                framing.Add(piece, reply);
+                behind += piece;
+            }
+            ASSERT_TRUE(reply == each.reply && behind == each.behind &&
+                        framing.State() == each.state)
+                << each.bytes.substr(0, 200) << "\nin pieces of " << size << " gives\n"
+                << reply.substr(0, 200) << "\nand behind it\n"
+                << behind.substr(0, 200);
+        }
+    }
+}
+
+class ExtendedExchange : public testing::Test {
+ protected:
+    ExtendedExchange() { WIRELINK_Initial(1, 1, nullptr, 0); }
+    ~ExtendedExchange() override { WIRELINK_Quit(); }
+
+    /// The status of an exchange with a device that answers so and keeps the connection, and the
+    /// text of <v> in its envelope. @p late  whether the time-out alone ends the exchange.
+    std::string Try(const std::string& reply, CExtensions extensions, bool late) {
+        CScriptedPeer peer([&](CPeerConnection& connection) {
+            connection.Read(100);
+            connection.Send(reply);
+            connection.WaitForClose();
+        });
+        CHttpClient session("u", "p", "127.0.0.1", peer.Port(), extensions);
+        const auto began = std::chrono::steady_clock::now();
+        const unsigned int timeoutMs = late ? 100 : 60000;
+        const Reply got = session.Exchange({.envelope = std::string(GetServicesEnvelope()),
+                                            .serviceKey = "device",
+                                            .timeoutMs = timeoutMs});
+        took_ = std::chrono::steady_clock::now() - began;
+        EXPECT_EQ(took_ >= std::chrono::milliseconds(timeoutMs), late) << reply.substr(0, 200);
+        return std::to_string(got.status) + " " +
+               (got.soap.find("</v>") == std::string::npos
+                    ? got.soap.substr(0, 20)
+                    : got.soap.substr(got.soap.find("<v>") + 3,
+                                      got.soap.find("</v>") - got.soap.find("<v>") - 3));
+    }
+
+    std::chrono::steady_clock::duration took_{};
+};
+
+const std::string kEnvelope = "<?xml version=\"1.0\"?><s:Envelope xmlns:s=\"x\"><v>value</v>";
+
+std::string Counted(const std::string& status, const std::string& body, int less = 0) {
+    return "HTTP/1.1 " + status +
+           "\r\nContent-Length: " + std::to_string(static_cast<int>(body.size()) - less) +
+           "\r\n\r\n" + body;
+}
+
+TEST_F(ExtendedExchange, EndsWhereHttpSaysSo) {
+    const std::string half = kEnvelope.substr(0, 50);  // within the value
+    const struct {
+        std::string reply;
+        const char* literal;
+        bool literalLate;
+        const char* framed;
+        bool framedLate = false;
+    } cases[] = {
+        {Counted("200 OK", kEnvelope + "</s:Envelope>"), "0 value", false, "0 value"},
+        {Counted("401 No", ""), "7 ", true, "7 "},
+        {Counted("401 Unauthorized", "") + "behind", "401 ", true, "401 "},
+        {Counted("400 Bad Request", "<html/>"), "7 ", true, "7 "},
+        {"HTTP/1.1 100 Continue\r\n\r\n" + Counted("404 N", ""), "7 ", true, "7 "},
+        {kChunks + "32\r\n" + half + "\r\n7\r\n" + kEnvelope.substr(50) + "\r\nd\r\n</s:Envelope>",
+         "0 va\r\n7\r\nlue", false, "0 value"},
+        {kChunks + "39\r\n" + kEnvelope + "\r\n8\r\n</s:Enve\r\n5\r\nlope>\r\n0\r\n\r\n", "0 value",
+         true, "0 value"},
+        {kChunks + "39\r\n" + kEnvelope + "\r\nbroken\r\n", "0 value", true, "0 value"},
+        {Counted("200 OK", kEnvelope + "</s:Envelope>", 16), "0 value", false, "0 value"},
+        {kEnvelope, "0 value", true, "0 value", true},
+        {kOk + "\r\n" + kEnvelope, "0 value", true, "0 value", true},
+        {Counted("200 OK", kEnvelope + "</s:Envelope >"), "0 value", true, "0 value"},
+    };
+    for (const auto& each : cases) {
+        EXPECT_EQ(Try(each.reply, {}, each.literalLate), each.literal) << each.reply;
+        EXPECT_EQ(Try(each.reply, {Extension::kHttpFraming}, each.framedLate), each.framed)
+            << each.reply;
+    }
+    EXPECT_GE(took_, std::chrono::milliseconds(250)) << "the envelope's end had not come";
+}
+
+}  // namespace
+}  // namespace onvif_client
