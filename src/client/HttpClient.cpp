@@ -113,8 +113,7 @@ std::string CHttpClient::BuildHttpRequest(std::string_view request) {
     if (!body) {
         return {};
     }
-    return BuildPost(first->path.empty() ? ResolvePath(first->serviceKey) : first->path, ip_,
-                     *body);
+    return BuildRequest(first->path.empty() ? ResolvePath(first->serviceKey) : first->path, *body);
 }
 
 PullReply CHttpClient::ReadPullReply(std::string_view reply) const {
@@ -150,7 +149,7 @@ Reply CHttpClient::Post(const Target& target, std::string_view body) {
 }
 
 Reply CHttpClient::PostOnce(const Target& target, std::string_view body) const {
-    std::string buffer = Transfer(target, BuildPost(target.path, ip_, body));
+    std::string buffer = Transfer(target, BuildRequest(target.path, body));
     Reply reply;
     std::string_view soap;
     reply.status = ClassifyReply(ip_, port_, buffer, soap);
@@ -159,6 +158,11 @@ Reply CHttpClient::PostOnce(const Target& target, std::string_view body) const {
         reply.soap = std::move(buffer);
     }
     return reply;
+}
+
+std::string CHttpClient::BuildRequest(std::string_view path, std::string_view body) const {
+    const bool large = extensions_.Has(Extension::kLargeMessages);
+    return BuildPost(path, ip_, body, large ? kLargestExtendedRequest : kLargestRequest);
 }
 
 std::string CHttpClient::Transfer(const Target& target, const std::string& request) const {

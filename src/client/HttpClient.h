@@ -96,9 +96,11 @@ class CHttpClient final : public ICommandSession {
     /// During a login, as long as that has patience.
     Reply Post(const Target& target, std::string_view body);
     Reply PostOnce(const Target& target, std::string_view body) const;
+    /// A POST, cut where the session's requests end.
+    std::string BuildRequest(std::string_view path, std::string_view body) const;
     /// One exchange over TCP.
-    /// @return what came, head and body, up to the target's capacity; with the extension
-    ///         http-framing the body is without the frames of chunks.
+    /// @return what came, head and body, up to the target's capacity, with the extension
+    ///         large-messages up to 16 MiB; with http-framing without the frames of chunks.
     std::string Transfer(const Target& target, const std::string& request) const;
     std::string TransferObserved(const Target& target, const std::string& request) const;
     /// The envelope with its security header filled; nothing when that fails.

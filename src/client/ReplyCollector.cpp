@@ -8,16 +8,17 @@ namespace onvif_client {
 
 namespace {
 
+constexpr std::size_t kLargestReply = 16777216;
 constexpr std::uint32_t kRestOfEnvelopeMs = 250;
 
 }  // namespace
 
 bool CReplyCollector::IsNeeded(CExtensions extensions) {
-    return extensions.Has(Extension::kHttpFraming);
+    return extensions.Has(Extension::kHttpFraming) || extensions.Has(Extension::kLargeMessages);
 }
 
 CReplyCollector::CReplyCollector(CExtensions extensions, std::size_t capacity)
-    : capacity_(capacity) {
+    : capacity_(extensions.Has(Extension::kLargeMessages) ? kLargestReply : capacity) {
     if (extensions.Has(Extension::kHttpFraming)) {
         framing_.emplace();
     }

@@ -24,7 +24,7 @@ class CReplyCollector final : public CReplyObserver {
     /// Whether one of the extensions needs a collector.
     static bool IsNeeded(CExtensions extensions);
 
-    /// @param capacity  bytes; a longer text is cut.
+    /// @param capacity  bytes; a longer text is cut. With large-messages that is 16 MiB.
     CReplyCollector(CExtensions extensions, std::size_t capacity);
 
     std::uint32_t OnReply(const char* data, std::uint32_t length) override;

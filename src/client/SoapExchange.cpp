@@ -10,8 +10,6 @@ namespace onvif_client {
 
 namespace {
 
-constexpr std::size_t kLargestRequest = 8191;
-
 struct TelltaleText {
     std::string_view text;
     int status;
@@ -31,7 +29,8 @@ bool Contains(std::string_view text, std::string_view part) {
 
 }  // namespace
 
-std::string BuildPost(std::string_view path, std::string_view host, std::string_view body) {
+std::string BuildPost(std::string_view path, std::string_view host, std::string_view body,
+                      std::size_t largest) {
     const auto tabs = static_cast<std::size_t>(std::count(body.begin(), body.end(), '\t'));
     std::string request;
     request.reserve(path.size() + host.size() + body.size() + 192);
@@ -51,9 +50,7 @@ std::string BuildPost(std::string_view path, std::string_view host, std::string_
         request += body.substr(0, tab);
         body.remove_prefix(std::min(tab + 1, body.size()));
     }
-    if (request.size() > kLargestRequest) {
-        request.resize(kLargestRequest);
-    }
+    request.resize(std::min(request.size(), largest));
     return request;
 }
 

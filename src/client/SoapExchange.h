@@ -4,6 +4,7 @@
 #ifndef ONVIF_CLIENT_CLIENT_SOAPEXCHANGE_H
 #define ONVIF_CLIENT_CLIENT_SOAPEXCHANGE_H
 
+#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <string_view>
@@ -22,9 +23,14 @@ constexpr std::uint32_t kDiscoveryTimeoutMs = 2500;
 /// The path that a device without any better knowledge is addressed by.
 constexpr std::string_view kDefaultDevicePath = "onvif/device_service";
 
-/// A request of at most 8191 bytes; what goes beyond is cut, while Content-Length states the whole
-/// body. Tabs are left out of the body; path and host are encoded (HeadText).
-std::string BuildPost(std::string_view path, std::string_view host, std::string_view body);
+/// Bytes of a request; and with the extension large-messages.
+constexpr std::size_t kLargestRequest = 8191;
+constexpr std::size_t kLargestExtendedRequest = 1048576;
+
+/// A request of at most @p largest bytes; what goes beyond is cut, while Content-Length states the
+/// whole body. Tabs are left out of the body; path and host are encoded (HeadText).
+std::string BuildPost(std::string_view path, std::string_view host, std::string_view body,
+                      std::size_t largest = kLargestRequest);
 
 /// Classifies a raw reply by what it contains, not by its HTTP status. An empty reply is logged.
 /// @param soap  with status 0: the part of @p reply from "<?xml" on; else untouched.

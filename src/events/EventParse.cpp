@@ -1,15 +1,20 @@
 #include "events/EventParse.h"
 
+#include <algorithm>
+
 #include "common/LogText.h"
 #include "platform/OrNothing.h"
 
 namespace onvif_client {
 
-CEventParse::CEventParse(IPullSink& sink, ISessionSource& sessions, std::uint32_t loginId)
+CEventParse::CEventParse(IPullSink& sink, ISessionSource& sessions, std::uint32_t loginId,
+                         CExtensions extensions)
     : sink_(sink),
       sessions_(sessions),
       loginId_(loginId),
-      extensions_(ExtensionsOf(sessions, loginId)) {}
+      framed_(extensions.Has(Extension::kHttpFraming)),
+      capacity_(extensions.Has(Extension::kLargeMessages) ? kExtendedCapacity : kCapacity),
+      mostRead_(std::max(capacity_, kLargestMessage)) {}
 
 std::uint32_t CEventParse::OnData(std::uint32_t handle, const char* data, std::uint32_t length,
                                   std::uint32_t* wanted) {
@@ -23,7 +28,7 @@ std::uint32_t CEventParse::OnData(std::uint32_t handle, const char* data, std::u
     if (data == nullptr || length == 0) {
         LogAssert(loglabel::kEventParse, "a block of a reply is empty");
     } else if (!isBehindTheReply && Accumulate({data, length})) {
-        HandleReply(Framed() ? buffer_.size() : frame_.headerSize + frame_.bodySize);
+        HandleReply(framed_ ? buffer_.size() : frame_.headerSize + frame_.bodySize);
     }
     if (isBehindTheReply || !GoesOn()) {
         WIRELINK_Stop(handle);
@@ -32,7 +37,7 @@ std::uint32_t CEventParse::OnData(std::uint32_t handle, const char* data, std::u
 }
 
 void CEventParse::OnEnd(std::uint32_t) {
-    if (Framed() && !handled_ && sink_.Pulls() && framing_.State() == ReplyState::kUntilEnd) {
+    if (framed_ && !handled_ && sink_.Pulls() && framing_.State() == ReplyState::kUntilEnd) {
         HandleReply(buffer_.size());
     }
 }
@@ -50,12 +55,8 @@ void CEventParse::Forget() {
     framing_ = {};
 }
 
-bool CEventParse::Framed() const {
-    return extensions_.Has(Extension::kHttpFraming);
-}
-
 bool CEventParse::GoesOn() const {
-    return !impossible_ && readInAll_ <= kLargestMessage;
+    return !impossible_ && readInAll_ <= mostRead_;
 }
 
 bool CEventParse::Accumulate(std::string_view block) {
@@ -66,7 +67,7 @@ bool CEventParse::Accumulate(std::string_view block) {
     }
     impossible_ = true;  // should there be no memory
     const bool complete =
-        OrNothing([&] { return Framed() ? AddFramed(block) : AddAnnounced(block); });
+        OrNothing([&] { return framed_ ? AddFramed(block) : AddAnnounced(block); });
     if (impossible_) {
         Forget();
     }
@@ -74,13 +75,13 @@ bool CEventParse::Accumulate(std::string_view block) {
 }
 
 bool CEventParse::AddAnnounced(std::string_view block) {
-    if (block.size() > kCapacity - buffer_.size()) {
+    if (block.size() > capacity_ - buffer_.size()) {
         impossible_ = false;
         Forget();
         return false;
     }
     buffer_ += block;
-    const MessageState state = CutMessage(buffer_, frame_);
+    const MessageState state = CutMessage(buffer_, frame_, mostRead_);
     impossible_ = state == MessageState::kImpossible;
     if (frame_.headerSize > 0 && !frame_.announced) {
         Forget();
@@ -91,7 +92,7 @@ bool CEventParse::AddAnnounced(std::string_view block) {
 
 bool CEventParse::AddFramed(std::string_view block) {
     const ReplyState state = framing_.Add(block, buffer_);
-    impossible_ = buffer_.size() > kCapacity || state == ReplyState::kBroken ||
+    impossible_ = buffer_.size() > capacity_ || state == ReplyState::kBroken ||
                   state == ReplyState::kUnframed;
     return state == ReplyState::kComplete && !impossible_;
 }

@@ -34,13 +34,15 @@ class IPullSink {
 /// connection is not read any further. Of a reply nothing is kept once it was handed on.
 ///
 /// With the extension http-framing a reply without length ends with the connection, and chunks are
-/// put together.
+/// put together. With large-messages a reply may have 4 MiB, and no more is read for one.
 class CEventParse final : public CSocketDataObserver {
  public:
     static constexpr std::size_t kCapacity = 32768;
+    static constexpr std::size_t kExtendedCapacity = 4194304;
 
     /// Sink and sessions must outlive the parser. The extensions are those of the session now.
-    CEventParse(IPullSink& sink, ISessionSource& sessions, std::uint32_t loginId);
+    CEventParse(IPullSink& sink, ISessionSource& sessions, std::uint32_t loginId)
+        : CEventParse(sink, sessions, loginId, ExtensionsOf(sessions, loginId)) {}
 
     /// Consumes the whole block.
     std::uint32_t OnData(std::uint32_t handle, const char* data, std::uint32_t length,
@@ -51,11 +53,12 @@ class CEventParse final : public CSocketDataObserver {
     void Reset();
 
  private:
+    CEventParse(IPullSink& sink, ISessionSource& sessions, std::uint32_t loginId,
+                CExtensions extensions);
     /// @return true when the reply has just become complete.
     bool Accumulate(std::string_view block);
     bool AddAnnounced(std::string_view block);
     bool AddFramed(std::string_view block);
-    bool Framed() const;
     /// Whether more bytes are of use.
     bool GoesOn() const;
     void Forget();
@@ -65,7 +68,9 @@ class CEventParse final : public CSocketDataObserver {
     IPullSink& sink_;
     ISessionSource& sessions_;
     const std::uint32_t loginId_;
-    const CExtensions extensions_;
+    const bool framed_;
+    const std::size_t capacity_;
+    const std::size_t mostRead_;
     std::string buffer_;
     std::size_t readInAll_ = 0;  // of this pull, lost replies included
     MessageFrame frame_;

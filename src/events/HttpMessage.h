@@ -8,7 +8,7 @@
 
 namespace onvif_client {
 
-/// Bytes; a message that is longer is never complete.
+/// Bytes of a message that devices post; also all that is read for one that never ends.
 constexpr std::size_t kLargestMessage = 1048576;
 
 enum class MessageState {
@@ -27,8 +27,10 @@ struct MessageFrame {
 };
 
 /// Looks at the message at the front of @p buffer; what follows it is ignored.
-/// @param frame  what the last call left there; the buffer has only grown since.
-MessageState CutMessage(std::string_view buffer, MessageFrame& frame);
+/// @param frame    what the last call left there; the buffer has only grown since.
+/// @param largest  bytes; a message that is longer is never complete.
+MessageState CutMessage(std::string_view buffer, MessageFrame& frame,
+                        std::size_t largest = kLargestMessage);
 
 }  // namespace onvif_client
 

@@ -329,80 +329,70 @@ void WIRELINK_Quit() {
     net.called.wait(lock, [] { return net.calling == 0; });
 }
 
-bool WIRELINK_ObservedClientComm(const char* ip, unsigned short, const char* request,
-                                 unsigned int requestLength, CReplyObserver* observer,
-                                 unsigned int timeoutMs) {
+namespace {
+
+/// @param take  gets the reply in pieces, and says how long it may go on.
+bool Exchange(const char* ip, std::string_view request, Moment timeoutMs,
+              const std::function<std::uint32_t(std::string_view)>& take) {
     Lock lock(net.lock);
     if (net.stopped) {
         return false;
     }
     Waiter waiter;
-    Moment end = net.now + timeoutMs;
+    Moment end = INT64_MAX;
     const std::uint32_t handle = Connect(ip);
     Connection& connection = *Find(handle);
     connection.exchange = &waiter;
-    const auto wakeAfter = [handle](Moment milliseconds) {
-        After(milliseconds, [handle] {
-            const Connection* late = Find(handle);
-            Wake(late == nullptr ? nullptr : late->exchange);
-        });
+    const auto endWithin = [&](Moment milliseconds) {
+        if (net.now + milliseconds < end) {
+            end = net.now + milliseconds;
+            After(milliseconds, [handle] {
+                const Connection* late = Find(handle);
+                Wake(late == nullptr ? nullptr : late->exchange);
+            });
+        }
     };
-    wakeAfter(timeoutMs);
+    endWithin(timeoutMs);
     bool sent = false;
     while (!net.stopped && net.now < end && connection.result >= 0 &&
            !(connection.closed && connection.received.empty())) {
         if (connection.received.empty()) {
             Block(lock, waiter);
         }
-        sent = sent || Send(handle, {request, requestLength});
+        sent = sent || Send(handle, request);
         const std::string piece = connection.received.substr(0, connection.pieceSize);
         connection.received.erase(0, piece.size());
-        const std::uint32_t left =
-            piece.empty()
-                ? kReplyGoesOn
-                : observer->OnReply(piece.data(), static_cast<std::uint32_t>(piece.size()));
-        if (left != kReplyGoesOn && net.now + left < end) {
-            end = net.now + left;
-            wakeAfter(left);
-        }
+        endWithin(piece.empty() ? kReplyGoesOn : take(piece));
     }
     net.connections.erase(handle);
     return sent;
 }
 
-namespace {
-
-/// Fills a buffer.
-class CBufferFiller final : public CReplyObserver {
- public:
-    CBufferFiller(char* buffer, std::size_t capacity, std::string_view marker)
-        : buffer_(buffer), capacity_(capacity), marker_(marker) {}
-    std::uint32_t OnReply(const char* data, std::uint32_t length) override {
-        reply_.append(data, length);
-        const std::size_t found = marker_.empty() ? std::string::npos : reply_.find(marker_);
-        size_ = reply_.substr(0, found == std::string::npos ? found : found + marker_.size())
-                    .copy(buffer_, capacity_);
-        return found != std::string::npos || size_ == capacity_ ? 0 : kReplyGoesOn;
-    }
-    std::size_t Size() const { return size_; }
-
- private:
-    char* buffer_;
-    const std::size_t capacity_;
-    const std::string_view marker_;
-    std::string reply_;
-    std::size_t size_ = 0;
-};
-
 }  // namespace
 
-int WIRELINK_SimpleClientComm(const char* ip, unsigned short port, const char* request,
+bool WIRELINK_ObservedClientComm(const char* ip, unsigned short, const char* request,
+                                 unsigned int requestLength, CReplyObserver* observer,
+                                 unsigned int timeoutMs) {
+    return Exchange(ip, {request, requestLength}, timeoutMs, [&](std::string_view piece) {
+        return observer->OnReply(piece.data(), static_cast<std::uint32_t>(piece.size()));
+    });
+}
+
+int WIRELINK_SimpleClientComm(const char* ip, unsigned short, const char* request,
                               unsigned int requestLength, char* replyBuffer,
                               unsigned int replyCapacity, const char* endMarker,
                               unsigned int timeoutMs) {
-    CBufferFiller filler(replyBuffer, replyCapacity, endMarker == nullptr ? "" : endMarker);
-    return WIRELINK_ObservedClientComm(ip, port, request, requestLength, &filler, timeoutMs)
-               ? static_cast<int>(filler.Size())
+    std::string reply;
+    const std::string_view marker = endMarker == nullptr ? "" : endMarker;
+    const auto take = [&](std::string_view piece) {
+        reply += piece;
+        const std::size_t found = marker.empty() ? std::string::npos : reply.find(marker);
+        reply.resize(std::min(found == std::string::npos ? reply.size() : found + marker.size(),
+                              std::size_t{replyCapacity}));
+        return found != std::string::npos || reply.size() == replyCapacity ? 0 : kReplyGoesOn;
+    };
+    return Exchange(ip, {request, requestLength}, timeoutMs, take)
+               ? static_cast<int>(reply.copy(replyBuffer, replyCapacity))
                : -1;
 }
 

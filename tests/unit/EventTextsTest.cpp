@@ -186,6 +186,13 @@ TEST(EventParse, ExtensionsTakeOtherReplies) {
          "1+2-.",
          ""},
         {{Extension::kHttpFraming}, chunks + chunk(kReply + tooLong) + chunk(""), "", ""},
+        {{Extension::kLargeMessages}, Http(kReply + tooLong), "1+2-.", ""},
+        {{Extension::kLargeMessages}, Http(kReply + std::string(4'190'000, ' ')), "1+2-.", ""},
+        {{Extension::kLargeMessages}, Http(kReply + std::string(4'194'304, ' ')), "", ""},
+        {{Extension::kLargeMessages, Extension::kHttpFraming},
+         chunks + chunk(kReply + tooLong) + chunk(""),
+         "1+2-.",
+         ""},
     };
     for (const auto& each : cases) {
         CFedParser parser(1, each.extensions);

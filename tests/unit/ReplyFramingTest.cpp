@@ -146,5 +146,40 @@ TEST_F(ExtendedExchange, EndsWhereHttpSaysSo) {
     EXPECT_GE(took_, std::chrono::milliseconds(250)) << "the envelope's end had not come";
 }
 
+TEST_F(ExtendedExchange, MessagesMayBeLarge) {
+    const std::string blanks(16'777'216, ' ');
+    const struct {
+        std::size_t less;
+        const char* literal;
+        const char* large;
+    } cases[] = {{0, "0 <?xml version=\"1.0\"?", "0 <?xml version=\"1.0\"?"},
+                 {200, "0 <?xml version=\"1.0\"?", "0 value"}};
+    for (const auto& each : cases) {
+        const std::string reply = kOk + "\r\n<?xml version=\"1.0\"?><s:Envelope xmlns:s=\"x\">" +
+                                  blanks.substr(each.less) +
+                                  kEnvelope.substr(kEnvelope.find("<v>")) + "</s:Envelope>";
+        EXPECT_EQ(Try(reply, {}, false), each.literal);
+        EXPECT_EQ(Try(reply, {Extension::kLargeMessages}, false), each.large);
+    }
+    const std::pair<std::size_t, std::size_t> requests[] = {
+        // bytes of a value, and of the request at most
+        {5'000, 8'000},
+        {1'040'000, 1'044'000},
+        {1'050'000, 1'048'576},
+    };
+    for (const auto& [value, most] : requests) {
+        const auto size = [each = value](CExtensions extensions) {
+            return CHttpClient("u", "p", "127.0.0.1", 80, extensions)
+                .BuildHttpRequest("<Get><pullMessages><timeout>" + std::string(each, 'v') +
+                                  "</timeout></pullMessages></Get>")
+                .size();
+        };
+        const std::size_t large = size({Extension::kLargeMessages});
+        EXPECT_EQ(size({}), std::min<std::size_t>(large, 8191));
+        EXPECT_GE(large, std::min(value, most));
+        EXPECT_LE(large, most);
+    }
+}
+
 }  // namespace
 }  // namespace onvif_client
