@@ -55,12 +55,12 @@ class CCommandWalk {
         }
         XMLElement*& first = firstOfRow_[static_cast<std::size_t>(row - table_.rows.data())];
         first = first == nullptr ? command_ : first;
-        parameters_ = first;
+        parameters_ = session.Extensions().Has(Extension::kOwnParameters) ? command_ : first;
         return Complete(session, row->completion, command_) ? row : nullptr;
     }
 
     /// Builders find a command by its path, so of several with one name each is built from the
-    /// first.
+    /// first, unless the session has it otherwise.
     CommandElements Elements() const { return {command_, parameters_}; }
 
  private:

@@ -20,6 +20,7 @@ class CScriptedSession final : public ICommandSession {
     }
     ServiceTable Services() const override { return {{"device", "d"}, {"ptz", ""}}; }
     bool HasMedia2() const override { return media2; }
+    CExtensions Extensions() const override { return extensions; }
     PtzRanges SpeedRanges() const override { return {}; }
     int DownloadPicture(const std::string& address, ResponseBuffer& picture) override {
         picture.data = std::make_unique<char[]>(1);
@@ -36,6 +37,7 @@ class CScriptedSession final : public ICommandSession {
     std::shared_ptr<const ProfileList> profiles = std::make_shared<ProfileList>(
         ProfileList{{"P0", "S0", "V0", "E0", "", "", ""}, {"P1", "S1", "V1", "E1", "", "", ""}});
     bool media2 = false;
+    CExtensions extensions;
     std::map<std::string, int> statuses;
     std::function<std::string()> soap = [] { return "<Envelope/>"; };
     std::string log;
@@ -178,6 +180,35 @@ TEST(Dispatch, WalksTheCommandsByTheirRules) {
                   each.outcome)
             << commands;
         EXPECT_EQ(session.log, each.log) << commands;
+    }
+}
+
+TEST(Dispatch, CommandsOfOneNameReadTheFirstOnesParametersOrTheirOwn) {
+    const std::pair<const char*, const char*> cases[] = {
+        {"<needsProfile><x>1</x></needsProfile><needsProfile><y>2</y></needsProfile>",
+         "x=1;@m y=2;@m "},
+        {"<indexed><index>1</index></indexed><indexed><index>0</index></indexed>",
+         "index=1;profiletoken=P1;multicast=false;transport=tcp;@m "
+         "index=0;profiletoken=P0;multicast=false;transport=tcp;@m "},
+        {"<items><item><index>1</index></item></items><items><item><index>0</index></item></items>",
+         "P1E1@m P0E0@m "},
+    };
+    for (const auto& [commands, own] : cases) {
+        for (const CommandTable& table : {kGetTable, kSetTable}) {
+            const std::string root(table.root);
+            const std::string request = "<" + root + ">" + commands + "</" + root + ">";
+            const auto run = [&](CExtensions extensions) {
+                CScriptedSession session;
+                session.extensions = extensions;
+                std::string result;
+                root == "Get" ? void(RunGet(session, request, table))
+                              : void(RunSet(session, request, result, table));
+                return session.log;
+            };
+            EXPECT_EQ(run({Extension::kOwnParameters}), own);
+            const std::string first = std::string(own).substr(0, std::string(own).find("@m ") + 3);
+            EXPECT_EQ(run({}), first + first);
+        }
     }
 }
 
