@@ -98,7 +98,7 @@ bool CHttpClient::HasMedia2() const {
 Reply CHttpClient::Exchange(const SignedRequest& request) {
     const std::string path = request.path.empty() ? ResolvePath(request.serviceKey) : request.path;
     const Target target{path, request.replyCapacity, request.timeoutMs};
-    if (request.clock == SigningClock::kDevice) {
+    if (request.clock == SigningClock::kDevice && !KeepsClock()) {
         // A failed fetch is not looked at: the device then refuses the creation time.
         std::string deviceTime;
         FetchDeviceClock(ResolvePath("device"), deviceTime);
@@ -109,20 +109,27 @@ Reply CHttpClient::Exchange(const SignedRequest& request) {
 
 std::string CHttpClient::BuildHttpRequest(std::string_view request) {
     const auto first = FirstRequest(*this, request);
-    const auto body = first ? Sign(first->envelope) : std::nullopt;
+    if (!first) {
+        return {};
+    }
+    const auto body =
+        Sign(first->envelope, KeepsClock() ? std::optional(TimeOfPull()) : std::nullopt);
     if (!body) {
         return {};
     }
     return BuildRequest(first->path.empty() ? ResolvePath(first->serviceKey) : first->path, *body);
 }
 
-PullReply CHttpClient::ReadPullReply(std::string_view reply) const {
+PullReply CHttpClient::ReadPullReply(std::string_view reply) {
     CResultDocument result;
     std::string_view soap;
     reply = reply.substr(0, reply.find('\0'));
     const int status = ClassifyReply(ip_, port_, reply, soap);
     if (status == status::kSuccess) {
         BuildResult(kPullMessagesResult, soap, {}, result);
+    }
+    if (status == status::kNotAuthorized) {
+        deviceClock_.NoteRefusal();
     }
     return {status, result.Print()};
 }
@@ -148,9 +155,12 @@ Reply CHttpClient::Post(const Target& target, std::string_view body) {
     return reply;
 }
 
-Reply CHttpClient::PostOnce(const Target& target, std::string_view body) const {
+Reply CHttpClient::PostOnce(const Target& target, std::string_view body) {
     std::string buffer = Transfer(target, BuildRequest(target.path, body));
     Reply reply;
+    if (KeepsClock()) {
+        reply.date = ReadHttpDate(buffer);
+    }
     std::string_view soap;
     reply.status = ClassifyReply(ip_, port_, buffer, soap);
     if (reply.status == status::kSuccess) {
@@ -187,17 +197,24 @@ std::string CHttpClient::TransferObserved(const Target& target, const std::strin
     return reply;
 }
 
-std::optional<std::string> CHttpClient::Sign(std::string_view envelope) const {
+std::optional<std::string> CHttpClient::Sign(std::string_view envelope,
+                                             const std::optional<CalendarTime>& created) const {
     CXmlTransform document(envelope);
-    if (!AddSecurityHeader(credentials_, document)) {
+    if (!AddSecurityHeader(credentials_, document, created)) {
         return std::nullopt;
     }
     return document.Document().Print();
 }
 
-Reply CHttpClient::PostSigned(const Target& target, std::string_view envelope) {
-    const auto body = Sign(envelope);
+Reply CHttpClient::PostSignedAt(const Target& target, std::string_view envelope,
+                                const std::optional<CalendarTime>& created) {
+    const auto body = Sign(envelope, created);
     return body ? Post(target, *body) : Reply{status::kNotSent, {}};
+}
+
+Reply CHttpClient::PostSigned(const Target& target, std::string_view envelope) {
+    return KeepsClock() ? PostByKeptClock(target, envelope)
+                        : PostSignedAt(target, envelope, std::nullopt);
 }
 
 Reply CHttpClient::PostSignedByDeviceClock(const Target& target, std::string_view envelope,

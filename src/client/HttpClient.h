@@ -14,6 +14,7 @@
 #include <string>
 #include <string_view>
 
+#include "client/DeviceClock.h"
 #include "client/LoginPatience.h"
 #include "client/SecurityHeader.h"
 #include "client/SoapExchange.h"
@@ -38,8 +39,9 @@ class CHttpClient final : public ICommandSession {
     CHttpClient(const CHttpClient&) = delete;
     CHttpClient& operator=(const CHttpClient&) = delete;
 
-    /// Runs the login sequence: checks the device's answer and credentials, sets its clock, learns
-    /// its services and fetches its profiles. Called once, before other threads see the session.
+    /// Runs the login sequence: checks the device's answer and credentials, sets its clock (or,
+    /// with keep-clock, reads it), learns its services and fetches its profiles. Called once,
+    /// before other threads see the session.
     /// @return 0, or the status of the step that failed.
     int Login();
 
@@ -58,7 +60,7 @@ class CHttpClient final : public ICommandSession {
     std::string BuildHttpRequest(std::string_view request);
 
     /// What a pull for messages brought whose HTTP reply came over another connection.
-    PullReply ReadPullReply(std::string_view reply) const;
+    PullReply ReadPullReply(std::string_view reply);
 
     /// @return the new count.
     int AddReference();
@@ -82,6 +84,7 @@ class CHttpClient final : public ICommandSession {
     bool HasMedia2() const override;
     PtzRanges SpeedRanges() const override { return ptzRanges_.value_or(PtzRanges{}); }
     Reply Exchange(const SignedRequest& request) override;
+    void NoteClockSet() override;
     int DownloadPicture(const std::string& address, ResponseBuffer& picture) override;
 
  private:
@@ -95,7 +98,7 @@ class CHttpClient final : public ICommandSession {
     // HttpClient.cpp: exchanges
     /// During a login, as long as that has patience.
     Reply Post(const Target& target, std::string_view body);
-    Reply PostOnce(const Target& target, std::string_view body) const;
+    Reply PostOnce(const Target& target, std::string_view body);
     /// A POST, cut where the session's requests end.
     std::string BuildRequest(std::string_view path, std::string_view body) const;
     /// One exchange over TCP.
@@ -103,8 +106,13 @@ class CHttpClient final : public ICommandSession {
     ///         large-messages up to 16 MiB; with http-framing without the frames of chunks.
     std::string Transfer(const Target& target, const std::string& request) const;
     std::string TransferObserved(const Target& target, const std::string& request) const;
-    /// The envelope with its security header filled; nothing when that fails.
-    std::optional<std::string> Sign(std::string_view envelope) const;
+    /// The envelope with its security header filled, created at that time, else by our clock;
+    /// nothing when that fails.
+    std::optional<std::string> Sign(std::string_view envelope,
+                                    const std::optional<CalendarTime>& created) const;
+    Reply PostSignedAt(const Target& target, std::string_view envelope,
+                       const std::optional<CalendarTime>& created);
+    /// By our clock, or by the device's that is kept.
     Reply PostSigned(const Target& target, std::string_view envelope);
     /// @param deviceTime  what FetchDeviceClock gave.
     Reply PostSignedByDeviceClock(const Target& target, std::string_view envelope,
@@ -115,8 +123,22 @@ class CHttpClient final : public ICommandSession {
     /// The path of a service key. A key that is not in the table gets the device's path and stays.
     std::string ResolvePath(std::string_view serviceKey);
 
+    // ClockKeeping.cpp: with the extension keep-clock
+    bool KeepsClock() const { return extensions_.Has(Extension::kKeepClock); }
+    /// Asks the device for its clock: bare, else signed, else by the date of its replies.
+    /// @return 5 when there was no reply; else 0, whether or not the clock was learned.
+    int LookAtClock(std::string_view path);
+    bool LearnClock(const Reply& reply);
+    /// Whether another signature is worth a request after a refusal of one by @p signedBy.
+    bool ClockMoved(const SigningTime& signedBy) EXCLUDES(clockReading_);
+    /// Tries a refused request again when the clock turns out to have moved.
+    Reply PostByKeptClock(const Target& target, std::string_view envelope);
+    /// The time to sign a pull by, of which a refusal is not seen here.
+    CalendarTime TimeOfPull() EXCLUDES(clockReading_);
+
     // Login.cpp: the steps of a login
     int TakeLoginSteps();
+    int AlignDeviceClock();
     int CheckDeviceClock();
     int SetDeviceClock();
     int GetServersUrl(ServiceTable& services);
@@ -131,6 +153,11 @@ class CHttpClient final : public ICommandSession {
     const std::string ip_;
     const std::uint16_t port_;
     const CExtensions extensions_;
+
+    CDeviceClock deviceClock_;
+    // Who is refused while another thread looks waits for what that finds. Held during two
+    // exchanges, before the data lock; never taken by the socket layer's threads.
+    CMutex clockReading_;
 
     mutable CMutex dataLock_;  // leaf
     ServiceTable services_ GUARDED_BY(dataLock_);

@@ -24,10 +24,7 @@ int CHttpClient::Login() {
 }
 
 int CHttpClient::TakeLoginSteps() {
-    if (const int failed = CheckDeviceClock()) {
-        return failed;
-    }
-    if (const int failed = SetDeviceClock()) {
+    if (const int failed = AlignDeviceClock()) {
         return failed;
     }
     if (const int failed = DiscoverServices()) {
@@ -42,6 +39,16 @@ int CHttpClient::TakeLoginSteps() {
         }
     }
     return profilesStatus;
+}
+
+/// Afterwards requests are signed by a time that the device agrees with.
+int CHttpClient::AlignDeviceClock() {
+    if (KeepsClock()) {
+        deviceClock_.TakeLook();
+        return LookAtClock(kDefaultDevicePath);
+    }
+    const int failed = CheckDeviceClock();
+    return failed != status::kSuccess ? failed : SetDeviceClock();
 }
 
 int CHttpClient::CheckDeviceClock() {
@@ -72,7 +79,8 @@ int CHttpClient::DiscoverServices() {
     const int listed = GetServersUrl(services);
     Trace("%s,%s:%d ---------------\n", tracepoint::kServicesRead.label,
           tracepoint::kServicesRead.function, tracepoint::kServicesRead.line);
-    if (listed == status::kNoReply) {
+    // Where no clock is set, this is the first request that tells a wrong password.
+    if (listed == status::kNoReply || (listed == status::kNotAuthorized && KeepsClock())) {
         return listed;
     }
     const int failed = listed != status::kSuccess || services.empty()

@@ -37,11 +37,10 @@ void Remove(CXmlTransform& envelope, std::string path) {
     envelope.Document().Delete(path);
 }
 
-std::string LocalCreated() {
-    const CalendarTime now = UtcNow();
+std::string CreatedAt(const CalendarTime& utc) {
     char created[64];
-    std::snprintf(created, sizeof created, "%04d-%02d-%02dT%02d:%02d:%02dZ", now.year, now.month,
-                  now.day, now.hour, now.minute, now.second);
+    std::snprintf(created, sizeof created, "%04d-%02d-%02dT%02d:%02d:%02dZ", utc.year, utc.month,
+                  utc.day, utc.hour, utc.minute, utc.second);
     return created;
 }
 
@@ -69,12 +68,13 @@ std::string MakeNonceText() {
     return digest ? LowerHex(*digest) : "";
 }
 
-bool AddSecurityHeader(const Credentials& credentials, CXmlTransform& envelope) {
+bool AddSecurityHeader(const Credentials& credentials, CXmlTransform& envelope,
+                       const std::optional<CalendarTime>& created) {
     if (!credentials.Present()) {
         Remove(envelope, kHeader);
         return true;
     }
-    return FillToken(credentials, envelope, LocalCreated());
+    return FillToken(credentials, envelope, CreatedAt(created ? *created : UtcNow()));
 }
 
 bool Authentication_UseIPCTime(const Credentials& credentials, CXmlTransform& envelope,

@@ -3,8 +3,10 @@
 #ifndef ONVIF_CLIENT_CLIENT_SECURITYHEADER_H
 #define ONVIF_CLIENT_CLIENT_SECURITYHEADER_H
 
+#include <optional>
 #include <string>
 
+#include "platform/Clock.h"
 #include "transform/XmlTransform.h"
 
 namespace onvif_client {
@@ -21,10 +23,11 @@ struct Credentials {
 /// the system has no MD5. Any thread.
 std::string MakeNonceText();
 
-/// Fills the security header, created by this machine's clock. Without credentials the whole SOAP
-/// header is removed.
+/// Fills the security header, created at that time, else by this machine's clock. Without
+/// credentials the whole SOAP header is removed.
 /// @return false when the envelope lacks an element of the header.
-bool AddSecurityHeader(const Credentials& credentials, CXmlTransform& envelope);
+bool AddSecurityHeader(const Credentials& credentials, CXmlTransform& envelope,
+                       const std::optional<CalendarTime>& created = std::nullopt);
 
 /// The same, created by the device's clock.
 /// @param deviceTimeResult  result document with the device's time; missing fields are sent as an

@@ -5,6 +5,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -19,7 +20,7 @@ namespace onvif_client {
 /// Whose clock the creation time of a security header shows.
 enum class SigningClock {
     kLocal,
-    kDevice,  // asked of the device just before the request
+    kDevice,  // asked of the device just before the request, unless the session keeps it
 };
 
 /// Bytes that are enough for the replies of most operations.
@@ -43,6 +44,9 @@ struct Reply {
     int status = status::kNoReply;
     /// The SOAP text from "<?xml" on; meaningful with status 0 only.
     std::string soap;
+    /// When it was sent, in seconds since 1970, as far as its HTTP head says so and the session
+    /// keeps the device's clock.
+    std::optional<std::int64_t> date = std::nullopt;
 };
 
 /// Implemented by the device session. All operations may be called from several threads at once.
@@ -65,6 +69,9 @@ class ICommandSession {
 
     /// Signs the envelope, posts it and waits for the answer.
     virtual Reply Exchange(const SignedRequest& request) = 0;
+
+    /// The device has just been told to set its clock.
+    virtual void NoteClockSet() {}
 
     /// Fetches a picture over HTTP from the device, whatever host @p address names.
     /// @return 0 when it was tried, also without success (@p picture then has no data); 1 for an

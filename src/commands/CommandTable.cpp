@@ -23,6 +23,10 @@ void LearnProfiles(std::string_view reply, ICommandSession& session) {
     }
 }
 
+void LearnClockSet(std::string_view, ICommandSession& session) {
+    session.NoteClockSet();
+}
+
 constexpr std::uint32_t kProfilesCapacity = 46080;
 
 constexpr CommandSteps kProfiles10 = {{{.build = BuildGetProfiles10,
@@ -152,7 +156,8 @@ constexpr CommandRow kSetRows[] = {
      .steps = {{{.build = BuildSetSystemDateAndTime,
                  .serviceKey = "device",
                  .result = &kStatusOnly<"dateAndTime">,
-                 .clock = SigningClock::kDevice}}}},
+                 .clock = SigningClock::kDevice,
+                 .learn = LearnClockSet}}}},
     {.name = "videoEncodeCfg",
      .steps = kSetEncoder10,
      .media2 = &kSetEncoder20,

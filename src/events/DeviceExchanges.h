@@ -20,8 +20,8 @@ void Resubscribe(EventDeviceRecord& record, ISessionSource& sessions);
 void Renew(EventDeviceRecord& record, ISessionSource& sessions);
 
 /// Gives up the pull in progress, if any, and begins a new one, which the socket layer sends over a
-/// connection of its own (PullConnection). Waits for nothing. The reply goes to the record's
-/// parser.
+/// connection of its own (PullConnection). Waits for nothing, unless the last pull was refused and
+/// the session keeps the device's clock (16 s at most). The reply goes to the record's parser.
 void SendPull(EventDeviceRecord& record, ISessionSource& sessions);
 
 }  // namespace onvif_client

@@ -74,17 +74,44 @@ void SleepMilliseconds(std::uint32_t milliseconds) {
 }
 
 CalendarTime UtcNow() {
+    return UtcAt(CalendarSeconds());
+}
+
+CalendarTime UtcAt(std::int64_t calendarSeconds) {
     using std::chrono::days;
-    const std::chrono::sys_seconds now{std::chrono::seconds(CalendarSeconds())};
-    const auto midnight = std::chrono::floor<days>(now);
+    const std::chrono::sys_seconds at{std::chrono::seconds(calendarSeconds)};
+    const auto midnight = std::chrono::floor<days>(at);
     const std::chrono::year_month_day date(midnight);
-    const std::chrono::hh_mm_ss time(now - midnight);
+    const std::chrono::hh_mm_ss time(at - midnight);
     return {static_cast<int>(date.year()),
             static_cast<int>(static_cast<unsigned>(date.month())),
             static_cast<int>(static_cast<unsigned>(date.day())),
             static_cast<int>(time.hours().count()),
             static_cast<int>(time.minutes().count()),
             static_cast<int>(time.seconds().count())};
+}
+
+std::optional<std::int64_t> SecondsAt(const CalendarTime& utc) {
+    constexpr int kFirstYear = 1970;
+    constexpr int kLastYear = 9999;
+    const auto within = [](int value, int first, int last) {
+        return value >= first && value <= last;
+    };
+    if (!within(utc.year, kFirstYear, kLastYear) || !within(utc.month, 1, 12) ||
+        !within(utc.day, 1, 31) || !within(utc.hour, 0, 23) || !within(utc.minute, 0, 59) ||
+        !within(utc.second, 0, 60)) {  // 60: a leap second
+        return std::nullopt;
+    }
+    const std::chrono::year_month_day date(std::chrono::year(utc.year),
+                                           std::chrono::month(static_cast<unsigned>(utc.month)),
+                                           std::chrono::day(static_cast<unsigned>(utc.day)));
+    if (!date.ok()) {
+        return std::nullopt;
+    }
+    const std::chrono::sys_seconds at = std::chrono::sys_days(date) + std::chrono::hours(utc.hour) +
+                                        std::chrono::minutes(utc.minute) +
+                                        std::chrono::seconds(utc.second);
+    return at.time_since_epoch().count();
 }
 
 CScopedClock::CScopedClock(const IClock& clock) {

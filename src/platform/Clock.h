@@ -4,6 +4,7 @@
 #define ONVIF_CLIENT_PLATFORM_CLOCK_H
 
 #include <cstdint>
+#include <optional>
 
 namespace onvif_client {
 
@@ -34,6 +35,11 @@ struct CalendarTime {
 };
 
 CalendarTime UtcNow();
+
+/// The point that is so many seconds behind 1970-01-01T00:00:00Z.
+CalendarTime UtcAt(std::int64_t calendarSeconds);
+/// The reverse, from 1970 to 9999; nothing for a point that the calendar does not have.
+std::optional<std::int64_t> SecondsAt(const CalendarTime& utc);
 
 /// For tests: puts another clock in the place of the system's while it lives. The clock must
 /// outlive it. One at a time, and not while another thread is being started.

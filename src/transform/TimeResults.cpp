@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cstdio>
+#include <utility>
 
 #include "transform/Conversions.h"
 #include "transform/DeviceResults.h"
@@ -61,6 +62,23 @@ std::string TransGetSystemDateAndTimeForAuthentication(std::string_view reply,
     CopyUtcDateTime(utc, document.Command("GetResponse", "dateAndTime"));
     result = document.Print();
     return CreatedFromDeviceTime(result);
+}
+
+std::optional<CalendarTime> ReadDeviceTime(std::string_view reply) {
+    const CXmlDocument trimmed(CXmlTransform::TrimXmlNamespace(reply));
+    const XMLElement* utc = FirstChild(FindSystemDateAndTime(trimmed.Root()), "UTCDateTime");
+    CalendarTime read;
+    const std::pair<std::string_view, int*> fields[] = {
+        {"Date/Year", &read.year}, {"Date/Month", &read.month},   {"Date/Day", &read.day},
+        {"Time/Hour", &read.hour}, {"Time/Minute", &read.minute}, {"Time/Second", &read.second}};
+    for (const auto& [path, place] : fields) {
+        const auto number = ReadInt(TextAt(utc, path));
+        if (!number) {
+            return std::nullopt;
+        }
+        *place = *number;
+    }
+    return read;
 }
 
 std::string CreatedFromDeviceTime(const std::string& deviceTimeResult) {

@@ -3,8 +3,11 @@
 #ifndef ONVIF_CLIENT_TRANSFORM_TIMERESULTS_H
 #define ONVIF_CLIENT_TRANSFORM_TIMERESULTS_H
 
+#include <optional>
 #include <string>
 #include <string_view>
+
+#include "platform/Clock.h"
 
 namespace onvif_client {
 
@@ -17,6 +20,10 @@ std::string TransGetSystemDateAndTimeForAuthentication(std::string_view reply, s
 /// The creation time of a security header from such a result document: missing fields read as an
 /// empty year and as 0.
 std::string CreatedFromDeviceTime(const std::string& deviceTimeResult);
+
+/// The UTC time of a reply to GetSystemDateAndTime, whether or not a calendar has it; nothing when
+/// a field is missing or no number.
+std::optional<CalendarTime> ReadDeviceTime(std::string_view reply);
 
 }  // namespace onvif_client
 
