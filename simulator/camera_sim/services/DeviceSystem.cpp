@@ -34,13 +34,26 @@ Answer GetDiscoveryMode(Call& call) {
     return kDone;
 }
 
-Answer GetUsers(Call& call) {
-    if (call.state.user.name.empty()) {
-        return kDone;
+std::string_view LevelOf(Role role) {
+    switch (role) {
+        case Role::kAdministrator:
+            return "Administrator";
+        case Role::kOperator:
+            return "Operator";
+        case Role::kUser:
+            return "User";
+        case Role::kNone:
+            break;
     }
-    const Scope user(call.out, Ns::kDevice, "User");
-    call.out.Element(Ns::kSchema, "Username", call.state.user.name);
-    call.out.Element(Ns::kSchema, "UserLevel", "Administrator");
+    return "Anonymous";
+}
+
+Answer GetUsers(Call& call) {
+    for (const User& each : call.state.users) {
+        const Scope user(call.out, Ns::kDevice, "User");
+        call.out.Element(Ns::kSchema, "Username", each.name);
+        call.out.Element(Ns::kSchema, "UserLevel", LevelOf(each.role));
+    }
     return kDone;
 }
 
