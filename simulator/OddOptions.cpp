@@ -124,6 +124,8 @@ void AddOddOptions(CLI::App& app, camera_sim::CameraOptions& camera) {
     AddFraming(app, camera);
     AddClock(app, camera);
     AddAccounts(app, camera);
+    app.add_flag("--broken-media2", camera.brokenMedia2,
+                 "the second media service is offered, but implements none of its operations");
     app.add_option("--channels", camera.channels, "of a recorder")
         ->check(CLI::Range(1, kMostChannels))
         ->capture_default_str();

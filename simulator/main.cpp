@@ -52,6 +52,7 @@ void AddFlags(CLI::App& app, Arguments& arguments) {
     };
     app.add_flag("--no-media2", arguments.noMedia2, "no second media service");
     app.add_flag("--no-ptz", arguments.noPtz, "no PTZ service");
+    without("--no-media", camera.media, "no first media service");
     without("--no-imaging", camera.imaging, "no imaging service");
     without("--no-analytics", camera.analytics, "no analytics service");
     without("--no-events", camera.events, "no event service");

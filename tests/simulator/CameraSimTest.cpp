@@ -212,6 +212,45 @@ TEST(CameraSim, LetsAccountsDoWhatTheirRolesPermit) {
     }
 }
 
+TEST(CameraSim, HasOneMediaServiceOfTwo) {
+    struct Case {
+        camera_sim::CameraOptions options;
+        const char* announced;  // of the versions
+        const char* answering;
+    };
+    const std::vector<Case> cases = {
+        {{.user = ""}, "12", "12"},
+        {{.user = "", .media2 = false}, "1", "1"},
+        {{.user = "", .media = false}, "2", "2"},
+        {{.user = "", .brokenMedia2 = true}, "12", "1"},
+    };
+    for (const Case& test : cases) {
+        SCOPED_TRACE(&test - cases.data());
+        camera_sim::CCameraHost host;
+        camera_sim::CCamera& camera = host.Add(test.options);
+        const std::string services = Post(camera.Port(), "GetServices");
+        std::string announced, answering;
+        for (const std::string version : {"1", "2"}) {
+            const std::string ns = "http://www.onvif.org/ver" + version + "0/media/wsdl";
+            const std::string body =
+                "<e:Envelope xmlns:e='http://www.w3.org/2003/05/soap-envelope'><e:Body>"
+                "<GetStreamUri xmlns='" +
+                ns +
+                "'><StreamSetup><Stream>RTP-Unicast</Stream><Transport><Protocol>RTSP</Protocol>"
+                "</Transport></StreamSetup><Protocol>RTSP</Protocol><ProfileToken>Profile_2</"
+                "ProfileToken></GetStreamUri></e:Body></e:Envelope>";
+            const std::string reply =
+                Exchange(camera.Port(), "POST /onvif/media" + (version == "2" ? version : "") +
+                                            "_service HTTP/1.1\r\nContent-Length: " +
+                                            std::to_string(body.size()) + "\r\n\r\n" + body);
+            announced += services.find(ns) == std::string::npos ? "" : version;
+            answering += reply.find(":554/stream/Profile_2<") == std::string::npos ? "" : version;
+        }
+        EXPECT_EQ(announced, test.announced);
+        EXPECT_EQ(answering, test.answering);
+    }
+}
+
 TEST(CameraSim, DoesNotLetItsClockBeSet) {
     const std::vector<std::array<const char*, 3>> cases = {
         {"not-authorized", "400", "ter:NotAuthorized"},
@@ -252,14 +291,15 @@ TEST(CameraSim, MeetsRequestsWithFaultsInTurn) {
     camera_sim::CCamera& camera = host.Add({.user = ""});
     using Kind = camera_sim::Fault::Kind;
     camera.Inject("tds:GetDeviceInformation", {.kind = Kind::kClose, .remaining = 1});
-    camera.Inject("*", {.kind = Kind::kTruncate, .remaining = 1, .bytes = 10});
+    camera.Inject("tr2:*", {.kind = Kind::kClose});
+    camera.Inject("tds:*", {.kind = Kind::kTruncate, .remaining = 1, .bytes = 10});
     camera.Inject("GetProfiles", {.kind = Kind::kClose});
     EXPECT_EQ(Post(camera.Port(), "GetDeviceInformation"), "");
     EXPECT_EQ(Post(camera.Port(), "GetDeviceInformation"), "HTTP/1.1 2");
     EXPECT_TRUE(Accepted(Post(camera.Port(), "GetDeviceInformation")));
     EXPECT_EQ(camera.Count("GetDeviceInformation"), 3U);
     EXPECT_EQ(camera.Count("trt:GetDeviceInformation"), 0U);
-    EXPECT_EQ(camera.Faults().size(), 1U);
+    EXPECT_EQ(camera.Faults().size(), 2U);
 }
 
 TEST(CameraSim, SendsRepliesInEveryForm) {

@@ -129,8 +129,8 @@ constexpr std::array kKinds = {
 
 std::string_view FaultSyntax() {
     return R"(OPERATION[@COUNT]=KIND[:ARGUMENT]
-OPERATION is a name (GetProfiles), one of one service (tr2:GetProfiles), http:snapshot
-for pictures or * for all requests.
+OPERATION is a name (GetProfiles), one of one service (tr2:GetProfiles), any of one (tr2:*),
+http:snapshot for pictures or * for all requests.
 COUNT is how many requests it meets; all when it is left out.
   delay:MS             answer late
   silence[:MS]         never answer, keep the connection open
@@ -192,7 +192,7 @@ bool MatchesOperation(std::string_view pattern, std::string_view service,
         return true;
     }
     const auto [prefix, name] = SplitAt(pattern, ':');
-    return prefix == service && name == operation && !service.empty();
+    return prefix == service && (name == operation || name == "*") && !service.empty();
 }
 
 }  // namespace camera_sim

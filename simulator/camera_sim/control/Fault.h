@@ -43,8 +43,8 @@ struct Fault {
 /// A fault and the requests that it meets.
 struct PlannedFault {
     /// An operation ("GetProfiles"), an operation of one service by its usual prefix
-    /// ("tr2:GetProfiles"), "http:snapshot" for pictures, or "*" for all requests, unreadable ones
-    /// included.
+    /// ("tr2:GetProfiles", "tr2:*" for any), "http:snapshot" for pictures, or "*" for all requests,
+    /// unreadable ones included.
     std::string operation;
     Fault fault;
 };

@@ -16,18 +16,6 @@ SoapFault NoSuchConfiguration() {
     return InvalidArgument("NoConfig", "No such configuration");
 }
 
-Answer AnswerSnapshotUri(Call& call, void (*write)(CXmlWriter& out, std::string_view uri)) {
-    const Profile* profile = FindProfile(call);
-    if (profile == nullptr) {
-        return NoSuchProfile();
-    }
-    if (profile->videoEncoder.empty()) {
-        return IncompleteProfile();
-    }
-    write(call.out, AdvertisedSnapshot(call.options, *profile));
-    return kDone;
-}
-
 Answer AnswerStreamUri(Call& call, void (*write)(CXmlWriter& out, std::string_view uri)) {
     const Profile* profile = FindProfile(call);
     if (profile == nullptr) {
@@ -40,6 +28,18 @@ Answer AnswerStreamUri(Call& call, void (*write)(CXmlWriter& out, std::string_vi
         }
     }
     write(call.out, "rtsp://127.0.0.1:" + std::to_string(port) + "/stream/" + profile->token);
+    return kDone;
+}
+
+Answer AnswerSnapshotUri(Call& call, void (*write)(CXmlWriter& out, std::string_view uri)) {
+    const Profile* profile = FindProfile(call);
+    if (profile == nullptr) {
+        return NoSuchProfile();
+    }
+    if (profile->videoEncoder.empty()) {
+        return IncompleteProfile();
+    }
+    write(call.out, AdvertisedSnapshot(call.options, *profile));
     return kDone;
 }
 

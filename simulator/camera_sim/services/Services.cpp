@@ -79,8 +79,9 @@ bool SharesAddress(const CameraOptions& options, std::string_view path) {
 bool Offers(const CameraOptions& options, Ns ns) {
     switch (ns) {
         case Ns::kDevice:
-        case Ns::kMedia:
             return true;
+        case Ns::kMedia:
+            return options.media;
         case Ns::kDeviceIo:
             return options.deviceIo;
         case Ns::kMedia2:
@@ -108,7 +109,8 @@ std::string AdvertisedSnapshot(const CameraOptions& options, const Profile& prof
 }
 
 const Operation* FindOperation(const CameraOptions& options, Ns ns, std::string_view name) {
-    if (!Offers(options, ns) || (name == "GetServices" && !options.getServices)) {
+    const bool broken = ns == Ns::kMedia2 && options.brokenMedia2;
+    if (!Offers(options, ns) || broken || (name == "GetServices" && !options.getServices)) {
         return nullptr;
     }
     if (name == kServiceCapabilities.name && FindService(ns) != nullptr) {

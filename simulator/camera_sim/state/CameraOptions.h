@@ -38,6 +38,8 @@ struct CameraOptions {
     /// Services; unset: as the model has it.
     std::optional<bool> media2{};
     std::optional<bool> ptz{};
+    bool media = true;          ///< the first media service
+    bool brokenMedia2 = false;  ///< the second is offered, but implements none of its operations
     bool imaging = true;
     bool analytics = true;
     bool events = true;
