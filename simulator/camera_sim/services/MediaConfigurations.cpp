@@ -10,67 +10,67 @@ namespace {
 
 /// Where one kind of configuration is, and how it is written.
 template <typename Configuration>
-struct Kind {
+struct Listing {
     std::vector<Configuration> Media::*list;
     std::string Profile::*member;
     void (*write)(CXmlWriter& out, Ns ns, std::string_view name, const Media& media,
                   const Configuration& configuration);
 };
-constexpr Kind<VideoSourceConfiguration> kVideoSource{&Media::videoSourceConfigurations,
-                                                      &Profile::videoSource, WriteVideoSource};
-constexpr Kind<AudioSourceConfiguration> kAudioSource{&Media::audioSourceConfigurations,
-                                                      &Profile::audioSource, WriteAudioSource};
-constexpr Kind<VideoEncoder> kVideoEncoder10{&Media::videoEncoders, &Profile::videoEncoder,
-                                             WriteVideoEncoder10};
-constexpr Kind<VideoEncoder> kVideoEncoder20{&Media::videoEncoders, &Profile::videoEncoder,
-                                             WriteVideoEncoder20};
-constexpr Kind<AudioEncoder> kAudioEncoder10{&Media::audioEncoders, &Profile::audioEncoder,
-                                             WriteAudioEncoder10};
-constexpr Kind<AudioEncoder> kAudioEncoder20{&Media::audioEncoders, &Profile::audioEncoder,
-                                             WriteAudioEncoder20};
-constexpr Kind<MetadataConfiguration> kMetadata{&Media::metadata, &Profile::metadata,
-                                                WriteMetadata};
-constexpr Kind<AnalyticsConfiguration> kAnalytics{&Media::analytics, &Profile::analytics,
-                                                  WriteAnalytics};
+constexpr Listing<VideoSourceConfiguration> kVideoSource{&Media::videoSourceConfigurations,
+                                                         &Profile::videoSource, WriteVideoSource};
+constexpr Listing<AudioSourceConfiguration> kAudioSource{&Media::audioSourceConfigurations,
+                                                         &Profile::audioSource, WriteAudioSource};
+constexpr Listing<VideoEncoder> kVideoEncoder10{&Media::videoEncoders, &Profile::videoEncoder,
+                                                WriteVideoEncoder10};
+constexpr Listing<VideoEncoder> kVideoEncoder20{&Media::videoEncoders, &Profile::videoEncoder,
+                                                WriteVideoEncoder20};
+constexpr Listing<AudioEncoder> kAudioEncoder10{&Media::audioEncoders, &Profile::audioEncoder,
+                                                WriteAudioEncoder10};
+constexpr Listing<AudioEncoder> kAudioEncoder20{&Media::audioEncoders, &Profile::audioEncoder,
+                                                WriteAudioEncoder20};
+constexpr Listing<MetadataConfiguration> kMetadata{&Media::metadata, &Profile::metadata,
+                                                   WriteMetadata};
+constexpr Listing<AnalyticsConfiguration> kAnalytics{&Media::analytics, &Profile::analytics,
+                                                     WriteAnalytics};
 
 /// All of them, the one that the request names, or those that fit the profile that it names: a
 /// profile's configurations are fixed, so what it has is what fits.
-template <const auto& kind>
+template <const auto& Kind>
 Answer GetAll(Call& call) {
     const Media& media = call.state.media;
     const XmlElement* token = Child(&call.request, "ConfigurationToken");
     const XmlElement* profileToken = Child(&call.request, "ProfileToken");
     const Profile* profile = FindProfile(call);
-    if (token != nullptr && FindByToken(media.*kind.list, Text(token)) == nullptr) {
+    if (token != nullptr && FindByToken(media.*Kind.list, Text(token)) == nullptr) {
         return NoSuchConfiguration();
     }
     if (profileToken != nullptr && profile == nullptr) {
         return NoSuchProfile();
     }
-    for (const auto& each : media.*kind.list) {
+    for (const auto& each : media.*Kind.list) {
         if ((token == nullptr || each.token == Text(token)) &&
-            (profile == nullptr || each.token == profile->*kind.member)) {
-            kind.write(call.out, call.Service(), "Configurations", media, each);
+            (profile == nullptr || each.token == profile->*Kind.member)) {
+            Kind.write(call.out, call.Service(), "Configurations", media, each);
         }
     }
     return kDone;
 }
 
-template <const auto& kind>
+template <const auto& Kind>
 Answer GetOne(Call& call) {
     const Media& media = call.state.media;
-    const auto* found = FindByToken(media.*kind.list, call.Argument("ConfigurationToken"));
+    const auto* found = FindByToken(media.*Kind.list, call.Argument("ConfigurationToken"));
     if (found == nullptr) {
         return NoSuchConfiguration();
     }
-    kind.write(call.out, call.Service(), "Configuration", media, *found);
+    Kind.write(call.out, call.Service(), "Configuration", media, *found);
     return kDone;
 }
 
 /// An operation of a camera that has analytics.
-template <Handler handler>
+template <Handler Ask>
 Answer WithAnalytics(Call& call) {
-    return call.options.analytics ? handler(call) : NotSupported("The camera has no analytics");
+    return call.options.analytics ? Ask(call) : NotSupported("The camera has no analytics");
 }
 
 constexpr std::array kOperations10 = {
