@@ -25,6 +25,7 @@ constexpr int kFailure = 1;
 constexpr int kMostCameras = 1000;
 constexpr int kMostSeconds = 10 * 366 * 24 * 3600;
 constexpr int kMostMilliseconds = 24 * 3600 * 1000;
+constexpr int kLongEpisode = 3 * 60 * 1000;  // milliseconds
 constexpr int kMostMessages = 1000000;
 
 struct Arguments {
@@ -62,6 +63,9 @@ void AddFlags(CLI::App& app, Arguments& arguments) {
     without("--allow-replays", camera.refuseReplays, "accept a nonce more than once");
     without("--no-prolog", camera.xmlProlog, "answers without the XML declaration");
     without("--any-path", camera.strictPaths, "every service answers at every path");
+    app.add_flag_callback(
+        "--long-episodes", [&arguments] { arguments.motionPeriod = kLongEpisode; },
+        "motion begins or ends every three minutes, and nothing is repeated between");
     app.add_flag("--numeric-states", camera.numericStates, "digital inputs report 1 and 0");
     app.add_flag("--pulls-renew", camera.pullsRenew, "every pull extends its subscription");
     app.add_flag("--pretty", camera.prettyXml, "answers with line breaks and indentation");

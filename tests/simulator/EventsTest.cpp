@@ -107,12 +107,14 @@ void WaitForPulls(const CCamera& camera, std::size_t count) {
     WaitUntil([&] { return camera.Subscriptions().at(0).waitingPulls == count; });
 }
 
-/// The topic of the first message and its simple items: "t:A/B Name=Value ...".
+/// The topics of the messages and their simple items: "t:A/B Name=Value ...|t:A/C ...".
 std::string Told(const std::string& reply) {
-    static const std::regex item("SimpleItem Name=\"([^\"]*)\" Value=\"([^\"]*)\"");
-    std::string told = Between(reply.substr(reply.find("<wsnt:Topic")), ">", "<");
-    for (std::sregex_iterator at(reply.begin(), reply.end(), item), end; at != end; ++at)
-        told += " " + (*at)[1].str() + "=" + (*at)[2].str();
+    static const std::regex part(
+        "Set\">([^<]*)</wsnt:Topic>|SimpleItem Name=\"([^\"]*)\" Value=\"([^\"]*)\"");
+    std::string told;
+    for (std::sregex_iterator at(reply.begin(), reply.end(), part), end; at != end; ++at)
+        told += (*at)[1].matched ? (told.empty() ? "" : "|") + (*at)[1].str()
+                                 : " " + (*at)[2].str() + "=" + (*at)[3].str();
     return told;
 }
 
@@ -169,6 +171,76 @@ TEST(CameraEvents, ReportsStateAndChangesInEveryStyle) {
         const std::string properties =
             Exchange(camera.Port(), Soap(kServicePath, kEvents, "GetEventProperties", ""));
         EXPECT_EQ(CountOf(properties, "topic=\"true\""), 2U);
+    }
+}
+
+TEST(CameraEvents, TellsStatesInManyShapes) {
+    struct Case {
+        const char* topics;
+        std::string begin;  // of motion at VideoSource_1, Input_1 and Relay_1
+        std::string end;    // of all of them
+        std::size_t described = 2;
+    };
+    const std::string analytics =
+        " VideoSourceConfigurationToken=VideoSourceConfig_1 "
+        "VideoAnalyticsConfigurationToken=Analytics_1";
+    const auto input = [](const std::string& state) {
+        return "|tns1:Device/Trigger/DigitalInput InputToken=Input_1 LogicalState=" + state;
+    };
+    const auto port = [](const std::string& state) {
+        return "|tns1:Device/IO/Port Port=Input_1 State=" + state;
+    };
+    const auto relay = [](const std::string& state) {
+        return "|tns1:Device/Trigger/Relay RelayToken=Relay_1 LogicalState=" + state;
+    };
+    const std::string field = "tns1:RuleEngine/FieldDetector/ObjectsInside" + analytics +
+                              " Rule=FieldRule ObjectId=1 IsInside=";
+    const std::string line =
+        "tns1:RuleEngine/LineDetector/Crossed" + analytics + " Rule=LineRule ObjectId=1";
+    const std::string motion = "tns1:VideoAnalytics/VMD/Motion VideoSource=VideoSource_1 active=";
+    const std::string object =
+        "tns1:RuleEngine/ObjectAnalytics/Scenario1 Source=VideoSource_1 active=";
+    const std::string guard =
+        "tns1:RuleEngine/MotionGuard/Profile1 VideoSource=VideoSource_1 active=";
+    const std::string fence =
+        "|tns1:RuleEngine/FenceGuard/Profile1 VideoSource=VideoSource_1 active=false";
+    const std::string shape =
+        "tns1:UserAlarm/IVA/HumanShapeDetect VideoSourceConfigurationToken=VideoSourceConfig_1 "
+        "State=";
+    const std::string rule = "tns1:RuleEngine/CellMotionDetector/Motion" + analytics + " Rule=Rule";
+    const std::vector<Case> cases = {
+        {"field", field + "true" + input("true"), field + "false" + input("false")},
+        {"line", line + input("true"), input("false").substr(1)},
+        {"detection", motion + "true" + input("true"), motion + "false" + input("false")},
+        {"objects", object + "true" + port("true"), object + "false" + port("false")},
+        {"guards", guard + "true" + fence + port("true"), guard + "false" + fence + port("false"),
+         3},
+        {"human-shape", shape + "true" + input("true") + relay("active"),
+         shape + "false" + input("false") + relay("inactive"), 3},
+        {"two-rules",
+         rule + "A IsMotion=true|" + rule + "B IsMotion=false" + input("true") + relay("active"),
+         rule + "A IsMotion=false|" + rule + "B IsMotion=false" + input("false") +
+             relay("inactive"),
+         3},
+    };
+    for (const Case& test : cases) {
+        SCOPED_TRACE(test.topics);
+        CCameraHost host;
+        CCamera& camera = host.Add({.user = "", .topicStyle = test.topics});
+        const PullPoint point(camera);
+        EXPECT_FALSE(Contains(point.Pull("PT0S"), "Crossed"));
+        for (const bool active : {true, false}) {
+            camera.Change([active](CameraState& state) {
+                SetMotion(state, active);
+                state.inputs[0].active = state.relays[0].active = active;
+            });
+            EXPECT_EQ(Told(point.Pull("PT0S")), active ? test.begin : test.end);
+        }
+        Exchange(camera.Port(), Http("DELETE", "/control/inputs/Input_1", ""));
+        EXPECT_EQ(CountOf(point.Pull("PT0S"), "PropertyOperation=\"Deleted\""), 1U);
+        const std::string properties =
+            Exchange(camera.Port(), Soap(kServicePath, kEvents, "GetEventProperties", ""));
+        EXPECT_EQ(CountOf(properties, "topic=\"true\""), test.described) << properties;
     }
 }
 

@@ -141,6 +141,16 @@ Reply SetInput(IControlledCamera& camera, const HttpRequest& request) {
     return found ? Done() : HttpReply(404, kTextType, "no such input\n");
 }
 
+Reply RemoveInput(IControlledCamera& camera, const HttpRequest& request) {
+    bool found = false;
+    camera.Change([&](CameraState& state) {
+        found = std::erase_if(state.inputs, [&](const DigitalInput& input) {
+                    return input.token == LastName(request);
+                }) > 0;
+    });
+    return found ? Done() : HttpReply(404, kTextType, "no such input\n");
+}
+
 Reply Reboot(IControlledCamera& camera, const HttpRequest&) {
     camera.Reboot();
     return Done();
@@ -165,6 +175,7 @@ constexpr std::array kControls = {
     ControlRow{"POST", "motion", SetMotion},
     ControlRow{"POST", "motion/", SetSourceMotion},
     ControlRow{"POST", "inputs/", SetInput},
+    ControlRow{"DELETE", "inputs/", RemoveInput},
     ControlRow{"GET", "subscriptions", Tell<ReportSubscriptions>},
     ControlRow{"POST", "reboot", Reboot},
 };
@@ -187,6 +198,7 @@ std::string_view ControlHelp() {
   POST   /control/motion/TOKEN  the same at one video source
   POST   /control/inputs/TOKEN  switch a digital input: true or false
                                   curl -d true URL/control/inputs/Input_1
+  DELETE /control/inputs/TOKEN  remove a digital input: events tell that it was deleted
   GET    /control/subscriptions the event subscriptions (JSON)
   POST   /control/reboot        drop all connections, forget all subscriptions
 )";

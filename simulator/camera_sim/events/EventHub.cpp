@@ -50,8 +50,9 @@ std::map<std::uint64_t, Subscription>& CEventHub::All() {
 
 void CEventHub::Synchronize(Subscription& subscription, const CameraState& state) {
     for (const Property& property : ListProperties(state)) {
-        Queue(subscription, std::make_shared<const EventMessage>(
-                                MakeMessage(options_, state, property, "Initialized")));
+        for (EventMessage& message : MakeMessages(options_, state, property, "Initialized")) {
+            Queue(subscription, std::make_shared<const EventMessage>(std::move(message)));
+        }
     }
 }
 
@@ -59,12 +60,13 @@ std::size_t CEventHub::Observe(const CameraState& state) {
     std::vector<Property> current = ListProperties(state);
     std::size_t count = 0;
     const auto publish = [&](const Property& property, std::string_view operation) {
-        const auto message =
-            std::make_shared<const EventMessage>(MakeMessage(options_, state, property, operation));
-        for (auto& [id, subscription] : All()) {
-            Queue(subscription, message);
+        for (EventMessage& made : MakeMessages(options_, state, property, operation)) {
+            const auto message = std::make_shared<const EventMessage>(std::move(made));
+            for (auto& [id, subscription] : All()) {
+                Queue(subscription, message);
+            }
+            ++count;
         }
-        ++count;
     };
     for (const Property& property : current) {
         const Property* before = FindSame(known_, property);

@@ -9,7 +9,8 @@ namespace {
 
 using Scope = CXmlWriter::CScope;
 using Origin = Topic::Origin;
-using Path = std::array<std::string_view, Topic::kDepth>;
+using Report = Topic::Report;
+using Words = Topic::Words;
 
 constexpr std::string_view kConcreteDialect =
     "http://docs.oasis-open.org/wsn/t-1/TopicExpression/Concrete";
@@ -17,32 +18,11 @@ constexpr std::string_view kConcreteSetDialect =
     "http://www.onvif.org/ver10/tev/topicExpression/ConcreteSet";
 constexpr std::size_t kMostBranches = 64;
 
-constexpr Path kCellMotion = {"RuleEngine", "CellMotionDetector", "Motion"};
-constexpr std::array kRuleSource = {
-    Topic::Item{"VideoSourceConfigurationToken", Origin::kVideoSourceConfiguration},
-    Topic::Item{"VideoAnalyticsConfigurationToken", Origin::kAnalyticsConfiguration},
-    Topic::Item{"Rule", Origin::kRule}};
+/// Of the only object that there is.
+constexpr std::string_view kObject = "1";
 
-constexpr Topic InputTopic(bool qualified) {
-    return {{"Device", "Trigger", "DigitalInput"}, qualified, {{{"InputToken"}}}, "LogicalState"};
-}
-
-constexpr std::array kStyles = {
-    TopicStyle{"cell-motion", {kCellMotion, false, kRuleSource, "IsMotion"}, InputTopic(false)},
-    TopicStyle{"motion-region",
-               {{"RuleEngine", "MotionRegionDetector", "Motion"},
-                false,
-                {{{"VideoSource"}, {"RuleName", Origin::kRule}}},
-                "State"},
-               InputTopic(false)},
-    TopicStyle{"source-alarm",
-               {{"VideoSource", "MotionAlarm"}, false, {{{"Source"}}}, "State"},
-               InputTopic(false)},
-    TopicStyle{"qualified", {kCellMotion, true, kRuleSource, "IsMotion"}, InputTopic(true)},
-};
-
-std::string ItemValue(const CameraState& state, const Property& property, Origin origin) {
-    if (origin == Origin::kToken) {
+std::string ItemValue(const CameraState& state, const Property& property, const Topic::Item& item) {
+    if (item.origin == Origin::kToken) {
         return property.token;
     }
     const auto& configurations = state.media.videoSourceConfigurations;
@@ -57,9 +37,11 @@ std::string ItemValue(const CameraState& state, const Property& property, Origin
     const auto* analytics = profile == profiles.end()
                                 ? nullptr
                                 : FindByToken(state.media.analytics, profile->analytics);
-    switch (origin) {
+    switch (item.origin) {
         case Origin::kToken:
             break;
+        case Origin::kConstant:
+            return std::string(item.value);
         case Origin::kVideoSourceConfiguration:
             return configuration;
         case Origin::kAnalyticsConfiguration:
@@ -87,46 +69,91 @@ void WriteItemDescription(CXmlWriter& out, std::string_view name, const std::str
     out.Attribute("Type", type);
 }
 
+std::string DataType(CXmlWriter& out, const Topic& topic) {
+    if (topic.report == Report::kEvent) {
+        return out.QualifiedName(Ns::kXmlSchema, "integer");
+    }
+    return topic.words == Words::kActivity ? out.QualifiedName(Ns::kSchema, "RelayLogicalState")
+                                           : out.QualifiedName(Ns::kXmlSchema, "boolean");
+}
+
 void WriteDescription(CXmlWriter& out, const Topic& topic) {
     const Scope description(out, Ns::kSchema, "MessageDescription");
-    out.Attribute("IsProperty", true);
+    out.Attribute("IsProperty", topic.report != Report::kEvent);
     {
         const Scope source(out, Ns::kSchema, "Source");
         for (const Topic::Item& item : topic.source) {
             if (item.name.empty()) {
                 continue;
             }
+            const bool text = item.origin == Origin::kRule || item.origin == Origin::kConstant;
             WriteItemDescription(out, item.name,
-                                 item.origin == Origin::kRule
-                                     ? out.QualifiedName(Ns::kXmlSchema, "string")
-                                     : out.QualifiedName(Ns::kSchema, "ReferenceToken"));
+                                 text ? out.QualifiedName(Ns::kXmlSchema, "string")
+                                      : out.QualifiedName(Ns::kSchema, "ReferenceToken"));
         }
     }
+    if (!topic.key.empty()) {
+        const Scope key(out, Ns::kSchema, "Key");
+        WriteItemDescription(out, topic.key, out.QualifiedName(Ns::kXmlSchema, "integer"));
+    }
     const Scope data(out, Ns::kSchema, "Data");
-    WriteItemDescription(out, topic.data, out.QualifiedName(Ns::kXmlSchema, "boolean"));
+    WriteItemDescription(out, topic.data, DataType(out, topic));
 }
 
-void WriteLevel(CXmlWriter& out, const Topic& topic, std::size_t level) {
-    const bool prefixed = level == 0 || topic.qualified;
-    const Scope element(out, prefixed ? Ns::kTopics : Ns::kNone, topic.path[level]);
-    const bool last = level + 1 == topic.path.size() || topic.path[level + 1].empty();
-    if (!last) {
-        return WriteLevel(out, topic, level + 1);
+using Topics = std::vector<const Topic*>;
+
+bool EndsAt(const Topic& topic, std::size_t level) {
+    return level + 1 == topic.path.size() || topic.path[level + 1].empty();
+}
+
+/// Writes the levels of topics that agree in those above, each once.
+void WriteLevel(CXmlWriter& out, Topics topics, std::size_t level) {
+    while (!topics.empty()) {
+        const Topic& first = *topics.front();
+        const auto others = std::stable_partition(
+            topics.begin(), topics.end(),
+            [&](const Topic* topic) { return topic->path[level] == first.path[level]; });
+        Topics below(topics.begin(), others);
+        topics.erase(topics.begin(), others);
+        const bool prefixed = level == 0 || first.qualified;
+        const Scope element(out, prefixed ? Ns::kTopics : Ns::kNone, first.path[level]);
+        if (EndsAt(first, level)) {
+            out.Attribute(out.QualifiedName(Ns::kTopicSet, "topic"), true);
+            WriteDescription(out, first);
+        }
+        std::erase_if(below, [level](const Topic* topic) { return EndsAt(*topic, level); });
+        WriteLevel(out, std::move(below), level + 1);
     }
-    out.Attribute(out.QualifiedName(Ns::kTopicSet, "topic"), true);
-    WriteDescription(out, topic);
+}
+
+std::string_view ValueOf(const CameraOptions& options, const Property& property,
+                         const Topic& topic) {
+    if (topic.report == Report::kEvent) {
+        return kObject;
+    }
+    const bool active = property.active && topic.report == Report::kState;
+    if (topic.words == Words::kActivity) {
+        return active ? "active" : "inactive";
+    }
+    if (property.kind == Property::Kind::kInput && options.numericStates) {
+        return active ? "1" : "0";
+    }
+    return active ? "true" : "false";
 }
 
 }  // namespace
 
 std::vector<Property> ListProperties(const CameraState& state) {
     std::vector<Property> properties;
-    properties.reserve(state.media.videoSources.size() + state.inputs.size());
+    properties.reserve(state.media.videoSources.size() + state.inputs.size() + state.relays.size());
     for (const VideoSource& source : state.media.videoSources) {
         properties.push_back({Property::Kind::kMotion, source.token, source.motion});
     }
     for (const DigitalInput& input : state.inputs) {
         properties.push_back({Property::Kind::kInput, input.token, input.active});
+    }
+    for (const RelayOutput& relay : state.relays) {
+        properties.push_back({Property::Kind::kRelay, relay.token, relay.active});
     }
     return properties;
 }
@@ -145,48 +172,39 @@ std::string Topic::PlainPath() const {
     return text;
 }
 
-const TopicStyle* FindTopicStyle(std::string_view name) {
-    for (const TopicStyle& style : kStyles) {
-        if (style.name == name) {
-            return &style;
+void WriteTopicSet(CXmlWriter& out, const TopicStyle& style) {
+    Topics topics;
+    for (const auto list : {style.motion, style.input, style.relay}) {
+        for (const Topic& topic : list) {
+            topics.push_back(&topic);
         }
     }
-    return nullptr;
-}
-
-std::vector<std::string> TopicStyleNames() {
-    std::vector<std::string> names;
-    names.reserve(kStyles.size());
-    for (const TopicStyle& style : kStyles) {
-        names.emplace_back(style.name);
-    }
-    return names;
-}
-
-void WriteTopicSet(CXmlWriter& out, const TopicStyle& style) {
     const Scope set(out, Ns::kTopicSet, "TopicSet");
-    WriteLevel(out, style.motion, 0);
-    WriteLevel(out, style.input, 0);
+    WriteLevel(out, std::move(topics), 0);
 }
 
-EventMessage MakeMessage(const CameraOptions& options, const CameraState& state,
-                         const Property& property, std::string_view operation) {
-    const TopicStyle& style = *FindTopicStyle(options.topicStyle);
-    const bool isInput = property.kind == Property::Kind::kInput;
-    EventMessage message;
-    message.time = std::chrono::floor<std::chrono::milliseconds>(std::chrono::system_clock::now()) +
-                   state.clock.offset;
-    message.operation = operation;
-    message.topic = isInput ? &style.input : &style.motion;
-    for (const Topic::Item& item : message.topic->source) {
-        if (item.name.empty()) {
+std::vector<EventMessage> MakeMessages(const CameraOptions& options, const CameraState& state,
+                                       const Property& property, std::string_view operation) {
+    std::vector<EventMessage> messages;
+    for (const Topic& topic : FindTopicStyle(options.topicStyle)->Of(property.kind)) {
+        const bool event = topic.report == Report::kEvent;
+        if (event && (operation != "Changed" || !property.active)) {
             continue;
         }
-        message.source.emplace_back(item.name, ItemValue(state, property, item.origin));
+        EventMessage& message = messages.emplace_back();
+        message.time =
+            std::chrono::floor<std::chrono::milliseconds>(std::chrono::system_clock::now()) +
+            state.clock.offset;
+        message.operation = event ? "" : operation;
+        message.topic = &topic;
+        for (const Topic::Item& item : topic.source) {
+            if (!item.name.empty()) {
+                message.source.emplace_back(item.name, ItemValue(state, property, item));
+            }
+        }
+        message.value = ValueOf(options, property, topic);
     }
-    const bool numeric = isInput && options.numericStates;
-    message.value = property.active ? (numeric ? "1" : "true") : (numeric ? "0" : "false");
-    return message;
+    return messages;
 }
 
 void WriteMessage(CXmlWriter& out, const EventMessage& message) {
@@ -209,8 +227,13 @@ void WriteMessage(CXmlWriter& out, const EventMessage& message) {
     const Scope holder(out, Ns::kNotification, "Message");
     const Scope element(out, Ns::kSchema, "Message");
     out.Attribute("UtcTime", FormatUtc(message.time));
-    out.Attribute("PropertyOperation", message.operation);
+    if (!message.operation.empty()) {
+        out.Attribute("PropertyOperation", message.operation);
+    }
     WriteItems(out, "Source", message.source);
+    if (!message.topic->key.empty()) {
+        WriteItems(out, "Key", {{message.topic->key, std::string(kObject)}});
+    }
     WriteItems(out, "Data", {{message.topic->data, std::string(message.value)}});
 }
 

@@ -7,6 +7,7 @@
 #include <array>
 #include <chrono>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -21,25 +22,40 @@ namespace camera_sim {
 
 /// A value of the camera's state whose changes are reported.
 struct Property {
-    enum class Kind { kMotion, kInput };
+    enum class Kind { kMotion, kInput, kRelay };
     Kind kind;
-    std::string token;  ///< of the video source or input
+    std::string token;  ///< of the video source, input or relay
     bool active;
 };
 std::vector<Property> ListProperties(const CameraState& state);
 
 struct Topic {
     /// Where the value of an item of the source comes from.
-    enum class Origin { kToken, kVideoSourceConfiguration, kAnalyticsConfiguration, kRule };
+    enum class Origin {
+        kToken,
+        kVideoSourceConfiguration,
+        kAnalyticsConfiguration,
+        kRule,
+        kConstant
+    };
     struct Item {
         std::string_view name;
         Origin origin = Origin::kToken;
+        std::string_view value{};  ///< of kConstant
     };
+    /// kLogical: "true" and "false"; kActivity: "active" and "inactive".
+    enum class Words { kLogical, kActivity };
+    /// kState: the property. kIdle: another rule, which never finds anything; it is reported
+    /// whenever the property is. kEvent: no state, only that the property has begun.
+    enum class Report { kState, kIdle, kEvent };
     static constexpr std::size_t kDepth = 3;
     std::array<std::string_view, kDepth> path;  ///< unused levels are empty
     bool qualified;                             ///< a prefix at every level, not only the first
     std::array<Item, 3> source;                 ///< unused ones have no name
     std::string_view data;
+    std::string_view key{};  ///< an item of the message's key; empty: none
+    Words words = Words::kLogical;
+    Report report = Report::kState;
 
     /// "Device/Trigger/DigitalInput"
     std::string PlainPath() const;
@@ -47,8 +63,11 @@ struct Topic {
 
 struct TopicStyle {
     std::string_view name;
-    Topic motion;
-    Topic input;
+    std::span<const Topic> motion;
+    std::span<const Topic> input;
+    std::span<const Topic> relay;
+
+    std::span<const Topic> Of(Property::Kind kind) const;
 };
 /// Null when there is none of that name.
 const TopicStyle* FindTopicStyle(std::string_view name);
@@ -57,13 +76,14 @@ void WriteTopicSet(CXmlWriter& out, const TopicStyle& style);
 
 struct EventMessage {
     std::chrono::sys_time<std::chrono::milliseconds> time;  ///< of the camera
-    std::string_view operation;                             ///< "Initialized", "Changed", "Deleted"
+    std::string_view operation;  ///< "Initialized", "Changed", "Deleted"; or none
     const Topic* topic;
     std::vector<std::pair<std::string_view, std::string>> source;
     std::string_view value;
 };
-EventMessage MakeMessage(const CameraOptions& options, const CameraState& state,
-                         const Property& property, std::string_view operation);
+/// What is told of a property, in the order of the style.
+std::vector<EventMessage> MakeMessages(const CameraOptions& options, const CameraState& state,
+                                       const Property& property, std::string_view operation);
 /// Writes topic and message, the content of a NotificationMessage.
 void WriteMessage(CXmlWriter& out, const EventMessage& message);
 

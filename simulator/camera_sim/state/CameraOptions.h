@@ -133,6 +133,17 @@ std::vector<std::string> ClockRefusalNames();
 /// "motion-region"  tns1:RuleEngine/MotionRegionDetector/Motion and the same for inputs
 /// "source-alarm"   tns1:VideoSource/MotionAlarm and the same for inputs
 /// "qualified"      the topics of "cell-motion" with a prefix at every level
+/// "field"          tns1:RuleEngine/FieldDetector/ObjectsInside, IsInside, with a key ObjectId
+/// "line"           tns1:RuleEngine/LineDetector/Crossed: no state, an event when motion begins
+/// "detection"      tns1:VideoAnalytics/VMD/Motion, active
+/// "analytics"      tns1:VideoAnalytics/MotionDetection
+/// "objects"        tns1:RuleEngine/ObjectAnalytics/Scenario1, active; tns1:Device/IO/Port
+/// "guards"         tns1:RuleEngine/MotionGuard/Profile1 and, never true but told with it,
+///                  FenceGuard; tns1:Device/IO/Port
+/// "human-shape"    tns1:UserAlarm/IVA/HumanShapeDetect, and relays: tns1:Device/Trigger/Relay
+/// "two-rules"      "cell-motion" by two rules, of which RuleB is told with RuleA and never true;
+///                  relays
+/// "many"           motion by ten topics at once, those of "guards" among them; relays
 std::vector<std::string> TopicStyleNames();
 
 /// The names that CameraOptions::subscriptionStyle takes:
