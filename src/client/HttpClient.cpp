@@ -124,9 +124,9 @@ PullReply CHttpClient::ReadPullReply(std::string_view reply) {
     CResultDocument result;
     std::string_view soap;
     reply = reply.substr(0, reply.find('\0'));
-    const int status = ClassifyReply(ip_, port_, reply, soap);
+    const int status = Classify(reply, soap);
     if (status == status::kSuccess) {
-        BuildResult(kPullMessagesResult, soap, {}, result);
+        BuildResult(kPullMessagesResult, soap, {}, result, FaultReadingOf(extensions_));
     }
     if (status == status::kNotAuthorized) {
         deviceClock_.NoteRefusal();
@@ -162,12 +162,20 @@ Reply CHttpClient::PostOnce(const Target& target, std::string_view body) {
         reply.date = ReadHttpDate(buffer);
     }
     std::string_view soap;
-    reply.status = ClassifyReply(ip_, port_, buffer, soap);
+    reply.status = Classify(buffer, soap);
     if (reply.status == status::kSuccess) {
         buffer.erase(0, buffer.size() - soap.size());
         reply.soap = std::move(buffer);
+        if (extensions_.Has(Extension::kOpenFaults)) {
+            JoinEnvelopeTag(reply.soap);
+        }
     }
     return reply;
+}
+
+int CHttpClient::Classify(std::string_view reply, std::string_view& soap) const {
+    return extensions_.Has(Extension::kOpenFaults) ? ClassifyOpenly(ip_, port_, reply, soap)
+                                                   : ClassifyReply(ip_, port_, reply, soap);
 }
 
 std::string CHttpClient::BuildRequest(std::string_view path, std::string_view body) const {

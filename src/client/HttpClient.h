@@ -99,6 +99,8 @@ class CHttpClient final : public ICommandSession {
     /// During a login, as long as that has patience.
     Reply Post(const Target& target, std::string_view body);
     Reply PostOnce(const Target& target, std::string_view body);
+    /// What the reply says, as the session's extensions have it.
+    int Classify(std::string_view reply, std::string_view& soap) const;
     /// A POST, cut where the session's requests end.
     std::string BuildRequest(std::string_view path, std::string_view body) const;
     /// One exchange over TCP.

@@ -14,11 +14,13 @@ constexpr std::uint32_t kRestOfEnvelopeMs = 250;
 }  // namespace
 
 bool CReplyCollector::IsNeeded(CExtensions extensions) {
-    return extensions.Has(Extension::kHttpFraming) || extensions.Has(Extension::kLargeMessages);
+    return extensions.Has(Extension::kHttpFraming) || extensions.Has(Extension::kLargeMessages) ||
+           extensions.Has(Extension::kOpenFaults);
 }
 
 CReplyCollector::CReplyCollector(CExtensions extensions, std::size_t capacity)
-    : capacity_(extensions.Has(Extension::kLargeMessages) ? kLargestReply : capacity) {
+    : capacity_(extensions.Has(Extension::kLargeMessages) ? kLargestReply : capacity),
+      withoutPrefix_(extensions.Has(Extension::kOpenFaults)) {
     if (extensions.Has(Extension::kHttpFraming)) {
         framing_.emplace();
     }
@@ -37,22 +39,37 @@ std::uint32_t CReplyCollector::OnReply(const char* data, std::uint32_t length) {
     if (state != ReplyState::kComplete) {
         return kReplyGoesOn;
     }
-    if (framing_->Chunked() || text_.find(kEnvelopeName) == std::string::npos) {
+    if (framing_->Chunked() || !EnvelopeBegins()) {
         return 0;
     }
     text_ += bytes;  // there are devices that state too small a length
     return Ends() ? 0 : kRestOfEnvelopeMs;
 }
 
-bool CReplyCollector::Ends() {
+std::size_t CReplyCollector::EndOfEnvelope() const {
     constexpr std::string_view kMarker = kReplyEndMarker;
-    text_.resize(std::min(text_.size(), capacity_));
     const std::size_t found = text_.find(kMarker, searched_);
-    if (found != std::string::npos) {
-        text_.resize(found + kMarker.size());
+    const std::size_t bare =
+        withoutPrefix_ ? text_.find(kBareEndMarker, searched_) : std::string::npos;
+    if (found == std::string::npos && bare == std::string::npos) {
+        return found;
+    }
+    return found < bare ? found + kMarker.size() : bare + kBareEndMarker.size();
+}
+
+bool CReplyCollector::EnvelopeBegins() const {
+    return text_.find(kEnvelopeName) != std::string::npos ||
+           (withoutPrefix_ && text_.find("<Envelope") != std::string::npos);
+}
+
+bool CReplyCollector::Ends() {
+    text_.resize(std::min(text_.size(), capacity_));
+    const std::size_t end = EndOfEnvelope();
+    if (end != std::string::npos) {
+        text_.resize(end);
         return true;
     }
-    searched_ = text_.size() - std::min(text_.size(), kMarker.size());
+    searched_ = text_.size() - std::min(text_.size(), kBareEndMarker.size());
     return text_.size() == capacity_;
 }
 

@@ -16,7 +16,8 @@
 
 namespace onvif_client {
 
-/// The text of a reply ends with the envelope (kReplyEndMarker), at its capacity and, as HTTP
+/// The text of a reply ends with the envelope (kReplyEndMarker, with open-faults also without a
+/// prefix), at its capacity and, as HTTP
 /// frames it, with its length, its last chunk or a chunk that is none. Where an envelope goes on
 /// behind the length, 250 ms are left for its end. One exchange, on one thread.
 class CReplyCollector final : public CReplyObserver {
@@ -33,11 +34,14 @@ class CReplyCollector final : public CReplyObserver {
     std::string Take() { return std::move(text_); }
 
  private:
+    std::size_t EndOfEnvelope() const;
+    bool EnvelopeBegins() const;
     /// Cuts the text at its end or its capacity.
     /// @return true when one of them is reached.
     bool Ends();
 
     const std::size_t capacity_;
+    const bool withoutPrefix_;
     std::optional<CHttpReplyFraming> framing_;
     std::string text_;
     std::size_t searched_ = 0;  // the envelope does not end before

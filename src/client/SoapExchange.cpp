@@ -3,8 +3,11 @@
 #include <algorithm>
 
 #include "common/HttpAddress.h"
+#include "common/HttpHead.h"
 #include "common/LogText.h"
 #include "common/Status.h"
+#include "transform/FaultReaders.h"
+#include "transform/XmlTransform.h"
 
 namespace onvif_client {
 
@@ -25,6 +28,53 @@ constexpr TelltaleText kTelltaleTexts[] = {
 
 bool Contains(std::string_view text, std::string_view part) {
     return text.find(part) != std::string_view::npos;
+}
+
+int ReportNoReply(std::string_view host, std::uint16_t port) {
+    LogNormal(logpoint::kNoReply, "************************************%s:%d  no data return \r\n",
+              std::string(host).c_str(), int{port});
+    return status::kNoReply;
+}
+
+/// The status of an HTTP reply, that of interim ones passed over; empty where there is none.
+std::string_view HttpStatus(std::string_view reply) {
+    while (reply.starts_with("HTTP/")) {
+        const std::string_view status = StatusCode(reply.substr(0, reply.find_first_of("\r\n")));
+        if (!status.starts_with('1')) {
+            return status;
+        }
+        TakeUntil(reply, kHeadEnd);
+    }
+    return {};
+}
+
+/// Where the start tag of an envelope begins, with whatever prefix.
+std::size_t FindEnvelope(std::string_view text) {
+    constexpr std::string_view kName = "Envelope";
+    constexpr std::string_view kNotInPrefix = "<>:/\"' \t\r\n";
+    for (std::size_t at = text.find(kName); at != std::string_view::npos;
+         at = text.find(kName, at + kName.size())) {
+        const std::string_view behind = text.substr(at + kName.size(), 1);
+        std::size_t tag = at - 1;
+        if (at > 1 && text[tag] == ':') {
+            tag = text.find_last_of(kNotInPrefix, at - 2);
+        }
+        if (tag < at && text[tag] == '<' && !behind.empty() && Contains(" \t\r\n>", behind)) {
+            return tag;
+        }
+    }
+    return std::string_view::npos;
+}
+
+bool HoldsRefusal(std::string_view soap) {
+    if (!Contains(soap, "Fault")) {
+        return false;
+    }
+    CXmlDocument document(soap);
+    if (document.Root() != nullptr) {
+        CXmlTransform::TrimElementNames(document.Root());
+    }
+    return RefusesCredentials(document.Root());
 }
 
 }  // namespace
@@ -57,10 +107,7 @@ std::string BuildPost(std::string_view path, std::string_view host, std::string_
 int ClassifyReply(std::string_view host, std::uint16_t port, std::string_view reply,
                   std::string_view& soap) {
     if (reply.empty()) {
-        LogNormal(logpoint::kNoReply,
-                  "************************************%s:%d  no data return \r\n",
-                  std::string(host).c_str(), int{port});
-        return status::kNoReply;
+        return ReportNoReply(host, port);
     }
     const auto* telltale =
         std::find_if(std::begin(kTelltaleTexts), std::end(kTelltaleTexts),
@@ -77,6 +124,36 @@ int ClassifyReply(std::string_view host, std::uint16_t port, std::string_view re
     }
     soap = reply.substr(prolog);
     return status::kSuccess;
+}
+
+int ClassifyOpenly(std::string_view host, std::uint16_t port, std::string_view reply,
+                   std::string_view& soap) {
+    if (reply.empty()) {
+        return ReportNoReply(host, port);
+    }
+    if (HttpStatus(reply) == "401") {
+        return status::kNotAuthorized;
+    }
+    const std::size_t envelope = FindEnvelope(reply);
+    if (envelope == std::string_view::npos) {
+        return status::kBadRequest;
+    }
+    const std::size_t prolog = reply.substr(0, envelope).find("<?xml");
+    const std::string_view answer = reply.substr(std::min(prolog, envelope));
+    if (HoldsRefusal(answer)) {
+        return status::kNotAuthorized;
+    }
+    soap = answer;
+    return status::kSuccess;
+}
+
+void JoinEnvelopeTag(std::string& soap) {
+    const std::size_t begin = std::min(FindEnvelope(soap), soap.size());
+    const std::size_t end = std::min(soap.find('>', begin), soap.size());
+    std::replace_if(
+        soap.begin() + static_cast<std::ptrdiff_t>(begin),
+        soap.begin() + static_cast<std::ptrdiff_t>(end),
+        [](char c) { return c == '\t' || c == '\r' || c == '\n'; }, ' ');
 }
 
 }  // namespace onvif_client

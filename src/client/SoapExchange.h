@@ -14,7 +14,10 @@ namespace onvif_client {
 /// Ends a reply: its length header is not looked at.
 constexpr const char* kReplyEndMarker = ":Envelope>";
 
-/// What a reply without it does not answer with.
+/// Ends one without a prefix, where that is read.
+constexpr std::string_view kBareEndMarker = "</Envelope>";
+
+/// A reply without it is no answer.
 constexpr std::string_view kEnvelopeName = ":Envelope";
 
 /// The time-out of a login's service search, in milliseconds.
@@ -36,6 +39,16 @@ std::string BuildPost(std::string_view path, std::string_view host, std::string_
 /// @param soap  with status 0: the part of @p reply from "<?xml" on; else untouched.
 int ClassifyReply(std::string_view host, std::uint16_t port, std::string_view reply,
                   std::string_view& soap);
+
+/// The same with the extension open-faults: an envelope is an answer whatever its prefix, with or
+/// without prolog and whatever HTTP status it came with, unless its fault refuses the credentials.
+/// That and the status 401 alone give 401; no envelope gives 7.
+int ClassifyOpenly(std::string_view host, std::uint16_t port, std::string_view reply,
+                   std::string_view& soap);
+
+/// Puts the start tag of the envelope on one line, with blanks alone: what trims tags of a text
+/// takes a name without prefix for one that goes on over line breaks and tabs.
+void JoinEnvelopeTag(std::string& soap);
 
 }  // namespace onvif_client
 

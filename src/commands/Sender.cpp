@@ -17,7 +17,8 @@ int SendStep(ICommandSession& session, const CommandStep& step, const CommandReq
     }
     if (step.result != nullptr) {
         const std::string token = step.tokenAsked == nullptr ? "" : step.tokenAsked(request);
-        BuildResult(*step.result, reply.soap, {index, token}, result);
+        BuildResult(*step.result, reply.soap, {index, token}, result,
+                    FaultReadingOf(session.Extensions()));
     }
     return reply.status;
 }

@@ -1,5 +1,6 @@
 #include "transform/FaultReaders.h"
 
+#include <algorithm>
 #include <iterator>
 
 #include "transform/XmlTransform.h"
@@ -46,15 +47,34 @@ bool CopyLimits(CXmlTransform& transform, const XMLElement* fault, XMLElement* p
     return any;
 }
 
-/// For devices that declare the prefix of the detail no earlier than there.
-void CopyLimits(std::string_view reply, XMLElement* parent) {
-    const CXmlDocument trimmed(CXmlTransform::TrimXmlNamespace(reply));
-    const XMLElement* fault = FindFault(trimmed.Root());
+void CopyTrimmedLimits(const XMLElement* fault, XMLElement* parent) {
     for (const Limit& limit : kLimits) {
         if (const XMLElement* found = FindElement(fault, limit.trimmed)) {
             Append(parent, limit.element, TextOf(found));
         }
     }
+}
+
+void WritePullMessagesFault(XMLElement* parent) {
+    Append(parent, "status", "fail");
+    Append(parent, "errorCode", kFaultCode);
+}
+
+/// A qualified name in a text, without white space and prefix.
+std::string_view LocalName(std::string_view text) {
+    constexpr std::string_view kWhiteSpace = " \t\r\n";
+    text.remove_prefix(std::min(text.find_first_not_of(kWhiteSpace), text.size()));
+    text = text.substr(0, text.find_last_not_of(kWhiteSpace) + 1);
+    return text.substr(text.rfind(':') + 1);
+}
+
+bool IsRefusal(std::string_view code) {
+    constexpr std::string_view kRefusals[] = {
+        "NotAuthorized",   "SenderNotAuthorized",  "FailedAuthentication", "FailedCheck",
+        "InvalidSecurity", "InvalidSecurityToken", "MessageExpired",
+    };
+    return std::find(std::begin(kRefusals), std::end(kRefusals), LocalName(code)) !=
+           std::end(kRefusals);
 }
 
 }  // namespace
@@ -69,15 +89,18 @@ bool ParseFault(const XMLElement* trimmedEnvelope, XMLElement* parent) {
     return false;
 }
 
-int ParseFaultCode(const XMLElement* trimmedEnvelope, XMLElement* parent) {
+int ParseFaultCode(const XMLElement* trimmedEnvelope, XMLElement* parent, FaultReading reading) {
     const XMLElement* fault = FindFault(trimmedEnvelope);
     if (fault == nullptr) {
         Append(parent, "status", "success");
         return 0;
     }
     const XMLElement* code = FindElement(fault, "Code");
-    const bool invalidArgument =
-        TextAt(code, "Value") == "Sender" && TextAt(code, "Subcode/Value") == "InvalidArgVal";
+    const auto is = [code, reading](std::string_view path, std::string_view name) {
+        const std::string_view text = TextAt(code, path);
+        return (reading == FaultReading::kOpen ? LocalName(text) : text) == name;
+    };
+    const bool invalidArgument = is("Value", "Sender") && is("Subcode/Value", "InvalidArgVal");
     const int errorCode = invalidArgument ? kInvalidArgumentCode : kFaultCode;
     WriteFault(fault, errorCode, parent);
     return errorCode;
@@ -91,12 +114,34 @@ bool ParsePullMessagesFault(std::string_view reply, XMLElement* parent) {
         Append(parent, "status", "success");
         return true;
     }
-    Append(parent, "status", "fail");
-    Append(parent, "errorCode", kFaultCode);
+    WritePullMessagesFault(parent);
     if (!CopyLimits(transform, fault, parent)) {
-        CopyLimits(reply, parent);
+        // For devices that declare the prefix of the detail no earlier than there.
+        const CXmlDocument trimmed(CXmlTransform::TrimXmlNamespace(reply));
+        CopyTrimmedLimits(FindFault(trimmed.Root()), parent);
     }
     return false;
+}
+
+bool ParseTrimmedPullMessagesFault(const XMLElement* trimmedEnvelope, XMLElement* parent) {
+    const XMLElement* fault = FindFault(trimmedEnvelope);
+    if (fault == nullptr) {
+        Append(parent, "status", "success");
+        return true;
+    }
+    WritePullMessagesFault(parent);
+    CopyTrimmedLimits(fault, parent);
+    return false;
+}
+
+bool RefusesCredentials(const XMLElement* trimmedEnvelope) {
+    const XMLElement* fault = FindFault(trimmedEnvelope);
+    bool refuses = IsRefusal(TextOf(FirstChild(fault, "faultcode")));  // as SOAP 1.1 has it
+    for (const XMLElement* code = FirstChild(fault, "Code"); code != nullptr && !refuses;
+         code = FirstChild(code, "Subcode")) {
+        refuses = IsRefusal(TextOf(FirstChild(code, "Value")));
+    }
+    return refuses;
 }
 
 void ReportMissingResponse(bool codeBeside, XMLElement* parent) {

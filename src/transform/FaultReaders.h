@@ -10,9 +10,20 @@
 
 #include <string_view>
 
+#include "common/Extensions.h"
 #include "common/XmlDocument.h"
 
 namespace onvif_client {
+
+/// How faults are understood.
+enum class FaultReading {
+    kLiteral,  ///< as described below
+    kOpen,     ///< codes by their local names, the fault of a pull whatever its prefixes
+};
+
+inline FaultReading FaultReadingOf(CExtensions extensions) {
+    return extensions.Has(Extension::kOpenFaults) ? FaultReading::kOpen : FaultReading::kLiteral;
+}
 
 constexpr int kFaultCode = 6;
 constexpr int kInvalidArgumentCode = 31;
@@ -25,12 +36,20 @@ bool ParseFault(const XMLElement* trimmedEnvelope, XMLElement* parent);
 /// The same, but the code "Sender" with the subcode "InvalidArgVal", both written without a prefix,
 /// gives 31.
 /// @return 0 on success, else the error code.
-int ParseFaultCode(const XMLElement* trimmedEnvelope, XMLElement* parent);
+int ParseFaultCode(const XMLElement* trimmedEnvelope, XMLElement* parent,
+                   FaultReading reading = FaultReading::kLiteral);
 
 /// Reads the fault of an untrimmed reply to PullMessages. `errorCode` stands beside `status`, with
 /// the device's limits `maxtimeout` and `maxmessagelimit` where it tells them.
 /// @return true on success.
 bool ParsePullMessagesFault(std::string_view reply, XMLElement* parent);
+
+/// The same, of a trimmed reply.
+bool ParseTrimmedPullMessagesFault(const XMLElement* trimmedEnvelope, XMLElement* parent);
+
+/// Whether a fault refuses the credentials of a request: its code or a subcode says so, by its
+/// local name (NotAuthorized, FailedAuthentication, ...).
+bool RefusesCredentials(const XMLElement* trimmedEnvelope);
 
 /// Writes what a fault without a reason gives, for answers that are neither a fault nor a response.
 /// @param codeBeside  `errorCode` stands beside `status`, not inside.

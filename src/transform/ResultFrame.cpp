@@ -1,6 +1,5 @@
 #include "transform/ResultFrame.h"
 
-#include "transform/FaultReaders.h"
 #include "transform/XmlTransform.h"
 
 namespace onvif_client {
@@ -19,13 +18,15 @@ XMLElement* StatusParent(const ResultFrame& frame, XMLElement* command) {
     return command;
 }
 
-bool ReadStatus(const ResultFrame& frame, std::string_view reply, const XMLElement* trimmedEnvelope,
-                XMLElement* parent) {
+bool ReadStatus(const ResultFrame& frame, FaultReading reading, std::string_view reply,
+                const XMLElement* trimmedEnvelope, XMLElement* parent) {
     switch (frame.faultReader) {
         case FaultReader::kWithInvalidArgument:
-            return ParseFaultCode(trimmedEnvelope, parent) == 0;
+            return ParseFaultCode(trimmedEnvelope, parent, reading) == 0;
         case FaultReader::kPullMessages:
-            return ParsePullMessagesFault(reply, parent);
+            return reading == FaultReading::kOpen
+                       ? ParseTrimmedPullMessagesFault(trimmedEnvelope, parent)
+                       : ParsePullMessagesFault(reply, parent);
         case FaultReader::kGeneric:
             break;
     }
@@ -33,17 +34,17 @@ bool ReadStatus(const ResultFrame& frame, std::string_view reply, const XMLEleme
 }
 
 /// True for an answer that is neither a fault nor what was asked for.
-bool LacksResponse(const ResultFrame& frame, std::string_view reply,
+bool LacksResponse(const ResultFrame& frame, FaultReading reading, std::string_view reply,
                    const XMLElement* trimmedEnvelope) {
     return !frame.response.empty() &&
            FirstChild(FindElement(trimmedEnvelope, "Envelope/Body"), frame.response) == nullptr &&
-           ReadStatus(frame, reply, trimmedEnvelope, nullptr);
+           ReadStatus(frame, reading, reply, trimmedEnvelope, nullptr);
 }
 
 }  // namespace
 
 void BuildResult(const ResultFrame& frame, std::string_view reply, const Subject& subject,
-                 CResultDocument& result) {
+                 CResultDocument& result, FaultReading reading) {
     XMLElement* command = result.Command(frame.root, frame.element);
 
     CXmlDocument trimmed;
@@ -53,9 +54,9 @@ void BuildResult(const ResultFrame& frame, std::string_view reply, const Subject
         CXmlTransform::TrimElementNames(trimmed.Root());
     }
     XMLElement* statusParent = StatusParent(frame, command);
-    if (LacksResponse(frame, reply, trimmed.Root())) {
+    if (LacksResponse(frame, reading, reply, trimmed.Root())) {
         ReportMissingResponse(frame.faultReader == FaultReader::kPullMessages, statusParent);
-    } else if (ReadStatus(frame, reply, trimmed.Root(), statusParent) &&
+    } else if (ReadStatus(frame, reading, reply, trimmed.Root(), statusParent) &&
                frame.copyValues != nullptr) {
         frame.copyValues({trimmed.Root(), subject}, command);
     }

@@ -16,6 +16,7 @@
 #include "common/FixedText.h"
 #include "common/XmlDocument.h"
 #include "transform/CopiedValues.h"
+#include "transform/FaultReaders.h"
 #include "transform/ResultDocument.h"
 
 namespace onvif_client {
@@ -73,7 +74,7 @@ inline constexpr ResultFrame kStatusOnly = {Root, Element};
 /// @param reply   the SOAP text as the device sent it.
 /// @param result  what earlier commands of the request produced.
 void BuildResult(const ResultFrame& frame, std::string_view reply, const Subject& subject,
-                 CResultDocument& result);
+                 CResultDocument& result, FaultReading reading = FaultReading::kLiteral);
 
 }  // namespace onvif_client
 

@@ -106,7 +106,7 @@ class CFedParser final : private IPullSink {
         for (const AlarmItem& item : answer.items) {
             made_ += std::to_string(static_cast<int>(item.type)) + (item.state ? "+" : "-");
         }
-        made_ += ".,?!"[static_cast<int>(answer.outcome)];
+        made_ += answer.maxTimeout + ".,?!"[static_cast<int>(answer.outcome)];
     }
     void OnNoConnection() override {}
 
@@ -168,6 +168,9 @@ TEST(EventParse, ExtensionsTakeOtherReplies) {
         size << std::hex << text.size();
         return size.str() + "\r\n" + text + "\r\n";
     };
+    const std::string fault =
+        Http(Xml("Envelope(xmlns=http://www.w3.org/2003/05/soap-envelope){Body{Fault{Detail{"
+                 "PullMessagesFaultResponse{MaxTimeout=PT9S}}}}}"));
     const struct {
         CExtensions extensions;
         std::string reply;
@@ -186,6 +189,9 @@ TEST(EventParse, ExtensionsTakeOtherReplies) {
          "1+2-.",
          ""},
         {{Extension::kHttpFraming}, chunks + chunk(kReply + tooLong) + chunk(""), "", ""},
+        {{}, fault, "!", ""},
+        {{Extension::kOpenFaults}, fault, "PT9S!", ""},
+        {{Extension::kOpenFaults}, Http(kReply + "<!--NotAuthorized-->"), "1+2-.", ""},
         {{Extension::kLargeMessages}, Http(kReply + tooLong), "1+2-.", ""},
         {{Extension::kLargeMessages}, Http(kReply + std::string(4'190'000, ' ')), "1+2-.", ""},
         {{Extension::kLargeMessages}, Http(kReply + std::string(4'194'304, ' ')), "", ""},

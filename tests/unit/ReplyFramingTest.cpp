@@ -7,6 +7,7 @@
 #include "common/HttpReplyFraming.h"
 #include "platform/Wirelink.h"
 #include "support/ScriptedPeer.h"
+#include "unit/Texts.h"
 
 namespace onvif_client {
 namespace {
@@ -178,6 +179,41 @@ TEST_F(ExtendedExchange, MessagesMayBeLarge) {
         EXPECT_EQ(size({}), std::min<std::size_t>(large, 8191));
         EXPECT_GE(large, std::min(value, most));
         EXPECT_LE(large, most);
+    }
+}
+
+TEST_F(ExtendedExchange, FaultsAndBareEnvelopesAreAnswers) {
+    const auto ask = [](const std::string& reply, CExtensions extensions) {
+        CScriptedPeer peer([&](CPeerConnection& connection) {
+            connection.Read(100);
+            connection.Send(reply);
+        });
+        CHttpClient session("u", "p", "127.0.0.1", peer.Port(), extensions);
+        ResponseBuffer response;
+        session.Get("<Get><networkProtocols/></Get>", response);
+        return response.data == nullptr ? "" : client_test::Compact(response.data.get());
+    };
+    const auto result = [](const std::string& inside) {
+        return "<GetResponse><networkProtocols>" + inside + "</networkProtocols></GetResponse>";
+    };
+    const std::string bare =
+        "<Envelope\txmlns=\"s\"\r\n\txmlns:t=\"t\"><Body><GetNetworkProtocolsResponse>"
+        "<NetworkProtocols><t:Name>RTSP</t:Name><Port>NotAuthorized</Port></NetworkProtocols>"
+        "</GetNetworkProtocolsResponse></Body></Envelope>";
+    const std::string fault = client_test::Reply(
+        "env:Fault{env:Code{env:Value=env:Sender env:Subcode{env:Value=ter:InvalidArgVal}} "
+        "env:Reason{env:Text=why}}");
+    const std::pair<std::string, std::string> cases[] = {
+        {Counted("400 Bad Request", fault),
+         result("<status>fail<errorCode>31</errorCode><description>why</description></status>")},
+        {Counted("200 OK", bare),
+         result("<status>success</status><rtsp><port>NotAuthorized</port></rtsp>")},
+        {Counted("200 OK", client_test::Reply("env:Fault{env:Code{env:Value=a:NotAuthorized}}")),
+         ""},
+    };
+    for (const auto& [reply, open] : cases) {
+        EXPECT_EQ(ask(reply, {}), "") << reply;
+        EXPECT_EQ(ask(reply, {Extension::kOpenFaults}), open) << reply;
     }
 }
 

@@ -21,28 +21,55 @@ TEST(BuildPost, CutsLongRequestsButStatesTheWholeBody) {
     EXPECT_NE(request.find("Content-Length: 9000\r\n"), std::string::npos);
 }
 
-TEST(ClassifyReply, TheFirstTelltaleTextDecides) {
+std::string Fault(const std::string& code, const std::string& subcode) {
+    return "<?xml version=\"1.0\"?><e:Envelope><e:Body><e:Fault><e:Code><e:Value>" + code +
+           "</e:Value><e:Subcode><e:Value>" + subcode +
+           "</e:Value></e:Subcode></e:Code></e:Fault></e:Body></e:Envelope>";
+}
+
+TEST(ClassifyReply, TheFirstTelltaleTextOrTheReplysFormDecides) {
     const std::string soap = "<?xml version=\"1.0\"?><s:Envelope></s:Envelope>";
+    const std::string ok = "HTTP/1.1 200 OK\r\n\r\n";
+    const std::string bad = "HTTP/1.1 400 Bad Request\r\n\r\n";
     const struct {
-        std::string reply;
+        std::string head;
+        std::string body;  // the SOAP text of a success
         int status;
+        int open;  // with the extension
     } cases[] = {
-        {"", 5},
-        {"HTTP/1.1 200 OK\r\n\r\n" + soap, 0},
-        {"HTTP/1.1 500 Internal\r\n\r\n" + soap, 0},
-        {"HTTP/1.1 401 Unauthorized\r\n\r\n", 401},
-        {"HTTP/1.1 400 Bad Request\r\n\r\n" + soap, 7},
-        {"HTTP/1.1 400 Bad Request\r\n\r\n" + soap + "ter:NotAuthorized", 401},
-        {"HTTP/1.1 200 OK\r\n\r\n" + soap + "Sender could not be authenticated", 401},
-        {"HTTP/1.1 200 OK\r\n\r\n<html/>", 7},
-        {"HTTP/1.1 200 OK\r\n\r\n<Envelope/>", 7},
-        {"HTTP/1.1 200 OK\r\n\r\n<s:Envelope></s:Envelope>", 4},
-        {"garbage", 7},
+        {"", "", 5, 5},
+        {ok, soap, 0, 0},
+        {"", soap, 0, 0},
+        {"HTTP/1.1 500 Internal\r\n\r\n", soap, 0, 0},
+        {"HTTP/1.1 401 Unauthorized\r\n\r\n", "", 401, 401},
+        {"HTTP/1.1 401 No\r\n\r\n", soap, 0, 401},
+        {"HTTP/1.1 100 Continue\r\n\r\nHTTP/1.1 401 No\r\n\r\n", "", 7, 401},
+        {bad, soap, 7, 0},
+        {bad, soap + "ter:NotAuthorized", 401, 0},
+        {ok, soap + "Sender could not be authenticated", 401, 0},
+        {ok, Fault("e:Sender", "ter:NotAuthorized"), 401, 401},
+        {bad, Fault("e:Sender", " x:FailedAuthentication\n"), 7, 401},
+        {ok, Fault("InvalidSecurity", ""), 0, 401},
+        {bad, Fault("e:Sender", "ter:InvalidArgVal") + "NotAuthorized", 401, 0},
+        {ok,
+         "<?xml?><Envelope><Body><Fault><faultcode>a:FailedCheck</faultcode></Fault></Body>"
+         "</Envelope>",
+         7, 401},
+        {ok, "<html/>", 7, 7},
+        {ok, "<Envelope/>", 7, 7},
+        {ok, "<Envelope xmlns=\"x\"></Envelope>", 7, 0},
+        {ok + "<!-- :Envelope -->\r\n", "<s:Envelope></s:Envelope>", 4, 0},
+        {ok, "a <x y='EnvelopeEnvelope :Envelope> <Envelopes> </s:Envelope>", 4, 7},
+        {"", "garbage", 7, 7},
     };
     for (const auto& each : cases) {
+        const std::string reply = each.head + each.body;
         std::string_view found = "untouched";
-        EXPECT_EQ(ClassifyReply("10.0.0.5", 80, each.reply, found), each.status) << each.reply;
-        EXPECT_EQ(found, each.status == 0 ? std::string_view(soap) : "untouched");
+        EXPECT_EQ(ClassifyReply("10.0.0.5", 80, reply, found), each.status) << reply;
+        EXPECT_EQ(found, each.status == 0 ? std::string_view(each.body) : "untouched");
+        found = "untouched";
+        EXPECT_EQ(ClassifyOpenly("10.0.0.5", 80, reply, found), each.open) << reply;
+        EXPECT_EQ(found, each.open == 0 ? std::string_view(each.body) : "untouched") << reply;
     }
 }
 

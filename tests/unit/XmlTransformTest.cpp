@@ -97,16 +97,17 @@ TEST(FaultReaders, WriteCodeAndDescriptionInsideTheStatus) {
     const struct {
         std::string reply;
         int code;
+        int open;                 // with the extension
         const char* description;  // null: none
     } cases[] = {
-        {FaultReply("Sender", "InvalidArgVal", reason), 31, "Invalid time"},
-        {FaultReply("Receiver", "InvalidArgVal", reason), 6, "Invalid time"},
-        {FaultReply("env:Sender", "InvalidArgVal", reason), 6, "Invalid time"},
-        {FaultReply("Sender", "ter:InvalidArgVal", ""), 6, nullptr},
-        {FaultReply("Sender", "x", "<Reason><Text/></Reason>"), 6, ""},
-        {"<Envelope><Body><Fault/></Body></Envelope>", 6, nullptr},
-        {"<Envelope><Body/></Envelope>", 0, nullptr},
-        {"not xml", 0, nullptr},
+        {FaultReply("Sender", "InvalidArgVal", reason), 31, 31, "Invalid time"},
+        {FaultReply("Receiver", "InvalidArgVal", reason), 6, 6, "Invalid time"},
+        {FaultReply("env:Sender", "InvalidArgVal", reason), 6, 31, "Invalid time"},
+        {FaultReply("Sender", "ter:InvalidArgVal", ""), 6, 31, nullptr},
+        {FaultReply(" e:Sender\n", "x", "<Reason><Text/></Reason>"), 6, 6, ""},
+        {"<Envelope><Body><Fault/></Body></Envelope>", 6, 6, nullptr},
+        {"<Envelope><Body/></Envelope>", 0, 0, nullptr},
+        {"not xml", 0, 0, nullptr},
     };
     for (const auto& each : cases) {
         const CXmlDocument reply(each.reply);
@@ -114,6 +115,7 @@ TEST(FaultReaders, WriteCodeAndDescriptionInsideTheStatus) {
         CXmlDocument withCode("<c/>");
         EXPECT_EQ(ParseFault(reply.Root(), generic.Root()), each.code == 0) << each.reply;
         EXPECT_EQ(ParseFaultCode(reply.Root(), withCode.Root()), each.code) << each.reply;
+        EXPECT_EQ(ParseFaultCode(reply.Root(), nullptr, FaultReading::kOpen), each.open);
         EXPECT_EQ(ParseFault(reply.Root(), nullptr), each.code == 0);
 
         const XMLElement* status = withCode.Find("status");
