@@ -101,6 +101,10 @@ enum ONVIF_CLIENT_ErrorCode {
 /// a hundred times a second, from the sixth second on, and told as inactive after a minute. A state
 /// counts as active when the device says "true", "TRUE" or "1".
 ///
+/// With the extension per-source-alarms every source and rule of the device has a state of its own,
+/// and motion is active while any is. Changes are told once: nothing is repeated, and nothing ends
+/// by time as long as the device answers and does not forget the state.
+///
 /// All callbacks of all observers run on one thread of the library's, one after the other: one that
 /// takes long delays the others. They may call every function of this library; ONVIF_CLIENT_Quit
 /// then makes that callback the last one. They should throw nothing (what they throw is logged and
@@ -117,7 +121,9 @@ class CONVIFAlarmStateObserver {
     virtual void OnMotionAlarmState(unsigned int loginId, bool state) = 0;
 
     /// An alarm input of the device became active (@p state true) or inactive. The inputs of a
-    /// device are not told apart: @p alarmIn is always 1. Relays count as well.
+    /// device are not told apart: @p alarmIn is always 1. Relays count as well. With the extension
+    /// per-source-alarms inputs are 1, 2, 3 ... in the order of the device's list (the command
+    /// alarmin), those that it does not list behind them, and relays 1001, 1002 ...; at most 2000.
     virtual void OnAlarmInState(unsigned int loginId, unsigned int alarmIn, bool state) = 0;
 };
 

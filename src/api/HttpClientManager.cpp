@@ -91,6 +91,12 @@ bool CHttpClientManager::Release(std::uint32_t loginId) {
     return true;
 }
 
+CExtensions CHttpClientManager::ExtensionsOf(std::uint32_t loginId) {
+    const CLockGuard guard(lock_);
+    const auto entry = sessions_.find(loginId);
+    return entry == sessions_.end() ? extensions_ : entry->second.session->Extensions();
+}
+
 std::unique_ptr<CHttpClient> CHttpClientManager::ReleaseLocked(SessionMap::iterator entry) {
     std::unique_ptr<CHttpClient> last;
     if (entry->second.session->ReleaseReference() == 0) {

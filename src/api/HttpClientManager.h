@@ -48,6 +48,7 @@ class CHttpClientManager final : public ISessionSource {
     // ISessionSource
     CHttpClient* Acquire(std::uint32_t loginId) override EXCLUDES(lock_);
     bool Release(std::uint32_t loginId) override EXCLUDES(lock_);
+    CExtensions ExtensionsOf(std::uint32_t loginId) override EXCLUDES(lock_);
 
     /// The address of a session's device; empty for an unknown id.
     std::string DeviceAddress(std::uint32_t loginId);

@@ -1,8 +1,6 @@
 #include "events/AlarmStates.h"
 
-#include "common/LogText.h"
 #include "events/Ticks.h"
-#include "onvif_client/OnvifClient.h"
 
 namespace onvif_client {
 
@@ -43,17 +41,10 @@ void CAlarmStates::CheckTimes(std::uint32_t now, const bool& interrupted) {
 }
 
 void CAlarmStates::Tell(const Alarm& alarm) noexcept {
-    if (observer_ == nullptr) {
-        return;
-    }
-    try {
-        if (alarm.type == AlarmType::kMotion) {
-            observer_->OnMotionAlarmState(loginId_, alarm.state);
-        } else {
-            observer_->OnAlarmInState(loginId_, kAlarmInputNumber, alarm.state);
-        }
-    } catch (...) {
-        LogAssert(loglabel::kOnvifEvent, "an observer threw");
+    if (alarm.type == AlarmType::kMotion) {
+        observer_.Motion(alarm.state);
+    } else {
+        observer_.AlarmInput(kAlarmInputNumber, alarm.state);
     }
 }
 

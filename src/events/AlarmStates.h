@@ -5,26 +5,37 @@
 
 #include <cstdint>
 
-#include "events/AlarmTopics.h"
-
-class CONVIFAlarmStateObserver;
+#include "events/AlarmItem.h"
+#include "events/ObserverCall.h"
 
 namespace onvif_client {
 
-/// An alarm item that differs from the state told last is told. An active state that no item
-/// confirms for more than 5 s is told again at every check, and after more than 60 s it is told as
-/// inactive. One thread at a time; the observer may call Silence from inside its callbacks.
-class CAlarmStates {
+/// The rules by which a device's observer is told. One thread at a time; the observer may call
+/// Silence from inside its callbacks.
+class IAlarmStates {
+ public:
+    virtual ~IAlarmStates() = default;
+
+    /// Takes one item, and tells of it at once or at the next check. One callback at most.
+    virtual void Report(const AlarmItem& item, std::uint32_t now) = 0;
+    /// @param interrupted  set by a callback: it is the last one.
+    virtual void CheckTimes(std::uint32_t now, const bool& interrupted) = 0;
+    /// The observer is told nothing any more.
+    virtual void Silence() = 0;
+};
+
+/// One state for motion and one for all alarm inputs. An alarm item that differs from the state
+/// told last is told. An active state that no item confirms for more than 5 s is told again at
+/// every check, and after more than 60 s it is told as inactive.
+class CAlarmStates final : public IAlarmStates {
  public:
     /// @param observer  not owned; null: nobody is told.
     CAlarmStates(std::uint32_t loginId, CONVIFAlarmStateObserver* observer)
-        : loginId_(loginId), observer_(observer) {}
+        : observer_(loginId, observer) {}
 
-    void Report(const AlarmItem& item, std::uint32_t now);
-    /// @param interrupted  set by a callback: it is the last one.
-    void CheckTimes(std::uint32_t now, const bool& interrupted);
-    /// The observer is told nothing any more.
-    void Silence() { observer_ = nullptr; }
+    void Report(const AlarmItem& item, std::uint32_t now) override;
+    void CheckTimes(std::uint32_t now, const bool& interrupted) override;
+    void Silence() override { observer_.Silence(); }
 
  private:
     struct Alarm {
@@ -35,8 +46,7 @@ class CAlarmStates {
 
     void Tell(const Alarm& alarm) noexcept;
 
-    const std::uint32_t loginId_;
-    CONVIFAlarmStateObserver* observer_;
+    CObserverCall observer_;
     Alarm alarms_[2] = {{AlarmType::kAlarmInput}, {AlarmType::kMotion}};  // in checking order
 };
 

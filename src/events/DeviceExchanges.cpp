@@ -17,6 +17,16 @@ std::string Set(std::uint32_t loginId, ISessionSource& sessions, const std::stri
     return result;
 }
 
+/// The same with a Get document.
+std::string Get(std::uint32_t loginId, ISessionSource& sessions, const std::string& document) {
+    const CSessionReference reference(sessions, loginId);
+    ResponseBuffer result;
+    if (reference.Session() != nullptr) {
+        reference.Session()->Get(document, result);
+    }
+    return result.data == nullptr ? "" : result.data.get();
+}
+
 PullRequest BuildPullRequest(const EventDeviceRecord& record, ISessionSource& sessions) {
     const CSessionReference reference(sessions, record.LoginId());
     CHttpClient* session = reference.Session();
@@ -35,6 +45,9 @@ bool Subscribe(EventDeviceRecord& record, ISessionSource& sessions) {
         Set(record.LoginId(), sessions, CreateDocument(record.CallbackAddress()));
     const auto answer = ReadSubscription(result);
     record.EndSubscribing(answer);
+    if (answer && record.AsksForInputs()) {
+        record.SetInputs(ReadInputs(Get(record.LoginId(), sessions, InputsDocument())));
+    }
     return answer.has_value();
 }
 

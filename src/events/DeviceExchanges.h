@@ -9,7 +9,8 @@
 
 namespace onvif_client {
 
-/// Subscribes at the device, 8 s at most.
+/// Subscribes at the device, 8 s at most. Where inputs are told apart, the first time asks for
+/// them, too: 8 s more at most.
 /// @return true when the device gave a subscription.
 bool Subscribe(EventDeviceRecord& record, ISessionSource& sessions);
 

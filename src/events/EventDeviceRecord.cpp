@@ -3,24 +3,39 @@
 #include <utility>
 
 #include "common/LogText.h"
+#include "events/SourceStates.h"
 #include "platform/Clock.h"
 
 namespace onvif_client {
 
+namespace {
+
+std::unique_ptr<IAlarmStates> MakeStates(bool perSource, std::uint32_t loginId,
+                                         CONVIFAlarmStateObserver* observer) {
+    if (perSource) {
+        return std::make_unique<CSourceStates>(loginId, observer);
+    }
+    return std::make_unique<CAlarmStates>(loginId, observer);
+}
+
+}  // namespace
+
 EventDeviceRecord::EventDeviceRecord(ISessionSource& sessions, std::uint32_t loginId,
                                      CONVIFAlarmStateObserver* observer,
-                                     std::string callbackAddress, std::string name)
+                                     std::string callbackAddress, std::string name,
+                                     CExtensions extensions)
     : loginId_(loginId),
       callbackAddress_(std::move(callbackAddress)),
       name_(std::move(name)),
-      states_(loginId, observer),
+      perSource_(extensions.Has(Extension::kPerSourceAlarms)),
+      states_(MakeStates(perSource_, loginId, observer)),
       flow_(TickCount()),
-      parser_(*this, sessions, loginId),
+      parser_(*this, sessions, loginId, extensions),
       connection_(*this, parser_) {}
 
 void EventDeviceRecord::Remove() {
     removed_ = true;
-    states_.Silence();
+    states_->Silence();
 }
 
 bool EventDeviceRecord::Pulls() const {
@@ -36,6 +51,9 @@ void EventDeviceRecord::OnPullAnswer(const PullAnswer& answer) {
         const CLockGuard guard(lock_);
         subscription_.Limit(answer);
         pendingItems_.insert(pendingItems_.end(), answer.items.begin(), answer.items.end());
+        if (answer.outcome == PullOutcome::kNoMessages) {
+            AddNewsLocked(AlarmNews::kAnswer);
+        }
         paced = flow_.Paces();
         flow_.EndPull(answer.outcome, now);
         paces = flow_.Paces();
@@ -126,6 +144,9 @@ void EventDeviceRecord::EndSubscribing(const std::optional<SubscriptionAnswer>& 
         paced = answer && flow_.Paces();
         if (answer) {
             flow_.EndPauses();
+            newSubscription_ = true;
+        } else {
+            AddNewsLocked(AlarmNews::kLoss);
         }
     }
     if (lost || regained) {
@@ -133,6 +154,19 @@ void EventDeviceRecord::EndSubscribing(const std::optional<SubscriptionAnswer>& 
     }
     if (paced) {
         Log(logpoint::kPullsAtOnce);
+    }
+}
+
+bool EventDeviceRecord::AsksForInputs() const {
+    const CLockGuard guard(lock_);
+    return perSource_ && !inputsAsked_;
+}
+
+void EventDeviceRecord::SetInputs(std::vector<std::string> tokens) {
+    const CLockGuard guard(lock_);
+    inputsAsked_ = true;
+    for (std::string& each : tokens) {
+        AddNewsLocked(AlarmNews::kInput, std::move(each));
     }
 }
 
@@ -153,9 +187,21 @@ void EventDeviceRecord::BeginPull(PullRequest request) {
     {
         const CLockGuard guard(lock_);
         flow_.BeginPull(now);
+        if (std::exchange(newSubscription_, false)) {
+            AddNewsLocked(AlarmNews::kSubscription);  // behind what the one before told
+        }
     }
     if (!request.text.empty()) {
         connection_.Begin(std::move(request));
+    }
+}
+
+void EventDeviceRecord::AddNewsLocked(AlarmNews news, std::string source) {
+    if (perSource_) {
+        AlarmItem item;
+        item.news = news;
+        item.source = std::move(source);
+        pendingItems_.push_back(std::move(item));
     }
 }
 

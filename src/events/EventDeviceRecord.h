@@ -5,17 +5,19 @@
 /// tasks that are queued for it; whoever lets go of it last closes its connection. Three kinds of
 /// threads meet here: the control loop decides, one task at a time (Claim) talks to the device, and
 /// the socket layer's threads hand over what it answered. The rules that they follow are in
-/// Subscription, MessageFlow and AlarmStates.
+/// Subscription, MessageFlow, and AlarmStates or SourceStates.
 #ifndef ONVIF_CLIENT_EVENTS_EVENTDEVICERECORD_H
 #define ONVIF_CLIENT_EVENTS_EVENTDEVICERECORD_H
 
 #include <atomic>
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <span>
 #include <string>
 #include <vector>
 
+#include "common/Extensions.h"
 #include "common/LogPoints.h"
 #include "events/AlarmStates.h"
 #include "events/EventParse.h"
@@ -29,10 +31,11 @@ namespace onvif_client {
 
 class EventDeviceRecord final : public IPullSink {
  public:
-    /// @param name  of the device in log lines.
+    /// @param name        of the device in log lines.
+    /// @param extensions  of the device's session; asked here how alarms are told.
     EventDeviceRecord(ISessionSource& sessions, std::uint32_t loginId,
                       CONVIFAlarmStateObserver* observer, std::string callbackAddress,
-                      std::string name = {});
+                      std::string name = {}, CExtensions extensions = {});
     ~EventDeviceRecord() override = default;
     EventDeviceRecord(const EventDeviceRecord&) = delete;
     EventDeviceRecord& operator=(const EventDeviceRecord&) = delete;
@@ -44,7 +47,7 @@ class EventDeviceRecord final : public IPullSink {
     /// Held by the control loop while it visits the device, callbacks of the observer included, and
     /// by whoever removes the record. Recursive: an observer may remove itself.
     CRecursiveMutex& VisitLock() RETURN_CAPABILITY(visitLock_) { return visitLock_; }
-    CAlarmStates& States() REQUIRES(visitLock_) { return states_; }
+    IAlarmStates& States() REQUIRES(visitLock_) { return *states_; }
     bool Removed() const REQUIRES(visitLock_) { return removed_; }
     void Remove() REQUIRES(visitLock_);
 
@@ -82,6 +85,10 @@ class EventDeviceRecord final : public IPullSink {
     void BeginSubscribing();
     /// @param answer  nothing: the device did not subscribe.
     void EndSubscribing(const std::optional<SubscriptionAnswer>& answer);
+    /// Whether the device is to be asked for its inputs: once, and only where they are told apart.
+    bool AsksForInputs() const;
+    /// @param tokens  in the device's order.
+    void SetInputs(std::vector<std::string> tokens);
     PullPoint Pull() const;
     /// Ends the pull in progress, if any.
     void EndPull() EXCLUDES(lock_);
@@ -90,14 +97,17 @@ class EventDeviceRecord final : public IPullSink {
 
  private:
     void Log(const DeviceNews& news) const EXCLUDES(lock_);
+    /// What states by source have to know beside messages; others are told nothing of it.
+    void AddNewsLocked(AlarmNews news, std::string source = {}) REQUIRES(lock_);
 
     const std::uint32_t loginId_;
     const std::string callbackAddress_;
     const std::string name_;
+    const bool perSource_;
 
     // Behind the loop lock, before every other lock: an observer may call any export.
     CRecursiveMutex visitLock_;
-    CAlarmStates states_ GUARDED_BY(visitLock_);
+    const std::unique_ptr<IAlarmStates> states_ GUARDED_BY(visitLock_);
     bool removed_ GUARDED_BY(visitLock_) = false;
 
     std::atomic<bool> claimed_ = false;
@@ -106,6 +116,8 @@ class EventDeviceRecord final : public IPullSink {
     CSubscription subscription_ GUARDED_BY(lock_);
     CMessageFlow flow_ GUARDED_BY(lock_);
     std::vector<AlarmItem> pendingItems_ GUARDED_BY(lock_);
+    bool inputsAsked_ GUARDED_BY(lock_) = false;
+    bool newSubscription_ GUARDED_BY(lock_) = false;  // nothing has been pulled from it yet
 
     CEventParse parser_;
     CPullConnection connection_;  // ends first: it calls the others

@@ -1,6 +1,8 @@
 #include "events/EventDocuments.h"
 
 #include "common/XmlDocument.h"
+#include "events/AlarmTopics.h"
+#include "events/SourceItems.h"
 #include "transform/Conversions.h"
 
 namespace onvif_client {
@@ -102,6 +104,19 @@ std::string RenewDocument(std::string_view renewAddress) {
                                                 Element("timeout", "PT1M")));
 }
 
+std::string InputsDocument() {
+    return Document("Get", Element("alarmin", ""));
+}
+
+std::vector<std::string> ReadInputs(std::string_view result) {
+    const CXmlDocument document(result);
+    std::vector<std::string> tokens;
+    for (const XMLElement* each : Children(document.Find("GetResponse/alarmin"), "token")) {
+        tokens.emplace_back(TextOf(each));
+    }
+    return tokens;
+}
+
 std::optional<SubscriptionAnswer> ReadSubscription(std::string_view result) {
     const CXmlDocument document(result);
     const XMLElement* command = document.Find("SetResponse/createPullPointSubscription");
@@ -114,7 +129,7 @@ std::optional<SubscriptionAnswer> ReadSubscription(std::string_view result) {
                               Identifier(FirstChild(command, "subscriptionIdAttriute"))};
 }
 
-PullAnswer ReadPull(const PullReply& reply) {
+PullAnswer ReadPull(const PullReply& reply, bool perSource) {
     const CXmlDocument document(reply.result);
     const XMLElement* command = document.Find("GetResponse/pullMessages");
     const std::string_view result = TextAt(command, "status");
@@ -125,7 +140,7 @@ PullAnswer ReadPull(const PullReply& reply) {
         answer.maxMessageLimit = ReadLimit(TextAt(command, "maxmessagelimit"));
     }
     for (const XMLElement* each : Children(command, "notifyMessage")) {
-        answer.items.push_back(ReadItem(each));
+        answer.items.push_back(perSource ? ReadSourceItem(each) : ReadItem(each));
     }
     if (reply.status == status::kNotAuthorized) {
         answer.outcome = PullOutcome::kRefused;

@@ -12,7 +12,7 @@
 
 #include "client/HttpClient.h"
 #include "commands/ServiceRequests.h"
-#include "events/AlarmTopics.h"
+#include "events/AlarmItem.h"
 #include "events/PullPacing.h"
 
 namespace onvif_client {
@@ -33,6 +33,10 @@ std::string CreateDocument(std::string_view callbackAddress);
 std::string PullDocument(const PullPoint& pull);
 std::string UnsubscribeDocument(std::string_view subscriptionAddress);
 std::string RenewDocument(std::string_view renewAddress);
+
+/// Asks for the tokens of the device's inputs.
+std::string InputsDocument();
+std::vector<std::string> ReadInputs(std::string_view result);
 
 /// Where a subscription is to be found.
 struct SubscriptionAnswer {
@@ -55,7 +59,8 @@ struct PullAnswer {
     PullOutcome outcome = PullOutcome::kFailed;
 };
 
-PullAnswer ReadPull(const PullReply& reply);
+/// @param perSource  how messages are read: ReadSourceItem, or their first item as the state.
+PullAnswer ReadPull(const PullReply& reply, bool perSource = false);
 
 }  // namespace onvif_client
 

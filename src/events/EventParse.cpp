@@ -12,6 +12,7 @@ CEventParse::CEventParse(IPullSink& sink, ISessionSource& sessions, std::uint32_
     : sink_(sink),
       sessions_(sessions),
       loginId_(loginId),
+      perSource_(extensions.Has(Extension::kPerSourceAlarms)),
       framed_(extensions.Has(Extension::kHttpFraming)),
       capacity_(extensions.Has(Extension::kLargeMessages) ? kExtendedCapacity : kCapacity),
       mostRead_(std::max(capacity_, kLargestMessage)) {}
@@ -108,7 +109,7 @@ void CEventParse::HandleReply(std::size_t size) {
         }
     }
     Forget();
-    sink_.OnPullAnswer(ReadPull(reply));
+    sink_.OnPullAnswer(ReadPull(reply, perSource_));
 }
 
 }  // namespace onvif_client

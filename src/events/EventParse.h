@@ -40,9 +40,9 @@ class CEventParse final : public CSocketDataObserver {
     static constexpr std::size_t kCapacity = 32768;
     static constexpr std::size_t kExtendedCapacity = 4194304;
 
-    /// Sink and sessions must outlive the parser. The extensions are those of the session now.
-    CEventParse(IPullSink& sink, ISessionSource& sessions, std::uint32_t loginId)
-        : CEventParse(sink, sessions, loginId, ExtensionsOf(sessions, loginId)) {}
+    /// Sink and sessions must outlive the parser.
+    CEventParse(IPullSink& sink, ISessionSource& sessions, std::uint32_t loginId,
+                CExtensions extensions = {});
 
     /// Consumes the whole block.
     std::uint32_t OnData(std::uint32_t handle, const char* data, std::uint32_t length,
@@ -53,8 +53,6 @@ class CEventParse final : public CSocketDataObserver {
     void Reset();
 
  private:
-    CEventParse(IPullSink& sink, ISessionSource& sessions, std::uint32_t loginId,
-                CExtensions extensions);
     /// @return true when the reply has just become complete.
     bool Accumulate(std::string_view block);
     bool AddAnnounced(std::string_view block);
@@ -68,6 +66,7 @@ class CEventParse final : public CSocketDataObserver {
     IPullSink& sink_;
     ISessionSource& sessions_;
     const std::uint32_t loginId_;
+    const bool perSource_;
     const bool framed_;
     const std::size_t capacity_;
     const std::size_t mostRead_;

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <vector>
 
+#include "events/AlarmTopics.h"
 #include "events/NotifyMessage.h"
 
 namespace onvif_client {

@@ -129,9 +129,9 @@ void COnvifEventCtrol::Join(const EventThreads& threads) {
 
 void COnvifEventCtrol::AddDevice(std::uint32_t loginId, CONVIFAlarmStateObserver* observer,
                                  const std::string& deviceAddress) {
-    const auto record = std::make_shared<EventDeviceRecord>(sessions_, loginId, observer,
-                                                            NextCallbackAddress(deviceAddress),
-                                                            NameOf(loginId, sessions_));
+    const auto record = std::make_shared<EventDeviceRecord>(
+        sessions_, loginId, observer, NextCallbackAddress(deviceAddress),
+        NameOf(loginId, sessions_), sessions_.ExtensionsOf(loginId));
     record->Claim();
     const CClaim claim(*record);
     // In the table before anything can fail: what does is then due there.

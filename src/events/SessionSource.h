@@ -18,6 +18,8 @@ class ISessionSource {
     virtual CHttpClient* Acquire(std::uint32_t loginId) = 0;
     /// @return false for an unknown id.
     virtual bool Release(std::uint32_t loginId) = 0;
+    /// What the session began with; for an unknown id, what one would begin with now.
+    virtual CExtensions ExtensionsOf(std::uint32_t) { return {}; }
 };
 
 /// A session in use.
@@ -41,12 +43,6 @@ class CSessionReference {
     std::uint32_t loginId_;
     CHttpClient* session_;
 };
-
-/// Those that the session began with; none for an unknown id.
-inline CExtensions ExtensionsOf(ISessionSource& sessions, std::uint32_t loginId) {
-    const CSessionReference reference(sessions, loginId);
-    return reference.Session() == nullptr ? CExtensions{} : reference.Session()->Extensions();
-}
 
 }  // namespace onvif_client
 

@@ -32,16 +32,10 @@ auto OpenDescriptors() {
     });
 }
 
-/// With the extension http-framing for every login id but 1.
-class CSessions final : public ISessionSource {
+class CNoSessions final : public ISessionSource {
  public:
-    CHttpClient* Acquire(std::uint32_t loginId) override {
-        return loginId == 1 ? nullptr : &framed_;
-    }
-    bool Release(std::uint32_t) override { return true; }
-
- private:
-    CHttpClient framed_{"", "", "127.0.0.1", 80, {Extension::kHttpFraming}};
+    CHttpClient* Acquire(std::uint32_t) override { return nullptr; }
+    bool Release(std::uint32_t) override { return false; }
 };
 
 /// Counts what becomes of pulls.
@@ -69,7 +63,7 @@ class PullConnection : public testing::Test {
         connection_.Begin({"127.0.0.1", port, std::move(text)});
     }
 
-    CSessions sessions_;
+    CNoSessions sessions_;
     CCountingSink sink_;
     CEventParse parser_{sink_, sessions_, 1};
     CPullConnection connection_{sink_, parser_};
@@ -115,7 +109,7 @@ TEST_F(PullConnection, ADeviceThatComesBackIsReachedByALaterTry) {
 }
 
 TEST_F(PullConnection, TheEndOfTheConnectionEndsAReplyWithoutLength) {
-    CEventParse parser(sink_, sessions_, 2);
+    CEventParse parser(sink_, sessions_, 2, {Extension::kHttpFraming});
     CPullConnection connection(sink_, parser);
     const CScriptedPeer peer([&](CPeerConnection& device) {
         device.Read(3);

@@ -1,9 +1,13 @@
 // What the alarm side hears: replies to pulls and posted messages, in pieces.
+#include <set>
+
 #include "FuzzInput.h"
 #include "FuzzPeer.h"
 #include "events/EventParse.h"
 #include "events/NotificationReceiver.h"
 #include "events/NotifyMessage.h"
+#include "events/SourceStates.h"
+#include "onvif_client/OnvifClient.h"
 
 namespace {
 
@@ -26,6 +30,23 @@ COneSession& Sessions() {
     return sessions;
 }
 
+/// Hears of every alarm in turns that it begins and ends.
+class CTurns final : public CONVIFAlarmStateObserver {
+ public:
+    ~CTurns() override { Expect(active_.empty()); }
+    void OnMotionAlarmState(unsigned int, bool state) override { Note(0, state); }
+    void OnAlarmInState(unsigned int, unsigned int number, bool state) override {
+        Expect(number > 0 && number <= 2 * CSourceStates::kMostInputs);
+        Note(number, state);
+    }
+
+ private:
+    void Note(unsigned int alarm, bool state) {
+        Expect(state ? active_.insert(alarm).second : active_.erase(alarm) == 1);
+    }
+    std::set<unsigned int> active_;
+};
+
 /// What a pull's reply that comes in such pieces says: "1+" motion, "2-" no alarm at an input.
 class CPullSink final : public IPullSink {
  public:
@@ -35,18 +56,29 @@ class CPullSink final : public IPullSink {
         for (const AlarmItem& item : answer.items) {
             told_ += std::to_string(static_cast<unsigned int>(item.type));
             told_ += item.state ? "+" : "-";
+            Expect(item.topic.size() <= 256 && item.source.size() <= 512);
+            told_ += item.topic + item.source;
+            states_.Report(item, 1);
         }
+        const bool interrupted = false;
+        states_.CheckTimes(1, interrupted);
+        AlarmItem loss;
+        loss.news = AlarmNews::kLoss;
+        states_.Report(loss, 1);
+        states_.CheckTimes(1, interrupted);
     }
     void OnNoConnection() override {}
     const std::string& Told() const { return told_; }
 
  private:
     std::string told_;
+    CTurns turns_;
+    CSourceStates states_{1, &turns_};
 };
 
-std::string Pull(std::string_view reply, std::size_t pieceSize) {
+std::string Pull(std::string_view reply, std::size_t pieceSize, CExtensions extensions) {
     CPullSink sink;
-    CEventParse parser(sink, Sessions(), 1);
+    CEventParse parser(sink, Sessions(), 1, extensions);
     for (; !reply.empty(); reply.remove_prefix(std::min(pieceSize, reply.size()))) {
         const std::string_view piece = reply.substr(0, pieceSize);
         parser.OnData(1, piece.data(), static_cast<std::uint32_t>(piece.size()), nullptr);
@@ -57,8 +89,11 @@ std::string Pull(std::string_view reply, std::size_t pieceSize) {
 void PullInPieces(std::string_view text, std::size_t pieceSize) {
     MessageFrame frame;
     const bool complete = CutMessage(text, frame) == MessageState::kComplete && frame.announced;
-    const std::string told = Pull(text, pieceSize);
-    Expect(!complete || text.size() > CEventParse::kCapacity || told == Pull(text, text.size()));
+    for (const CExtensions extensions : {CExtensions{}, CExtensions{Extension::kPerSourceAlarms}}) {
+        const std::string told = Pull(text, pieceSize, extensions);
+        Expect(!complete || text.size() > CEventParse::kCapacity ||
+               told == Pull(text, text.size(), extensions));
+    }
 }
 
 class CSink final : public INotifySink {
@@ -94,6 +129,7 @@ void PostInPieces(std::string_view text, std::size_t pieceSize) {
 /// Results and addresses of subscriptions, and the requests that are made of them.
 void ReadDocuments(std::string_view text, std::size_t) {
     ReadPull({status::kSuccess, std::string(text)});
+    ReadPull({status::kSuccess, std::string(text)}, true);
     const auto answer = ReadSubscription(text);
     const std::string value(text.substr(0, text.find('\0')));
     const std::string document =

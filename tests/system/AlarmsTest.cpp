@@ -58,9 +58,17 @@ TEST_F(Alarms, ChangesArriveInWhateverFormACameraTellsThem) {
         CameraOptions options;
         CCamera& camera;
         unsigned int id;
+        unsigned int bySource;
     };
     std::vector<Row> rows;
     const std::vector<std::string> prefixes = camera_sim::PrefixStyleNames();
+    const auto observedWith = [&](const char* extensions, CCamera& camera) {
+        setenv("ONVIF_CLIENT_EXTENSIONS", extensions, 1);
+        ONVIF_CLIENT_Initial();
+        const unsigned int id = Observed(camera);
+        unsetenv("ONVIF_CLIENT_EXTENSIONS");
+        return id;
+    };
     for (const std::string& topics : camera_sim::TopicStyleNames()) {
         for (const std::string& subscriptions : camera_sim::SubscriptionStyleNames()) {
             const CameraOptions options = {.prefixStyle = prefixes[rows.size() % prefixes.size()],
@@ -68,7 +76,8 @@ TEST_F(Alarms, ChangesArriveInWhateverFormACameraTellsThem) {
                                            .numericStates = rows.size() % 2 == 0,
                                            .subscriptionStyle = subscriptions};
             CCamera& camera = host_.Add(options);
-            rows.push_back({options, camera, Observed(camera)});
+            rows.push_back({options, camera, observedWith("", camera),
+                            observedWith("per-source-alarms", camera)});
         }
     }
     ASSERT_GE(rows.size(), prefixes.size());
@@ -78,12 +87,13 @@ TEST_F(Alarms, ChangesArriveInWhateverFormACameraTellsThem) {
         SetMotion(row.camera, false);
         SetInput(row.camera, false);
     }
-    for (const auto& [options, camera, id] : rows) {
+    for (const auto& [options, camera, id, bySource] : rows) {
         // The topic of an input is not known with a prefix at every level.
         const char* heard = options.topicStyle == "qualified" ? "M+M-" : "M+I+M-I-";
         EXPECT_TRUE(observer_.Hears(id, heard))
             << observer_.Heard(id) << " " << options.topicStyle << " " << options.subscriptionStyle
             << " " << options.prefixStyle;
+        EXPECT_TRUE(observer_.Hears(bySource, "M+I+M-I-")) << observer_.Heard(bySource);
     }
 }
 

@@ -3,11 +3,13 @@
 #include <functional>
 #include <latch>
 #include <new>
+#include <regex>
 #include <utility>
 
 #include "events/ControlLoop.h"
 #include "events/DeviceExchanges.h"
 #include "events/DeviceTasks.h"
+#include "events/SourceStates.h"
 #include "onvif_client/OnvifClient.h"
 #include "platform/Clock.h"
 
@@ -25,18 +27,23 @@ class CStillClock final : public IClock {
     std::int64_t calendar = 1'700'000'000;
 };
 
-/// Writes down what it hears: "m1 " motion active, "a0 " alarm input inactive.
+/// Writes down what it hears: "m1 " motion active, "a0 " alarm input 1 inactive, "b0 " input 2, "r0
+/// " relay 1.
 class CNotingObserver final : public CONVIFAlarmStateObserver {
  public:
     void OnMotionAlarmState(unsigned int, bool state) override { Note('m', state); }
     void OnAlarmInState(unsigned int, unsigned int alarmIn, bool state) override {
-        EXPECT_EQ(alarmIn, 1U);
-        Note('a', state);
+        Note(static_cast<char>(alarmIn <= 1000 ? 'a' + alarmIn - 1 : 'r' + alarmIn - 1001), state);
     }
     std::string Take() { return std::exchange(heard_, ""); }
 
+    std::function<void()> meanwhile = [] {};
+
  private:
-    void Note(char kind, bool state) { heard_ += {kind, state ? '1' : '0', ' '}; }
+    void Note(char kind, bool state) {
+        heard_ += {kind, state ? '1' : '0', ' '};
+        meanwhile();
+    }
     std::string heard_;
 };
 
@@ -77,9 +84,9 @@ const SubscriptionAnswer kSubscribed = {"http://h/subscription"};
 
 class ControlLoop : public testing::Test {
  protected:
-    std::shared_ptr<EventDeviceRecord> Add(std::uint32_t loginId) {
-        auto record = std::make_shared<EventDeviceRecord>(sessions_, loginId, &observer_,
-                                                          "http://h/" + std::to_string(loginId));
+    std::shared_ptr<EventDeviceRecord> Add(std::uint32_t loginId, CExtensions extensions = {}) {
+        auto record = std::make_shared<EventDeviceRecord>(
+            sessions_, loginId, &observer_, "http://h/" + std::to_string(loginId), "", extensions);
         record->EndSubscribing(kSubscribed);
         devices_.Put(record);
         return record;
@@ -131,6 +138,184 @@ TEST_F(ControlLoop, ObserversHearChangesRepetitionsAndClearing) {
         loop_.Pass();
         record->Unclaim();
         EXPECT_EQ(observer_.Take(), step.heard) << &step - steps;
+    }
+}
+
+/// The result of a pull with messages "topic|operation|source|key|data" and ";" between them.
+PullReply Result(const std::string& messages) {
+    const std::regex item("(\\w+)=(\\w*) ?");
+    const std::regex message("([^|;]*)\\|([^|;]*)\\|([^|;]*)\\|([^|;]*)\\|([^|;]*);?");
+    const std::string items =
+        std::regex_replace(messages, item, "<item><name>$1</name><val>$2</val></item>");
+    return {status::kSuccess,
+            "<GetResponse><pullMessages><status>success</status>" +
+                std::regex_replace(items, message,
+                                   "<notifyMessage><topic>$1</topic><message><propertyOper>$2"
+                                   "</propertyOper><source>$3</source><key>$4</key><data>$5"
+                                   "</data></message></notifyMessage>") +
+                "</pullMessages></GetResponse>"};
+}
+
+/// A device whose every source has a state of its own, or not.
+class SourceAlarms : public ControlLoop {
+ protected:
+    /// What the observer hears.
+    /// @param news  messages, or "lost" and "subscribed" of the subscription.
+    std::string After(std::uint32_t milliseconds, const std::string& news) {
+        if (record_ == nullptr) {
+            record_ = Add(1, bySource_ ? CExtensions{Extension::kPerSourceAlarms} : CExtensions{});
+        }
+        clock_.ticks += milliseconds;
+        if (news == "lost" || news == "subscribed") {
+            record_->EndSubscribing(news == "lost" ? std::nullopt : std::optional(kSubscribed));
+            record_->BeginPull({});
+        } else if (news == "inputs") {
+            record_->SetInputs({"B", "A"});
+        } else if (news != "nothing") {
+            record_->OnPullAnswer(ReadPull(Result(news), bySource_));
+        }
+        loop_.Pass();
+        return observer_.Take();
+    }
+    bool bySource_ = true;
+    std::shared_ptr<EventDeviceRecord> record_;
+};
+
+const std::string kIsIn = "t:RuleEngine/t:FieldDetector/t:ObjectsInside|Changed|Rule=";
+const std::string kDigital = "t:Device/Trigger/DigitalInput|Initialized|Input=";
+const std::string kCell = "t:RuleEngine/CellMotionDetector/Motion|";
+const std::string kOn = "||IsMotion=true;";
+const std::string kOff = "||IsMotion=false;";
+
+TEST_F(SourceAlarms, EverySourceAndRuleHasAStateThatStays) {
+    struct Step {
+        std::uint32_t later;
+        std::string news;
+        const char* literally;
+        const char* bySource;
+    };
+    const std::vector<Step> scenes[] = {
+        // An object's id is no state.
+        {{0, kIsIn + "A|ObjectId=7|IsInside=true", "", "m1 "},
+         {9, kIsIn + "A|ObjectId=1|IsInside=false", "m1 ", "m0 "}},
+        // Rules and channels in one reply, items in any order.
+        {{0, kIsIn + "A Channel=1||IsInside=true;" + kIsIn + "B||IsInside=0", "m1 m0 ", "m1 "},
+         {9, "RuleEngine/FieldDetector/ObjectsInside||Channel=1 Rule=A||IsInside=0", "", "m0 "}},
+        {{0, kIsIn + "A|Z=a|IsInside=1;" + kIsIn + "A|Z=b|IsInside=1", "", "m1 "},
+         {9, kIsIn + "A|Z=a|IsInside=0", "", ""},
+         {9, kIsIn + "A|Z=b|IsInside=0", "", "m0 "}},
+        // While the device answers, nothing is repeated or cleared.
+        {{0, kCell + "|Rule=A" + kOn, "m1 ", "m1 "},
+         {6000, "", "m1 ", ""},
+         {55000, "", "m0 ", ""},
+         {0, kCell + "Deleted|Rule=A||", "", "m0 "}},
+        {{0, kCell + "|" + kOn, "m1 ", "m1 "},
+         {180000, "nothing", "m0 ", ""},
+         {1, "nothing", "", "m0 "}},
+        // Inputs in the device's order, relays apart.
+        {{0,
+          "Device/Trigger/Relay||Token=A||LogicalState=active;" + kDigital + "B||State=0;" +
+              kDigital + "A||State=true",
+          "a1 ", "r1 b1 "},
+         {9, kDigital + "B||State=on;Device/Trigger/Relay||Token=A||LogicalState=inactive", "a0 ",
+          "a1 r0 "}},
+        {{0, "inputs", "", ""},
+         {0, kDigital + "C||State=1;" + kDigital + "A||State=1;" + kDigital + "B||State=1", "a1 ",
+          "c1 b1 a1 "}},
+        // What a new subscription does not name among its initial states is over.
+        {{0, kDigital + "A||State=1;" + kDigital + "B||State=1;" + kDigital + "C||State=1", "a1 ",
+          "a1 b1 c1 "},
+         {4000, "subscribed", "", ""},
+         {0, kDigital + "A||State=1", "", ""},
+         {5000, kDigital + "B||State=1", "", ""},
+         {25000, "", "a1 ", ""},
+         {1, "", "a1 ", "c0 "}},
+        // Where it tells none, that is no word against a state.
+        {{0, kCell + "Changed|Rule=A" + kOn, "m1 ", "m1 "},
+         {4000, "subscribed", "", ""},
+         {40000, kCell + "Changed|Rule=B" + kOn, "", ""},
+         {40000, kCell + "Changed|Rule=A" + kOff, "m0 ", ""},
+         {0, kCell + "Changed|Rule=B" + kOff, "", "m0 "}},
+        {{0, kCell + "|" + kOn + kDigital + "A||State=1", "m1 a1 ", "m1 a1 "},
+         {9, "lost", "", "a0 m0 "},
+         {9, kCell + "|" + kOn, "", "m1 "}},
+        // What has no state is over soon.
+        {{0, "RuleEngine/LineDetector/Crossed||Rule=A||ObjectId=5", "", "m1 "},
+         {4000, "RuleEngine/LineDetector/Crossed||Rule=A||ObjectId=6", "", ""},
+         {5000, "", "", ""},
+         {1, "", "", "m0 "},
+         {0, "RuleEngine/LineDetector/Crossed|Initialized|Rule=A||ObjectId=5", "", ""}},
+    };
+    for (const bool bySource : {false, true}) {
+        bySource_ = bySource;
+        for (const auto& scene : scenes) {
+            record_.reset();
+            for (const Step& step : scene) {
+                EXPECT_EQ(After(step.later, step.news), bySource ? step.bySource : step.literally)
+                    << &scene - scenes << " " << step.news;
+            }
+        }
+    }
+    record_.reset();
+    observer_.meanwhile = [this] { loop_.Interrupt(); };
+    EXPECT_EQ(After(0, kCell + "|" + kOn + kCell + "|" + kOff), "m1 ");
+    EXPECT_EQ(After(0, "nothing"), "m0 ") << "what the interruption left";
+}
+
+TEST_F(SourceAlarms, AreBounded) {
+    EXPECT_EQ(After(0, kCell + "|Rule=A" + kOn), "m1 ");
+    std::string on;
+    std::string off;
+    for (std::size_t i = 1; i <= CSourceStates::kMostActive; ++i) {
+        on += kCell + "|Rule=" + std::to_string(i) + kOn;
+        off += kCell + "|Rule=" + std::to_string(i) + kOff + kDigital + std::to_string(i) +
+               "||State=0;";
+    }
+    EXPECT_EQ(After(1, on), "");
+    EXPECT_EQ(After(0, off), "m0 ") << "the first one made room";
+    EXPECT_NE(After(0, kDigital + "1000||State=1"), "");
+    EXPECT_EQ(After(0, kDigital + "1001||State=1"), "") << "they share the last number";
+    EXPECT_EQ(After(0, kCell + "|" + kOn), "m1 ");
+    for (int minutes = 0; minutes < 60; ++minutes) {
+        EXPECT_EQ(After(60000, ""), "");
+    }
+    EXPECT_NE(After(1, "").find("m0 "), std::string::npos) << "the device said nothing of it";
+}
+
+TEST_F(SourceAlarms, TopicsAndItemsOfManyMakesAreKnown) {
+    const struct {
+        const char* told;
+        std::vector<std::string> messages;
+    } cases[] = {
+        {"m1 ",
+         {"t:Platform/t:VMD/t:Camera1Profile1||||active=1",
+          "t:Platform/ObjectAnalytics/Device1Scenario2||||Active=TRUE",
+          "Platform/FenceGuard/Camera1Profile1||||active=1",
+          "RuleEngine/x:SmartEventDetector/x:SmartEvent||Rule=A||IsSmartEvent=true",
+          "UserAlarm/HumanShapeDetect||||State=true", "Device/Trigger/MotionDetector||||State=on",
+          "VideoSource/MotionAlarm/.||Source=1||State=true",
+          "RuleEngine/LineDetector/Crossed||||IsCrossed=true ObjectId=0",
+          "VideoAnalytics/MotionDetection||||ObjectId=0 State=true Count=0",
+          kCell + "||IsMotion=true|"}},
+        {"a1 ",
+         {"Device/IO/Port||port=3||State=1", "Device/IO/PIRSensor||||State=active",
+          "Device/t:Trigger/t:DigitalInput||||Value=0 LogicalState=true"}},
+        {"r1 ", {"Device/Trigger/Relay||Token=1||LogicalState=active"}},
+        {"",
+         {kCell + "||IsMotion=true|IsMotion=false",
+          "RuleEngine/FieldDetector/ObjectsInside||||ObjectId=1",
+          "RuleEngine/FieldDetector/ObjectsInside||||IsInside=2",
+          "VideoSource/SignalLoss||||State=true", "RuleEngine/TamperDetector/Tamper||||State=1",
+          "Device/HardwareFailure/StorageFailure||||Failed=true",
+          "VideoSource/ConnectionFailed||||State=true", "Monitoring/ProcessorUsage||||Value=1",
+          "RuleEngine/CountAggregation/Counter||||Value=1", "Notifications/NoMotion||||State=true",
+          "||||"}},
+    };
+    for (const auto& [told, messages] : cases) {
+        for (const std::string& message : messages) {
+            record_.reset();
+            EXPECT_EQ(After(0, message), told) << message;
+        }
     }
 }
 
