@@ -18,6 +18,8 @@ namespace onvif_client {
 namespace {
 
 constexpr std::size_t kLongestField = 64;
+// To a challenge, and to the one that replaces it: it was too old already.
+constexpr int kMostAnswers = 2;
 
 std::string Field(std::string_view text) {
     return std::string(text.substr(0, kLongestField));
@@ -117,28 +119,46 @@ std::string CHttpClient::BuildHttpRequest(std::string_view request) {
     if (!body) {
         return {};
     }
-    return BuildRequest(first->path.empty() ? ResolvePath(first->serviceKey) : first->path, *body);
+    const std::string path = first->path.empty() ? ResolvePath(first->serviceKey) : first->path;
+    if (!AnswersDigest()) {
+        return BuildRequest(path, *body);
+    }
+    const CDigestAnswers::Answer answer = digestAnswers_.Next("POST", PostTarget(path));
+    const CLockGuard guard(dataLock_);
+    pullAnswer_ = answer;
+    return BuildRequest(path, *body, answer.field);
 }
 
 PullReply CHttpClient::ReadPullReply(std::string_view reply) {
+    using enum CDigestAnswers::Verdict;
     CResultDocument result;
     std::string_view soap;
     reply = reply.substr(0, reply.find('\0'));
-    const int status = Classify(reply, soap);
+    const auto verdict = AnswersDigest() ? TakePullChallenge(reply) : kNotAsked;
+    const int status = verdict == kNotAsked ? Classify(reply, soap) : status::kNotAuthorized;
     if (status == status::kSuccess) {
         BuildResult(kPullMessagesResult, soap, {}, result, FaultReadingOf(extensions_));
     }
-    if (status == status::kNotAuthorized) {
+    if (status == status::kNotAuthorized && verdict != kAskedAnew) {
         deviceClock_.NoteRefusal();
     }
-    return {status, result.Print()};
+    return {status, result.Print(), verdict == kAskedAnew};
+}
+
+CDigestAnswers::Verdict CHttpClient::TakePullChallenge(std::string_view reply) {
+    CDigestAnswers::Answer answer;
+    {
+        const CLockGuard guard(dataLock_);
+        answer = pullAnswer_;
+    }
+    return digestAnswers_.Take(reply, answer);
 }
 
 int CHttpClient::DownloadPicture(const std::string& address, ResponseBuffer& picture) {
     if (address.empty()) {
         return status::kNotSent;
     }
-    CSnapshotDownload(ip_, credentials_, address, digestAsked_, extensions_).Run(picture);
+    CSnapshotDownload(ip_, credentials_, address, extensions_, digestAsked_).Run(picture);
     return status::kSuccess;
 }
 
@@ -156,13 +176,15 @@ Reply CHttpClient::Post(const Target& target, std::string_view body) {
 }
 
 Reply CHttpClient::PostOnce(const Target& target, std::string_view body) {
-    std::string buffer = Transfer(target, BuildRequest(target.path, body));
+    bool refused = false;
+    std::string buffer = AnswersDigest() ? TransferAnswering(target, body, refused)
+                                         : Transfer(target, BuildRequest(target.path, body));
     Reply reply;
     if (KeepsClock()) {
         reply.date = ReadHttpDate(buffer);
     }
     std::string_view soap;
-    reply.status = Classify(buffer, soap);
+    reply.status = refused ? status::kNotAuthorized : Classify(buffer, soap);
     if (reply.status == status::kSuccess) {
         buffer.erase(0, buffer.size() - soap.size());
         reply.soap = std::move(buffer);
@@ -178,9 +200,26 @@ int CHttpClient::Classify(std::string_view reply, std::string_view& soap) const 
                                                    : ClassifyReply(ip_, port_, reply, soap);
 }
 
-std::string CHttpClient::BuildRequest(std::string_view path, std::string_view body) const {
+std::string CHttpClient::BuildRequest(std::string_view path, std::string_view body,
+                                      std::string_view authorization) const {
     const bool large = extensions_.Has(Extension::kLargeMessages);
-    return BuildPost(path, ip_, body, large ? kLargestExtendedRequest : kLargestRequest);
+    return BuildPost(path, ip_, body, authorization,
+                     large ? kLargestExtendedRequest : kLargestRequest);
+}
+
+std::string CHttpClient::TransferAnswering(const Target& target, std::string_view body,
+                                           bool& refused) {
+    using enum CDigestAnswers::Verdict;
+    const std::string uri = PostTarget(target.path);
+    std::string buffer;
+    auto verdict = kAskedAnew;
+    for (int answers = 0; verdict == kAskedAnew && answers <= kMostAnswers; ++answers) {
+        const CDigestAnswers::Answer answer = digestAnswers_.Next("POST", uri);
+        buffer = Transfer(target, BuildRequest(target.path, body, answer.field));
+        verdict = digestAnswers_.Take(buffer, answer);
+    }
+    refused = verdict != kNotAsked;
+    return buffer;
 }
 
 std::string CHttpClient::Transfer(const Target& target, const std::string& request) const {

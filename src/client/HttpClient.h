@@ -15,6 +15,7 @@
 #include <string_view>
 
 #include "client/DeviceClock.h"
+#include "client/DigestAnswers.h"
 #include "client/LoginPatience.h"
 #include "client/SecurityHeader.h"
 #include "client/SoapExchange.h"
@@ -28,6 +29,7 @@ namespace onvif_client {
 struct PullReply {
     int status = status::kNoReply;  // of the exchange
     std::string result;             // the result document; empty when the reply is none
+    bool askedAnew = false;         // refused by a challenge that the next pull can answer
 };
 
 class CHttpClient final : public ICommandSession {
@@ -102,7 +104,13 @@ class CHttpClient final : public ICommandSession {
     /// What the reply says, as the session's extensions have it.
     int Classify(std::string_view reply, std::string_view& soap) const;
     /// A POST, cut where the session's requests end.
-    std::string BuildRequest(std::string_view path, std::string_view body) const;
+    std::string BuildRequest(std::string_view path, std::string_view body,
+                             std::string_view authorization = {}) const;
+    /// With http-digest: as often as it takes to answer what the device asks for.
+    /// @param refused  becomes true when the device does not accept the answer.
+    std::string TransferAnswering(const Target& target, std::string_view body, bool& refused);
+    CDigestAnswers::Verdict TakePullChallenge(std::string_view reply);
+    bool AnswersDigest() const { return extensions_.Has(Extension::kHttpDigest); }
     /// One exchange over TCP.
     /// @return what came, head and body, up to the target's capacity, with the extension
     ///         large-messages up to 16 MiB; with http-framing without the frames of chunks.
@@ -156,6 +164,7 @@ class CHttpClient final : public ICommandSession {
     const std::uint16_t port_;
     const CExtensions extensions_;
 
+    CDigestAnswers digestAnswers_{credentials_};
     CDeviceClock deviceClock_;
     // Who is refused while another thread looks waits for what that finds. Held during two
     // exchanges, before the data lock; never taken by the socket layer's threads.
@@ -168,6 +177,7 @@ class CHttpClient final : public ICommandSession {
     std::shared_ptr<const ProfileList> profiles_ GUARDED_BY(dataLock_) =
         std::make_shared<ProfileList>();
     bool hasMedia2_ GUARDED_BY(dataLock_) = false;
+    CDigestAnswers::Answer pullAnswer_ GUARDED_BY(dataLock_);  // of the last pull
 
     // Written by the login only, before other threads see the session.
     std::optional<PtzRanges> ptzRanges_;

@@ -59,6 +59,9 @@ int CHttpClient::CheckDeviceClock() {
     // Some devices tell their clock only to those who can log in.
     const Reply reply =
         PostSigned({kDefaultDevicePath, kOrdinaryReplyCapacity}, BuildGetSystemDateAndTime({}));
+    if (reply.status == status::kNotAuthorized && AnswersDigest()) {
+        return reply.status;
+    }
     return reply.status == status::kSuccess ? status::kSuccess : status::kNoReply;
 }
 

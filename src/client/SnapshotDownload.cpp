@@ -27,11 +27,12 @@ constexpr std::uint64_t kLargestPicture = 67108864;
 }  // namespace
 
 CSnapshotDownload::CSnapshotDownload(const std::string& ip, const Credentials& credentials,
-                                     std::string_view address, std::atomic<bool>& digestAsked,
-                                     CExtensions extensions)
+                                     std::string_view address, CExtensions extensions,
+                                     std::atomic<bool>& digestAsked)
     : ip_(ip),
       credentials_(credentials),
       address_(ParseSnapshotAddress(address)),
+      digestKinds_(extensions.Has(Extension::kHttpDigest) ? DigestKinds::kAll : DigestKinds::kMd5),
       digestAsked_(digestAsked),
       request_(BuildSnapshotRequest(address_, credentials, {})),
       framed_(extensions.Has(Extension::kHttpFraming)) {}
@@ -119,7 +120,8 @@ void CSnapshotDownload::Answer(const std::vector<HttpChallenge>& challenges) {
         const bool digest = each.scheme == AuthorizationScheme::kDigest;
         refused = !digest && digestAsked_;
         std::string request =
-            refused ? std::string() : BuildSnapshotRequest(address_, credentials_, each);
+            refused ? std::string()
+                    : BuildSnapshotRequest(address_, credentials_, each, digestKinds_);
         if (!request.empty()) {
             if (digest) {
                 digestAsked_ = true;
@@ -135,7 +137,7 @@ void CSnapshotDownload::Answer(const std::vector<HttpChallenge>& challenges) {
 }
 
 bool CSnapshotDownload::ReadHeader(std::string_view header, ResponseBuffer& picture) {
-    const SnapshotHeader read = ReadSnapshotHeader(header);
+    const SnapshotHeader read = ReadSnapshotHeader(header, digestKinds_);
     if (read.unauthorized) {
         // Basic beside Digest is the device's own offer; Basic alone afterwards may be another's.
         const bool basicToo = std::ranges::any_of(read.challenges, [](const HttpChallenge& each) {

@@ -35,8 +35,8 @@ class CSnapshotDownload {
     ///                     be answered, or without Basic beside it. Set and read by all downloads.
     /// All but the address must outlive the download.
     CSnapshotDownload(const std::string& ip, const Credentials& credentials,
-                      std::string_view address, std::atomic<bool>& digestAsked,
-                      CExtensions extensions = {});
+                      std::string_view address, CExtensions extensions,
+                      std::atomic<bool>& digestAsked);
 
     /// @param picture  has no data when nothing came; else its size tells how many bytes did.
     void Run(ResponseBuffer& picture);
@@ -69,6 +69,7 @@ class CSnapshotDownload {
     const std::string& ip_;
     const Credentials& credentials_;
     const SnapshotAddress address_;
+    const DigestKinds digestKinds_;
     std::atomic<bool>& digestAsked_;
     std::string request_;  // of the next attempt
     const bool framed_;

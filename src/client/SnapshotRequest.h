@@ -6,11 +6,10 @@
 #define ONVIF_CLIENT_CLIENT_SNAPSHOTREQUEST_H
 
 #include <cstdint>
-#include <optional>
 #include <string>
 #include <string_view>
-#include <vector>
 
+#include "client/HttpChallenges.h"
 #include "client/SecurityHeader.h"
 
 namespace onvif_client {
@@ -26,46 +25,23 @@ struct SnapshotAddress {
 /// gives 0.
 SnapshotAddress ParseSnapshotAddress(std::string_view address);
 
-enum class AuthorizationScheme { kNone, kBasic, kDigest };
-
-/// What a device asks for with "401 Unauthorized".
-struct HttpChallenge {
-    AuthorizationScheme scheme = AuthorizationScheme::kNone;
-    // Of a Digest challenge, empty where it does not say.
-    std::string realm;
-    std::string nonce;
-    std::string qop;
-    std::string opaque;
-};
-
 /// What the header of a reply says.
-struct SnapshotHeader {
+struct SnapshotHeader : ChallengeOffer {
     bool unauthorized = false;
     bool notFound = false;
-    /// With unauthorized: the challenges that this client speaks, those to Digest (MD5) before
-    /// those to Basic, else in the device's order.
-    std::vector<HttpChallenge> challenges;
-    /// With unauthorized: whether there is a challenge to Digest, in whatever algorithm.
-    bool asksForDigest = false;
     /// 0 when the header does not say.
     std::uint64_t contentLength = 0;
 };
 
-/// @param header  the text up to the empty line. Field names compare without case; a field may
-///                hold several challenges, and be folded over several lines.
-SnapshotHeader ReadSnapshotHeader(std::string_view header);
-
-/// The response of a Digest authentication for GET: 32 hexadecimal digits. Nothing when a text to
-/// be hashed has more than 511 bytes.
-std::optional<std::string> DigestResponse(const Credentials& credentials,
-                                          const HttpChallenge& challenge, std::string_view qop,
-                                          std::string_view cnonce, std::string_view nc,
-                                          std::string_view path);
+/// @param header  the text up to the empty line.
+SnapshotHeader ReadSnapshotHeader(std::string_view header, DigestKinds kinds = DigestKinds::kMd5);
 
 /// The request, of at most 8191 bytes. Empty for a challenge that cannot be answered: its texts, or
 /// the user name, are too long for the digest or hold control characters.
+/// @param kinds  kMd5: Digest is answered with qop "auth", whatever is asked for.
 std::string BuildSnapshotRequest(const SnapshotAddress& address, const Credentials& credentials,
-                                 const HttpChallenge& challenge);
+                                 const HttpChallenge& challenge,
+                                 DigestKinds kinds = DigestKinds::kMd5);
 
 }  // namespace onvif_client
 

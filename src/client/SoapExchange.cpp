@@ -79,17 +79,24 @@ bool HoldsRefusal(std::string_view soap) {
 
 }  // namespace
 
+std::string PostTarget(std::string_view path) {
+    return "/" + HeadText(path);
+}
+
 std::string BuildPost(std::string_view path, std::string_view host, std::string_view body,
-                      std::size_t largest) {
+                      std::string_view authorization, std::size_t largest) {
     const auto tabs = static_cast<std::size_t>(std::count(body.begin(), body.end(), '\t'));
     std::string request;
-    request.reserve(path.size() + host.size() + body.size() + 192);
-    request += "POST /";
-    request += HeadText(path);
+    request.reserve(path.size() + host.size() + body.size() + authorization.size() + 192);
+    request += "POST ";
+    request += PostTarget(path);
     request +=
         " HTTP/1.1\r\nContent-Type: application/soap+xml; charset=utf-8\r\nUser-Agent: ApiTool\r\n"
         "Host: ";
     request += HeadText(host);
+    if (!authorization.empty()) {
+        request.append("\r\nAuthorization: ").append(authorization);
+    }
     if (body.size() > tabs) {
         request += "\r\nContent-Length: ";
         request += std::to_string(body.size() - tabs);

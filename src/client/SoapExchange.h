@@ -32,8 +32,12 @@ constexpr std::size_t kLargestExtendedRequest = 1048576;
 
 /// A request of at most @p largest bytes; what goes beyond is cut, while Content-Length states the
 /// whole body. Tabs are left out of the body; path and host are encoded (HeadText).
+/// @param authorization  the value of that field; empty: there is none.
 std::string BuildPost(std::string_view path, std::string_view host, std::string_view body,
-                      std::size_t largest = kLargestRequest);
+                      std::string_view authorization = {}, std::size_t largest = kLargestRequest);
+
+/// What such a request is for, as its first line says.
+std::string PostTarget(std::string_view path);
 
 /// Classifies a raw reply by what it contains, not by its HTTP status. An empty reply is logged.
 /// @param soap  with status 0: the part of @p reply from "<?xml" on; else untouched.

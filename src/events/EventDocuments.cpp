@@ -143,7 +143,7 @@ PullAnswer ReadPull(const PullReply& reply, bool perSource) {
         answer.items.push_back(perSource ? ReadSourceItem(each) : ReadItem(each));
     }
     if (reply.status == status::kNotAuthorized) {
-        answer.outcome = PullOutcome::kRefused;
+        answer.outcome = reply.askedAnew ? PullOutcome::kAskedAnew : PullOutcome::kRefused;
     } else if (result == "success") {
         answer.outcome = answer.items.empty() ? PullOutcome::kNoMessages : PullOutcome::kMessages;
     }

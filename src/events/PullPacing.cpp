@@ -25,7 +25,10 @@ std::uint32_t CPullPacing::Pause(PullOutcome outcome, std::uint32_t tookMs) {
     if (outcome == PullOutcome::kMessages || tookMs >= kPatientMs) {
         SetBack();
     }
-    const std::uint32_t pause = PauseAfter(outcome, tookMs);
+    const bool asksWithoutEnd = outcome == PullOutcome::kAskedAnew && askedAnew_;
+    askedAnew_ = outcome == PullOutcome::kAskedAnew;
+    const std::uint32_t pause =
+        PauseAfter(asksWithoutEnd ? PullOutcome::kRefused : outcome, tookMs);
     paces_ = paces_ || pause > 0;
     return pause;
 }
@@ -33,6 +36,7 @@ std::uint32_t CPullPacing::Pause(PullOutcome outcome, std::uint32_t tookMs) {
 std::uint32_t CPullPacing::PauseAfter(PullOutcome outcome, std::uint32_t tookMs) {
     switch (outcome) {
         case PullOutcome::kMessages:
+        case PullOutcome::kAskedAnew:
             break;
         case PullOutcome::kNoMessages:
             if (tookMs < kPatientMs && ++empty_ > kEmptyAtOnce) {

@@ -13,11 +13,13 @@ enum class PullOutcome {
     kNoMessages,  ///< it answered properly, with nothing to tell
     kRefused,     ///< it refused the credentials
     kFailed,      ///< it answered something else
+    kAskedAnew,   ///< it asked for credentials in a way that the next pull can answer
 };
 
 /// A value without lock or clock. A device that answers as it should (messages, or a second and
 /// more of waiting for them) is pulled from again at once, and sets back what it was counted for
-/// before. Of the others the first few replies are followed at once, refused credentials never.
+/// before. Of the others the first few replies are followed at once, refused credentials never,
+/// unless the device asked for them in a new way: that is followed at once, but not twice in a row.
 class CPullPacing {
  public:
     /// A reply came.
@@ -37,6 +39,7 @@ class CPullPacing {
     unsigned int refused_ = 0;
     unsigned int failed_ = 0;
     unsigned int empty_ = 0;
+    bool askedAnew_ = false;  // by the last reply
     bool paces_ = false;
 };
 

@@ -42,6 +42,11 @@ std::optional<std::array<std::uint8_t, 20>> Sha1(std::span<const std::uint8_t> d
     return Digest<20>(method, data);
 }
 
+std::optional<std::array<std::uint8_t, 32>> Sha256(std::span<const std::uint8_t> data) {
+    static const EVP_MD* const method = Fetch("SHA256");
+    return Digest<32>(method, data);
+}
+
 std::string Base64(std::span<const std::uint8_t> data) {
     std::string text((data.size() + 2) / 3 * 4, '\0');
     // Writes a zero byte behind the text, where a string has one anyway.

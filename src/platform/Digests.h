@@ -22,6 +22,8 @@ inline std::span<const std::uint8_t> Bytes(std::string_view text) {
 std::optional<std::array<std::uint8_t, 16>> Md5(std::span<const std::uint8_t> data);
 /// FIPS 180, SHA-1. Nothing where the system does not offer it.
 std::optional<std::array<std::uint8_t, 20>> Sha1(std::span<const std::uint8_t> data);
+/// FIPS 180, SHA-256. Nothing where the system does not offer it.
+std::optional<std::array<std::uint8_t, 32>> Sha256(std::span<const std::uint8_t> data);
 /// RFC 4648 section 4: the standard alphabet with "=" padding.
 std::string Base64(std::span<const std::uint8_t> data);
 /// The reverse; white space is skipped, and the padding may be missing.

@@ -44,7 +44,7 @@ std::string Download(std::string_view reply, std::size_t pieceSize) {
     CFuzzPeer::Instance().Answer({std::string(reply), std::string(reply)}, pieceSize);
     ResponseBuffer picture;
     std::atomic<bool> digest = false;
-    CSnapshotDownload("127.0.0.1", kCredentials, "http://127.0.0.1/picture", digest).Run(picture);
+    CSnapshotDownload("127.0.0.1", kCredentials, "http://127.0.0.1/picture", {}, digest).Run(picture);
     Expect(picture.data != nullptr || picture.size == 0);
     return {picture.data.get(), static_cast<std::size_t>(picture.size)};
 }

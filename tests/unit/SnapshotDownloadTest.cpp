@@ -4,6 +4,7 @@
 #include <chrono>
 #include <cstdlib>
 #include <mutex>
+#include <optional>
 #include <thread>
 #include <vector>
 
@@ -73,9 +74,8 @@ class SnapshotDownload : public testing::Test {
 
     std::string FetchFrom(std::uint16_t port) {
         ResponseBuffer picture;
-        CHttpClient extended("user", "pass", "127.0.0.1", 80, extensions_);
-        (extensions_ == CExtensions{} ? session_ : extended)
-            .DownloadPicture("http://elsewhere.invalid:" + std::to_string(port) + "/p", picture);
+        session_->DownloadPicture("http://elsewhere.invalid:" + std::to_string(port) + "/p",
+                                  picture);
         return picture.data == nullptr
                    ? "(none)"
                    : std::string(picture.data.get(), static_cast<std::size_t>(picture.size));
@@ -91,8 +91,7 @@ class SnapshotDownload : public testing::Test {
     static constexpr std::size_t kShortestRequest = 60;
     CSleptClock clock_;
     const CScopedClock replaced_{clock_};
-    CExtensions extensions_;
-    CHttpClient session_{"user", "pass", "127.0.0.1", 80};
+    std::optional<CHttpClient> session_{std::in_place, "user", "pass", "127.0.0.1", 80};
     std::mutex lock_;  // guards requests_ while a peer lives: each connection has its thread
     std::vector<std::string> requests_;  // of one connection after the other
 };
@@ -160,9 +159,10 @@ TEST_F(SnapshotDownload, PutsChunksTogether) {
     };
     for (const auto& [reply, picture] : cases) {
         EXPECT_NE(Fetch({{{reply}}}), picture) << "the frames are in it";
-        extensions_ = {Extension::kHttpFraming};
+        session_.emplace("user", "pass", "127.0.0.1", std::uint16_t{80},
+                         CExtensions{Extension::kHttpFraming});
         EXPECT_TRUE(Fetch({{{reply}, picture.size() < 5}}) == picture) << reply.substr(0, 100);
-        extensions_ = {};
+        session_.emplace("user", "pass", "127.0.0.1", std::uint16_t{80});
     }
 }
 
@@ -176,6 +176,7 @@ TEST_F(SnapshotDownload, AnswersDigestWhereItCanAndBasicUntilThen) {
         std::string challenge;
         std::string answer;
         std::string refusal;
+        CExtensions begins = {};  // a new session, with these
     } cases[] = {
         // One session, in this order.
         {"Basic realm=\"r\"", basicAnswer, ""},
@@ -188,8 +189,15 @@ TEST_F(SnapshotDownload, AnswersDigestWhereItCanAndBasicUntilThen) {
         {digest + ", opaque=" + '\0', "", strange},
         {tooLong + "\r\nWWW-Authenticate: Basic realm=\"r\", " + digest, digestAnswer, ""},
         {tooLong + ", Basic realm=\"r\"", "", "Basic credentials after Digest"},
+        {"Digest realm=r, nonce=n, algorithm=SHA-256, Basic realm=r",
+         "uri=\"/p\", algorithm=SHA-256, response=",
+         "",
+         {Extension::kHttpDigest}},
     };
     for (const auto& each : cases) {
+        if (each.begins != CExtensions()) {
+            session_.emplace("user", "pass", "127.0.0.1", std::uint16_t{80}, each.begins);
+        }
         const bool answered = each.refusal.empty();
         const std::string line = "info HttpClient no picture: device 127.0.0.1 asks for ";
         testing::internal::CaptureStderr();
