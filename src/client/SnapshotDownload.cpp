@@ -33,6 +33,7 @@ CSnapshotDownload::CSnapshotDownload(const std::string& ip, const Credentials& c
       credentials_(credentials),
       address_(ParseSnapshotAddress(address)),
       digestKinds_(extensions.Has(Extension::kHttpDigest) ? DigestKinds::kAll : DigestKinds::kMd5),
+      noBasic_(extensions.Has(Extension::kNoBasic)),
       digestAsked_(digestAsked),
       request_(BuildSnapshotRequest(address_, credentials, {})),
       framed_(extensions.Has(Extension::kHttpFraming)) {}
@@ -118,7 +119,7 @@ void CSnapshotDownload::Answer(const std::vector<HttpChallenge>& challenges) {
     bool refused = false;
     for (const HttpChallenge& each : challenges) {
         const bool digest = each.scheme == AuthorizationScheme::kDigest;
-        refused = !digest && digestAsked_;
+        refused = !digest && (digestAsked_ || noBasic_);
         std::string request =
             refused ? std::string()
                     : BuildSnapshotRequest(address_, credentials_, each, digestKinds_);
@@ -132,8 +133,9 @@ void CSnapshotDownload::Answer(const std::vector<HttpChallenge>& challenges) {
     }
     final_ = true;
     LogNormal(loglabel::kHttpClient, "no picture: device %s %s", ip_.c_str(),
-              refused ? "asks for Basic credentials after Digest"
-                      : "asks for credentials with texts that cannot be answered");
+              !refused   ? "asks for credentials with texts that cannot be answered"
+              : noBasic_ ? "asks for Basic credentials, which are switched off (no-basic)"
+                         : "asks for Basic credentials after Digest");
 }
 
 bool CSnapshotDownload::ReadHeader(std::string_view header, ResponseBuffer& picture) {

@@ -27,7 +27,7 @@ namespace onvif_client {
 ///
 /// Digest goes before Basic, which discloses the password: to a device that has asked for Digest
 /// once, Basic is not answered any more; only where it always offers both, and a Digest that cannot
-/// be answered, it is. A challenge that is not answered is logged.
+/// be answered, it is; with no-basic it never is. A challenge that is not answered is logged.
 class CSnapshotDownload {
  public:
     /// @param ip  connected to in place of the address's host, whatever that is.
@@ -70,6 +70,7 @@ class CSnapshotDownload {
     const Credentials& credentials_;
     const SnapshotAddress address_;
     const DigestKinds digestKinds_;
+    const bool noBasic_;
     std::atomic<bool>& digestAsked_;
     std::string request_;  // of the next attempt
     const bool framed_;

@@ -193,6 +193,11 @@ TEST_F(SnapshotDownload, AnswersDigestWhereItCanAndBasicUntilThen) {
          "uri=\"/p\", algorithm=SHA-256, response=",
          "",
          {Extension::kHttpDigest}},
+        {"Basic realm=\"r\"",
+         "",
+         "Basic credentials, which are switched off (no-basic)",
+         {Extension::kNoBasic}},
+        {"Basic realm=\"r\", " + digest, digestAnswer, ""},
     };
     for (const auto& each : cases) {
         if (each.begins != CExtensions()) {
