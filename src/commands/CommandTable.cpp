@@ -23,6 +23,11 @@ void LearnProfiles(std::string_view reply, ICommandSession& session) {
     }
 }
 
+bool TellsProfiles(std::string_view reply) {
+    ProfileList profiles;
+    return ReadProfiles(reply, profiles) && !profiles.empty();
+}
+
 void LearnClockSet(std::string_view, ICommandSession& session) {
     session.NoteClockSet();
 }
@@ -34,13 +39,15 @@ constexpr CommandSteps kProfiles10 = {{{.build = BuildGetProfiles10,
                                         .result = &kProfilesResult,
                                         .replyCapacity = kProfilesCapacity,
                                         .clock = SigningClock::kDevice,
-                                        .learn = LearnProfiles}}};
+                                        .learn = LearnProfiles,
+                                        .serves = TellsProfiles}}};
 constexpr CommandSteps kProfiles20 = {{{.build = BuildGetProfiles20,
                                         .serviceKey = "media2",
                                         .result = &kProfilesResult,
                                         .replyCapacity = kProfilesCapacity,
                                         .clock = SigningClock::kDevice,
-                                        .learn = LearnProfiles}}};
+                                        .learn = LearnProfiles,
+                                        .serves = TellsProfiles}}};
 
 constexpr std::uint32_t kEncoderOptionsCapacity = 15360;
 
@@ -63,6 +70,16 @@ constexpr CommandSteps kSetEncoder20 = {{{.build = BuildSetVideoEncoder20,
                                           .serviceKey = "media2",
                                           .result = &kStatusOnly<"videoEncodeCfg">,
                                           .clock = SigningClock::kDevice}}};
+
+constexpr CommandSteps kStreamUri20 = {{{.build = BuildGetStreamUri20,
+                                         .serviceKey = "media2",
+                                         .result = &kStreamUri20Result,
+                                         .clock = SigningClock::kDevice,
+                                         .serves = TellsMediaUri}}};
+constexpr CommandSteps kSnapshotUri20 = {{{.build = BuildGetSnapshotUri20,
+                                           .serviceKey = "media2",
+                                           .result = &kSnapshotUri20Result,
+                                           .serves = TellsMediaUri}}};
 
 int FetchSnapshot(ICommandSession& session, const std::string& result, ResponseBuffer& picture) {
     return session.DownloadPicture(SnapshotAddressIn(result), picture);
@@ -90,12 +107,18 @@ constexpr CommandRow kGetRows[] = {
      .steps = {{{.build = BuildGetStreamUri,
                  .serviceKey = "media",
                  .result = &kStreamUriResult,
-                 .clock = SigningClock::kDevice}}}},
+                 .clock = SigningClock::kDevice,
+                 .serves = TellsMediaUri}}},
+     .fallback = &kStreamUri20},
     {.name = "snapshotURI",
      .completion = kIndexedProfile,
-     .steps = {{{BuildGetSnapshotUri, "media", &kSnapshotUriResult}}},
+     .steps = {{{.build = BuildGetSnapshotUri,
+                 .serviceKey = "media",
+                 .result = &kSnapshotUriResult,
+                 .serves = TellsMediaUri}}},
+     .fallback = &kSnapshotUri20,
      .fetchPicture = FetchSnapshot},
-    {.name = "profiles", .steps = kProfiles10, .media2 = &kProfiles20},
+    {.name = "profiles", .steps = kProfiles10, .media2 = &kProfiles20, .fallback = &kProfiles10},
     {.name = "profile",
      .completion = kIndexedProfile,
      .steps = {{{BuildGetProfile, "media", &kProfileResult, 10240}}},

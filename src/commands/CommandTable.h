@@ -65,6 +65,8 @@ struct CommandStep {
     std::string (*path)(const CommandRequest& request) = nullptr;
     std::uint32_t timeoutMs = kExchangeTimeoutMs;
     GoOn goOn = GoOn::kUnlessFailed;
+    /// Where the other media service can be asked: whether an answer gives what was asked for.
+    bool (*serves)(std::string_view reply) = nullptr;
 };
 
 using CommandSteps = std::array<CommandStep, 2>;
@@ -82,6 +84,9 @@ struct CommandRow {
     CommandSteps steps = {};
     /// The same command for devices with the ver20 media service; null: there is one way only.
     const CommandSteps* media2 = nullptr;
+    /// With the extension media-fallback: the same command for the media service that is asked when
+    /// the one of the steps above is missing, or does not serve. One step each.
+    const CommandSteps* fallback = nullptr;
     ProfileLoop loop = ProfileLoop::kNone;
     /// Not null: answers without any exchange, adding to the result document.
     void (*answerLocally)(const ICommandSession& session, CResultDocument& result) = nullptr;

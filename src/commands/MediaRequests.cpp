@@ -23,6 +23,13 @@ constexpr auto kGetStreamUri = SoapEnvelope(
 constexpr auto kGetSnapshotUri =
     SoapEnvelope(kMdw, FixedText("<mdw:GetSnapshotUri><mdw:ProfileToken/></mdw:GetSnapshotUri>"));
 
+// "RTSP" of the ver20 service is what the request above says: RTP over the connection of RTSP.
+constexpr auto kGetStreamUri20 =
+    SoapEnvelope(kTrt2, FixedText("<trt2:GetStreamUri><trt2:Protocol>RTSP</trt2:Protocol>"
+                                  "<trt2:ProfileToken/></trt2:GetStreamUri>"));
+constexpr auto kGetSnapshotUri20 = SoapEnvelope(
+    kTrt2, FixedText("<trt2:GetSnapshotUri><trt2:ProfileToken/></trt2:GetSnapshotUri>"));
+
 constexpr auto kGetVideoEncoder =
     SoapEnvelope(kMdw, FixedText("<mdw:GetVideoEncoderConfiguration><mdw:ConfigurationToken/>"
                                  "</mdw:GetVideoEncoderConfiguration>"));
@@ -62,6 +69,18 @@ std::string BuildGetStreamUri(const CommandRequest& request) {
 std::string BuildGetSnapshotUri(const CommandRequest& request) {
     CEnvelopeFiller envelope(kGetSnapshotUri, "mdw:GetSnapshotUri");
     envelope.Copy(request, "profiletoken", "mdw:ProfileToken");
+    return envelope.Print();
+}
+
+std::string BuildGetStreamUri20(const CommandRequest& request) {
+    CEnvelopeFiller envelope(kGetStreamUri20, "trt2:GetStreamUri");
+    envelope.Copy(request, "profiletoken", "trt2:ProfileToken");
+    return envelope.Print();
+}
+
+std::string BuildGetSnapshotUri20(const CommandRequest& request) {
+    CEnvelopeFiller envelope(kGetSnapshotUri20, "trt2:GetSnapshotUri");
+    envelope.Copy(request, "profiletoken", "trt2:ProfileToken");
     return envelope.Print();
 }
 

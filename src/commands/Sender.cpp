@@ -6,9 +6,8 @@ namespace onvif_client {
 
 namespace {
 
-int SendStep(ICommandSession& session, const CommandStep& step, const CommandRequest& request,
-             int index, CResultDocument& result) {
-    const Reply reply = session.Exchange(MakeRequest(step, request));
+int TakeReply(ICommandSession& session, const CommandStep& step, const CommandRequest& request,
+              int index, const Reply& reply, CResultDocument& result) {
     if (reply.status != status::kSuccess) {
         return reply.status;
     }
@@ -21,6 +20,35 @@ int SendStep(ICommandSession& session, const CommandStep& step, const CommandReq
                     FaultReadingOf(session.Extensions()));
     }
     return reply.status;
+}
+
+int SendStep(ICommandSession& session, const CommandStep& step, const CommandRequest& request,
+             int index, CResultDocument& result) {
+    const Reply reply = session.Exchange(MakeRequest(step, request));
+    return TakeReply(session, step, request, index, reply, result);
+}
+
+/// With media-fallback. Refused credentials are refused by either service.
+int SendToEither(ICommandSession& session, const CommandStep& first, const CommandStep& other,
+                 const CommandRequest& request, CResultDocument& result) {
+    const ServiceTable services = session.Services();
+    if (other.serviceKey == first.serviceKey || !services.contains(other.serviceKey)) {
+        return SendStep(session, first, request, 0, result);
+    }
+    if (!services.contains(first.serviceKey)) {
+        return SendStep(session, other, request, 0, result);
+    }
+    const auto serves = [](const CommandStep& step, const Reply& reply) {
+        return reply.status == status::kSuccess && step.serves(reply.soap);
+    };
+    const Reply reply = session.Exchange(MakeRequest(first, request));
+    if (!serves(first, reply) && reply.status != status::kNotAuthorized) {
+        const Reply second = session.Exchange(MakeRequest(other, request));
+        if (serves(other, second)) {
+            return TakeReply(session, other, request, 0, second, result);
+        }
+    }
+    return TakeReply(session, first, request, 0, reply, result);
 }
 
 bool EndsCommand(GoOn goOn, int stepStatus) {
@@ -96,8 +124,11 @@ int SendCommand(ICommandSession& session, const CommandRow& row, const CommandEl
         return SendLoop(session, row, steps, *profiles, command, result);
     }
     const MediaProfile* first = profiles->empty() ? nullptr : &profiles->front();
-    return SendSteps(session, steps, command.run,
-                     {command.parameters, first, nullptr, session.SpeedRanges()}, 0, result);
+    const CommandRequest request = {command.parameters, first, nullptr, session.SpeedRanges()};
+    if (row.fallback != nullptr && session.Extensions().Has(Extension::kMediaFallback)) {
+        return SendToEither(session, steps.front(), row.fallback->front(), request, result);
+    }
+    return SendSteps(session, steps, command.run, request, 0, result);
 }
 
 SignedRequest MakeRequest(const CommandStep& step, const CommandRequest& request) {

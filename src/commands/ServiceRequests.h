@@ -14,6 +14,8 @@ std::string BuildGetProfiles10(const CommandRequest&);
 std::string BuildGetProfiles20(const CommandRequest&);
 std::string BuildGetStreamUri(const CommandRequest& request);
 std::string BuildGetSnapshotUri(const CommandRequest& request);
+std::string BuildGetStreamUri20(const CommandRequest& request);
+std::string BuildGetSnapshotUri20(const CommandRequest& request);
 // The following are sent once per profile chosen: CommandRequest::profile is there.
 std::string BuildGetProfile(const CommandRequest& request);
 std::string BuildGetVideoEncoder(const CommandRequest& request);

@@ -3,6 +3,9 @@
 #ifndef ONVIF_CLIENT_TRANSFORM_MEDIARESULTS_H
 #define ONVIF_CLIENT_TRANSFORM_MEDIARESULTS_H
 
+#include <string>
+#include <string_view>
+
 #include "transform/ResultFrame.h"
 
 namespace onvif_client {
@@ -14,6 +17,11 @@ extern const ResultFrame kProfileResult;
 // StreamResults.cpp
 extern const ResultFrame kStreamUriResult;
 extern const ResultFrame kSnapshotUriResult;
+// The same of replies of the ver20 media service.
+extern const ResultFrame kStreamUri20Result;
+extern const ResultFrame kSnapshotUri20Result;
+/// Whether a reply of either service tells the address of a stream or picture.
+bool TellsMediaUri(std::string_view reply);
 /// The picture's address in a result document of snapshotURI; empty when the device gave none.
 std::string SnapshotAddressIn(const std::string& result);
 

@@ -1,4 +1,5 @@
 #include "transform/MediaResults.h"
+#include "transform/XmlTransform.h"
 
 namespace onvif_client {
 
@@ -19,10 +20,37 @@ void CopySnapshotUri(const ReplyValues& reply, XMLElement* command) {
                command, kMediaUri);
 }
 
+constexpr CopiedValue kMediaUri20[] = {{"Uri", "uri"}};
+
+void CopyStreamUri20(const ReplyValues& reply, XMLElement* command) {
+    CopyValues(FindElement(reply.envelope, "Envelope/Body/GetStreamUriResponse"), command,
+               kMediaUri20);
+}
+
+void CopySnapshotUri20(const ReplyValues& reply, XMLElement* command) {
+    CopyValues(FindElement(reply.envelope, "Envelope/Body/GetSnapshotUriResponse"), command,
+               kMediaUri20);
+}
+
 }  // namespace
 
+constinit const ResultFrame kSnapshotUri20Result = {"GetResponse", "snapshotURI",
+                                                    CopySnapshotUri20};
+constinit const ResultFrame kStreamUri20Result = {"GetResponse", "streamURI", CopyStreamUri20};
 constinit const ResultFrame kSnapshotUriResult = {"GetResponse", "snapshotURI", CopySnapshotUri};
 constinit const ResultFrame kStreamUriResult = {"GetResponse", "streamURI", CopyStreamUri};
+
+bool TellsMediaUri(std::string_view reply) {
+    const CXmlDocument trimmed(CXmlTransform::TrimXmlNamespace(reply));
+    const XMLElement* body = trimmed.Find("Envelope/Body");
+    for (const char* name : {"GetStreamUriResponse", "GetSnapshotUriResponse"}) {
+        const XMLElement* response = FirstChild(body, name);
+        if (!TextAt(response, "Uri").empty() || !TextAt(response, "MediaUri/Uri").empty()) {
+            return true;
+        }
+    }
+    return false;
+}
 
 std::string SnapshotAddressIn(const std::string& result) {
     const CXmlDocument document(result);

@@ -30,6 +30,11 @@ TEST(CommandTables, EveryRowIsComplete) {
             if (row.media2 != nullptr) {
                 steps.insert(steps.end(), row.media2->begin(), row.media2->end());
             }
+            if (row.fallback != nullptr) {
+                EXPECT_NE(row.steps[0].serves, nullptr) << row.name;
+                EXPECT_NE(row.fallback->front().serves, nullptr) << row.name;
+                steps.push_back(row.fallback->front());
+            }
             for (const CommandStep& step : steps) {
                 if (step.build == nullptr) {
                     continue;

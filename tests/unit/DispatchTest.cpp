@@ -7,12 +7,13 @@
 
 #include "commands/GetCmd.h"
 #include "support/Outline.h"
+#include "transform/Conversions.h"
 
 namespace onvif_client {
 namespace {
 
 /// A session without sockets: answers with the statuses it is given and notes what it was asked.
-class CScriptedSession final : public ICommandSession {
+class CScriptedSession : public ICommandSession {
  public:
     std::shared_ptr<const ProfileList> Profiles() const override { return profiles; }
     void ReplaceProfiles(ProfileList list) override {
@@ -239,6 +240,73 @@ TEST(Dispatch, DevicesWithMedia2GetTheOtherRequest) {
     session.media2 = true;
     EXPECT_TRUE(RunGet(session, "<Get><media/></Get>", kGetTable).success);
     EXPECT_EQ(session.log, "two@media2 ");
+}
+
+/// A device by what its media services answer; one that is not here is not there.
+class CMediaSession final : public CScriptedSession {
+ public:
+    CExtensions Extensions() const override { return extensions; }
+    ServiceTable Services() const override { return services; }
+    bool HasMedia2() const override { return services.contains("media2"); }
+    Reply Exchange(const SignedRequest& request) override {
+        log += std::string(request.serviceKey) + " ";
+        const auto found = services.find(request.serviceKey);
+        const std::string outline = found == services.end() ? "Fault" : found->second;
+        const int failed = ToInt(outline);
+        return {failed, failed != 0 ? "" : client_test::Xml("Envelope{Body{" + outline + "}}")};
+    }
+    CExtensions extensions;
+    ServiceTable services;
+};
+
+TEST(Dispatch, TheOtherMediaServiceIsAskedWhereOneDoesNotServe) {
+    const std::string profiles = "<profiles/>";
+    const std::string stream = "<streamURI><index>0</index></streamURI>";
+    const std::string list = "GetProfilesResponse{Profiles(token=found)}";
+    const std::string uri10 = "GetStreamUriResponse{MediaUri{Uri=rtsp://found}}";
+    const std::string uri20 = "GetStreamUriResponse{Uri=rtsp://found}";
+    const struct {
+        std::string command;
+        ServiceTable services;  // and what they answer: an outline, or a status
+        std::string log, literalLog;
+        bool found, foundLiterally = false;
+    } cases[] = {
+        {profiles, {{"media", "Fault"}, {"media2", list}}, "media2 ", "media2 ", true, true},
+        {profiles, {{"media", list}, {"media2", "Fault"}}, "media2 media ", "media2 ", true},
+        {profiles, {{"media", list}, {"media2", "5"}}, "media2 media ", "media2 ", true},
+        {profiles,
+         {{"media", list}, {"media2", "GetProfilesResponse"}},
+         "media2 media ",
+         "media2 ",
+         true},
+        {profiles, {{"media", list}, {"media2", "401"}}, "media2 ", "media2 ", false},
+        {profiles, {{"media", "7"}, {"media2", "Fault"}}, "media2 media ", "media2 ", false},
+        {profiles, {{"media2", "Fault"}}, "media2 ", "media2 ", false},
+        {profiles, {{"media", list}}, "media ", "media ", true, true},
+        {stream, {{"media", uri10}, {"media2", uri20}}, "media ", "media ", true, true},
+        {stream, {{"media", "Fault"}, {"media2", uri20}}, "media media2 ", "media ", true},
+        {stream, {{"media", "7"}, {"media2", uri20}}, "media media2 ", "media ", true},
+        {stream, {{"media2", uri20}}, "media2 ", "media ", true},
+        {stream, {{"media", "Fault"}}, "media ", "media ", false},
+        {"<snapshotURI><index>0</index></snapshotURI>",
+         {{"media", "Fault"}, {"media2", "GetSnapshotUriResponse{Uri=http://found}"}},
+         "media media2 ",
+         "media ",
+         true},
+    };
+    for (const auto& each : cases) {
+        for (const bool literal : {false, true}) {
+            CMediaSession session;
+            session.services = each.services;
+            session.extensions = literal ? CExtensions() : CExtensions{Extension::kMediaFallback};
+            const GetAnswer answer = RunGet(session, "<Get>" + each.command + "</Get>");
+            EXPECT_EQ(session.log, literal ? each.literalLog : each.log) << each.command;
+            EXPECT_EQ(answer.success && (answer.picture.size > 0 ||
+                                         answer.document.find("found") != std::string::npos),
+                      literal ? each.foundLiterally : each.found)
+                << each.command << each.log << answer.document;
+        }
+    }
 }
 
 TEST(Dispatch, APictureEndsTheRequest) {
