@@ -84,7 +84,7 @@ const std::string kReply = Reply(
 class CFedParser final : private IPullSink {
  public:
     explicit CFedParser(std::uint32_t loginId = 1, CExtensions extensions = {})
-        : sessions_(extensions), parser_(*this, sessions_, loginId) {}
+        : sessions_(extensions), parser_(*this, sessions_, loginId, extensions) {}
 
     std::string Feed(std::string_view block) {
         std::uint32_t wanted = 7;
