@@ -1,4 +1,4 @@
-// A client that knows nothing of HTTP.
+// A client that knows next to nothing of HTTP and SOAP.
 #ifndef TESTS_SIMULATOR_EXCHANGE_H
 #define TESTS_SIMULATOR_EXCHANGE_H
 
@@ -10,5 +10,21 @@ inline std::string Exchange(std::uint16_t port, const std::string& bytes) {
     connection.Send(bytes);
     return connection.ReadToEnd();
 }
+
+/// A request; @p fields are whole header lines.
+inline std::string Http(const std::string& method, const std::string& path, const std::string& body,
+                        const std::string& fields = "") {
+    return method + " " + path + " HTTP/1.1\r\nHost: camera\r\n" + fields +
+           "Content-Length: " + std::to_string(body.size()) + "\r\n\r\n" + body;
+}
+
+inline std::string Envelope(const std::string& ns, const std::string& operation,
+                            const std::string& arguments = "", const std::string& header = "") {
+    return "<e:Envelope xmlns:e='http://www.w3.org/2003/05/soap-envelope'><e:Header>" + header +
+           "</e:Header><e:Body><" + operation + " xmlns='" + ns + "'>" + arguments + "</" +
+           operation + "></e:Body></e:Envelope>";
+}
+
+inline constexpr const char* kDeviceNamespace = "http://www.onvif.org/ver10/device/wsdl";
 
 #endif

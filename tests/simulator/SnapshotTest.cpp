@@ -151,11 +151,6 @@ TEST(Services, AskForHttpCredentialsInPlaceOfTokens) {
          true},
         {HttpScheme::kDigestSha256, "auth", {}, "SHA-256 ", false},
         {HttpScheme::kDigestEither, "auth", {}, "SHA-256 MD5 ", true},
-        {HttpScheme::kDigestEither,
-         "",
-         {.qop = "", .extra = sha, .hash = Sha256},
-         "SHA-256 ",
-         true},
     };
     for (const Case& test : cases) {
         SCOPED_TRACE(&test - cases.data());
@@ -166,15 +161,8 @@ TEST(Services, AskForHttpCredentialsInPlaceOfTokens) {
         digest.method = "POST";
         digest.uri = "/onvif/device_service";
         const auto post = [&](const std::string& operation, const std::string& authorization) {
-            digest.body =
-                "<e:Envelope xmlns:e='http://www.w3.org/2003/05/soap-envelope'><e:Body><" +
-                operation +
-                " xmlns='http://www.onvif.org/ver10/device/wsdl'/></e:Body>"
-                "</e:Envelope>";
-            return Exchange(camera.Port(),
-                            "POST " + digest.uri + " HTTP/1.1\r\n" + authorization +
-                                "Content-Length: " + std::to_string(digest.body.size()) +
-                                "\r\n\r\n" + digest.body);
+            digest.body = Envelope(kDeviceNamespace, operation);
+            return Exchange(camera.Port(), Http("POST", digest.uri, digest.body, authorization));
         };
         const std::string challenge = post("GetDeviceInformation", "");
         EXPECT_TRUE(challenge.starts_with("HTTP/1.1 401 ") && challenge.ends_with("\r\n\r\n"));
