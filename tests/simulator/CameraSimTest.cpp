@@ -22,10 +22,9 @@ struct Token {
     std::string type = "PasswordDigest";
 };
 
-std::string Post(std::uint16_t port, const std::string& operation, const std::string& header = "",
-                 const std::string& fields = "") {
+std::string Post(std::uint16_t port, const std::string& operation, const std::string& header = "") {
     return Exchange(port, Http("POST", "/onvif/device_service",
-                               Envelope(kDeviceNamespace, operation, "", header), fields));
+                               Envelope(kDeviceNamespace, operation, "", header)));
 }
 
 std::string Header(const Token& token) {
@@ -321,7 +320,7 @@ TEST(CameraSim, SendsRepliesInEveryForm) {
         const std::string body = Envelope(kDeviceNamespace, "GetHostname");
         const std::string path = "/onvif/device_service";
         const std::string reply = Exchange(
-            camera.Port(), Http("POST", path, body) +
+            camera.Port(), Http("POST", path, body, "") +
                                Http("POST", path, body, "Connection: close\r\n") + "?\r\n\r\n");
         EXPECT_NE(reply.find(test.sent), std::string::npos) << reply;
         EXPECT_EQ(camera.Count("GetHostname"), std::min<std::size_t>(test.answered, 2));

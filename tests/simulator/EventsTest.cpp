@@ -440,13 +440,15 @@ TEST(CameraEvents, AnswersOnAKeptConnectionWhatCameWhileAPullWaited) {
     CCamera& camera = host.Add({.user = "", .keepAlive = camera_sim::KeepAlive::kPolite});
     const PullPoint point(camera);
     const client_test::CRawClient client(camera.Port());
-    client.Send(point.PullBytes("PT1M") + point.PullBytes("PT1M"));
+    const std::string close = "Connection: close\r\n";
+    std::string keep = point.PullBytes("PT1M");
+    keep.erase(keep.find(close), close.size());
+    client.Send(keep + keep);
     WaitForPulls(camera, 1);
-    std::string last = point.PullBytes("PT0S");
-    client.Send(last.insert(last.find("Host"), "Connection: close\r\n"));
+    client.Send(point.PullBytes("PT0S"));
     camera.Change([](CameraState& state) { SetMotion(state, true); });
     const std::string replies = client.ReadToEnd();
-    EXPECT_EQ(CountOf(replies, "PullMessagesResponse>"), 6U) << replies;
+    EXPECT_EQ(CountOf(replies, "</tev:PullMessagesResponse>"), 3U) << replies;
     EXPECT_EQ(CountOf(replies, "PropertyOperation=\"Changed\""), 1U) << replies;
 }
 
@@ -455,10 +457,8 @@ TEST(CameraEvents, ARecorderReportsMotionOfOneChannel) {
     CCamera& camera = host.Add({.model = "recorder", .user = "", .channels = 5});
     const PullPoint point(camera);
     EXPECT_EQ(CountOf(point.Pull("PT0S"), "PropertyOperation=\"Initialized\""), 10U);
-    EXPECT_TRUE(Contains(
-        Exchange(camera.Port(), Http("POST", "/control/motion/VideoSource_4", "true")), " 200 OK"));
-    const std::string reply = point.Pull("PT0S");
-    EXPECT_EQ(Told(reply),
+    Exchange(camera.Port(), Http("POST", "/control/motion/VideoSource_4", "true"));
+    EXPECT_EQ(Told(point.Pull("PT0S")),
               "tns1:RuleEngine/CellMotionDetector/Motion "
               "VideoSourceConfigurationToken=VideoSourceConfig_4 "
               "VideoAnalyticsConfigurationToken=Analytics_4 Rule=MotionRule IsMotion=true");

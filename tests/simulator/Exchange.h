@@ -13,7 +13,7 @@ inline std::string Exchange(std::uint16_t port, const std::string& bytes) {
 
 /// A request; @p fields are whole header lines.
 inline std::string Http(const std::string& method, const std::string& path, const std::string& body,
-                        const std::string& fields = "") {
+                        const std::string& fields = "Connection: close\r\n") {
     return method + " " + path + " HTTP/1.1\r\nHost: camera\r\n" + fields +
            "Content-Length: " + std::to_string(body.size()) + "\r\n\r\n" + body;
 }
