@@ -22,7 +22,7 @@ class COneSession final : public ISessionSource {
     CHttpClient& Session() { return session_; }
 
  private:
-    CHttpClient session_{"user", "password", "127.0.0.1", 80};
+    CHttpClient session_{"user", "password", "127.0.0.1", 80, {Extension::kOpenFaults}};
 };
 
 COneSession& Sessions() {
@@ -83,16 +83,21 @@ std::string Pull(std::string_view reply, std::size_t pieceSize, CExtensions exte
         const std::string_view piece = reply.substr(0, pieceSize);
         parser.OnData(1, piece.data(), static_cast<std::uint32_t>(piece.size()), nullptr);
     }
+    parser.OnEnd(1);
     return sink.Told();
 }
 
 void PullInPieces(std::string_view text, std::size_t pieceSize) {
     MessageFrame frame;
     const bool complete = CutMessage(text, frame) == MessageState::kComplete && frame.announced;
-    for (const CExtensions extensions : {CExtensions{}, CExtensions{Extension::kPerSourceAlarms}}) {
+    constexpr CExtensions kSets[] = {
+        {}, {Extension::kPerSourceAlarms}, {Extension::kHttpFraming, Extension::kLargeMessages}};
+    for (const CExtensions extensions : kSets) {
         const std::string told = Pull(text, pieceSize, extensions);
-        Expect(!complete || text.size() > CEventParse::kCapacity ||
-               told == Pull(text, text.size(), extensions));
+        Expect(
+            (extensions == CExtensions{Extension::kPerSourceAlarms} && !complete) ||
+            (extensions == CExtensions{} && (!complete || text.size() > CEventParse::kCapacity)) ||
+            told == Pull(text, text.size(), extensions));
     }
 }
 

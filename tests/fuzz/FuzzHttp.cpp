@@ -3,6 +3,7 @@
 #include "FuzzPeer.h"
 #include "client/SnapshotDownload.h"
 #include "client/SoapExchange.h"
+#include "common/HttpReplyFraming.h"
 #include "events/NotifyMessage.h"
 
 namespace {
@@ -10,7 +11,6 @@ namespace {
 using namespace onvif_client;
 using namespace onvif_client::fuzz;
 
-constexpr std::size_t kLongestRequest = 8191;
 constexpr std::uint64_t kLargestPicture = 65536;
 
 const Credentials kCredentials = {"user", "password"};
@@ -20,16 +20,38 @@ void ReadReply(std::string_view text, std::size_t) {
     if (ClassifyReply("127.0.0.1", 80, text, soap) == status::kSuccess) {
         Expect(text.ends_with(soap) && soap.starts_with("<?xml"));
     }
+    if (ClassifyOpenly("127.0.0.1", 80, text, soap) == status::kSuccess) {
+        std::string joined(soap);
+        JoinEnvelopeTag(joined);
+        Expect(text.ends_with(soap) && soap.starts_with('<') && joined.size() == soap.size());
+    }
+}
+
+/// What framing keeps of a reply in such pieces, how it ends, and what is behind it.
+std::string Frame(std::string_view text, std::size_t pieceSize) {
+    CHttpReplyFraming framing;
+    std::string reply;
+    std::string behind;
+    for (; !text.empty(); text.remove_prefix(std::min(pieceSize, text.size()))) {
+        std::string_view piece = text.substr(0, pieceSize);
+        framing.Add(piece, reply);
+        behind += piece;
+    }
+    return reply + '\0' + std::to_string(static_cast<int>(framing.State())) + behind;
+}
+
+void FrameInPieces(std::string_view text, std::size_t pieceSize) {
+    Expect(Frame(text, pieceSize) == Frame(text, text.size()));
 }
 
 void ReadAddress(std::string_view text, std::size_t pieceSize) {
     const std::string path = PathOfAddress(text);
-    Expect(BuildPost(path, text, text).size() <= kLongestRequest);
+    Expect(BuildPost(path, text, text).size() <= kLargestRequest);
     HttpChallenge basic;
     basic.scheme = AuthorizationScheme::kBasic;
     const std::string request =
         BuildSnapshotRequest(ParseSnapshotAddress(text), kCredentials, basic);
-    Expect(request.starts_with("GET ") && request.size() <= kLongestRequest);
+    Expect(request.starts_with("GET ") && request.size() <= kLargestRequest);
     AddressesAgree(text, text.substr(0, pieceSize));
 }
 
@@ -39,24 +61,28 @@ void AnswerChallenge(std::string_view text, std::size_t) {
     }
 }
 
-std::string Download(std::string_view reply, std::size_t pieceSize) {
+std::string Download(std::string_view reply, std::size_t pieceSize, CExtensions extensions) {
     // As often as it is asked.
     CFuzzPeer::Instance().Answer({std::string(reply), std::string(reply)}, pieceSize);
     ResponseBuffer picture;
     std::atomic<bool> digest = false;
-    CSnapshotDownload("127.0.0.1", kCredentials, "http://127.0.0.1/picture", {}, digest).Run(picture);
+    CSnapshotDownload("127.0.0.1", kCredentials, "http://127.0.0.1/picture", extensions, digest)
+        .Run(picture);
     Expect(picture.data != nullptr || picture.size == 0);
     return {picture.data.get(), static_cast<std::size_t>(picture.size)};
 }
 
 void DownloadInPieces(std::string_view text, std::size_t pieceSize) {
-    if (ReadSnapshotHeader(text).contentLength <= kLargestPicture) {
-        Expect(Download(text, pieceSize) == Download(text, text.size()));
+    if (ReadSnapshotHeader(text).contentLength > kLargestPicture) {
+        return;
+    }
+    for (const CExtensions each : {CExtensions{}, CExtensions{Extension::kHttpFraming}}) {
+        Expect(Download(text, pieceSize, each) == Download(text, text.size(), each));
     }
 }
 
-constexpr void (*kReaders[])(std::string_view, std::size_t) = {ReadReply, ReadAddress,
-                                                               AnswerChallenge, DownloadInPieces};
+constexpr void (*kReaders[])(std::string_view, std::size_t) = {
+    ReadReply, ReadAddress, AnswerChallenge, DownloadInPieces, FrameInPieces};
 
 }  // namespace
 

@@ -181,6 +181,12 @@ void AddTexts(CCorpus& results, CCorpus& http, CCorpus& alarms) {
     }
     http.Add("HTTP/1.1 200 OK\r\nContent-Type: image/jpeg\r\nContent-Length: 4\r\n\r\npixels", 3);
     http.Add("HTTP/1.1 200 OK\r\n\r\npixels", 3);
+    for (const int reader : {3, 4}) {
+        http.Add(
+            "HTTP/1.1 100 C\r\n\r\nHTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n"
+            "4;x\r\npixe\r\n2\r\nls\r\n0\r\n\r\n",
+            reader);
+    }
     const std::string notify =
         "<?xml version=\"1.0\"?><s:Envelope><s:Header><ad:To>http://h:6699/subscription_1</ad:To>"
         "</s:Header><s:Body><wsn:Notify><wsn:NotificationMessage><wsn:SubscriptionReference>"
@@ -204,6 +210,12 @@ int onvif_client::WIRELINK_SimpleClientComm(const char*, unsigned short port, co
     connection.Send({request, requestLength});
     heard.push_back(connection.ReadToEnd());
     return static_cast<int>(heard.back().copy(replyBuffer, replyCapacity));
+}
+
+/// No session here has extensions.
+bool onvif_client::WIRELINK_ObservedClientComm(const char*, unsigned short, const char*,
+                                               unsigned int, CReplyObserver*, unsigned int) {
+    return false;
 }
 
 int main(int argc, char** argv) {

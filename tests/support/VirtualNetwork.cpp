@@ -9,6 +9,7 @@
 #include <thread>
 #include <utility>
 
+#include "client/ReplyCollector.h"
 #include "platform/Clock.h"
 #include "platform/ManualResetEvent.h"
 #include "platform/PerProcess.h"
@@ -329,11 +330,9 @@ void WIRELINK_Quit() {
     net.called.wait(lock, [] { return net.calling == 0; });
 }
 
-namespace {
-
-/// @param take  gets the reply in pieces, and says how long it may go on.
-bool Exchange(const char* ip, std::string_view request, Moment timeoutMs,
-              const std::function<std::uint32_t(std::string_view)>& take) {
+bool WIRELINK_ObservedClientComm(const char* ip, unsigned short, const char* request,
+                                 unsigned int requestLength, CReplyObserver* observer,
+                                 unsigned int timeoutMs) {
     Lock lock(net.lock);
     if (net.stopped) {
         return false;
@@ -359,40 +358,23 @@ bool Exchange(const char* ip, std::string_view request, Moment timeoutMs,
         if (connection.received.empty()) {
             Block(lock, waiter);
         }
-        sent = sent || Send(handle, request);
+        sent = sent || Send(handle, {request, requestLength});
         const std::string piece = connection.received.substr(0, connection.pieceSize);
         connection.received.erase(0, piece.size());
-        endWithin(piece.empty() ? kReplyGoesOn : take(piece));
+        const auto size = static_cast<std::uint32_t>(piece.size());
+        endWithin(size == 0 ? kReplyGoesOn : observer->OnReply(piece.data(), size));
     }
     net.connections.erase(handle);
     return sent;
 }
 
-}  // namespace
-
-bool WIRELINK_ObservedClientComm(const char* ip, unsigned short, const char* request,
-                                 unsigned int requestLength, CReplyObserver* observer,
-                                 unsigned int timeoutMs) {
-    return Exchange(ip, {request, requestLength}, timeoutMs, [&](std::string_view piece) {
-        return observer->OnReply(piece.data(), static_cast<std::uint32_t>(piece.size()));
-    });
-}
-
-int WIRELINK_SimpleClientComm(const char* ip, unsigned short, const char* request,
+/// The marker is the end of an envelope.
+int WIRELINK_SimpleClientComm(const char* ip, unsigned short port, const char* request,
                               unsigned int requestLength, char* replyBuffer,
-                              unsigned int replyCapacity, const char* endMarker,
-                              unsigned int timeoutMs) {
-    std::string reply;
-    const std::string_view marker = endMarker == nullptr ? "" : endMarker;
-    const auto take = [&](std::string_view piece) {
-        reply += piece;
-        const std::size_t found = marker.empty() ? std::string::npos : reply.find(marker);
-        reply.resize(std::min(found == std::string::npos ? reply.size() : found + marker.size(),
-                              std::size_t{replyCapacity}));
-        return found != std::string::npos || reply.size() == replyCapacity ? 0 : kReplyGoesOn;
-    };
-    return Exchange(ip, {request, requestLength}, timeoutMs, take)
-               ? static_cast<int>(reply.copy(replyBuffer, replyCapacity))
+                              unsigned int replyCapacity, const char*, unsigned int timeoutMs) {
+    CReplyCollector reply({}, replyCapacity);
+    return WIRELINK_ObservedClientComm(ip, port, request, requestLength, &reply, timeoutMs)
+               ? static_cast<int>(reply.Take().copy(replyBuffer, replyCapacity))
                : -1;
 }
 
