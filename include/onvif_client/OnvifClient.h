@@ -218,9 +218,10 @@ ONVIF_CLIENT_API void ONVIF_CLIENT_DelResponseBuff(char*& buffer);
 
 /// Register the alarm observer of a device, in the place of an earlier one.
 ///
-/// Subscribes at the device before it returns, which takes an exchange. A device that does not
-/// answer, and a login id that is unknown yet, are tried again every 100 seconds. The observer may
-/// be called before this has returned.
+/// Subscribes at the device before it returns, which takes an exchange (two with the extension
+/// per-source-alarms). A device that does not answer, and a login id that is unknown yet, are tried
+/// again every 100 seconds. The observer may be called before this has returned. With the extension
+/// background-subscription this sends nothing and returns at once.
 /// @return true always, also for an unknown id or a null observer.
 ONVIF_CLIENT_API bool ONVIF_CLIENT_AddAlarmStateObserver(unsigned int loginId,
                                                          CONVIFAlarmStateObserver* observer);

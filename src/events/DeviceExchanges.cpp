@@ -52,7 +52,9 @@ bool Subscribe(EventDeviceRecord& record, ISessionSource& sessions) {
 }
 
 void Resubscribe(EventDeviceRecord& record, ISessionSource& sessions) {
-    Set(record.LoginId(), sessions, UnsubscribeDocument(record.Pull().address));
+    if (!record.AwaitsFirstSubscription()) {
+        Set(record.LoginId(), sessions, UnsubscribeDocument(record.Pull().address));
+    }
     if (Subscribe(record, sessions)) {
         // A pull that still waits on the old subscription would tell of old states later.
         SendPull(record, sessions);

@@ -14,7 +14,7 @@ namespace onvif_client {
 /// @return true when the device gave a subscription.
 bool Subscribe(EventDeviceRecord& record, ISessionSource& sessions);
 
-/// Ends the subscription, makes a new one and pulls from that, 18 s at most.
+/// Ends the subscription, if one was tried, makes a new one and pulls from that, 18 s at most.
 void Resubscribe(EventDeviceRecord& record, ISessionSource& sessions);
 
 /// Renews a subscription whose messages are posted, 2.5 s at most.

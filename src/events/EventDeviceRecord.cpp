@@ -31,7 +31,11 @@ EventDeviceRecord::EventDeviceRecord(ISessionSource& sessions, std::uint32_t log
       states_(MakeStates(perSource_, loginId, observer)),
       flow_(TickCount()),
       parser_(*this, sessions, loginId, extensions),
-      connection_(*this, parser_) {}
+      connection_(*this, parser_) {
+    if (extensions.Has(Extension::kBackgroundSubscription)) {
+        subscription_.AwaitFirst();
+    }
+}
 
 void EventDeviceRecord::Remove() {
     removed_ = true;
@@ -103,12 +107,17 @@ bool EventDeviceRecord::TakeRenewal(std::uint32_t now) {
 
 bool EventDeviceRecord::TakePull(std::uint32_t now) {
     const CLockGuard guard(lock_);
-    return flow_.TakePull(now);
+    return !subscription_.AwaitsFirst() && flow_.TakePull(now);
 }
 
 std::optional<DueSubscription> EventDeviceRecord::SubscriptionDue(std::int64_t calendarNow) const {
     const CLockGuard guard(lock_);
     return flow_.Pulls() ? subscription_.Due(calendarNow) : std::nullopt;
+}
+
+bool EventDeviceRecord::AwaitsFirstSubscription() const {
+    const CLockGuard guard(lock_);
+    return subscription_.AwaitsFirst();
 }
 
 bool EventDeviceRecord::Answers() const {

@@ -32,7 +32,8 @@ namespace onvif_client {
 class EventDeviceRecord final : public IPullSink {
  public:
     /// @param name        of the device in log lines.
-    /// @param extensions  of the device's session; asked here how alarms are told.
+    /// @param extensions  of the device's session; asked here how alarms are told and who makes the
+    ///                    first subscription.
     EventDeviceRecord(ISessionSource& sessions, std::uint32_t loginId,
                       CONVIFAlarmStateObserver* observer, std::string callbackAddress,
                       std::string name = {}, CExtensions extensions = {});
@@ -80,6 +81,10 @@ class EventDeviceRecord final : public IPullSink {
     /// The socket layer was started. What its last end broke off is due at once: a pull whose
     /// connection is gone, and a subscription that could not be made.
     void Resume() EXCLUDES(lock_);
+
+    /// True until the first subscription is tried, where that is left to a task. Until then there
+    /// is nothing to pull from.
+    bool AwaitsFirstSubscription() const;
 
     // For the task that has the record.
     void BeginSubscribing();

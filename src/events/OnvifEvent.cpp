@@ -132,6 +132,10 @@ void COnvifEventCtrol::AddDevice(std::uint32_t loginId, CONVIFAlarmStateObserver
     const auto record = std::make_shared<EventDeviceRecord>(
         sessions_, loginId, observer, NextCallbackAddress(deviceAddress),
         NameOf(loginId, sessions_), sessions_.ExtensionsOf(loginId));
+    if (record->AwaitsFirstSubscription()) {
+        Replace(loginId, record);  // the control loop does the rest
+        return;
+    }
     record->Claim();
     const CClaim claim(*record);
     // In the table before anything can fail: what does is then due there.

@@ -50,7 +50,8 @@ class COnvifEventCtrol final : private ITaskQueue {
     void Stop();
 
     /// Registers the observer of a device in the place of an earlier one, and subscribes at the
-    /// device before it returns (8 s at most). A device that does not answer is tried again later.
+    /// device before it returns (8 s at most), or, with the extension for it, in the background. A
+    /// device that does not answer is tried again later.
     /// @param observer       not owned; null: nobody is told.
     /// @param deviceAddress  dotted IPv4; empty when the login id is unknown.
     void AddDevice(std::uint32_t loginId, CONVIFAlarmStateObserver* observer,

@@ -9,7 +9,13 @@ constexpr std::int64_t kReplacedAfterSeconds = 100;
 
 }  // namespace
 
+void CSubscription::AwaitFirst() {
+    awaitsFirst_ = true;
+    answers_ = false;
+}
+
 void CSubscription::Begin() {
+    awaitsFirst_ = false;
     stands_ = false;
     resumed_ = false;
 }

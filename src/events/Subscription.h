@@ -20,6 +20,11 @@ struct DueSubscription {
 /// long before its end, and a failed attempt made up for after the same time.
 class CSubscription {
  public:
+    /// The first attempt is due at once, as one at a device of which nobody knows yet that it
+    /// answers. Before anything else.
+    void AwaitFirst();
+    /// True from then until that attempt begins.
+    bool AwaitsFirst() const { return awaitsFirst_; }
     /// An attempt to subscribe begins.
     void Begin();
     /// @param answer  nothing: the device did not subscribe.
@@ -43,6 +48,7 @@ class CSubscription {
     void Limit(const PullAnswer& answer);
 
  private:
+    bool awaitsFirst_ = false;
     bool stands_ = false;
     bool lost_ = false;
     bool answers_ = true;

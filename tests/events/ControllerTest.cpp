@@ -54,11 +54,15 @@ class Controller : public testing::Test {
         controller_->Start();
     }
 
-    unsigned int Observed(const CCamera& camera) {
+    unsigned int LoggedIn(const CCamera& camera) {
         std::uint32_t error = 0;
         const std::uint32_t id =
             sessions_.Login(kNoLoginId, "127.0.0.1", camera.Port(), "admin", "camera-1", error);
         EXPECT_EQ(error, 0U);
+        return id;
+    }
+    unsigned int Observed(const CCamera& camera) {
+        const unsigned int id = LoggedIn(camera);
         controller_->AddDevice(id, &observer_, "127.0.0.1");
         return id;
     }
@@ -177,6 +181,24 @@ TEST_F(Controller, ASiteOfSilentCamerasDelaysNoOther) {
     // However slow this was: another one is asked only when one has been given up.
     const auto asked = askedFor("Unsubscribe", 1);
     EXPECT_LE(asked, 5 + askedFor("CreatePullPointSubscription", 2));
+}
+
+TEST_F(Controller, InTheBackgroundNobodyWaitsForSilentCameras) {
+    sessions_.UseExtensions({Extension::kBackgroundSubscription});
+    CCamera& sound = host_.Add({});
+    CCamera& silent = host_.Add({});
+    const unsigned int soundId = Observed(sound);
+    std::vector<unsigned int> ids(50);
+    std::generate(ids.begin(), ids.end(), [&] { return LoggedIn(silent); });
+    silent.Inject("CreatePullPointSubscription", {.kind = Fault::Kind::kSilence});
+    for (const unsigned int id : ids) {
+        controller_->AddDevice(id, &observer_, "127.0.0.1");
+        // Whoever waited would have been told nothing by each before the next one is added.
+        ASSERT_LE(silent.Count("CreatePullPointSubscription"), 4U);
+    }
+    SetMotion(sound, true);
+    EXPECT_TRUE(observer_.Hears(soundId, "M+"));
+    EXPECT_EQ(sound.Count("Unsubscribe") + silent.Count("Unsubscribe"), 0U);
 }
 
 /// Sessions of another source, without memory at first.

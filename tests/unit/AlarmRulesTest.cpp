@@ -267,9 +267,10 @@ TEST_F(SourceAlarms, AreBounded) {
     std::string on;
     std::string off;
     for (std::size_t i = 1; i <= CSourceStates::kMostActive; ++i) {
-        on += kCell + "|Rule=" + std::to_string(i) + kOn;
-        off += kCell + "|Rule=" + std::to_string(i) + kOff + kDigital + std::to_string(i) +
-               "||State=0;";
+        const std::string number = std::to_string(i);
+        on.append(kCell).append("|Rule=").append(number).append(kOn);
+        off.append(kCell).append("|Rule=").append(number).append(kOff);
+        off.append(kDigital).append(number).append("||State=0;");
     }
     EXPECT_EQ(After(1, on), "");
     EXPECT_EQ(After(0, off), "m0 ") << "the first one made room";
@@ -337,6 +338,20 @@ TEST_F(ControlLoop, TasksAreQueuedWhenTheyAreDue) {
     one->Unclaim();
     EXPECT_EQ(PassAfter(60000), "");
     EXPECT_EQ(PassAfter(1), "pull1 ");
+}
+
+TEST_F(ControlLoop, AFirstSubscriptionInTheBackgroundIsDueAtOnceAndPulledFromLater) {
+    const auto record = std::make_shared<EventDeviceRecord>(
+        sessions_, 1, &observer_, "", "", CExtensions{Extension::kBackgroundSubscription});
+    devices_.Put(record);
+    record->Resume();
+    tasks_.refusedToSilent = DeviceTask::kResubscribe;
+    EXPECT_EQ(PassAfter(60001), "") << "nobody knows yet that it answers";
+    tasks_.refusedToSilent.reset();
+    EXPECT_EQ(PassAfter(0), "resubscribe1 ");
+    Subscribe(*record, sessions_);
+    record->Unclaim();
+    EXPECT_EQ(PassAfter(0), "pull1 ");
 }
 
 TEST_F(ControlLoop, ARefusedResubscriptionDoesNotHoldUpPulls) {
