@@ -1,6 +1,7 @@
-// Days with a site of cameras in minutes: moved_time --hours 72 --cameras 200 --seed 1. The library
-// runs on a network and a clock of the program's. The cameras are honest devices that have a bad
-// life; each judges what its observer is told by what it has delivered.
+// Days with a site of cameras in minutes: moved_time --hours 72 --cameras 200 --seed 1, and with
+// --by-source 1 the extensions per-source-alarms and background-subscription. The library runs on a
+// network and a clock of the program's. The cameras are honest devices that have a bad life; each
+// judges what its observer is told by what it has delivered.
 #include <malloc.h>
 
 #include <algorithm>
@@ -31,6 +32,7 @@ enum Trouble { kReboot, kForgetting, kReset, kSilence, kSlowness, kRefusal, kTro
 
 /// Of all cameras.
 struct Figures {
+    bool bySource = false;
     std::size_t seed = 1, pulls = 0, messages = 0, changes = 0, told = 0, repeated = 0, cleared = 0,
                 subscriptions = 0, troubled = 0, mostTroubled = 0;
     std::array<std::size_t, kTroubles> troubles{};
@@ -70,6 +72,10 @@ class CCamera final : public IVirtualDevice, public CONVIFAlarmStateObserver {
         for (Expected& each : expected_) {
             SkipRepetitions(each);
             Require(each.delivered.empty(), "delivered, but not told");
+            if (figures.bySource) {
+                Require(!each.told || now - lastWord_ <= 190 * kSecond, "an alarm is stuck");
+                continue;
+            }
             Require(!each.told || now - each.confirmed <= 5 * kSecond || each.lastCall == now,
                     "an active alarm was neither repeated nor cleared");
         }
@@ -128,6 +134,7 @@ class CCamera final : public IVirtualDevice, public CONVIFAlarmStateObserver {
         std::size_t alarm;
         bool state;
         Moment made;
+        bool initial = false;
     };
     struct Subscription {
         Moment end;
@@ -139,6 +146,7 @@ class CCamera final : public IVirtualDevice, public CONVIFAlarmStateObserver {
         bool told = false;
         Moment confirmed = 0;
         Moment lastCall = 0;
+        Moment lost = -1;
     };
 
     void Require(bool holds, const char* what) const {
@@ -216,7 +224,8 @@ class CCamera final : public IVirtualDevice, public CONVIFAlarmStateObserver {
     void Subscribe(std::uint32_t connection) {
         const std::size_t id = ++last_;
         const Moment now = net::Now();
-        subscriptions_[id] = {now + grant_, {{0, states_[0], now}, {1, states_[1], now}}};
+        subscriptions_[id] = {now + grant_,
+                              {{0, states_[0], now, true}, {1, states_[1], now, true}}};
         // What a trouble left behind expires; 600 s hold six.
         const bool clean = IsSound() && now - soundSince_ > 11 * kMinute;
         Require(subscriptions_.size() <= (clean ? 1 : 8), "subscriptions pile up");
@@ -229,6 +238,7 @@ class CCamera final : public IVirtualDevice, public CONVIFAlarmStateObserver {
                [this, id] {
                    const Moment since = IsSound() ? std::max(soundSince_, subscribed_) : net::Now();
                    known_ = id;
+                   lastWord_ = net::Now();
                    ++figures.subscriptions;
                    subscribed_ = net::Now();
                    figures.longestUnsubscribed =
@@ -255,14 +265,15 @@ class CCamera final : public IVirtualDevice, public CONVIFAlarmStateObserver {
             body += "<wsnt:NotificationMessage><wsnt:Topic>";
             body += each.alarm == 0 ? "tns1:RuleEngine/CellMotionDetector/Motion"
                                     : "tns1:Device/Trigger/DigitalInput";
-            body +=
-                "</wsnt:Topic><wsnt:Message><tt:Message><tt:Data><tt:SimpleItem Name=\"State\" "
-                "Value=\"";
+            body += "</wsnt:Topic><wsnt:Message><tt:Message PropertyOperation=\"";
+            body += each.initial ? "Initialized" : "Changed";
+            body += "\"><tt:Data><tt:SimpleItem Name=\"State\" Value=\"";
             body += each.state ? "true" : "false";
             body += "\"/></tt:Data></tt:Message></wsnt:Message></wsnt:NotificationMessage>";
         }
         Answer(connection, body + "</tev:PullMessagesResponse>", [this, messages] {
             figures.messages += messages.size();
+            lastWord_ = net::Now();
             for (const Message& each : messages) {
                 expected_.at(each.alarm).delivered.push_back(each.state);
             }
@@ -288,6 +299,8 @@ class CCamera final : public IVirtualDevice, public CONVIFAlarmStateObserver {
             expected.confirmed = expected.lastCall;
             ++figures.told;
             Require(state != expected.told, "told another state than the device delivered");
+        } else if (figures.bySource) {
+            RequireLoss(expected, state);
         } else {
             ++(state ? figures.repeated : figures.cleared);
             Require(expected.told, "told what the device did not deliver, or twice");
@@ -295,6 +308,22 @@ class CCamera final : public IVirtualDevice, public CONVIFAlarmStateObserver {
             Require((unconfirmed > kMinute) != state, "cleared at the wrong time");
         }
         expected.told = state;
+    }
+
+    /// An alarm ends by itself only with its subscription. What a pull of the subscription before
+    /// brings in that moment may begin it again.
+    void RequireLoss(Expected& alarm, bool state) {
+        const Moment now = alarm.lastCall;
+        if (state) {
+            Require(!alarm.told && alarm.lost == now, "told what the device did not deliver");
+            return;
+        }
+        ++figures.cleared;
+        alarm.lost = now;
+        // An attempt that begins in a trouble takes 16 s.
+        Require(alarm.told && (!IsSound() || now - soundSince_ <= 20 * kSecond ||
+                               now - lastWord_ >= 180 * kSecond),
+                "an alarm ended by itself");
     }
 
     const std::string address_;
@@ -306,6 +335,7 @@ class CCamera final : public IVirtualDevice, public CONVIFAlarmStateObserver {
     bool refuses_ = false;
     Moment soundSince_ = net::Now();
     Moment subscribed_ = 0;
+    Moment lastWord_ = 0;
     std::array<bool, 2> states_{};
     std::map<std::size_t, Subscription> subscriptions_;
     std::size_t last_ = 0;
@@ -326,11 +356,15 @@ std::pair<std::size_t, std::size_t> Pass(Moment time) {
 
 int main(int argc, char** argv) {
     constexpr Moment kStep = 200;
-    std::map<std::string, std::size_t> options = {{"--hours", 3}, {"--cameras", 20}, {"--seed", 1}};
+    std::map<std::string, std::size_t> options = {
+        {"--hours", 3}, {"--cameras", 20}, {"--seed", 1}, {"--by-source", 0}};
     for (int i = 1; i + 1 < argc; i += 2) {
         options[argv[i]] = std::strtoull(argv[i + 1], nullptr, 10);
     }
     figures.seed = options["--seed"];
+    figures.bySource = options["--by-source"] != 0;
+    setenv("ONVIF_CLIENT_EXTENSIONS",
+           figures.bySource ? "per-source-alarms,background-subscription" : "", 1);
     const auto began = std::chrono::steady_clock::now();
     setenv("ONVIF_CLIENT_LOG", "off", 1);
     net::Start(kStep);
