@@ -280,7 +280,6 @@ TEST(Dispatch, TheOtherMediaServiceIsAskedWhereOneDoesNotServe) {
          "media2 ",
          true},
         {profiles, {{"media", list}, {"media2", "401"}}, "media2 ", "media2 ", false},
-        {profiles, {{"media", "7"}, {"media2", "Fault"}}, "media2 media ", "media2 ", false},
         {profiles, {{"media2", "Fault"}}, "media2 ", "media2 ", false},
         {profiles, {{"media", list}}, "media ", "media ", true, true},
         {stream, {{"media", uri10}, {"media2", uri20}}, "media ", "media ", true, true},
