@@ -125,6 +125,9 @@ int CHttpClient::ReadAllCapabilities(ServiceTable& services) {
 }
 
 int CHttpClient::ProbeCapability(const CapabilityCategory& category, ServiceTable& services) {
+    if (!category.inSchema && extensions_.Has(Extension::kStandardRequests)) {
+        return status::kNotAnswered;
+    }
     const Reply reply =
         PostSigned({kDefaultDevicePath, kOrdinaryReplyCapacity, kDiscoveryTimeoutMs},
                    BuildGetCapabilities(category.name));

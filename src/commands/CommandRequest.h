@@ -21,6 +21,9 @@ struct CommandRequest {
     const XMLElement* item = nullptr;
     /// The device's ranges of continuous velocity.
     PtzRanges speedRanges = {};
+    /// The root of what the device answered to a step that reads first, its names without prefixes;
+    /// null without such a step, and when there was no answer.
+    const XMLElement* answer = nullptr;
 
     bool Has(std::string_view path) const { return FindElement(command, path) != nullptr; }
     /// The parameter's text; empty when it is absent.
@@ -28,7 +31,8 @@ struct CommandRequest {
 };
 
 /// Makes the envelope of a request. Builders never fail: what a request leaves out keeps the
-/// template's default or is sent empty, and the device's answer decides.
+/// template's default or is sent empty, and the device's answer decides. A builder that gives
+/// nothing has nothing to send.
 using RequestBuilder = std::string (*)(const CommandRequest& request);
 
 }  // namespace onvif_client

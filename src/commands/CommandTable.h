@@ -67,6 +67,14 @@ struct CommandStep {
     GoOn goOn = GoOn::kUnlessFailed;
     /// Where the other media service can be asked: whether an answer gives what was asked for.
     bool (*serves)(std::string_view reply) = nullptr;
+    /// The answer, also a refusal, is what the next step's builder starts from; it ends the command
+    /// only where there is none, or the credentials were refused.
+    bool readsFirst = false;
+    /// Not null: asked instead where the device refuses the step, or its answer lacks what it is
+    /// for, if the device has the service. The answer counts when it does better.
+    const CommandStep* elsewhere = nullptr;
+    /// What an answer is for: an element below its response. Empty: any but a fault.
+    std::string_view wanted = {};
 };
 
 using CommandSteps = std::array<CommandStep, 2>;
@@ -87,6 +95,9 @@ struct CommandRow {
     /// With the extension media-fallback: the same command for the media service that is asked when
     /// the one of the steps above is missing, or does not serve. One step each.
     const CommandSteps* fallback = nullptr;
+    /// The same two with the extension standard-requests; null: as without it.
+    const CommandSteps* standard = nullptr;
+    const CommandSteps* standardMedia2 = nullptr;
     ProfileLoop loop = ProfileLoop::kNone;
     /// Not null: answers without any exchange, adding to the result document.
     void (*answerLocally)(const ICommandSession& session, CResultDocument& result) = nullptr;

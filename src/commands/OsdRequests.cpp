@@ -16,11 +16,6 @@ constexpr auto kSetOsd = SoapEnvelope(kTrt + kTt, FixedText("<trt:SetOSD><trt:OS
 constexpr auto kDeleteOsd =
     SoapEnvelope(kTrt, FixedText("<trt:DeleteOSD><trt:OSDToken/></trt:DeleteOSD>"));
 
-/// The first profile's video source configuration; empty when there is none.
-std::string SourceToken(const CommandRequest& request) {
-    return request.profile == nullptr ? "" : request.profile->videoSourceConfigurationToken;
-}
-
 void AddCopy(CEnvelopeFiller& envelope, XMLElement* parent, const CommandRequest& request,
              std::string_view parameter, const char* element) {
     if (request.Has(parameter)) {
@@ -54,7 +49,7 @@ void AddText(CEnvelopeFiller& envelope, XMLElement* osd, const CommandRequest& r
 XMLElement* FillOsd(CEnvelopeFiller& envelope, const CommandRequest& request) {
     XMLElement* osd = envelope.Find("trt:OSD");
     osd->SetAttribute("token", request.Text("token").c_str());
-    if (const std::string source = SourceToken(request); !source.empty()) {
+    if (const std::string source = VideoSourceConfigurationOf(request); !source.empty()) {
         envelope.Add(osd, "tt:VideoSourceConfigurationToken", source);
     }
     envelope.Add(osd, "tt:Type", "Text");
@@ -65,15 +60,19 @@ XMLElement* FillOsd(CEnvelopeFiller& envelope, const CommandRequest& request) {
 
 }  // namespace
 
+std::string VideoSourceConfigurationOf(const CommandRequest& request) {
+    return request.profile == nullptr ? "" : request.profile->videoSourceConfigurationToken;
+}
+
 std::string BuildGetOsds(const CommandRequest& request) {
     CEnvelopeFiller envelope(kGetOsds, "trt:GetOSDs");
-    envelope.Set("trt:ConfigurationToken", SourceToken(request));
+    envelope.Set("trt:ConfigurationToken", VideoSourceConfigurationOf(request));
     return envelope.Print();
 }
 
 std::string BuildGetOsdOptions(const CommandRequest& request) {
     CEnvelopeFiller envelope(kGetOsdOptions, "trt:GetOSDOptions");
-    envelope.Set("trt:ConfigurationToken", SourceToken(request));
+    envelope.Set("trt:ConfigurationToken", VideoSourceConfigurationOf(request));
     return envelope.Print();
 }
 

@@ -1,6 +1,6 @@
 #include "commands/Envelope.h"
 #include "commands/EnvelopeFiller.h"
-#include "commands/ServiceRequests.h"
+#include "commands/StandardRequests.h"
 
 namespace onvif_client {
 
@@ -112,6 +112,13 @@ std::string BuildModifyCruise(const CommandRequest& request) {
 std::string BuildDelCruise(const CommandRequest&) {
     // Both tokens go out empty: the interface wants it so, and a device that refuses is right.
     return std::string(kRemoveTour);
+}
+
+std::string BuildStandardDelCruise(const CommandRequest& request) {
+    CEnvelopeFiller envelope(kRemoveTour, "ptzw:RemovePresetTour");
+    envelope.Copy(request, "profileToken", "ptzw:ProfileToken");
+    envelope.Copy(request, "token", "ptzw:PresetTourToken");
+    return envelope.Print();
 }
 
 std::string BuildStartCruise(const CommandRequest& request) {

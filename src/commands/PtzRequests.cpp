@@ -2,7 +2,7 @@
 
 #include "commands/Envelope.h"
 #include "commands/EnvelopeFiller.h"
-#include "commands/ServiceRequests.h"
+#include "commands/StandardRequests.h"
 #include "transform/Conversions.h"
 
 namespace onvif_client {
@@ -39,6 +39,28 @@ std::string Velocity(int percent, const SpeedRange& range) {
     return DecimalText(static_cast<double>(static_cast<float>(velocity)), 8);
 }
 
+/// The same where the bounds may be fractions.
+std::string ExactVelocity(int percent, const SpeedRange& range) {
+    const double bound = std::abs(percent < 0 ? range.exactMinimum : range.exactMaximum);
+    return DecimalText(percent == 0 ? 0 : bound * percent / 100, 8);
+}
+
+std::string Move(const CommandRequest& request, std::string (*velocity)(int, const SpeedRange&)) {
+    CEnvelopeFiller envelope(kContinuousMove, "ptzw:ContinuousMove");
+    envelope.Copy(request, "profileToken", "ptzw:ProfileToken");
+    const XMLElement* percents = FindElement(request.command, "ptz/velocity");
+    const PtzRanges& ranges = request.speedRanges;
+
+    XMLElement* panTilt = envelope.Add(envelope.Find("ptzw:Velocity"), "tt:PanTilt");
+    panTilt->SetAttribute("x", velocity(ToInt(TextAt(percents, "x")), ranges.pan).c_str());
+    panTilt->SetAttribute("y", velocity(ToInt(TextAt(percents, "y")), ranges.tilt).c_str());
+    panTilt->SetAttribute("space", kPanTiltSpace);
+    XMLElement* zoom = envelope.Add(envelope.Find("ptzw:Velocity"), "tt:Zoom");
+    zoom->SetAttribute("x", velocity(ToInt(TextAt(percents, "zoom")), ranges.zoom).c_str());
+    zoom->SetAttribute("space", kZoomSpace);
+    return envelope.Print();
+}
+
 }  // namespace
 
 std::string BuildGetPtzOptions(const std::string& ptzConfigurationToken) {
@@ -48,19 +70,11 @@ std::string BuildGetPtzOptions(const std::string& ptzConfigurationToken) {
 }
 
 std::string BuildContinuousMove(const CommandRequest& request) {
-    CEnvelopeFiller envelope(kContinuousMove, "ptzw:ContinuousMove");
-    envelope.Copy(request, "profileToken", "ptzw:ProfileToken");
-    const XMLElement* percents = FindElement(request.command, "ptz/velocity");
-    const PtzRanges& ranges = request.speedRanges;
+    return Move(request, Velocity);
+}
 
-    XMLElement* panTilt = envelope.Add(envelope.Find("ptzw:Velocity"), "tt:PanTilt");
-    panTilt->SetAttribute("x", Velocity(ToInt(TextAt(percents, "x")), ranges.pan).c_str());
-    panTilt->SetAttribute("y", Velocity(ToInt(TextAt(percents, "y")), ranges.tilt).c_str());
-    panTilt->SetAttribute("space", kPanTiltSpace);
-    XMLElement* zoom = envelope.Add(envelope.Find("ptzw:Velocity"), "tt:Zoom");
-    zoom->SetAttribute("x", Velocity(ToInt(TextAt(percents, "zoom")), ranges.zoom).c_str());
-    zoom->SetAttribute("space", kZoomSpace);
-    return envelope.Print();
+std::string BuildStandardContinuousMove(const CommandRequest& request) {
+    return Move(request, ExactVelocity);
 }
 
 std::string BuildPtzStop(const CommandRequest& request) {

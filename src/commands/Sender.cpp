@@ -1,10 +1,54 @@
 #include "commands/Sender.h"
 
 #include "transform/Conversions.h"
+#include "transform/FaultReaders.h"
+#include "transform/XmlTransform.h"
 
 namespace onvif_client {
 
 namespace {
+
+/// True for an answer, whatever it says.
+bool IsAnswered(const Reply& reply) {
+    return reply.status != status::kNoReply && reply.status != status::kNotAuthorized &&
+           reply.status != status::kNotSent;
+}
+
+void LoadTrimmed(const Reply& reply, CXmlDocument& document) {
+    if (reply.status == status::kSuccess && document.Load(reply.soap) &&
+        document.Root() != nullptr) {
+        CXmlTransform::TrimElementNames(document.Root());
+    }
+}
+
+bool HasWhatIsWanted(const CommandStep& step, const Reply& reply) {
+    CXmlDocument trimmed;
+    LoadTrimmed(reply, trimmed);
+    const XMLElement* body = trimmed.Find("Envelope/Body");
+    const XMLElement* response = body == nullptr ? nullptr : body->FirstChildElement();
+    return response != nullptr && ParseFault(trimmed.Root(), nullptr) &&
+           (step.wanted.empty() || FirstChild(response, step.wanted) != nullptr);
+}
+
+/// @param made  the step's own request.
+Reply Ask(ICommandSession& session, const CommandStep& step, const CommandRequest& request,
+          const SignedRequest& made) {
+    Reply reply = session.Exchange(made);
+    if (step.elsewhere == nullptr || !IsAnswered(reply) || HasWhatIsWanted(step, reply) ||
+        !session.Services().contains(step.elsewhere->serviceKey)) {
+        return reply;
+    }
+    Reply other = session.Exchange(MakeRequest(*step.elsewhere, request));
+    return HasWhatIsWanted(*step.elsewhere, other) ? other : reply;
+}
+
+int ReadFirst(ICommandSession& session, const CommandStep& step, CommandRequest& request,
+              CXmlDocument& answer) {
+    const Reply reply = session.Exchange(MakeRequest(step, request));
+    LoadTrimmed(reply, answer);
+    request.answer = answer.Root();
+    return IsAnswered(reply) ? status::kSuccess : reply.status;
+}
 
 int TakeReply(ICommandSession& session, const CommandStep& step, const CommandRequest& request,
               int index, const Reply& reply, CResultDocument& result) {
@@ -24,8 +68,11 @@ int TakeReply(ICommandSession& session, const CommandStep& step, const CommandRe
 
 int SendStep(ICommandSession& session, const CommandStep& step, const CommandRequest& request,
              int index, CResultDocument& result) {
-    const Reply reply = session.Exchange(MakeRequest(step, request));
-    return TakeReply(session, step, request, index, reply, result);
+    const SignedRequest made = MakeRequest(step, request);
+    if (made.envelope.empty()) {
+        return status::kNotAnswered;
+    }
+    return TakeReply(session, step, request, index, Ask(session, step, request, made), result);
 }
 
 /// With media-fallback. Refused credentials are refused by either service.
@@ -69,13 +116,15 @@ bool Applies(const CommandStep& step, const XMLElement* run) {
 }
 
 int SendSteps(ICommandSession& session, const CommandSteps& steps, const XMLElement* run,
-              const CommandRequest& request, int index, CResultDocument& result) {
+              CommandRequest request, int index, CResultDocument& result) {
+    CXmlDocument answer;
     int stepStatus = status::kNotAnswered;
     for (const CommandStep& step : steps) {
         if (!Applies(step, run)) {
             continue;
         }
-        stepStatus = SendStep(session, step, request, index, result);
+        stepStatus = step.readsFirst ? ReadFirst(session, step, request, answer)
+                                     : SendStep(session, step, request, index, result);
         if (EndsCommand(step.goOn, stepStatus)) {
             break;
         }
@@ -109,6 +158,16 @@ int SendLoop(ICommandSession& session, const CommandRow& row, const CommandSteps
     return loopStatus;
 }
 
+/// The steps of a command at this session's device.
+const CommandSteps& StepsOf(const ICommandSession& session, const CommandRow& row) {
+    const bool media2 = row.media2 != nullptr && session.HasMedia2();
+    const CommandSteps* standard = media2 ? row.standardMedia2 : row.standard;
+    if (standard != nullptr && session.Extensions().Has(Extension::kStandardRequests)) {
+        return *standard;
+    }
+    return media2 ? *row.media2 : row.steps;
+}
+
 }  // namespace
 
 int SendCommand(ICommandSession& session, const CommandRow& row, const CommandElements& command,
@@ -117,8 +176,7 @@ int SendCommand(ICommandSession& session, const CommandRow& row, const CommandEl
         row.answerLocally(session, result);
         return status::kSuccess;
     }
-    const CommandSteps& steps =
-        row.media2 != nullptr && session.HasMedia2() ? *row.media2 : row.steps;
+    const CommandSteps& steps = StepsOf(session, row);
     const auto profiles = session.Profiles();
     if (row.loop != ProfileLoop::kNone) {
         return SendLoop(session, row, steps, *profiles, command, result);

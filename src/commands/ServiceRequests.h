@@ -27,6 +27,8 @@ std::string BuildSetVideoEncoder10(const CommandRequest& request);
 std::string BuildSetVideoEncoder20(const CommandRequest& request);
 
 // OsdRequests.cpp: on-screen texts of the first profile's video source configuration
+/// Its token; empty without one.
+std::string VideoSourceConfigurationOf(const CommandRequest& request);
 std::string BuildGetOsds(const CommandRequest& request);
 std::string BuildGetOsdOptions(const CommandRequest& request);
 std::string BuildCreateOsd(const CommandRequest& request);

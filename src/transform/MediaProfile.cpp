@@ -51,9 +51,15 @@ MediaProfile ReadProfile(const XMLElement* element) {
     return profile;
 }
 
-void ReadRangeEnd(const XMLElement* space, std::string_view path, int& value) {
-    if (const XMLElement* element = FindElement(space, path)) {
-        value = ToInt(TextOf(element));
+void ReadRange(const XMLElement* space, std::string_view axis, SpeedRange& range) {
+    const XMLElement* found = FirstChild(space, axis);
+    if (const XMLElement* minimum = FirstChild(found, "Min")) {
+        range.minimum = ToInt(TextOf(minimum));
+        range.exactMinimum = ToReal(TextOf(minimum));
+    }
+    if (const XMLElement* maximum = FirstChild(found, "Max")) {
+        range.maximum = ToInt(TextOf(maximum));
+        range.exactMaximum = ToReal(TextOf(maximum));
     }
 }
 
@@ -78,12 +84,9 @@ void ReadPtzRanges(std::string_view reply, PtzRanges& ranges) {
         "Envelope/Body/GetConfigurationOptionsResponse/PTZConfigurationOptions/Spaces");
     const XMLElement* panTilt = FirstChild(spaces, "ContinuousPanTiltVelocitySpace");
     const XMLElement* zoom = FirstChild(spaces, "ContinuousZoomVelocitySpace");
-    ReadRangeEnd(panTilt, "XRange/Min", ranges.pan.minimum);
-    ReadRangeEnd(panTilt, "XRange/Max", ranges.pan.maximum);
-    ReadRangeEnd(panTilt, "YRange/Min", ranges.tilt.minimum);
-    ReadRangeEnd(panTilt, "YRange/Max", ranges.tilt.maximum);
-    ReadRangeEnd(zoom, "XRange/Min", ranges.zoom.minimum);
-    ReadRangeEnd(zoom, "XRange/Max", ranges.zoom.maximum);
+    ReadRange(panTilt, "XRange", ranges.pan);
+    ReadRange(panTilt, "YRange", ranges.tilt);
+    ReadRange(zoom, "XRange", ranges.zoom);
 }
 
 void ReadFocusSpeedRange(std::string_view reply, FocusSpeedRange& range) {

@@ -31,6 +31,9 @@ bool ReadProfiles(std::string_view reply, ProfileList& profiles);
 struct SpeedRange {
     int minimum = -1;
     int maximum = 1;
+    // With their fractions, which standard requests do not cut off.
+    double exactMinimum = -1;
+    double exactMaximum = 1;
 };
 
 /// Ranges of the continuous pan, tilt and zoom velocity, in the units of the PTZ node.

@@ -12,10 +12,12 @@ namespace onvif_client {
 namespace {
 
 constexpr CapabilityCategory kCategories[] = {
-    {"Media", "media"},         {"PTZ", "ptz"},           {"Imaging", "imaging"},
-    {"Events", "events"},       {"Device", "device"},     {"Analytics", "analytics"},
-    {"Search", "search"},       {"DeviceIO", "deviceIO"}, {"Receiver", "receiver"},
-    {"Recording", "recording"}, {"Display", "display"},   {"Replay", "replay"},
+    {"Media", "media", true},        {"PTZ", "ptz", true},
+    {"Imaging", "imaging", true},    {"Events", "events", true},
+    {"Device", "device", true},      {"Analytics", "analytics", true},
+    {"Search", "search", false},     {"DeviceIO", "deviceIO", false},
+    {"Receiver", "receiver", false}, {"Recording", "recording", false},
+    {"Display", "display", false},   {"Replay", "replay", false},
 };
 
 struct NamespacePart {

@@ -26,6 +26,7 @@ struct EventCapabilities {
 struct CapabilityCategory {
     const char* name;  // as in requests and replies: "Media"
     const char* key;   // "media"
+    bool inSchema;     // whether requests may name it by the schema
 };
 
 /// All twelve, in the order in which a login probes them.

@@ -1,6 +1,8 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
+#include <cstdlib>
 #include <functional>
 #include <span>
 #include <vector>
@@ -284,6 +286,76 @@ TEST_F(Commands, EveryChangeOfPictureAndDomeReachesTheCamera) {
         {"motion{name=CellMotion ruleName=none sensitivity=34}", motion, Failed("10/34/BPg+AAAf")},
     };
     ExpectChanges(host_, cases);
+}
+
+struct CStandardRequestsOn {
+    CStandardRequestsOn() { setenv("ONVIF_CLIENT_EXTENSIONS", "standard-requests", 1); }
+    ~CStandardRequestsOn() { unsetenv("ONVIF_CLIENT_EXTENSIONS"); }
+    CStandardRequestsOn(const CStandardRequestsOn&) = delete;
+    CStandardRequestsOn& operator=(const CStandardRequestsOn&) = delete;
+};
+
+class StandardCommands : public CStandardRequestsOn, public CCameraTest {};
+
+std::vector<std::string> Lines(const std::string& text) {
+    std::vector<std::string> lines;
+    for (std::size_t at = 0; at < text.size();) {
+        const std::size_t end = std::min(text.find('\n', at), text.size());
+        const std::size_t start = std::min(text.find_first_not_of(' ', at), end);
+        lines.push_back(text.substr(start, end - start));
+        at = end + 1;
+    }
+    return lines;
+}
+
+TEST_F(StandardCommands, ChangeWhatTheyNameAndNothingElse) {
+    const struct {
+        const char* change;
+        const char* query;
+        std::vector<std::string> lines;  // those of the query's result that are others then
+    } cases[] = {
+        {"videoEncodeCfg{item{index=1 frameRate=10} multicast{tTL=3}}",
+         "profiles",
+         {"<frameRate>10</frameRate>", "<tTL>3</tTL>"}},
+        {"imageSettings{exposure{gain=7} wideDynamicRange{level=9} brightness=70}",
+         "imageSettings",
+         {"<brightness>70</brightness>", "<gain>7</gain>", "<level>9</level>"}},
+        {"setOsd{token=OSD_1 pos{type=LowerLeft}}", "osd", {"<type>LowerLeft</type>"}},
+        {"setOsd{token=OSD_1 plainText=Gate}", "osd", {"<plainText>Gate</plainText>"}},
+        {"modifyCruise{token=Tour_3 name=New}", "cruises", {"<name>New</name>"}},
+        {"modifyCruise{token=Tour_3 presets{item{token=Preset_2 stayTime=5} item{token=Preset_1 "
+         "stayTime=20}}}",
+         "cruises",
+         {"<token>Preset_2</token>", "<stayTime>5</stayTime>", "<token>Preset_1</token>"}},
+        {"alarmout{token=Relay_1 delayTime=8 switch=on}", "alarmout", {"<delayTime>8</delayTime>"}},
+        {"ipv4{token=eth0 dhcp=false ip=192.0.2.77 netmask=255.255.255.0}",
+         "ipv4",
+         {"<ip>192.0.2.77</ip>"}},
+    };
+    CCamera& camera = host_.Add({.model = "dome"});
+    const unsigned int id = Login(camera);
+    for (const auto& each : cases) {
+        const std::vector<std::string> before = Lines(Get(id, Xml(each.query)).value_or(""));
+        EXPECT_EQ(At(Set(id, Xml(each.change)).value_or(""), "*/status"), "success") << each.change;
+        const std::string document = Get(id, Xml(each.query)).value_or("");
+        const std::vector<std::string> after = Lines(document);
+        std::vector<std::string> changed;
+        for (std::size_t i = 0; i < after.size(); ++i) {
+            if (i >= before.size() || after[i] != before[i]) {
+                changed.push_back(after[i]);
+            }
+        }
+        EXPECT_EQ(before.size(), after.size()) << each.change << document;
+        EXPECT_EQ(changed, each.lines) << each.change << document;
+    }
+    EXPECT_TRUE(Set(id, Xml("delCruise{token=Tour_3}")));
+    EXPECT_EQ(camera.State().ptz.tours.size(), 0U);
+}
+
+TEST_F(StandardCommands, ProbeTheCategoriesOfTheSchemaAlone) {
+    CCamera& camera = host_.Add({.getServices = false, .capabilitiesAll = false});
+    EXPECT_NE(Login(camera), 0U);
+    EXPECT_EQ(camera.Count("GetCapabilities"), 7U);
 }
 
 }  // namespace

@@ -260,7 +260,7 @@ TEST(Onvifctl, ImageSettingsByName) {
     ExpectRuns({{image + "set brightness 61 wideDynamicRange/level 30", 0, ""},
                 {image + "get", 0, "\n  wideDynamicRange/level       30         0 to 100\n"},
                 {image + "set brightness 300", 1, "warning: the device permits 0 to 100"},
-                {image + "set exposure/window/top 0", 1, "stays 1"},
+                {image + "set --literal exposure/window/top 0", 1, "stays 1"},
                 {image + "set shine 1", 2, "wideDynamicRange/level, whiteBalance/mode"},
                 {image + "set brightness", 2, "no value"}});
     const auto imaging = camera.State().media.videoSources[0].imaging;

@@ -117,6 +117,8 @@ TEST(LoginRecords, OptionsKeepTheirDefaultsWhereADeviceSaysNothing) {
     EXPECT_EQ(ranges.tilt.minimum, -1);
     EXPECT_EQ(ranges.tilt.maximum, 1);
     EXPECT_EQ(ranges.zoom.minimum, 0);
+    EXPECT_EQ(ranges.zoom.exactMinimum, 0.5);
+    EXPECT_EQ(ranges.pan.exactMaximum, 5.9);
 
     FocusSpeedRange focus;
     ReadFocusSpeedRange(

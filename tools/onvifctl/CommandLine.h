@@ -38,8 +38,7 @@ void AddFormatOption(CLI::App* command, CommandLine& line);
 
 /// A device to talk to and a place for what it says.
 struct Session {
-    explicit Session(const ConnectionOptions& options)
-        : library(options), connection(options) {}
+    explicit Session(const ConnectionOptions& options) : library(options), connection(options) {}
     const CDataOutput output{};
     const CStartedLibrary library;
     const CConnection connection;
