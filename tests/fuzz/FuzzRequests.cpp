@@ -20,7 +20,17 @@ const Reply kReplies[] = {
                            kEnd},
     {status::kSuccess, kStart +
                            "<x:GetProfilesResponse xmlns:x=\"x\"><x:Profiles token=\"A\"/>"
-                           "</x:GetProfilesResponse>" +
+                           "</x:GetProfilesResponse>"
+                           // What commands read before they set it.
+                           "<GetVideoEncoderConfigurationResponse><Configuration token=\"D\">"
+                           "<Name>&lt;</Name><H264/></Configuration>"
+                           "</GetVideoEncoderConfigurationResponse>"
+                           "<GetImagingSettingsResponse><ImagingSettings><Exposure><Window top=\"\""
+                           "/></Exposure></ImagingSettings></GetImagingSettingsResponse>"
+                           "<GetOSDResponse><OSD><Type>Image</Type><Extension><ChannelName/>"
+                           "</Extension></OSD></GetOSDResponse><GetPresetToursResponse>"
+                           "<PresetTour token=\"T\"><TourSpot/></PresetTour>"
+                           "</GetPresetToursResponse>" +
                            kEnd},
     {status::kNotAnswered, {}},
 };
@@ -39,6 +49,11 @@ class CScriptedSession final : public ICommandSession {
     void ReplaceProfiles(ProfileList profiles) override { profiles_ = std::move(profiles); }
     ServiceTable Services() const override { return {{"device", "onvif/device_service"}}; }
     bool HasMedia2() const override { return choice_ % 2 == 1; }
+    CExtensions Extensions() const override {
+        return choice_ / 32 % 2 == 0
+                   ? CExtensions{}
+                   : CExtensions{Extension::kStandardRequests, Extension::kOwnParameters};
+    }
     PtzRanges SpeedRanges() const override { return {{-1, 1}, {0, 0}, {-100, 7}}; }
     int DownloadPicture(const std::string&, ResponseBuffer&) override { return status::kSuccess; }
 
