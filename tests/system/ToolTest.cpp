@@ -234,10 +234,12 @@ TEST(Onvifctl, DomesMoveByNamesOfPresetsAndTours) {
          {ptz + "tour start Night", 0, ""},
          {ptz + "tour list", 0, "Tour_5  Night  Touring  Preset_4:5 Preset_1:10\n"},
          {ptz + "tour pause Tour_5", 0, ""},
+         {ptz + "tour remove --literal Tour_3", 1, ""},
+         {ptz + "tour remove Tour_3", 0, ""},
          {ptz + "move 101 0", 2, "-100"},
          {ptz, 2, "subcommand"},
          {"ptz " + AddressOf(host.Add({.model = "fixed"})) + " move 1 1 --for 9", 1, "not"}});
-    EXPECT_EQ(head().tours[1].state, "Paused");
+    EXPECT_EQ(head().tours.at(0).state, "Paused");
 }
 
 TEST(Onvifctl, ASignalEndsATimedMoveWithAStop) {

@@ -96,9 +96,7 @@ void OperateTour(const Session& session, const char* command, const std::string&
 
 void AddTours(CLI::App* ptz, CommandLine& line) {
     CLI::App* tour =
-        AddAction(ptz, "tour",
-                  "List, make, start, stop and pause tours of presets. Tours cannot be\n"
-                  "removed: the library's delCruise names none",
+        AddAction(ptz, "tour", "List, make, start, stop, pause and remove tours of presets",
                   "onvifctl ptz 192.168.1.64 tour list");
     AddAction(tour, "list", "List the tours: each preset with the seconds to stay there",
               "onvifctl ptz 192.168.1.64 tour list")
@@ -122,6 +120,7 @@ void AddTours(CLI::App* ptz, CommandLine& line) {
         {"start", "Start a tour", "startCruise"},
         {"stop", "End a tour", "stopCruise"},
         {"pause", "Let a tour wait where it is", "pauseCruise"},
+        {"remove", "Forget a tour (by the extension standard-requests)", "delCruise"},
     };
     for (const auto& each : operations) {
         CLI::App* action =
