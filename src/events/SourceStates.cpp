@@ -10,7 +10,6 @@ namespace {
 
 constexpr std::int32_t kUnheardMs = 180'000;
 constexpr std::int32_t kSettledMs = 30'000;
-constexpr std::int32_t kUnconfirmedMs = 3'600'000;
 constexpr std::int32_t kPulseMs = 5000;
 
 }  // namespace
@@ -31,20 +30,18 @@ void CSourceStates::Report(const AlarmItem& item, std::uint32_t now) {
             break;
         case AlarmNews::kSubscription:
             ++subscription_;
-            awaitsInitial_ = true;
-            settles_ = false;
+            settling_.clear();
             break;
         case AlarmNews::kLoss:
-            EndWhere([](const ActiveState&) { return true; });
+            EndWhere([](const auto&, const ActiveState&) { return true; });
             return;
     }
     heardTicks_ = now;
 }
 
 void CSourceStates::ReportSource(const AlarmItem& item, std::uint32_t now) {
-    if (item.initial && std::exchange(awaitsInitial_, false)) {
-        settles_ = true;
-        initialTicks_ = now;
+    if (item.initial) {
+        BeginToSettle(item.topic, now);
     }
     if (item.type == AlarmType::kNone) {
         return;
@@ -55,6 +52,27 @@ void CSourceStates::ReportSource(const AlarmItem& item, std::uint32_t now) {
     } else if (const auto found = active_.find({item.topic, item.source}); found != active_.end()) {
         End(found);
     }
+}
+
+void CSourceStates::BeginToSettle(const std::string& topic, std::uint32_t now) {
+    const bool hasOld = std::any_of(active_.begin(), active_.end(), [&](const auto& each) {
+        return each.first.first == topic && each.second.subscription != subscription_;
+    });
+    if (hasOld) {
+        settling_.emplace(topic, now);
+    }
+}
+
+void CSourceStates::Settle(std::uint32_t now) {
+    std::erase_if(settling_, [&](const auto& topic) {
+        const bool settled = HavePassed(now, topic.second, kSettledMs);
+        if (settled) {
+            EndWhere([&](const auto& key, const ActiveState& state) {
+                return key.first == topic.first && state.subscription != subscription_;
+            });
+        }
+        return settled;
+    });
 }
 
 void CSourceStates::Activate(const AlarmItem& item, Alarm alarm, std::uint32_t now) {
@@ -89,7 +107,7 @@ CSourceStates::ActiveStates::iterator CSourceStates::End(ActiveStates::iterator 
 template <typename Condition>
 void CSourceStates::EndWhere(const Condition& condition) {
     for (auto each = active_.begin(); each != active_.end();) {
-        each = condition(each->second) ? End(each) : std::next(each);
+        each = condition(each->first, each->second) ? End(each) : std::next(each);
     }
 }
 
@@ -125,14 +143,9 @@ std::uint32_t CSourceStates::NumberIn(Numbers& numbers, const std::string& sourc
 
 void CSourceStates::CheckTimes(std::uint32_t now, const bool& interrupted) {
     const bool unheard = HavePassed(now, heardTicks_, kUnheardMs);
-    const bool settled = settles_ && HavePassed(now, initialTicks_, kSettledMs);
-    settles_ = settles_ && !settled;
-    EndWhere([&](const ActiveState& state) {
-        if (state.pulse) {
-            return HavePassed(now, state.ticks, kPulseMs);
-        }
-        return unheard || (settled && state.subscription != subscription_) ||
-               HavePassed(now, state.ticks, kUnconfirmedMs);
+    Settle(now);
+    EndWhere([&](const auto&, const ActiveState& state) {
+        return state.pulse ? HavePassed(now, state.ticks, kPulseMs) : unheard;
     });
     while (!untold_.empty() && !interrupted) {
         const auto [alarm, state] = untold_.front();

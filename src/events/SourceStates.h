@@ -20,10 +20,8 @@ namespace onvif_client {
 ///
 /// A state lasts until the device says otherwise or forgets it. It also ends
 /// - when the subscription is lost, or nothing came from the device for 180 s;
-/// - when the device told its states anew with a new subscription, and not this one: 30 s after the
-///   first of them;
-/// - when the device, which tells its states with no new subscription, said nothing of it for an
-///   hour;
+/// - when the device told the states of its topic anew with a new subscription, and not this one:
+///   30 s after the first of them;
 /// - 5 s after it began where it is a pulse: a line was crossed.
 class CSourceStates final : public IAlarmStates {
  public:
@@ -58,6 +56,8 @@ class CSourceStates final : public IAlarmStates {
     using ActiveStates = std::map<std::pair<std::string, std::string>, ActiveState>;
 
     void ReportSource(const AlarmItem& item, std::uint32_t now);
+    void BeginToSettle(const std::string& topic, std::uint32_t now);
+    void Settle(std::uint32_t now);
     void Activate(const AlarmItem& item, Alarm alarm, std::uint32_t now);
     ActiveStates::iterator End(ActiveStates::iterator state);
     template <typename Condition>
@@ -77,9 +77,9 @@ class CSourceStates final : public IAlarmStates {
     Numbers relays_;
     std::uint32_t heardTicks_ = 0;    // of the device's last word
     std::uint32_t subscription_ = 0;  // how many there have been
-    bool awaitsInitial_ = false;      // the subscription has told no initial state yet
-    bool settles_ = false;            // it tells them
-    std::uint32_t initialTicks_ = 0;  // since then
+    /// Topics whose states the subscription tells anew, and since when. Those of active states of
+    /// an earlier one.
+    std::map<std::string, std::uint32_t> settling_;
 };
 
 }  // namespace onvif_client
