@@ -157,9 +157,9 @@ TEST_F(ExtendedExchange, EndsWhereHttpSaysSo) {
 }
 
 TEST_F(ExtendedExchange, MessagesMayBeLarge) {
-    const std::string largest = kOk + "\r\n<?xml version=\"1.0\"?><s:Envelope xmlns:s=\"x\">" +
-                                std::string(16'777'216, ' ');
-    for (const std::size_t less : {0, 200}) {
+    std::string largest = kOk + "\r\n<?xml version=\"1.0\"?><s:Envelope xmlns:s=\"x\">";
+    largest.resize(16'777'216, ' ');
+    for (const std::size_t less : {0U, 200U}) {
         const std::string reply =
             largest.substr(0, largest.size() - less) + "<v>value</v></s:Envelope>";
         const std::string begin = "0 <?xml version=\"1.0\"?";
