@@ -225,8 +225,10 @@ int main(int argc, char** argv) {
     CCorpus sessions(argv[2], "session");
     const std::vector<std::string> examples = Examples(argv[1]);
     for (const std::string& request : examples) {
-        requests.Add(request, 0);
-        requests.Add(request, 1);
+        // Both media services; then with extensions, and a device that shows what it has.
+        for (const std::size_t choice : {0, 1, 36, 37}) {
+            requests.Add(request, choice);
+        }
     }
     requests.Add(AllCommands(kGetCommands), 0);
     requests.Add(AllCommands(kSetCommands), 2);
