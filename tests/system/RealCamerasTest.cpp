@@ -91,5 +91,35 @@ TEST(RealCameras, NeedTheirExtensions) {
     EXPECT_EQ(kept, 6U);
 }
 
+TEST(RealCameras, OfManyChannelsHaveAllOfThem) {
+    const std::pair<const char*, int> cases[] = {{"", 0}, {"large-messages,per-source-alarms", 36}};
+    for (const auto& [extensions, profiles] : cases) {
+        setenv("ONVIF_CLIENT_EXTENSIONS", extensions, 1);
+        CAlarmObserver observer;
+        const CStartedLibrary library;
+        unsetenv("ONVIF_CLIENT_EXTENSIONS");
+        camera_sim::CCameraHost host;
+        camera_sim::CCamera& recorder = host.Add({.model = "recorder", .channels = 18});
+        const unsigned int id = Login(recorder);
+        int streams = 0;
+        int pictures = 0;
+        for (int i = 0; i < 36; ++i) {
+            const std::string index = "<index>" + std::to_string(i) + "</index>";
+            const auto stream = Get(id, "<streamURI>" + index + "</streamURI>");
+            const auto picture = Get(id, "<snapshotURI>" + index + "</snapshotURI>");
+            streams += stream && At(*stream, "streamURI/uri").starts_with("rtsp://") ? 1 : 0;
+            pictures += picture && picture->starts_with("\xFF\xD8") ? 1 : 0;
+        }
+        EXPECT_EQ(streams, profiles);
+        EXPECT_EQ(pictures, profiles);
+        ONVIF_CLIENT_AddAlarmStateObserver(id, &observer);
+        for (const bool active : {true, false}) {
+            recorder.Change([=](auto& state) { state.media.videoSources[6].motion = active; });
+        }
+        EXPECT_TRUE(observer.Hears(id, "M+M-")) << observer.Heard(id);
+        ONVIF_CLIENT_DelAlarmStateObserver(id);
+    }
+}
+
 }  // namespace
 }  // namespace client_test
