@@ -38,7 +38,8 @@ std::uint32_t CEventParse::OnData(std::uint32_t handle, const char* data, std::u
 }
 
 void CEventParse::OnEnd(std::uint32_t) {
-    if (framed_ && !handled_ && sink_.Pulls() && framing_.State() == ReplyState::kUntilEnd) {
+    if (framed_ && !handled_ && sink_.Pulls() && framing_ &&
+        framing_->State() == ReplyState::kUntilEnd) {
         HandleReply(buffer_.size());
     }
 }
@@ -51,9 +52,9 @@ void CEventParse::Reset() {
 }
 
 void CEventParse::Forget() {
-    buffer_ = std::string();
+    std::string().swap(buffer_);  // an assignment keeps the memory
     frame_ = {};
-    framing_ = {};
+    framing_.reset();
 }
 
 bool CEventParse::GoesOn() const {
@@ -92,7 +93,10 @@ bool CEventParse::AddAnnounced(std::string_view block) {
 }
 
 bool CEventParse::AddFramed(std::string_view block) {
-    const ReplyState state = framing_.Add(block, buffer_);
+    if (!framing_) {
+        framing_.emplace();
+    }
+    const ReplyState state = framing_->Add(block, buffer_);
     impossible_ = buffer_.size() > capacity_ || state == ReplyState::kBroken ||
                   state == ReplyState::kUnframed;
     return state == ReplyState::kComplete && !impossible_;

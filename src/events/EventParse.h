@@ -5,6 +5,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -73,7 +74,7 @@ class CEventParse final : public CSocketDataObserver {
     std::string buffer_;
     std::size_t readInAll_ = 0;  // of this pull, lost replies included
     MessageFrame frame_;
-    CHttpReplyFraming framing_;
+    std::optional<CHttpReplyFraming> framing_;  // from the first byte on
     bool impossible_ = false;
     bool handled_ = false;  // the reply is complete
 };

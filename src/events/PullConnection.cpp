@@ -95,7 +95,7 @@ void CPullConnection::SendLocked() {
         }
     }
     if (sent_ == request_.text.size()) {
-        request_.text = std::string();  // hundreds of pulls wait for a minute
+        std::string().swap(request_.text);  // hundreds of pulls wait for a minute
         sent_ = 0;
     }
 }
