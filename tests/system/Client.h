@@ -41,9 +41,10 @@ inline unsigned int Login(const camera_sim::CCamera& camera) {
 /// The result document of a Get request with these commands; nothing when it failed.
 inline std::optional<std::string> Get(unsigned int id, const std::string& commands) {
     char* response = nullptr;
-    int length = 0;
+    int length = 7;
     const std::string request = "<Get version=\"1.0\" systemType=\"ipc\">" + commands + "</Get>";
     const bool success = ONVIF_CLIENT_GetCfg(id, request.c_str(), response, &length);
+    EXPECT_TRUE(success || length == 0);
     std::optional<std::string> result;
     if (success) {
         result.emplace(response == nullptr ? "" : response);
