@@ -24,11 +24,6 @@ void LearnProfiles(std::string_view reply, ICommandSession& session) {
     }
 }
 
-bool TellsProfiles(std::string_view reply) {
-    ProfileList profiles;
-    return ReadProfiles(reply, profiles) && !profiles.empty();
-}
-
 void LearnClockSet(std::string_view, ICommandSession& session) {
     session.NoteClockSet();
 }
@@ -41,14 +36,16 @@ constexpr CommandSteps kProfiles10 = {{{.build = BuildGetProfiles10,
                                         .replyCapacity = kProfilesCapacity,
                                         .clock = SigningClock::kDevice,
                                         .learn = LearnProfiles,
-                                        .serves = TellsProfiles}}};
-constexpr CommandSteps kProfiles20 = {{{.build = BuildGetProfiles20,
-                                        .serviceKey = "media2",
-                                        .result = &kProfilesResult,
-                                        .replyCapacity = kProfilesCapacity,
-                                        .clock = SigningClock::kDevice,
-                                        .learn = LearnProfiles,
-                                        .serves = TellsProfiles}}};
+                                        .wanted = "Profiles"}}};
+constexpr CommandSteps kProfiles20 = {
+    {{.build = BuildGetProfiles20,
+      .serviceKey = "media2",
+      .result = &kProfilesResult,
+      .replyCapacity = kProfilesCapacity,
+      .clock = SigningClock::kDevice,
+      .learn = LearnProfiles,
+      .wanted = "Profiles",
+      .elsewhere = {&kProfiles10.front(), Extension::kMediaFallback}}}};
 
 constexpr std::uint32_t kEncoderOptionsCapacity = 15360;
 
@@ -72,15 +69,15 @@ constexpr CommandSteps kSetEncoder20 = {{{.build = BuildSetVideoEncoder20,
                                           .result = &kStatusOnly<"videoEncodeCfg">,
                                           .clock = SigningClock::kDevice}}};
 
-constexpr CommandSteps kStreamUri20 = {{{.build = BuildGetStreamUri20,
-                                         .serviceKey = "media2",
-                                         .result = &kStreamUri20Result,
-                                         .clock = SigningClock::kDevice,
-                                         .serves = TellsMediaUri}}};
-constexpr CommandSteps kSnapshotUri20 = {{{.build = BuildGetSnapshotUri20,
-                                           .serviceKey = "media2",
-                                           .result = &kSnapshotUri20Result,
-                                           .serves = TellsMediaUri}}};
+constexpr CommandStep kStreamUri20 = {.build = BuildGetStreamUri20,
+                                      .serviceKey = "media2",
+                                      .result = &kStreamUri20Result,
+                                      .clock = SigningClock::kDevice,
+                                      .wanted = "Uri"};
+constexpr CommandStep kSnapshotUri20 = {.build = BuildGetSnapshotUri20,
+                                        .serviceKey = "media2",
+                                        .result = &kSnapshotUri20Result,
+                                        .wanted = "Uri"};
 
 int FetchSnapshot(ICommandSession& session, const std::string& result, ResponseBuffer& picture) {
     return session.DownloadPicture(SnapshotAddressIn(result), picture);
@@ -109,17 +106,17 @@ constexpr CommandRow kGetRows[] = {
                  .serviceKey = "media",
                  .result = &kStreamUriResult,
                  .clock = SigningClock::kDevice,
-                 .serves = TellsMediaUri}}},
-     .fallback = &kStreamUri20},
+                 .wanted = "MediaUri/Uri",
+                 .elsewhere = {&kStreamUri20, Extension::kMediaFallback}}}}},
     {.name = "snapshotURI",
      .completion = kIndexedProfile,
      .steps = {{{.build = BuildGetSnapshotUri,
                  .serviceKey = "media",
                  .result = &kSnapshotUriResult,
-                 .serves = TellsMediaUri}}},
-     .fallback = &kSnapshotUri20,
+                 .wanted = "MediaUri/Uri",
+                 .elsewhere = {&kSnapshotUri20, Extension::kMediaFallback}}}},
      .fetchPicture = FetchSnapshot},
-    {.name = "profiles", .steps = kProfiles10, .media2 = &kProfiles20, .fallback = &kProfiles10},
+    {.name = "profiles", .steps = kProfiles10, .media2 = &kProfiles20},
     {.name = "profile",
      .completion = kIndexedProfile,
      .steps = {{{BuildGetProfile, "media", &kProfileResult, 10240}}},

@@ -47,6 +47,16 @@ enum class GoOn {
     kAlways,        // the status is ignored
 };
 
+struct CommandStep;
+
+/// A step for another service of the device. It is sent in the place of one whose service the
+/// device does not list, and behind one that fails, or whose answer lacks what it is for; there it
+/// counts when it does better. A device that does not list the other service is not asked there.
+struct Elsewhere {
+    const CommandStep* step = nullptr;  // null: nowhere. Its own elsewhere is not looked at
+    Extension with = {};                // the session has to have it
+};
+
 /// One exchange of a command.
 struct CommandStep {
     RequestBuilder build = nullptr;  // null: no step
@@ -65,16 +75,13 @@ struct CommandStep {
     std::string (*path)(const CommandRequest& request) = nullptr;
     std::uint32_t timeoutMs = kExchangeTimeoutMs;
     GoOn goOn = GoOn::kUnlessFailed;
-    /// Where the other media service can be asked: whether an answer gives what was asked for.
-    bool (*serves)(std::string_view reply) = nullptr;
     /// The answer, also a refusal, is what the next step's builder starts from; it ends the command
     /// only where there is none, or the credentials were refused.
     bool readsFirst = false;
-    /// Not null: asked instead where the device refuses the step, or its answer lacks what it is
-    /// for, if the device has the service. The answer counts when it does better.
-    const CommandStep* elsewhere = nullptr;
-    /// What an answer is for: an element below its response. Empty: any but a fault.
+    /// What an answer is for: a path below its response, to an element that is not empty. Empty:
+    /// any answer but a fault. Looked at where the step can be asked elsewhere.
     std::string_view wanted = {};
+    Elsewhere elsewhere = {};
 };
 
 using CommandSteps = std::array<CommandStep, 2>;
@@ -92,9 +99,6 @@ struct CommandRow {
     CommandSteps steps = {};
     /// The same command for devices with the ver20 media service; null: there is one way only.
     const CommandSteps* media2 = nullptr;
-    /// With the extension media-fallback: the same command for the media service that is asked when
-    /// the one of the steps above is missing, or does not serve. One step each.
-    const CommandSteps* fallback = nullptr;
     /// The same two with the extension standard-requests; null: as without it.
     const CommandSteps* standard = nullptr;
     const CommandSteps* standardMedia2 = nullptr;

@@ -2,6 +2,7 @@
 
 #include <vector>
 
+#include "commands/Asking.h"
 #include "commands/Sender.h"
 
 namespace onvif_client {

@@ -1,101 +1,29 @@
 #include "commands/Sender.h"
 
+#include "commands/Asking.h"
 #include "transform/Conversions.h"
 #include "transform/FaultReaders.h"
-#include "transform/XmlTransform.h"
 
 namespace onvif_client {
 
 namespace {
 
-/// True for an answer, whatever it says.
-bool IsAnswered(const Reply& reply) {
-    return reply.status != status::kNoReply && reply.status != status::kNotAuthorized &&
-           reply.status != status::kNotSent;
-}
-
-void LoadTrimmed(const Reply& reply, CXmlDocument& document) {
-    if (reply.status == status::kSuccess && document.Load(reply.soap) &&
-        document.Root() != nullptr) {
-        CXmlTransform::TrimElementNames(document.Root());
-    }
-}
-
-bool HasWhatIsWanted(const CommandStep& step, const Reply& reply) {
-    CXmlDocument trimmed;
-    LoadTrimmed(reply, trimmed);
-    const XMLElement* body = trimmed.Find("Envelope/Body");
-    const XMLElement* response = body == nullptr ? nullptr : body->FirstChildElement();
-    return response != nullptr && ParseFault(trimmed.Root(), nullptr) &&
-           (step.wanted.empty() || FirstChild(response, step.wanted) != nullptr);
-}
-
-/// @param made  the step's own request.
-Reply Ask(ICommandSession& session, const CommandStep& step, const CommandRequest& request,
-          const SignedRequest& made) {
-    Reply reply = session.Exchange(made);
-    if (step.elsewhere == nullptr || !IsAnswered(reply) || HasWhatIsWanted(step, reply) ||
-        !session.Services().contains(step.elsewhere->serviceKey)) {
-        return reply;
-    }
-    Reply other = session.Exchange(MakeRequest(*step.elsewhere, request));
-    return HasWhatIsWanted(*step.elsewhere, other) ? other : reply;
-}
-
-int ReadFirst(ICommandSession& session, const CommandStep& step, CommandRequest& request,
-              CXmlDocument& answer) {
-    const Reply reply = session.Exchange(MakeRequest(step, request));
-    LoadTrimmed(reply, answer);
-    request.answer = answer.Root();
-    return IsAnswered(reply) ? status::kSuccess : reply.status;
-}
-
-int TakeReply(ICommandSession& session, const CommandStep& step, const CommandRequest& request,
-              int index, const Reply& reply, CResultDocument& result) {
+/// Adds what the answer says to the session and to the result.
+int TakeAnswer(ICommandSession& session, const Answer& answer, const CommandRequest& request,
+               int index, CResultDocument& result) {
+    const auto& [step, reply] = answer;
     if (reply.status != status::kSuccess) {
         return reply.status;
     }
-    if (step.learn != nullptr) {
-        step.learn(reply.soap, session);
+    if (step->learn != nullptr) {
+        step->learn(reply.soap, session);
     }
-    if (step.result != nullptr) {
-        const std::string token = step.tokenAsked == nullptr ? "" : step.tokenAsked(request);
-        BuildResult(*step.result, reply.soap, {index, token}, result,
+    if (step->result != nullptr) {
+        const std::string token = step->tokenAsked == nullptr ? "" : step->tokenAsked(request);
+        BuildResult(*step->result, reply.soap, {index, token}, result,
                     FaultReadingOf(session.Extensions()));
     }
     return reply.status;
-}
-
-int SendStep(ICommandSession& session, const CommandStep& step, const CommandRequest& request,
-             int index, CResultDocument& result) {
-    const SignedRequest made = MakeRequest(step, request);
-    if (made.envelope.empty()) {
-        return status::kNotAnswered;
-    }
-    return TakeReply(session, step, request, index, Ask(session, step, request, made), result);
-}
-
-/// With media-fallback. Refused credentials are refused by either service.
-int SendToEither(ICommandSession& session, const CommandStep& first, const CommandStep& other,
-                 const CommandRequest& request, CResultDocument& result) {
-    const ServiceTable services = session.Services();
-    if (other.serviceKey == first.serviceKey || !services.contains(other.serviceKey)) {
-        return SendStep(session, first, request, 0, result);
-    }
-    if (!services.contains(first.serviceKey)) {
-        return SendStep(session, other, request, 0, result);
-    }
-    const auto serves = [](const CommandStep& step, const Reply& reply) {
-        return reply.status == status::kSuccess && step.serves(reply.soap);
-    };
-    const Reply reply = session.Exchange(MakeRequest(first, request));
-    if (!serves(first, reply) && reply.status != status::kNotAuthorized) {
-        const Reply second = session.Exchange(MakeRequest(other, request));
-        if (serves(other, second)) {
-            return TakeReply(session, other, request, 0, second, result);
-        }
-    }
-    return TakeReply(session, first, request, 0, reply, result);
 }
 
 bool EndsCommand(GoOn goOn, int stepStatus) {
@@ -123,8 +51,12 @@ int SendSteps(ICommandSession& session, const CommandSteps& steps, const XMLElem
         if (!Applies(step, run)) {
             continue;
         }
-        stepStatus = step.readsFirst ? ReadFirst(session, step, request, answer)
-                                     : SendStep(session, step, request, index, result);
+        if (step.readsFirst) {
+            stepStatus = ReadFirst(session, step, request, answer);
+            request.answer = answer.Root();
+        } else {
+            stepStatus = TakeAnswer(session, Ask(session, step, request), request, index, result);
+        }
         if (EndsCommand(step.goOn, stepStatus)) {
             break;
         }
@@ -183,19 +115,7 @@ int SendCommand(ICommandSession& session, const CommandRow& row, const CommandEl
     }
     const MediaProfile* first = profiles->empty() ? nullptr : &profiles->front();
     const CommandRequest request = {command.parameters, first, nullptr, session.SpeedRanges()};
-    if (row.fallback != nullptr && session.Extensions().Has(Extension::kMediaFallback)) {
-        return SendToEither(session, steps.front(), row.fallback->front(), request, result);
-    }
     return SendSteps(session, steps, command.run, request, 0, result);
-}
-
-SignedRequest MakeRequest(const CommandStep& step, const CommandRequest& request) {
-    return {.envelope = step.build(request),
-            .serviceKey = step.serviceKey,
-            .replyCapacity = step.replyCapacity,
-            .clock = step.clock,
-            .timeoutMs = step.timeoutMs,
-            .path = step.path == nullptr ? "" : step.path(request)};
 }
 
 const MediaProfile* SelectProfile(const ProfileList& profiles, const XMLElement* index) {

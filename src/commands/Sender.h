@@ -1,5 +1,5 @@
 /// @file
-/// Sends one command: builds its requests, exchanges them and adds the answers to the result.
+/// Sends one command: walks its steps, has each one asked and adds the answers to the result.
 #ifndef ONVIF_CLIENT_COMMANDS_SENDER_H
 #define ONVIF_CLIENT_COMMANDS_SENDER_H
 
@@ -20,9 +20,6 @@ struct CommandElements {
 /// @return the status that counts; 2 when nothing was to be sent.
 int SendCommand(ICommandSession& session, const CommandRow& row, const CommandElements& command,
                 CResultDocument& result);
-
-/// The request of one exchange of a command.
-SignedRequest MakeRequest(const CommandStep& step, const CommandRequest& request);
 
 /// The profile that the text of an "index" element selects, from 0; null when it is out of range.
 const MediaProfile* SelectProfile(const ProfileList& profiles, const XMLElement* index);

@@ -10,24 +10,30 @@ namespace onvif_client::standard {
 
 namespace {
 
+constexpr Extension kExtension = Extension::kStandardRequests;
+
 // Room for every tour, and for devices that show all encoders when they are asked for one.
 constexpr std::uint32_t kTourCapacity = 40960;
 constexpr std::uint32_t kEncoderCapacity = 15360;
 
-constexpr CommandStep kRelaysOfDeviceIo = {
-    .build = BuildGetRelayOutputs, .serviceKey = "deviceIO", .wanted = "RelayOutputs"};
+constexpr CommandStep kRelaysOfDeviceIo = {.build = BuildGetRelayOutputs,
+                                           .serviceKey = "deviceIO",
+                                           .result = &kRelayOutputsResult,
+                                           .wanted = "RelayOutputs"};
 constexpr CommandStep kSetRelayOfDeviceIo = {.build = BuildSetRelayOutputSettingsOfDeviceIo,
-                                             .serviceKey = "deviceIO"};
+                                             .serviceKey = "deviceIO",
+                                             .result = &kStatusOnly<"alarmout">};
 constexpr CommandStep kSwitchRelayOfDeviceIo = {.build = BuildSetRelayOutputState,
-                                                .serviceKey = "deviceIO"};
+                                                .serviceKey = "deviceIO",
+                                                .result = &kStatusOnly<"manualAlarmout">};
 
 }  // namespace
 
 constinit const CommandSteps kGetRelays = {{{.build = BuildGetRelayOutputs,
                                              .serviceKey = "device",
                                              .result = &kRelayOutputsResult,
-                                             .elsewhere = &kRelaysOfDeviceIo,
-                                             .wanted = "RelayOutputs"}}};
+                                             .wanted = "RelayOutputs",
+                                             .elsewhere = {&kRelaysOfDeviceIo, kExtension}}}};
 constinit const CommandSteps kGetMotion = {
     {{.build = BuildWithToken<AnalyticsTokenOf, BuildGetAnalyticsModules>,
       .serviceKey = "analytics",
@@ -74,11 +80,12 @@ constinit const CommandSteps kContinuousMove = {
 constinit const CommandSteps kSetRelay = {{{.build = BuildSetRelayOutputSettings,
                                             .serviceKey = "device",
                                             .result = &kStatusOnly<"alarmout">,
-                                            .elsewhere = &kSetRelayOfDeviceIo}}};
-constinit const CommandSteps kSwitchRelay = {{{.build = BuildSetRelayOutputState,
-                                               .serviceKey = "device",
-                                               .result = &kStatusOnly<"manualAlarmout">,
-                                               .elsewhere = &kSwitchRelayOfDeviceIo}}};
+                                            .elsewhere = {&kSetRelayOfDeviceIo, kExtension}}}};
+constinit const CommandSteps kSwitchRelay = {
+    {{.build = BuildSetRelayOutputState,
+      .serviceKey = "device",
+      .result = &kStatusOnly<"manualAlarmout">,
+      .elsewhere = {&kSwitchRelayOfDeviceIo, kExtension}}}};
 constinit const CommandSteps kSetMotion = {
     {{.build = BuildWithToken<AnalyticsTokenOf, BuildModifyAnalyticsModules>,
       .serviceKey = "analytics",

@@ -20,8 +20,6 @@ extern const ResultFrame kSnapshotUriResult;
 // The same of replies of the ver20 media service.
 extern const ResultFrame kStreamUri20Result;
 extern const ResultFrame kSnapshotUri20Result;
-/// Whether a reply of either service tells the address of a stream or picture.
-bool TellsMediaUri(std::string_view reply);
 /// The picture's address in a result document of snapshotURI; empty when the device gave none.
 std::string SnapshotAddressIn(const std::string& result);
 

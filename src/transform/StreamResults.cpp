@@ -1,5 +1,4 @@
 #include "transform/MediaResults.h"
-#include "transform/XmlTransform.h"
 
 namespace onvif_client {
 
@@ -39,18 +38,6 @@ constinit const ResultFrame kSnapshotUri20Result = {"GetResponse", "snapshotURI"
 constinit const ResultFrame kStreamUri20Result = {"GetResponse", "streamURI", CopyStreamUri20};
 constinit const ResultFrame kSnapshotUriResult = {"GetResponse", "snapshotURI", CopySnapshotUri};
 constinit const ResultFrame kStreamUriResult = {"GetResponse", "streamURI", CopyStreamUri};
-
-bool TellsMediaUri(std::string_view reply) {
-    const CXmlDocument trimmed(CXmlTransform::TrimXmlNamespace(reply));
-    const XMLElement* body = trimmed.Find("Envelope/Body");
-    for (const char* name : {"GetStreamUriResponse", "GetSnapshotUriResponse"}) {
-        const XMLElement* response = FirstChild(body, name);
-        if (!TextAt(response, "Uri").empty() || !TextAt(response, "MediaUri/Uri").empty()) {
-            return true;
-        }
-    }
-    return false;
-}
 
 std::string SnapshotAddressIn(const std::string& result) {
     const CXmlDocument document(result);

@@ -32,10 +32,14 @@ TEST(CommandTables, EveryRowIsComplete) {
                     steps.insert(steps.end(), others->begin(), others->end());
                 }
             }
-            if (row.fallback != nullptr) {
-                EXPECT_NE(row.steps[0].serves, nullptr) << row.name;
-                EXPECT_NE(row.fallback->front().serves, nullptr) << row.name;
-                steps.push_back(row.fallback->front());
+            for (std::size_t at = 0, own = steps.size(); at < own; ++at) {
+                if (const CommandStep* other = steps[at].elsewhere.step) {
+                    EXPECT_NE(other->serviceKey, steps[at].serviceKey) << row.name;
+                    EXPECT_EQ(other->wanted.empty(), steps[at].wanted.empty()) << row.name;
+                    EXPECT_EQ(other->result == nullptr, steps[at].result == nullptr) << row.name;
+                    EXPECT_EQ(other->elsewhere.step, nullptr) << row.name;
+                    steps.push_back(*other);
+                }
             }
             for (const CommandStep& step : steps) {
                 if (step.build == nullptr) {

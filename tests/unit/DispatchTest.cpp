@@ -265,6 +265,9 @@ TEST(Dispatch, TheOtherMediaServiceIsAskedWhereOneDoesNotServe) {
     const std::string list = "GetProfilesResponse{Profiles(token=found)}";
     const std::string uri10 = "GetStreamUriResponse{MediaUri{Uri=rtsp://found}}";
     const std::string uri20 = "GetStreamUriResponse{Uri=rtsp://found}";
+    const std::string relays = "<alarmout/>";
+    const std::string relay = "GetRelayOutputsResponse{RelayOutputs(token=found)}";
+    const CExtensions both = {Extension::kMediaFallback, Extension::kStandardRequests};
     const struct {
         std::string command;
         ServiceTable services;  // and what they answer: an outline, or a status
@@ -292,12 +295,16 @@ TEST(Dispatch, TheOtherMediaServiceIsAskedWhereOneDoesNotServe) {
          "media media2 ",
          "media ",
          true},
+        // Beside it, with standard-requests: a device without an answer has no other service.
+        {relays, {{"device", "Fault"}, {"deviceIO", relay}}, "device deviceIO ", "device ", true},
+        {relays, {{"device", "5"}, {"deviceIO", relay}}, "device ", "device ", false},
+        {relays, {{"device", "Fault"}}, "device ", "device ", false},
     };
     for (const auto& each : cases) {
         for (const bool literal : {false, true}) {
             CMediaSession session;
             session.services = each.services;
-            session.extensions = literal ? CExtensions() : CExtensions{Extension::kMediaFallback};
+            session.extensions = literal ? CExtensions() : both;
             const GetAnswer answer = RunGet(session, "<Get>" + each.command + "</Get>");
             EXPECT_EQ(session.log, literal ? each.literalLog : each.log) << each.command;
             EXPECT_EQ(answer.success && (answer.picture.size > 0 ||
