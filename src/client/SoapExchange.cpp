@@ -70,10 +70,8 @@ bool HoldsRefusal(std::string_view soap) {
     if (!Contains(soap, "Fault")) {
         return false;
     }
-    CXmlDocument document(soap);
-    if (document.Root() != nullptr) {
-        CXmlTransform::TrimElementNames(document.Root());
-    }
+    CXmlDocument document;
+    CXmlTransform::LoadTrimmed(soap, document);
     return RefusesCredentials(document.Root());
 }
 

@@ -20,10 +20,9 @@ bool IsAnswered(const Reply& reply) {
            std::end(kUnanswered);
 }
 
-void LoadTrimmed(const Reply& reply, CXmlDocument& document) {
-    if (reply.status == status::kSuccess && document.Load(reply.soap) &&
-        document.Root() != nullptr) {
-        CXmlTransform::TrimElementNames(document.Root());
+void LoadAnswer(const Reply& reply, CXmlDocument& document) {
+    if (reply.status == status::kSuccess) {
+        CXmlTransform::LoadTrimmed(reply.soap, document);
     }
 }
 
@@ -34,7 +33,7 @@ bool SaysAnything(const XMLElement* element) {
 /// Whether an answer is what the step was sent for.
 bool Gives(const CommandStep& step, const Reply& reply) {
     CXmlDocument trimmed;
-    LoadTrimmed(reply, trimmed);
+    LoadAnswer(reply, trimmed);
     const XMLElement* body = trimmed.Find("Envelope/Body");
     const XMLElement* response = body == nullptr ? nullptr : body->FirstChildElement();
     return response != nullptr && ParseFault(trimmed.Root(), nullptr) &&
@@ -96,7 +95,7 @@ Answer Ask(ICommandSession& session, const CommandStep& step, const CommandReque
 int ReadFirst(ICommandSession& session, const CommandStep& step, const CommandRequest& request,
               CXmlDocument& answer) {
     const Reply reply = Exchange(session, step, request).reply;
-    LoadTrimmed(reply, answer);
+    LoadAnswer(reply, answer);
     return IsAnswered(reply) ? status::kSuccess : reply.status;
 }
 

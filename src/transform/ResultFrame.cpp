@@ -50,8 +50,8 @@ void BuildResult(const ResultFrame& frame, std::string_view reply, const Subject
     CXmlDocument trimmed;
     if (frame.prefixRemoval == PrefixRemoval::kInText) {
         trimmed.Load(CXmlTransform::TrimXmlNamespace(reply));
-    } else if (trimmed.Load(reply) && trimmed.Root() != nullptr) {
-        CXmlTransform::TrimElementNames(trimmed.Root());
+    } else {
+        CXmlTransform::LoadTrimmed(reply, trimmed);
     }
     XMLElement* statusParent = StatusParent(frame, command);
     if (LacksResponse(frame, reading, reply, trimmed.Root())) {

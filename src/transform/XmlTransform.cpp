@@ -259,4 +259,11 @@ void CXmlTransform::TrimElementNames(XMLElement* element) {
     }
 }
 
+void CXmlTransform::LoadTrimmed(std::string_view reply, CXmlDocument& document) {
+    document.Load(reply);
+    if (XMLElement* root = document.Root()) {
+        TrimElementNames(root);
+    }
+}
+
 }  // namespace onvif_client

@@ -69,6 +69,8 @@ class CXmlTransform {
     /// The same on a document: the element and all below it lose their prefixes. Texts, comments
     /// and CDATA sections stay as they are; in a text, those with a colon would lose their start.
     static void TrimElementNames(XMLElement* element);
+    /// Loads a reply into the document and trims it so.
+    static void LoadTrimmed(std::string_view reply, CXmlDocument& document);
 
  private:
     struct Prefix {
