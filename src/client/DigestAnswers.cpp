@@ -76,7 +76,8 @@ std::optional<std::string> DigestResponse(const Credentials& credentials,
 std::string DigestAuthorization(const Credentials& credentials, const HttpChallenge& challenge,
                                 std::string_view method, std::string_view uri,
                                 std::uint32_t count) {
-    if (challenge.nonce.empty() || (!challenge.qop.empty() && !Offers(challenge.qop, kAuth))) {
+    if (challenge.nonce.empty() || challenge.opaque.size() > kLongestDigestText ||
+        (!challenge.qop.empty() && !Offers(challenge.qop, kAuth))) {
         return {};
     }
     const std::string_view qop = challenge.qop.empty() ? std::string_view() : kAuth;
@@ -123,7 +124,8 @@ CDigestAnswers::Answer CDigestAnswers::Next(std::string_view method, std::string
 }
 
 CDigestAnswers::Verdict CDigestAnswers::Take(std::string_view reply, const Answer& answer) {
-    std::string_view head = TakeUntil(reply, kHeadEnd);
+    reply = reply.substr(0, kLongestHead);
+    const std::string_view head = TakeUntil(reply, kHeadEnd);
     std::string_view rest = head;
     if (StatusCode(TakeUntil(rest, kHeadLineEnd)) != "401") {
         const CLockGuard guard(lock_);

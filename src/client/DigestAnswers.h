@@ -33,12 +33,12 @@ std::optional<std::string> DigestResponse(const Credentials& credentials,
 std::optional<std::string> QuotedText(std::string_view text);
 
 /// The value of an "Authorization" field, with a fresh cnonce. Empty for a challenge that cannot be
-/// answered: without a nonce, with another qop than "auth" only, or with texts that are too long or
-/// hold control characters.
+/// answered: without a nonce, with another qop than "auth" only, or with texts that hold control
+/// characters or are too long (an opaque of more than 511 bytes, for it would fill the request).
 std::string DigestAuthorization(const Credentials& credentials, const HttpChallenge& challenge,
                                 std::string_view method, std::string_view uri, std::uint32_t count);
 
-/// Any thread.
+/// What a session says unasked, and how it takes what its device asks for. Any thread.
 class CDigestAnswers {
  public:
     /// The credentials must outlive it.
@@ -57,7 +57,7 @@ class CDigestAnswers {
         kAskedAnew,  // by a challenge that may let the same request pass
         kRefused,    // the answer was right in form, so the credentials are wrong
     };
-    /// Keeps what a reply asks for.
+    /// Keeps what a reply asks for, within 64 KiB of head.
     /// @param answer  of the request.
     Verdict Take(std::string_view reply, const Answer& answer);
 

@@ -41,7 +41,8 @@ struct ChallengeOffer {
 
 /// @param head  from the status line up to the empty line. Field names compare without case; a
 /// field
-///              may hold several challenges, and be folded over several lines.
+///              may hold several challenges, and be folded over several lines. Whoever calls bounds
+///              it: seven bytes of it may become a challenge.
 ChallengeOffer ReadChallenges(std::string_view head, DigestKinds kinds);
 
 }  // namespace onvif_client

@@ -17,9 +17,9 @@
 namespace onvif_client {
 
 /// The text of a reply ends with the envelope (kReplyEndMarker, with open-faults also without a
-/// prefix), at its capacity and, as HTTP
-/// frames it, with its length, its last chunk or a chunk that is none. Where an envelope goes on
-/// behind the length, 250 ms are left for its end. One exchange, on one thread.
+/// prefix), at its capacity and, as HTTP frames it, with its length, its last chunk or a chunk that
+/// is none. Where an envelope goes on behind the length, 250 ms are left for its end. One exchange,
+/// on one thread.
 class CReplyCollector final : public CReplyObserver {
  public:
     /// Whether one of the extensions needs a collector.

@@ -20,7 +20,6 @@ constexpr std::uint32_t kConnectPollMs = 50;
 constexpr std::uint32_t kReceivePollMs = 250;
 constexpr std::uint32_t kAttemptMs = 5000;
 constexpr std::size_t kChunk = 8191;
-constexpr std::size_t kLongestHeader = 65536;
 constexpr std::uint64_t kLimitWithoutLength = 1048576;
 constexpr std::uint64_t kLargestPicture = 67108864;
 
@@ -108,7 +107,7 @@ bool CSnapshotDownload::AddToHeader(std::string_view bytes, CollectedHead& head,
     head.text += bytes;
     const std::size_t size = HeadSize(head.text, head.searched);
     if (size == 0) {
-        return head.text.size() <= kLongestHeader;
+        return head.text.size() <= kLongestHead;
     }
     const std::string_view text = head.text;
     return ReadHeader(text.substr(0, size - kHeadEnd.size()), picture) &&

@@ -15,6 +15,9 @@ inline constexpr std::string_view kHeadLineEnd = "\r\n";
 inline constexpr std::string_view kHeadEnd = "\r\n\r\n";
 inline constexpr std::string_view kHeadBlanks = " \t";
 
+/// Bytes of a reply's head; a longer one is not read as such.
+inline constexpr std::size_t kLongestHead = 65536;
+
 /// Where the head at the front of a growing buffer ends.
 /// @param searched  0 at first; what the last call left, when the buffer has only grown since.
 /// @return its size with the empty line behind it; 0: the end is not there yet.

@@ -14,7 +14,6 @@ namespace {
 
 constexpr std::string_view kVersionBegin = "HTTP/";
 constexpr std::size_t kLongestVersion = 16;
-constexpr std::size_t kLongestHead = 65536;
 constexpr std::size_t kLongestSizeLine = 256;
 
 std::string_view TakeFront(std::string_view& bytes, std::size_t size) {

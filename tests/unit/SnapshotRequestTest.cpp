@@ -112,6 +112,14 @@ TEST(SnapshotRequest, IsWrittenForEachScheme) {
         const std::string realm(size - taken, 'r');
         const HttpChallenge longOne = {AuthorizationScheme::kDigest, realm, "n", "auth", ""};
         EXPECT_EQ(BuildSnapshotRequest(address, credentials, longOne).empty(), size == 512) << size;
+        const HttpChallenge filling = {AuthorizationScheme::kDigest, "r", "n", "auth",
+                                       std::string(size, 'o')};
+        EXPECT_EQ(DigestAuthorization(credentials, filling, "GET", "/", 1).empty(), size == 512);
+        // Of a head without end no challenge is made.
+        const std::string head = "HTTP/1.1 401 No\r\nX: " + std::string(size * 128, 'x') +
+                                 "\r\nWWW-Authenticate: Digest nonce=n\r\n\r\n";
+        EXPECT_EQ(CDigestAnswers(credentials).Take(head, {}) == CDigestAnswers::Verdict::kNotAsked,
+                  size == 512);
     }
 
     EXPECT_EQ(BuildSnapshotRequest(address, {"a\x1F", "p"}, challenge), "");
