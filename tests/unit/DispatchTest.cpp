@@ -265,6 +265,8 @@ TEST(Dispatch, TheOtherMediaServiceIsAskedWhereOneDoesNotServe) {
     const std::string list = "GetProfilesResponse{Profiles(token=found)}";
     const std::string uri10 = "GetStreamUriResponse{MediaUri{Uri=rtsp://found}}";
     const std::string uri20 = "GetStreamUriResponse{Uri=rtsp://found}";
+    const std::string picture = "<snapshotURI><index>0</index></snapshotURI>";
+    const std::string shot = "GetSnapshotUriResponse{Uri=http://found}";
     const std::string relays = "<alarmout/>";
     const std::string relay = "GetRelayOutputsResponse{RelayOutputs(token=found)}";
     const CExtensions both = {Extension::kMediaFallback, Extension::kStandardRequests};
@@ -277,11 +279,7 @@ TEST(Dispatch, TheOtherMediaServiceIsAskedWhereOneDoesNotServe) {
         {profiles, {{"media", "Fault"}, {"media2", list}}, "media2 ", "media2 ", true, true},
         {profiles, {{"media", list}, {"media2", "Fault"}}, "media2 media ", "media2 ", true},
         {profiles, {{"media", list}, {"media2", "5"}}, "media2 media ", "media2 ", true},
-        {profiles,
-         {{"media", list}, {"media2", "GetProfilesResponse"}},
-         "media2 media ",
-         "media2 ",
-         true},
+        {profiles, {{"media", list}, {"media2", "x"}}, "media2 media ", "media2 ", true},
         {profiles, {{"media", list}, {"media2", "401"}}, "media2 ", "media2 ", false},
         {profiles, {{"media2", "Fault"}}, "media2 ", "media2 ", false},
         {profiles, {{"media", list}}, "media ", "media ", true, true},
@@ -290,15 +288,10 @@ TEST(Dispatch, TheOtherMediaServiceIsAskedWhereOneDoesNotServe) {
         {stream, {{"media", "7"}, {"media2", uri20}}, "media media2 ", "media ", true},
         {stream, {{"media2", uri20}}, "media2 ", "media ", true},
         {stream, {{"media", "Fault"}}, "media ", "media ", false},
-        {"<snapshotURI><index>0</index></snapshotURI>",
-         {{"media", "Fault"}, {"media2", "GetSnapshotUriResponse{Uri=http://found}"}},
-         "media media2 ",
-         "media ",
-         true},
+        {picture, {{"media", "Fault"}, {"media2", shot}}, "media media2 ", "media ", true},
         // Beside it, with standard-requests: a device without an answer has no other service.
         {relays, {{"device", "Fault"}, {"deviceIO", relay}}, "device deviceIO ", "device ", true},
         {relays, {{"device", "5"}, {"deviceIO", relay}}, "device ", "device ", false},
-        {relays, {{"device", "Fault"}}, "device ", "device ", false},
     };
     for (const auto& each : cases) {
         for (const bool literal : {false, true}) {

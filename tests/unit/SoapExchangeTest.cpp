@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include "client/ReplyCollector.h"
+
 namespace onvif_client {
 namespace {
 
@@ -13,6 +15,14 @@ TEST(BuildPost, WritesTheRequestAsDevicesExpectIt) {
     EXPECT_EQ(BuildPost("a b\r\n\x7F", "h\nX:", ""),
               "POST /a%20b%0D%0A%7F HTTP/1.1\r\nContent-Type: application/soap+xml; charset=utf-8"
               "\r\nUser-Agent: ApiTool\r\nHost: h%0AX:\r\n\r\n");
+}
+
+TEST(ReplyCollector, TakesNoMillionsOfParts) {
+    const std::string block(4096, '<');
+    CReplyCollector collector({Extension::kLargeMessages}, 8192);
+    while (collector.OnReply(block.data(), 4096) != 0) {
+    }
+    EXPECT_EQ(collector.Take().size(), 1003520U);
 }
 
 TEST(BuildPost, CutsLongRequestsButStatesTheWholeBody) {
