@@ -25,6 +25,19 @@ inline std::string Envelope(const std::string& ns, const std::string& operation,
            operation + "></e:Body></e:Envelope>";
 }
 
+inline bool Contains(const std::string& text, const std::string& part) {
+    return text.find(part) != std::string::npos;
+}
+
+/// What stands between the first @p begin and the next @p end; empty where there is none.
+inline std::string Between(const std::string& text, const std::string& begin,
+                           const std::string& end) {
+    const auto from = text.find(begin);
+    if (from == std::string::npos) return "";
+    return text.substr(from + begin.size(),
+                       text.find(end, from + begin.size()) - from - begin.size());
+}
+
 inline constexpr const char* kDeviceNamespace = "http://www.onvif.org/ver10/device/wsdl";
 
 #endif
