@@ -26,14 +26,10 @@ void Check(const camera_sim::CCamera& camera, const std::string& table) {
         std::smatch row;
         ASSERT_TRUE(std::regex_match(line, row, kRow));
         const std::string body =
-            "<e:Envelope xmlns:e='http://www.w3.org/2003/05/soap-envelope'><e:Body><" + row.str(3) +
-            " xmlns='http://www.onvif.org/" + row.str(1) + "/wsdl'>" + row.str(4) + "</" +
-            row.str(3) + "></e:Body></e:Envelope>";
+            Envelope("http://www.onvif.org/" + row.str(1) + "/wsdl", row.str(3), row.str(4));
         const std::string reply =
-            Exchange(camera.Port(), "POST /onvif/" + row.str(2) +
-                                        "_service HTTP/1.1\r\nHost: camera\r\nContent-Length: " +
-                                        std::to_string(body.size()) + "\r\n\r\n" + body);
-        EXPECT_NE(reply.find(row.str(5)), std::string::npos) << reply;
+            Exchange(camera.Port(), Http("POST", "/onvif/" + row.str(2) + "_service", body));
+        EXPECT_TRUE(Contains(reply, row.str(5))) << reply;
     }
 }
 
@@ -89,6 +85,14 @@ TEST(CameraOperations, ShowWhatOthersSet) {
         ver10/media/media GetVideoAnalyticsConfigurations | | ter:ActionNotSupported
         ver10/media/media GetAudioSources | | <trt:GetAudioSourcesResponse/>
         ver10/deviceIO/deviceio GetRelayOutputOptions | <RelayOutputToken>Relay_2</RelayOutputToken> | ter:RelayToken)");
+    const std::string receiver = "Receiver</SOAP-ENV:Value><SOAP-ENV:Subcode><SOAP-ENV:Value>";
+    const std::pair<const char*, std::string> refusals[] = {
+        {"not-authorized", "ter:NotAuthorized"},
+        {"prohibited", "ter:OperationProhibited"},
+        {"failed", receiver + "ter:Action<"}};
+    for (const auto& [refusal, subcode] : refusals)
+        Check(host.Add({.user = "", .clockRefusal = refusal}),
+              "ver10/device/device SetSystemDateAndTime | | " + subcode);
 }
 
 TEST(CameraOperations, RebootsOnRequest) {
