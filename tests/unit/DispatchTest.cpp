@@ -235,13 +235,6 @@ TEST(Dispatch, WithoutProfilesCompletedCommandsArePassedOver) {
     EXPECT_FALSE(RunGet(session, "<Get><first/></Get>", kGetTable).success);
 }
 
-TEST(Dispatch, DevicesWithMedia2GetTheOtherRequest) {
-    CScriptedSession session;
-    session.media2 = true;
-    EXPECT_TRUE(RunGet(session, "<Get><media/></Get>", kGetTable).success);
-    EXPECT_EQ(session.log, "two@media2 ");
-}
-
 /// A device by what its media services answer; one that is not here is not there.
 class CMediaSession final : public CScriptedSession {
  public:

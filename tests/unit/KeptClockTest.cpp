@@ -1,26 +1,16 @@
 #include <gtest/gtest.h>
 
-#include <atomic>
 #include <mutex>
 
 #include "client/HttpClient.h"
 #include "commands/DeviceRequests.h"
 #include "platform/Wirelink.h"
+#include "support/MovedClock.h"
 #include "support/ScriptedPeer.h"
 #include "unit/Texts.h"
 
 namespace onvif_client {
 namespace {
-
-constexpr std::int64_t kOurs = 1551945909;  // 2019-03-07T08:05:09Z
-
-struct CMovedClock final : IClock {
-    std::uint32_t TickCount() const override { return ticks; }
-    std::int64_t CalendarSeconds() const override { return calendar; }
-    void Sleep(std::uint32_t) const override {}
-    std::atomic<std::uint32_t> ticks = 0xFFFFFF00;
-    std::atomic<std::int64_t> calendar = kOurs;
-};
 
 /// A device that refuses what is not signed by the minute and second that it shows.
 class KeptClock : public testing::Test {
@@ -64,7 +54,7 @@ class KeptClock : public testing::Test {
         minute_ = minute;
     }
 
-    CMovedClock clock_;
+    client_test::CMovedClock clock_;
     const CScopedClock replaced_{clock_};
     std::mutex lock_;  // guards what follows while the peer lives
     std::string minute_ = "50:00";

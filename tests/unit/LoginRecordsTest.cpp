@@ -3,8 +3,8 @@
 #include <atomic>
 
 #include "client/HttpClient.h"
-#include "platform/Clock.h"
 #include "platform/Wirelink.h"
+#include "support/MovedClock.h"
 #include "support/ScriptedPeer.h"
 #include "transform/MediaProfile.h"
 #include "transform/ServiceAddresses.h"
@@ -128,13 +128,6 @@ TEST(LoginRecords, OptionsKeepTheirDefaultsWhereADeviceSaysNothing) {
     EXPECT_EQ(focus.minimum + focus.maximum, "-7.57.5");
 }
 
-struct CSetClock final : IClock {
-    std::uint32_t TickCount() const override { return ticks; }
-    std::int64_t CalendarSeconds() const override { return 0; }
-    void Sleep(std::uint32_t) const override {}
-    std::atomic<std::uint32_t> ticks = 0xFFFFFF00;
-};
-
 TEST(Login, EndsWithoutAReplyOnceItsExchangesHaveTakenFortySeconds) {
     // An answer to all of the eight. Without a reply to the 2nd, 6th or 8th, a login goes on.
     const std::string reply = Reply(
@@ -144,7 +137,7 @@ TEST(Login, EndsWithoutAReplyOnceItsExchangesHaveTakenFortySeconds) {
     const unsigned int cases[][4] = {{39999, 2, 0, 8}, {40000, 2, 5, 2}, {40000, 6, 5, 6},
                                      {39999, 8, 0, 8}, {40000, 8, 5, 8}, {90000, 9, 0, 8}};
     for (const auto& each : cases) {
-        CSetClock clock;
+        client_test::CMovedClock clock;
         const CScopedClock replaced(clock);
         std::atomic<unsigned int> exchanges = 0;
         client_test::CScriptedPeer peer([&](client_test::CPeerConnection& connection) {

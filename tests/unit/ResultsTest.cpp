@@ -237,13 +237,5 @@ TEST(Results, ShowMotionInTwoSteps) {
     EXPECT_EQ(result("4", "GetRulesResponse"), expected("4", "ruleStatus{status=success}"));
 }
 
-TEST(Results, TellThePicturesAddress) {
-    CResultDocument result;
-    BuildResult(kSnapshotUriResult, Reply("GetSnapshotUriResponse{MediaUri{Uri=http://h/p}}"), {},
-                result);
-    EXPECT_EQ(SnapshotAddressIn(result.Print()), "http://h/p");
-    EXPECT_EQ(SnapshotAddressIn("<GetResponse><snapshotURI/></GetResponse>"), "");
-}
-
 }  // namespace
 }  // namespace onvif_client

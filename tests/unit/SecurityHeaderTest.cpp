@@ -8,18 +8,11 @@
 #include <vector>
 
 #include "commands/DeviceRequests.h"
-#include "platform/Clock.h"
 #include "platform/Digests.h"
+#include "support/MovedClock.h"
 
 namespace onvif_client {
 namespace {
-
-class CFixedClock : public IClock {
- public:
-    std::uint32_t TickCount() const override { return 1000; }
-    std::int64_t CalendarSeconds() const override { return 1551945909; }  // 2019-03-07T08:05:09Z
-    void Sleep(std::uint32_t) const override {}
-};
 
 constexpr const char* kDeviceTime =
     "<GetResponse><dateAndTime><UTCDateTime><time><hour>8</hour><minute>5</minute>"
@@ -39,7 +32,7 @@ std::string Token(CXmlTransform& envelope, const char* element) {
 }
 
 TEST(SecurityHeader, CarriesADigestThatADeviceAccepts) {
-    const CFixedClock clock;
+    const client_test::CMovedClock clock;
     const CScopedClock replaced(clock);
     for (const char* password : {"secret", "", "päss&<>"}) {
         for (const bool deviceClock : {false, true}) {
@@ -77,7 +70,7 @@ TEST(SecurityHeader, UnknownDeviceTimeAndMissingElements) {
 }
 
 TEST(SecurityHeader, NoncesNeverComeTwice) {
-    const CFixedClock clock;
+    const client_test::CMovedClock clock;
     const CScopedClock replaced(clock);
     constexpr std::size_t kEach = 500;
     std::vector<std::vector<std::string>> made(4);

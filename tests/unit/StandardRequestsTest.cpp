@@ -58,14 +58,14 @@ const std::string kEncoder =
     "tt:H264Profile=High} " +
     kMulticast + "tt:SessionTimeout=PT9S v:Odd=1}";
 const std::string kFault = "x:Fault{x:Reason{x:Text=no}}";
-const std::string kTour =
-    "t:GetPresetToursResponse{t:PresetTour(token=U) t:PresetTour(token=T){tt:Name=old "
-    "tt:Status{tt:State=Paused} tt:AutoStart=true tt:StartingCondition(RandomPresetOrder=true){"
-    "tt:RecurringTime=3} tt:TourSpot{tt:PresetDetail{tt:PresetToken=1 tt:Home=false} "
-    "tt:Speed{tt:Zoom(x=1)} tt:StayTime=PT7S} tt:TourSpot{tt:PresetDetail{tt:Home=true}}}}";
 const std::string kTourStart =
     "tt:Status{tt:State=Paused} tt:AutoStart=true tt:StartingCondition(RandomPresetOrder=true){"
     "tt:RecurringTime=3} ";
+const std::string kTour =
+    "t:GetPresetToursResponse{t:PresetTour(token=U) t:PresetTour(token=T){tt:Name=old " +
+    kTourStart +
+    "tt:TourSpot{tt:PresetDetail{tt:PresetToken=1 tt:Home=false} "
+    "tt:Speed{tt:Zoom(x=1)} tt:StayTime=PT7S} tt:TourSpot{tt:PresetDetail{tt:Home=true}}}}";
 
 std::string Tour(const std::string& inside) {
     return "ptzw:ModifyPresetTour{ptzw:ProfileToken=P ptzw:PresetTour(token=T){" + inside + "}}";
