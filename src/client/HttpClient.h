@@ -106,7 +106,8 @@ class CHttpClient final : public ICommandSession {
     /// A POST, cut where the session's requests end.
     std::string BuildRequest(std::string_view path, std::string_view body,
                              std::string_view authorization = {}) const;
-    /// With http-digest: as often as it takes to answer what the device asks for.
+    /// With http-digest: up to three times, to answer what the device asks for. Each has the
+    /// target's time.
     /// @param refused  becomes true when the device does not accept the answer.
     std::string TransferAnswering(const Target& target, std::string_view body, bool& refused);
     CDigestAnswers::Verdict TakePullChallenge(std::string_view reply);
@@ -167,7 +168,8 @@ class CHttpClient final : public ICommandSession {
     CDigestAnswers digestAnswers_{credentials_};
     CDeviceClock deviceClock_;
     // Who is refused while another thread looks waits for what that finds. Held during two
-    // exchanges, before the data lock; never taken by the socket layer's threads.
+    // exchanges, before the data lock and those of the two above; never taken by the socket layer's
+    // threads.
     CMutex clockReading_;
 
     mutable CMutex dataLock_;  // leaf

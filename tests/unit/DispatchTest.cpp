@@ -197,7 +197,8 @@ TEST(Dispatch, CommandsOfOneNameReadTheFirstOnesParametersOrTheirOwn) {
     for (const auto& [commands, own] : cases) {
         for (const CommandTable& table : {kGetTable, kSetTable}) {
             const std::string root(table.root);
-            const std::string request = "<" + root + ">" + commands + "</" + root + ">";
+            std::string request = "<" + root + ">";
+            request.append(commands).append("</").append(root).append(">");
             const auto run = [&](CExtensions extensions) {
                 CScriptedSession session;
                 session.extensions = extensions;
