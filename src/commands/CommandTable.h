@@ -50,8 +50,9 @@ enum class GoOn {
 struct CommandStep;
 
 /// A step for another service of the device. It is sent in the place of one whose service the
-/// device does not list, and behind one that fails, or whose answer lacks what it is for; there it
-/// counts when it does better. A device that does not list the other service is not asked there.
+/// device does not list, and behind one that fails (but for refused credentials), or whose answer
+/// lacks what it is for; there it counts when it does better. A device that does not list the other
+/// service is not asked there. Steps that read first have none.
 struct Elsewhere {
     const CommandStep* step = nullptr;  // null: nowhere. Its own elsewhere is not looked at
     Extension with = {};                // the session has to have it
