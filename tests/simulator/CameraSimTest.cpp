@@ -91,45 +91,45 @@ TEST(CameraSim, ChecksUsernameTokens) {
     using namespace std::chrono_literals;
     struct Case {
         const char* name;
-        Token token;
-        std::chrono::seconds distance;
         const char* refusal;  // null: accepted
+        Token token{};
+        std::chrono::seconds distance = 0s;
     };
+    const char* const digested = "wrong digest";
+    const char* const untimely = "created too far from the camera's time";
+    const char* const timeless = "no readable creation time";
+    const char* const nonce = "AAECAwQFBgcICQoLDA0ODw==";
     // The digests were computed by other means than the simulator's.
     const std::vector<Case> cases = {
-        {"right", {}, 0s, nullptr},
+        {"right", nullptr},
         {"fraction of a second",
+         nullptr,
          {.digest = "MB6f8PVjqzs9Lo6Kg5Zi+lvxGUo=",
-          .nonce = "AAECAwQFBgcICQoLDA0ODw==",
-          .created = "2010-09-16T07:50:45.250Z"},
-         0s,
-         nullptr},
+          .nonce = nonce,
+          .created = "2010-09-16T07:50:45.250Z"}},
         {"zone of UTC",
+         nullptr,
          {.digest = "muvFZEqqR3uSbxe1nkgaeZg1uH0=",
-          .nonce = "AAECAwQFBgcICQoLDA0ODw==",
-          .created = "2010-09-16T07:50:45+00:00"},
-         0s,
-         nullptr},
+          .nonce = nonce,
+          .created = "2010-09-16T07:50:45+00:00"}},
         {"other zone",
+         nullptr,
          {.digest = "RNNzFE8KCr/ooyVKx/Bgel/opS8=",
-          .nonce = "AAECAwQFBgcICQoLDA0ODw==",
-          .created = "2010-09-16T02:20:45.5-05:30"},
-         0s,
-         nullptr},
-        {"zone too far", {.created = "2010-09-16T07:50:45+15:00"}, 0s, "no readable creation time"},
+          .nonce = nonce,
+          .created = "2010-09-16T02:20:45.5-05:30"}},
+        {"zone too far", timeless, {.created = "2010-09-16T07:50:45+15:00"}},
         {"nonce digested as text",
-         {.digest = "5Y0yDw2p2Q/LBykdxvCoZCGromw=", .nonce = "AAECAwQFBgcICQoLDA0ODw=="},
-         0s,
-         "wrong digest"},
-        {"other password", {.digest = "np3emxBW68l6P2tSt3PDRwSNG+k="}, 0s, "wrong digest"},
-        {"other time", {.created = "2010-09-16T07:50:46Z"}, 0s, "wrong digest"},
-        {"other user", {.user = "admin"}, 0s, "unknown user"},
-        {"text", {.digest = "userpassword", .type = "PasswordText"}, 0s, "no password digest"},
-        {"nonce not Base64", {.nonce = "???"}, 0s, "no readable nonce"},
-        {"no time", {.created = "now"}, 0s, "no readable creation time"},
-        {"just fresh", {}, 290s, nullptr},
-        {"stale", {}, 310s, "created too far from the camera's time"},
-        {"early", {}, -310s, "created too far from the camera's time"},
+         digested,
+         {.digest = "5Y0yDw2p2Q/LBykdxvCoZCGromw=", .nonce = nonce}},
+        {"other password", digested, {.digest = "np3emxBW68l6P2tSt3PDRwSNG+k="}},
+        {"other time", digested, {.created = "2010-09-16T07:50:46Z"}},
+        {"other user", "unknown user", {.user = "admin"}},
+        {"text", "no password digest", {.digest = "userpassword", .type = "PasswordText"}},
+        {"nonce not Base64", "no readable nonce", {.nonce = "???"}},
+        {"no time", timeless, {.created = "now"}},
+        {"just fresh", nullptr, {}, 290s},
+        {"stale", untimely, {}, 310s},
+        {"early", untimely, {}, -310s},
     };
     for (const Case& test : cases) {
         SCOPED_TRACE(test.name);

@@ -41,46 +41,46 @@ TEST_F(Login, FindsTheServicesOfEveryKindOfDevice) {
     const std::string ptz = " ptz=onvif/ptz_service";
     const struct {
         const char* what;
-        CameraOptions options;
         std::string services;
         std::uint64_t capabilityRequests;
+        CameraOptions options = {};
         const char* faulty = "";  // an operation that the device fails at
         Fault fault = {};
     } cases[] = {
-        {"dome", {}, analytics + device + imaging + media + media2 + ptz, 1},
-        {"the earlier media service alone",
-         {.media2 = false},
+        {"dome", analytics + device + imaging + media + media2 + ptz, 1},
+        {"no later media service",
          analytics + device + imaging + media + ptz,
-         1},
-        {"the later media service alone",
-         {.media = false},
+         1,
+         {.media2 = false}},
+        {"no earlier one",
          analytics + device + imaging + media2.substr(1) + ptz,
-         2},
-        {"no imaging service", {.model = "fixed", .imaging = false}, analytics + device + media, 2},
+         2,
+         {.media = false}},
+        {"no imaging service", analytics + device + media, 2, {.model = "fixed", .imaging = false}},
         {"capabilities only",
-         {.model = "fixed", .getServices = false},
          analytics + device + events + imaging + media,
-         1},
+         1,
+         {.model = "fixed", .getServices = false}},
         {"single categories only",
-         {.model = "fixed", .analytics = false, .getServices = false, .capabilitiesAll = false},
          device + events + imaging + media,
-         13},
+         13,
+         {.model = "fixed", .analytics = false, .getServices = false, .capabilitiesAll = false}},
         {"tells nothing",
-         {.model = "fixed", .getServices = false, .strictPaths = false},
          "device=onvif/device_service media=onvif/Media",
          13,
+         {.model = "fixed", .getServices = false, .strictPaths = false},
          "GetCapabilities",
          refusal},
         {"a list that takes too long is given up",
-         {.model = "fixed"},
          analytics + device + events + imaging + media,
          1,
+         {.model = "fixed"},
          "GetServices",
          slow},
         {"addresses without a path",
-         {.model = "fixed", .addressShape = "http://{host}:{port}"},
          "analytics= device= deviceIO= imaging= media=",
-         1},
+         1,
+         {.model = "fixed", .addressShape = "http://{host}:{port}"}},
     };
     for (const auto& each : cases) {
         CCamera& camera = host_.Add(each.options);

@@ -44,39 +44,37 @@ std::string Works(const CameraOptions& options, const char* extensions, const ch
 }
 
 TEST(RealCameras, NeedTheirExtensions) {
-    CameraOptions once = {.httpAuthentication = HttpScheme::kDigest, .httpNonceUses = 1};
+    const std::chrono::hours far(30);
     const struct {
-        CameraOptions camera;
         const char* extension;
         const char* literally;
+        CameraOptions camera;
         const char* extended = "LDSPA";
         const char* user = "admin";
     } cases[] = {
-        {{.clockOffset = std::chrono::hours(30), .clockRefusal = "prohibited"}, "keep-clock", "LS"},
-        {{.openOperations = {}, .clockOffset = std::chrono::hours(-30), .httpDate = true},
-         "keep-clock",
-         ""},
-        {{.accounts = {{"op", "camera-1", camera_sim::Role::kOperator}}},
-         "keep-clock",
+        {"keep-clock", "LS", {.clockOffset = far, .clockRefusal = "prohibited"}},
+        {"keep-clock", "", {.openOperations = {}, .clockOffset = -far, .httpDate = true}},
+        {"keep-clock",
          "",
+         {.accounts = {{"op", "camera-1", camera_sim::Role::kOperator}}},
          "LDSPA",
          "op"},
-        {once, "http-digest", ""},
-        {{.httpAuthentication = HttpScheme::kDigestSha256,
-          .snapshotAuthentication = HttpScheme::kDigestSha256},
-         "http-digest",
-         ""},
-        {{.httpAuthentication = HttpScheme::kDigestEither, .httpQop = ""}, "http-digest", ""},
-        {{.httpAuthentication = HttpScheme::kBasic}, "http-digest", "", ""},
-        {{.brokenMedia2 = true}, "media-fallback", "LD"},
-        {{.media = false}, "media-fallback", "LD"},
-        {{.media = false,
+        {"http-digest", "", {.httpAuthentication = HttpScheme::kDigest, .httpNonceUses = 1}},
+        {"http-digest",
+         "",
+         {.httpAuthentication = HttpScheme::kDigestSha256,
+          .snapshotAuthentication = HttpScheme::kDigestSha256}},
+        {"http-digest", "", {.httpAuthentication = HttpScheme::kDigestEither, .httpQop = ""}},
+        {"http-digest", "", {.httpAuthentication = HttpScheme::kBasic}, ""},
+        {"media-fallback", "LD", {.brokenMedia2 = true}},
+        {"media-fallback", "LD", {.media = false}},
+        {"all",
+         "",
+         {.media = false,
           .openOperations = {},
           .httpAuthentication = HttpScheme::kDigestSha256,
-          .clockOffset = std::chrono::hours(30)},
-         "all",
-         ""},
-        {{.snapshotAuthentication = HttpScheme::kBasic}, "no-basic", "LDSP", "LDSA"},
+          .clockOffset = far}},
+        {"no-basic", "LDSP", {.snapshotAuthentication = HttpScheme::kBasic}, "LDSA"},
     };
     for (const auto& each : cases) {
         SCOPED_TRACE(&each - cases);

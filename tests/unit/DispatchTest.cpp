@@ -20,7 +20,7 @@ class CScriptedSession : public ICommandSession {
         profiles = std::make_shared<ProfileList>(std::move(list));
     }
     ServiceTable Services() const override { return {{"device", "d"}, {"ptz", ""}}; }
-    bool HasMedia2() const override { return media2; }
+    bool HasMedia2() const override { return false; }
     CExtensions Extensions() const override { return extensions; }
     PtzRanges SpeedRanges() const override { return {}; }
     int DownloadPicture(const std::string& address, ResponseBuffer& picture) override {
@@ -37,7 +37,6 @@ class CScriptedSession : public ICommandSession {
 
     std::shared_ptr<const ProfileList> profiles = std::make_shared<ProfileList>(
         ProfileList{{"P0", "S0", "V0", "E0", "", "", ""}, {"P1", "S1", "V1", "E1", "", "", ""}});
-    bool media2 = false;
     CExtensions extensions;
     std::map<std::string, int> statuses;
     std::function<std::string()> soap = [] { return "<Envelope/>"; };

@@ -103,46 +103,41 @@ TEST_F(SnapshotDownload, GivesWhatTheDeviceSends) {
     }
     const std::string header = kOk + "4\r\nX: y\r\n\r\n";
     const struct {
-        std::vector<Answer> answers;
         std::string picture;
-        std::size_t connections;
+        std::vector<Answer> answers;
     } cases[] = {
-        {{{{header + "pict"}, false}}, "pict", 1},
-        {{{{header, "pi", "ct"}, false}}, "pict", 1},
-        {{{{header.substr(0, 5), header.substr(5, header.size() - 7),
+        {"pict", {{{header + "pict"}, false}}},
+        {"pict", {{{header, "pi", "ct"}, false}}},
+        {"pict",
+         {{{header.substr(0, 5), header.substr(5, header.size() - 7),
             header.substr(header.size() - 2) + "p", "ict"},
-           false}},
-         "pict",
-         1},
-        {{{{header + "picture"}, false}}, "pict", 1},            // too long, at once
-        {{{{header + "pic", "ture"}, false}}, "pict", 1},        // too long, later
-        {{{{header + "pi"}}}, "pi", 1},                          // shorter than stated
-        {{{{"HTTP/1.1 200 OK\r\n\r\npicture"}}}, "picture", 1},  // no length
-        {{{{"HTTP/1.1 200 OK\r\n\r\n" + std::string(1048577, 'x')}, false}},
-         std::string(1048576, 'x'),
-         1},
-        {{{{kOk + "20000000\r\n\r\n", large}, false}}, large, 1},
-        {{{{kOk + "67108864\r\n\r\nx"}}}, "x", 1},
-        {{{{kOk + "67108865\r\n\r\nx"}}}, "(none)", 1},  // more than is taken
-        {{{{"HTTP/1.1 404 Not Found\r\n\r\n"}}, {{header + "pict"}}}, "pict", 2},
-        {{{{kUnauthorized + "Bearer x\r\n\r\n"}}, {{header + "pict"}}}, "pict", 2},
-        {{{{}}, {{header + "pict"}}}, "pict", 2},  // closes without a word
-        {{{{"HTTP/1.1 200 OK\r\n" + std::string(70000, 'h')}, false}, {{header + "pict"}}},
-         "pict",
-         2},
-        {{{{kUnauthorized + "Basic\r\n\r\n"}}, {{kUnauthorized + "Basic\r\n\r\n"}}}, "(none)", 2},
-        {{{{kUnauthorized + "Digest realm=\"r\", nonce=\"1\"\r\n\r\n"}},
+           false}}},
+        {"pict", {{{header + "picture"}, false}}},            // too long, at once
+        {"pict", {{{header + "pic", "ture"}, false}}},        // too long, later
+        {"pi", {{{header + "pi"}}}},                          // shorter than stated
+        {"picture", {{{"HTTP/1.1 200 OK\r\n\r\npicture"}}}},  // no length
+        {std::string(1048576, 'x'),
+         {{{"HTTP/1.1 200 OK\r\n\r\n" + std::string(1048577, 'x')}, false}}},
+        {large, {{{kOk + "20000000\r\n\r\n", large}, false}}},
+        {"x", {{{kOk + "67108864\r\n\r\nx"}}}},
+        {"(none)", {{{kOk + "67108865\r\n\r\nx"}}}},  // more than is taken
+        {"pict", {{{"HTTP/1.1 404 Not Found\r\n\r\n"}}, {{header + "pict"}}}},
+        {"pict", {{{kUnauthorized + "Bearer x\r\n\r\n"}}, {{header + "pict"}}}},
+        {"pict", {{{}}, {{header + "pict"}}}},  // closes without a word
+        {"pict", {{{"HTTP/1.1 200 OK\r\n" + std::string(70000, 'h')}, false}, {{header + "pict"}}}},
+        {"(none)", {{{kUnauthorized + "Basic\r\n\r\n"}}, {{kUnauthorized + "Basic\r\n\r\n"}}}},
+        // A third request would bring it.
+        {"(none)",
+         {{{kUnauthorized + "Digest realm=\"r\", nonce=\"1\"\r\n\r\n"}},
           {{kUnauthorized + "Digest realm=\"r\", nonce=\"2\", stale=true\r\n\r\n"}},
-          {{header + "pict"}}},
-         "(none)",
-         2},
+          {{header + "pict"}}}},
     };
     for (const auto& each : cases) {
         const std::string picture = Fetch(each.answers);
         EXPECT_TRUE(picture == each.picture)
             << picture.substr(0, 20) << " " << picture.size() << " for "
             << testing::PrintToString(each.answers.front().pieces).substr(0, 200);
-        EXPECT_EQ(requests_.size(), each.connections);
+        EXPECT_EQ(requests_.size(), std::min<std::size_t>(each.answers.size(), 2));
     }
 }
 
