@@ -9,8 +9,8 @@
 
 #include "api/HttpClientManager.h"
 #include "events/OnvifEvent.h"
-#include "platform/Clock.h"
 #include "platform/Wirelink.h"
+#include "support/MovedClock.h"
 #include "system/AlarmObserver.h"
 
 namespace onvif_client {
@@ -24,26 +24,22 @@ using client_test::CAlarmObserver;
 using client_test::SetInput;
 using client_test::SetMotion;
 
-/// Stands still until it is moved. What sleeps is the event thread between two passes.
-class CMovedClock final : public IClock {
+/// Begins with the time of the cameras. What sleeps is the event thread between two passes.
+class CMovedClock final : public client_test::CMovedClock {
  public:
-    std::uint32_t TickCount() const override { return milliseconds_; }
-    std::int64_t CalendarSeconds() const override { return seconds_; }
+    CMovedClock() {
+        using namespace std::chrono;
+        calendar = floor<seconds>(system_clock::now()).time_since_epoch().count();
+    }
     void Sleep(std::uint32_t milliseconds) const override {
         EXPECT_EQ(milliseconds, 10U);
         std::this_thread::sleep_for(std::chrono::milliseconds(1));
     }
-    void MoveCalendar(int seconds) { seconds_ += seconds; }
+    void MoveCalendar(int seconds) { calendar += seconds; }
     void Move(int seconds) {
         MoveCalendar(seconds);
-        milliseconds_ += static_cast<std::uint32_t>(seconds) * 1000;
+        ticks += static_cast<std::uint32_t>(seconds) * 1000;
     }
-
- private:
-    std::atomic<std::int64_t> seconds_ = std::chrono::duration_cast<std::chrono::seconds>(
-                                             std::chrono::system_clock::now().time_since_epoch())
-                                             .count();
-    std::atomic<std::uint32_t> milliseconds_ = 0;
 };
 
 /// The alarm side below the exports, with a clock of the test's.

@@ -363,30 +363,15 @@ TEST(Dispatch, EveryAnswerPrintsAndParsesTheEarlierOnes) {
 }
 
 TEST(Dispatch, OnlyTheLastAnswerIsAsItWasCopied) {
-    const std::pair<const char*, const char*> cases[] = {
-        {"<Get><devInfo/><devInfo/></Get>",
-         "<manufacturer>a\nb</manufacturer>\n        <model/>\n        <status>success</status>\n"
-         "        <manufacturer>a\rb</manufacturer>\n        <model> </model>\n"},
-        {"<Get><ipv4/></Get>",
-         "<item token=\"a\nb\">\n            <dhcp>false</dhcp>\n            <ip/>\n        </item>"
-         "\n        <gatewayStatus>\n            <status>success</status>\n        </gatewayStatus>"
-         "\n        <gateway>a\rb</gateway>\n"},
-        {"<Set><ipv4/><ipv4/><ipv4/></Set>",
-         "<status>success<rebootNeeded>a\nb</rebootNeeded>\n            <rebootNeeded>a\nb"
-         "</rebootNeeded>\n            <rebootNeeded>a\rb</rebootNeeded>\n"},
-    };
-    for (const auto& [request, part] : cases) {
-        CScriptedSession session;
-        session.soap = [] {
-            int count = 0;
-            return SoapWith([&count] { return ++count == 2 || count == 4 ? "&#32;" : "a&#13;b"; });
-        };
-        std::string result = RunGet(session, request).document;
-        if (result.empty()) {
-            EXPECT_TRUE(RunSet(session, request, result));
-        }
-        EXPECT_NE(result.find(part), std::string::npos) << result;
-    }
+    CScriptedSession session;
+    session.soap = [] { return SoapWith([] { return "a&#13;b"; }); };
+    std::string result;
+    EXPECT_TRUE(RunSet(session, "<Set><ipv4/><ipv4/><ipv4/></Set>", result));
+    EXPECT_NE(result.find("<status>success<rebootNeeded>a\nb</rebootNeeded>\n            "
+                          "<rebootNeeded>a\nb</rebootNeeded>\n            "
+                          "<rebootNeeded>a\rb</rebootNeeded>\n"),
+              std::string::npos)
+        << result;
 }
 
 TEST(Dispatch, GivesTheFirstRequestOfWhatBeginsWithOne) {
@@ -402,21 +387,6 @@ TEST(Dispatch, GivesTheFirstRequestOfWhatBeginsWithOne) {
             FirstRequest(session, "<Get>" + std::string(commands) + "</Get>", kGetTable);
         EXPECT_EQ(first ? first->envelope : "none", envelope) << commands;
     }
-}
-
-TEST(Dispatch, LocalAnswersComeFromTheSession) {
-    CScriptedSession session;
-    const GetAnswer answer =
-        RunGet(session, "<Get><streamCount/><serviceUrl/><streamCount/></Get>");
-    EXPECT_TRUE(answer.success);
-    CXmlDocument document(answer.document);
-    EXPECT_EQ(TextAt(document.Root(), "streamCount"), "2");
-    EXPECT_EQ(NextSibling(document.Find("streamCount"), "streamCount"), nullptr);
-    const XMLElement* item = document.Find("serviceUrl/item");
-    EXPECT_STREQ(AttributeOf(item, "service"), "device");
-    EXPECT_EQ(TextOf(item), "d");
-    EXPECT_STREQ(AttributeOf(NextSibling(item, "item"), "service"), "ptz");
-    EXPECT_EQ(session.log, "");
 }
 
 }  // namespace
