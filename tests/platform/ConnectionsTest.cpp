@@ -241,8 +241,8 @@ TEST_F(Connections, UnregisteringWaitsForTheCallbackWhileTheLayerStopsToo) {
 TEST_F(Connections, WhatThePeerHasClosedTakesNoProcessorTime) {
     CScriptedPeer peer([](CPeerConnection& connection) { connection.Send("x"); });
     CKeepingObserver observer;
-    for (int i = 0; i < 2; ++i) {
-        const std::uint32_t handle = Connect(peer.Port());
+    const std::uint32_t handles[] = {Connect(peer.Port()), Connect(peer.Port())};
+    for (const std::uint32_t handle : handles) {
         EXPECT_TRUE(WIRELINK_RegisterNode(handle, &observer, &observer, 1, 1));
         EXPECT_TRUE(WIRELINK_Start(handle));
     }
@@ -251,6 +251,9 @@ TEST_F(Connections, WhatThePeerHasClosedTakesNoProcessorTime) {
     std::this_thread::sleep_for(std::chrono::milliseconds(400));
     EXPECT_LT(std::clock() - before, CLOCKS_PER_SEC / 10);
     EXPECT_EQ(observer.calls, 2);
+    for (const std::uint32_t handle : handles) {
+        WIRELINK_DestroyHNetCommunication(handle);
+    }
 }
 
 class CIdleListener final : public CListenSocketObserver {
