@@ -25,9 +25,9 @@ using client_test::SetInput;
 using client_test::SetMotion;
 
 /// Begins with the time of the cameras. What sleeps is the event thread between two passes.
-class CMovedClock final : public client_test::CMovedClock {
+class CEventClock final : public client_test::CMovedClock {
  public:
-    CMovedClock() {
+    CEventClock() {
         using namespace std::chrono;
         calendar = floor<seconds>(system_clock::now()).time_since_epoch().count();
     }
@@ -63,7 +63,7 @@ class Controller : public testing::Test {
         return id;
     }
 
-    CMovedClock clock_;
+    CEventClock clock_;
     const CScopedClock scoped_{clock_};
     CCameraHost host_;
     CAlarmObserver observer_;

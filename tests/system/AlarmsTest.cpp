@@ -135,7 +135,7 @@ TEST_F(Alarms, ACameraThatAnswersPullsOddlyIsHeardAndDelaysNoOther) {
         changes += changes.size() % 4 == 0 ? "M+" : "M-";
         EXPECT_TRUE(observer_.Hears(soundId, changes)) << kind;
         SetInput(camera, true);
-        EXPECT_TRUE(observer_.Hears(id, "I+")) << kind << " " << observer_.Heard(id);
+        ASSERT_TRUE(observer_.Hears(id, "I+")) << kind << " " << observer_.Heard(id);
         SetInput(camera, false);
         EXPECT_TRUE(observer_.Hears(id, "I+I-")) << kind << " " << observer_.Heard(id);
     }
