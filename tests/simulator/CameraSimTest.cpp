@@ -259,9 +259,10 @@ TEST(CameraSim, SendsRepliesInEveryForm) {
         SCOPED_TRACE(&test - cases.data());
         camera_sim::CCameraHost host;
         camera_sim::CCamera& camera = host.Add(test.options);
-        if (test.bare)
+        if (test.bare) {
             camera.Inject(
                 "*", {.kind = camera_sim::Fault::Kind::kBareStatus, .remaining = 1, .status = 404});
+        }
         const std::string body = Envelope(kDeviceNamespace, "GetHostname");
         const std::string path = "/onvif/device_service";
         const std::string reply = Exchange(

@@ -85,9 +85,10 @@ std::string Told(const std::string& reply) {
     static const std::regex part(
         "Set\">([^<]*)</wsnt:Topic>|SimpleItem Name=\"([^\"]*)\" Value=\"([^\"]*)\"");
     std::string told;
-    for (std::sregex_iterator at(reply.begin(), reply.end(), part), end; at != end; ++at)
+    for (std::sregex_iterator at(reply.begin(), reply.end(), part), end; at != end; ++at) {
         told += (*at)[1].matched ? (told.empty() ? "" : "|") + (*at)[1].str()
                                  : " " + (*at)[2].str() + "=" + (*at)[3].str();
+    }
     return told;
 }
 

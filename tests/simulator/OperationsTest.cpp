@@ -90,9 +90,10 @@ TEST(CameraOperations, ShowWhatOthersSet) {
         {"not-authorized", "ter:NotAuthorized"},
         {"prohibited", "ter:OperationProhibited"},
         {"failed", receiver + "ter:Action<"}};
-    for (const auto& [refusal, subcode] : refusals)
+    for (const auto& [refusal, subcode] : refusals) {
         Check(host.Add({.user = "", .clockRefusal = refusal}),
               "ver10/device/device SetSystemDateAndTime | | " + subcode);
+    }
 }
 
 TEST(CameraOperations, RebootsOnRequest) {
