@@ -125,6 +125,10 @@ void AskCamera(const camera_sim::CameraOptions& options, const std::vector<std::
         AddReplies(request, results, http, alarms);
         alarms.Add(result, 2);
     };
+    camera.Change([](auto& state) {
+        state.media.videoSources.front().motion = true;
+        state.inputs.front().active = true;
+    });
     ask("<Set><createPullPointSubscription/></Set>");
     for (const std::string& example : examples) {
         ask(example);
@@ -239,6 +243,10 @@ int main(int argc, char** argv) {
               .model = "fixed", .senderFaultStatus = 500, .prefixStyle = "s", .prettyXml = true}}) {
         AskCamera(options, examples, results, http, alarms);
         AddSessions(options, sessions);
+    }
+    for (const std::string& topics : camera_sim::TopicStyleNames()) {
+        AskCamera({.model = "fixed", .topicStyle = topics}, {"<Get><pullMessages/></Get>"}, results,
+                  http, alarms);
     }
     AddTexts(results, http, alarms);
     WIRELINK_Quit();
