@@ -230,7 +230,7 @@ int main(int argc, char** argv) {
     const std::vector<std::string> examples = Examples(argv[1]);
     for (const std::string& request : examples) {
         // Both media services; then with extensions, and a device that shows what it has.
-        for (const std::size_t choice : {0, 1, 36, 37}) {
+        for (const std::size_t choice : {0U, 1U, 36U, 37U}) {
             requests.Add(request, choice);
         }
     }
