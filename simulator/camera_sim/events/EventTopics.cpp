@@ -29,7 +29,7 @@ std::string ItemValue(const CameraState& state, const Property& property, const 
     const auto source =
         std::find_if(configurations.begin(), configurations.end(),
                      [&](const auto& candidate) { return candidate.source == property.token; });
-    const std::string configuration = source == configurations.end() ? "" : source->token;
+    std::string configuration = source == configurations.end() ? "" : source->token;
     const auto& profiles = state.media.profiles;
     const auto profile = std::find_if(profiles.begin(), profiles.end(), [&](const auto& candidate) {
         return candidate.videoSource == configuration && !candidate.analytics.empty();
