@@ -52,6 +52,8 @@ TEST(RealCameras, NeedTheirExtensions) {
         const char* extended = "LDSPA";
         const char* user = "admin";
     } cases[] = {
+        {"http-framing", "", {.chunkBytes = 7}},
+        {"open-faults", "", {.xmlProlog = false}},
         {"keep-clock", "LS", {.clockOffset = far, .clockRefusal = "prohibited"}},
         {"keep-clock", "", {.openOperations = {}, .clockOffset = -far, .httpDate = true}},
         {"keep-clock",
@@ -87,6 +89,20 @@ TEST(RealCameras, NeedTheirExtensions) {
     Works({}, "keep-clock", "admin", &kept);
     EXPECT_EQ(literal, 9U);
     EXPECT_EQ(kept, 6U);
+}
+
+TEST(RealCameras, AreAskedWhatEachCommandOfADocumentNames) {
+    for (const char* extensions : {"", "own-parameters"}) {
+        setenv("ONVIF_CLIENT_EXTENSIONS", extensions, 1);
+        const CStartedLibrary library;
+        unsetenv("ONVIF_CLIENT_EXTENSIONS");
+        camera_sim::CCameraHost host;
+        const auto streams = Get(Login(host.Add({})),
+                                 "<streamURI><index>0</index></streamURI>"
+                                 "<streamURI><index>1</index></streamURI>");
+        ASSERT_TRUE(streams);
+        EXPECT_EQ(streams->find("/Profile_2") != std::string::npos, *extensions != '\0');
+    }
 }
 
 TEST(RealCameras, OfManyChannelsHaveAllOfThem) {
