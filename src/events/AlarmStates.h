@@ -4,6 +4,8 @@
 #define ONVIF_CLIENT_EVENTS_ALARMSTATES_H
 
 #include <cstdint>
+#include <string>
+#include <utility>
 
 #include "events/AlarmItem.h"
 #include "events/ObserverCall.h"
@@ -30,8 +32,9 @@ class IAlarmStates {
 class CAlarmStates final : public IAlarmStates {
  public:
     /// @param observer  not owned; null: nobody is told.
-    CAlarmStates(std::uint32_t loginId, CONVIFAlarmStateObserver* observer)
-        : observer_(loginId, observer) {}
+    /// @param device    as log lines name it.
+    CAlarmStates(std::uint32_t loginId, CONVIFAlarmStateObserver* observer, std::string device = {})
+        : observer_(loginId, observer, std::move(device)) {}
 
     void Report(const AlarmItem& item, std::uint32_t now) override;
     void CheckTimes(std::uint32_t now, const bool& interrupted) override;

@@ -19,7 +19,7 @@ void CControlLoop::Pass() {
             Visit(record);
         } catch (const std::exception&) {
             // Out of memory: the other devices, and the next passes, may do better.
-            LogAssert(loglabel::kOnvifEvent, "a visit threw");
+            LogAssert(loglabel::kOnvifEvent, "a visit threw", record->Name());
         }
     }
     devices_.EndVisits();

@@ -11,11 +11,12 @@ namespace onvif_client {
 namespace {
 
 std::unique_ptr<IAlarmStates> MakeStates(bool perSource, std::uint32_t loginId,
-                                         CONVIFAlarmStateObserver* observer) {
+                                         CONVIFAlarmStateObserver* observer,
+                                         const std::string& device) {
     if (perSource) {
-        return std::make_unique<CSourceStates>(loginId, observer);
+        return std::make_unique<CSourceStates>(loginId, observer, device);
     }
-    return std::make_unique<CAlarmStates>(loginId, observer);
+    return std::make_unique<CAlarmStates>(loginId, observer, device);
 }
 
 }  // namespace
@@ -28,9 +29,9 @@ EventDeviceRecord::EventDeviceRecord(ISessionSource& sessions, std::uint32_t log
       callbackAddress_(std::move(callbackAddress)),
       name_(std::move(name)),
       perSource_(extensions.Has(Extension::kPerSourceAlarms)),
-      states_(MakeStates(perSource_, loginId, observer)),
+      states_(MakeStates(perSource_, loginId, observer, name_)),
       flow_(TickCount()),
-      parser_(*this, sessions, loginId, extensions),
+      parser_(*this, sessions, loginId, extensions, name_),
       connection_(*this, parser_) {
     if (extensions.Has(Extension::kBackgroundSubscription)) {
         subscription_.AwaitFirst();

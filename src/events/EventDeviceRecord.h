@@ -42,6 +42,8 @@ class EventDeviceRecord final : public IPullSink {
     EventDeviceRecord& operator=(const EventDeviceRecord&) = delete;
 
     std::uint32_t LoginId() const { return loginId_; }
+    /// Of the device, in log lines.
+    const std::string& Name() const { return name_; }
     /// Where the device would post its messages.
     const std::string& CallbackAddress() const { return callbackAddress_; }
 

@@ -1,6 +1,7 @@
 #include "events/EventParse.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "common/LogText.h"
 #include "platform/OrNothing.h"
@@ -8,10 +9,11 @@
 namespace onvif_client {
 
 CEventParse::CEventParse(IPullSink& sink, ISessionSource& sessions, std::uint32_t loginId,
-                         CExtensions extensions)
+                         CExtensions extensions, std::string device)
     : sink_(sink),
       sessions_(sessions),
       loginId_(loginId),
+      device_(std::move(device)),
       perSource_(extensions.Has(Extension::kPerSourceAlarms)),
       framed_(extensions.Has(Extension::kHttpFraming)),
       capacity_(extensions.Has(Extension::kLargeMessages) ? kExtendedCapacity : kCapacity),
@@ -27,7 +29,7 @@ std::uint32_t CEventParse::OnData(std::uint32_t handle, const char* data, std::u
     }
     const bool isBehindTheReply = handled_;
     if (data == nullptr || length == 0) {
-        LogAssert(loglabel::kEventParse, "a block of a reply is empty");
+        LogAssert(loglabel::kEventParse, "a block of a reply is empty", device_);
     } else if (!isBehindTheReply && Accumulate({data, length})) {
         HandleReply(framed_ ? buffer_.size() : frame_.headerSize + frame_.bodySize);
     }

@@ -42,8 +42,9 @@ class CEventParse final : public CSocketDataObserver {
     static constexpr std::size_t kExtendedCapacity = 4194304;
 
     /// Sink and sessions must outlive the parser.
+    /// @param device  as log lines name it.
     CEventParse(IPullSink& sink, ISessionSource& sessions, std::uint32_t loginId,
-                CExtensions extensions = {});
+                CExtensions extensions = {}, std::string device = {});
 
     /// Consumes the whole block.
     std::uint32_t OnData(std::uint32_t handle, const char* data, std::uint32_t length,
@@ -67,6 +68,7 @@ class CEventParse final : public CSocketDataObserver {
     IPullSink& sink_;
     ISessionSource& sessions_;
     const std::uint32_t loginId_;
+    const std::string device_;
     const bool perSource_;
     const bool framed_;
     const std::size_t capacity_;

@@ -8,11 +8,11 @@ namespace onvif_client {
 namespace {
 
 template <typename Call>
-void Guarded(const Call& call) noexcept {
+void Guarded(const std::string& device, const Call& call) noexcept {
     try {
         call();
     } catch (...) {
-        LogAssert(loglabel::kOnvifEvent, "an observer threw");
+        LogAssert(loglabel::kOnvifEvent, "an observer threw", device);
     }
 }
 
@@ -20,13 +20,13 @@ void Guarded(const Call& call) noexcept {
 
 void CObserverCall::Motion(bool state) const noexcept {
     if (observer_ != nullptr) {
-        Guarded([&] { observer_->OnMotionAlarmState(loginId_, state); });
+        Guarded(device_, [&] { observer_->OnMotionAlarmState(loginId_, state); });
     }
 }
 
 void CObserverCall::AlarmInput(std::uint32_t number, bool state) const noexcept {
     if (observer_ != nullptr) {
-        Guarded([&] { observer_->OnAlarmInState(loginId_, number, state); });
+        Guarded(device_, [&] { observer_->OnAlarmInState(loginId_, number, state); });
     }
 }
 

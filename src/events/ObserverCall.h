@@ -4,6 +4,8 @@
 #define ONVIF_CLIENT_EVENTS_OBSERVERCALL_H
 
 #include <cstdint>
+#include <string>
+#include <utility>
 
 class CONVIFAlarmStateObserver;
 
@@ -13,8 +15,9 @@ namespace onvif_client {
 class CObserverCall {
  public:
     /// @param observer  not owned; null: nobody is told.
-    CObserverCall(std::uint32_t loginId, CONVIFAlarmStateObserver* observer)
-        : loginId_(loginId), observer_(observer) {}
+    /// @param device    as log lines name it.
+    CObserverCall(std::uint32_t loginId, CONVIFAlarmStateObserver* observer, std::string device)
+        : loginId_(loginId), observer_(observer), device_(std::move(device)) {}
 
     void Motion(bool state) const noexcept;
     void AlarmInput(std::uint32_t number, bool state) const noexcept;
@@ -24,6 +27,7 @@ class CObserverCall {
  private:
     const std::uint32_t loginId_;
     CONVIFAlarmStateObserver* observer_;
+    const std::string device_;
 };
 
 }  // namespace onvif_client

@@ -78,7 +78,8 @@ void CPullConnection::SendLocked() {
         int result = 0;
         if (!WIRELINK_RegisterNode(handle, &parser_, &parser_, 1, 1) &&
             WIRELINK_PopConnectResult(handle, result, 0)) {  // else the layer has just stopped
-            LogAssert(loglabel::kOnvifEvent, "a pull's connection was not registered");
+            LogAssert(loglabel::kOnvifEvent, "a pull's connection was not registered",
+                      DeviceName(request_.host, request_.port));
         }
         WIRELINK_Start(handle);
     }

@@ -33,8 +33,10 @@ class CSourceStates final : public IAlarmStates {
     static constexpr std::uint32_t kMostInputs = 1000;
 
     /// @param observer  not owned; null: nobody is told.
-    CSourceStates(std::uint32_t loginId, CONVIFAlarmStateObserver* observer)
-        : observer_(loginId, observer) {}
+    /// @param device    as log lines name it.
+    CSourceStates(std::uint32_t loginId, CONVIFAlarmStateObserver* observer,
+                  std::string device = {})
+        : observer_(loginId, observer, std::move(device)) {}
 
     void Report(const AlarmItem& item, std::uint32_t now) override;
     void CheckTimes(std::uint32_t now, const bool& interrupted) override;
