@@ -2,8 +2,6 @@
 // --by-source 1 the extensions per-source-alarms and background-subscription. The library runs on a
 // network and a clock of the program's. The cameras are honest devices that have a bad life; each
 // judges what its observer is told by what it has delivered.
-#include <malloc.h>
-
 #include <algorithm>
 #include <array>
 #include <chrono>
@@ -16,6 +14,7 @@
 #include <vector>
 
 #include "onvif_client/OnvifClient.h"
+#include "support/System.h"
 #include "support/VirtualNetwork.h"
 
 namespace {
@@ -347,9 +346,9 @@ class CCamera final : public IVirtualDevice, public CONVIFAlarmStateObserver {
 /// The bytes in use two thirds of the time before the end, and at the end.
 std::pair<std::size_t, std::size_t> Pass(Moment time) {
     net::Sleep(time / 3);
-    const std::size_t before = mallinfo2().uordblks;
+    const std::size_t before = client_test::Held().bytes;
     net::Sleep(time - time / 3);
-    return {before, mallinfo2().uordblks};
+    return {before, client_test::Held().bytes};
 }
 
 }  // namespace
@@ -363,10 +362,10 @@ int main(int argc, char** argv) {
     }
     figures.seed = options["--seed"];
     figures.bySource = options["--by-source"] != 0;
-    setenv("ONVIF_CLIENT_EXTENSIONS",
-           figures.bySource ? "per-source-alarms,background-subscription" : "", 1);
+    client_test::SetVariable("ONVIF_CLIENT_EXTENSIONS",
+                             figures.bySource ? "per-source-alarms,background-subscription" : "");
     const auto began = std::chrono::steady_clock::now();
-    setenv("ONVIF_CLIENT_LOG", "off", 1);
+    client_test::SetVariable("ONVIF_CLIENT_LOG", "off");
     net::Start(kStep);
     net::Work(1);  // the event thread, from its start on
     ONVIF_CLIENT_Initial();

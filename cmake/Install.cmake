@@ -17,11 +17,21 @@ get_target_property(type onvif_client TYPE)
 if(type STREQUAL STATIC_LIBRARY)
   set(config_dependencies "include(CMakeFindDependencyMacro)
 find_dependency(Threads)
-find_dependency(OpenSSL COMPONENTS Crypto)
 find_dependency(tinyxml2)
 find_dependency(spdlog)")
-  set(pc_dependencies "Requires.private: tinyxml2 spdlog libcrypto
-Libs.private: ${CMAKE_THREAD_LIBS_INIT}
+  set(pc_required tinyxml2 spdlog)
+  set(pc_libraries ${CMAKE_THREAD_LIBS_INIT})
+  if(WIN32)
+    list(TRANSFORM ONVIF_CLIENT_SYSTEM_LIBRARIES PREPEND -l OUTPUT_VARIABLE system_libraries)
+    list(APPEND pc_libraries ${system_libraries})
+  else()
+    string(APPEND config_dependencies "\nfind_dependency(OpenSSL COMPONENTS Crypto)")
+    list(APPEND pc_required libcrypto)
+  endif()
+  list(JOIN pc_required " " pc_required)
+  list(JOIN pc_libraries " " pc_libraries)
+  set(pc_dependencies "Requires.private: ${pc_required}
+Libs.private: ${pc_libraries}
 Cflags.private: -DONVIF_CLIENT_STATIC
 ")
 endif()

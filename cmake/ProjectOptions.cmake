@@ -23,13 +23,22 @@ endif()
 # Compiler settings that every target of this project shares: link onvif_client_options privately.
 add_library(onvif_client_options INTERFACE)
 target_compile_features(onvif_client_options INTERFACE cxx_std_20)
-target_compile_options(onvif_client_options INTERFACE -Wall -Wextra -Wpedantic -Wshadow
-                                                      -Wconversion)
+if(MSVC)
+  target_compile_options(onvif_client_options INTERFACE /W4 /permissive- /utf-8)
+else()
+  target_compile_options(onvif_client_options INTERFACE -Wall -Wextra -Wpedantic -Wshadow
+                                                        -Wconversion)
+endif()
 # g++ 12 takes "literal" + std::string for an overlapping copy (GCC bug 105651).
 target_compile_options(onvif_client_options INTERFACE
                        $<$<CXX_COMPILER_ID:GNU>:-Wno-restrict>)
 if(ONVIF_CLIENT_WERROR)
-  target_compile_options(onvif_client_options INTERFACE -Werror)
+  target_compile_options(onvif_client_options INTERFACE $<IF:$<BOOL:${MSVC}>,/WX,-Werror>)
+endif()
+
+if(WIN32)
+  target_compile_definitions(onvif_client_options INTERFACE
+    _WIN32_WINNT=0x0A00 WIN32_LEAN_AND_MEAN NOMINMAX UNICODE _UNICODE)
 endif()
 
 if(ONVIF_CLIENT_SANITIZE)
@@ -47,9 +56,11 @@ if(PROJECT_IS_TOP_LEVEL AND NOT ONVIF_CLIENT_SANITIZE)
 endif()
 
 # Where the linker makes ELF files, it knows these; elsewhere the library does without.
-check_linker_flag(CXX -Wl,-z,nodelete ONVIF_CLIENT_HAVE_NODELETE)
-check_linker_flag(CXX "-Wl,--version-script=${PROJECT_SOURCE_DIR}/cmake/exports.map"
-                  ONVIF_CLIENT_HAVE_VERSION_SCRIPT)
+if(NOT WIN32)
+  check_linker_flag(CXX -Wl,-z,nodelete ONVIF_CLIENT_HAVE_NODELETE)
+  check_linker_flag(CXX "-Wl,--version-script=${PROJECT_SOURCE_DIR}/cmake/exports.map"
+                    ONVIF_CLIENT_HAVE_VERSION_SCRIPT)
+endif()
 
 # onvif_client_target(TARGET): the settings that are properties, for the library and the programs.
 function(onvif_client_target target)

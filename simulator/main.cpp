@@ -1,7 +1,7 @@
 // onvif-camera-sim: simulated cameras as a program.
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <chrono>
-#include <csignal>
 #include <cstdint>
 #include <cstdio>
 #include <exception>
@@ -18,6 +18,7 @@
 #include "OddOptions.h"
 #include "camera_sim/CameraSim.h"
 #include "camera_sim/control/Control.h"
+#include "system/System.h"
 
 namespace {
 
@@ -206,6 +207,7 @@ void WaitForEnd(boost::asio::io_context& io, bool exitWithStdin) {
 
 int Run(int argc, char** argv) {
     std::ios::sync_with_stdio(false);
+    WriteLinesAsTheyAre();
     Arguments arguments;
     CLI::App app("Simulated ONVIF cameras on 127.0.0.1.", "onvif-camera-sim");
     app.set_version_flag("--version", "onvif-camera-sim " CAMERA_SIM_VERSION, "Print the version");
@@ -216,7 +218,14 @@ int Run(int argc, char** argv) {
     app.footer("\nFaults:\n" + std::string(camera_sim::FaultSyntax()) + "\n" +
                "Spoiled replies:\n" + std::string(camera_sim::SpoilingSyntax()) + "\n" +
                std::string(camera_sim::ControlHelp()));
-    CLI11_PARSE(app, argc, argv);
+    // The parser takes them without the program's name, the last one first.
+    auto words = ProgramWords(argc, argv);
+    std::reverse(words.begin(), words.end());
+    try {
+        app.parse(std::move(words));
+    } catch (const CLI::ParseError& refusal) {
+        return app.exit(refusal);
+    }
     if (arguments.listsKinds) {
         std::cout << camera_sim::SpoilKindList() << std::flush;
         return 0;
@@ -245,7 +254,10 @@ int Run(int argc, char** argv) {
     arguments.camera.maxTermination = std::chrono::seconds(arguments.maxTermination);
 
     static boost::asio::io_context io(1);
-    boost::asio::signal_set signals(io, SIGINT, SIGTERM);
+    boost::asio::signal_set signals(io);
+    for (const int each : EndSignals()) {
+        signals.add(each);
+    }
     signals.async_wait([](const boost::system::error_code&, int) { io.stop(); });
     camera_sim::CCameraHost host;
     if (!StartCameras(host, arguments, faults)) {

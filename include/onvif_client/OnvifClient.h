@@ -32,6 +32,10 @@
 /// Signals: the library's own threads leave them to the application's. Its handlers run there
 /// alone, those of a crash aside.
 ///
+/// Unloading: on Windows a program that has loaded the DLL itself may free it after
+/// ONVIF_CLIENT_Quit, when no thread is inside any more; sessions and what else was kept are lost
+/// memory then. Without Quit the library's threads keep it loaded. Elsewhere it is never unloaded.
+///
 /// Processes: a forked child may call exec, _exit or exit, or ONVIF_CLIENT_Initial to begin anew.
 /// It has none of its parent's sessions and observers, and until that call every exchange fails at
 /// once. The parent goes on undisturbed. In a child that was forked inside a callback of an

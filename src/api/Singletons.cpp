@@ -16,7 +16,8 @@ class CStopAtExit {
  public:
     CStopAtExit() = default;
     ~CStopAtExit() {
-        if (COnvifEventCtrol* own = controller.Find()) {
+        COnvifEventCtrol* const own = controller.Find();
+        if (own != nullptr && !OtherThreadsHaveEnded()) {
             WIRELINK_Quit();
             own->Stop();
         }

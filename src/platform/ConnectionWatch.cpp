@@ -10,7 +10,6 @@
 #include <boost/asio/ip/tcp.hpp>
 #include <boost/asio/steady_timer.hpp>
 
-#include "platform/AsioDescriptor.h"
 #include "platform/Mutex.h"
 #include "platform/OrNothing.h"
 #include "platform/Reactor.h"
@@ -27,22 +26,24 @@ class CAsioConnectionWatch final : public CConnectionWatch,
                                    public std::enable_shared_from_this<CAsioConnectionWatch> {
  public:
     CAsioConnectionWatch(std::shared_ptr<CReactor> reactor, std::shared_ptr<CConnection> connection,
-                         std::uint32_t handle, int waitedOn)
+                         std::uint32_t handle, SystemHandle waitedOn)
         : reactor_(std::move(reactor)),
           connection_(std::move(connection)),
           handle_(handle),
-          socket_(reactor_->Io(), tcp::v4(), waitedOn),
+          socket_(reactor_->Io(), tcp::v4(), static_cast<asio::detail::socket_type>(waitedOn)),
           timer_(reactor_->Io()) {}
-    ~CAsioConnectionWatch() override { CloseDescriptor(socket_); }
+    ~CAsioConnectionWatch() override { CloseLocked(); }
     CAsioConnectionWatch(const CAsioConnectionWatch&) = delete;
     CAsioConnectionWatch& operator=(const CAsioConnectionWatch&) = delete;
 
     bool Register(CSocketDataObserver* observer) override {
         const CLockGuard guard(lock_);
-        if (reader_.observer != nullptr) {
+        if (ended_ || reader_.observer != nullptr) {
             return false;
         }
+        used_ = true;
         reader_.observer = observer;
+        reader_.closed = false;
         return true;
     }
 
@@ -64,6 +65,7 @@ class CAsioConnectionWatch final : public CConnectionWatch,
         if (ended_ || sender_.observer != nullptr) {
             return false;
         }
+        used_ = true;
         // The lock is held, which the analysis does not see in a lambda.
         const bool waits = OrNothing([&]() NO_THREAD_SAFETY_ANALYSIS {
             timer_.expires_after(std::chrono::milliseconds(timeoutMs));
@@ -84,15 +86,21 @@ class CAsioConnectionWatch final : public CConnectionWatch,
         return waits;
     }
 
+    bool UnRegister() override {
+        const CLockGuard guard(lock_);
+        reader_.observer = nullptr;
+        reader_.started = false;
+        StopSendingLocked();
+        WaitForCallbackLocked();
+        return std::exchange(used_, false);
+    }
+
     void End() override {
         const CLockGuard guard(lock_);
         ended_ = true;
-        CloseDescriptor(socket_);
+        CloseLocked();
         timer_.cancel();
-        const auto own = std::this_thread::get_id();
-        while (CalledBackLocked() && callbackThread_ != own) {
-            changed_.Wait(lock_);
-        }
+        WaitForCallbackLocked();
     }
 
  private:
@@ -105,11 +113,41 @@ class CAsioConnectionWatch final : public CConnectionWatch,
     struct Sender {
         CSendableObserver* observer = nullptr;  // null: nobody waits
         bool armed = false;
+        bool failureArmed = false;
         bool late = false;       // the time is over
         unsigned int round = 0;  // how many calls there were; tells old timers
     };
 
     bool CalledBackLocked() const REQUIRES(lock_) { return callbackThread_ != std::thread::id(); }
+
+    void WaitForCallbackLocked() REQUIRES(lock_) {
+        const auto own = std::this_thread::get_id();
+        while (CalledBackLocked() && callbackThread_ != own) {
+            changed_.Wait(lock_);
+        }
+    }
+
+    /// What Asio waited on was released to it. Closing alone ends no wait where the connection's
+    /// own descriptor keeps the socket open.
+    void CloseLocked() REQUIRES(lock_) {
+        if (socket_.is_open()) {
+            error_code ignored;
+            socket_.cancel(ignored);
+            ForgetDescriptor(static_cast<SystemHandle>(socket_.native_handle()));
+            socket_.close(ignored);
+        }
+    }
+
+    CSendableObserver* StopSendingLocked() REQUIRES(lock_) {
+        sender_.late = false;
+        ++sender_.round;
+        timer_.cancel();
+        if (sender_.failureArmed) {
+            error_code ignored;
+            socket_.cancel(ignored);  // also what waits for bytes, which is then waited for anew
+        }
+        return std::exchange(sender_.observer, nullptr);
+    }
 
     /// Waits for what is wanted and not waited for yet. What happens during a callback is waited
     /// for again when that has ended.
@@ -131,24 +169,36 @@ class CAsioConnectionWatch final : public CConnectionWatch,
             if (sender_.late) {
                 asio::post(reactor_->Io(), [weak = weak_from_this()] {
                     if (const auto self = weak.lock()) {
-                        self->OnSendable();
+                        self->OnWaited(&Sender::armed, {});
                     }
                 });
             } else {
-                socket_.async_wait(tcp::socket::wait_write,
-                                   [weak = weak_from_this()](const error_code&) {
-                                       if (const auto self = weak.lock()) {
-                                           self->OnSendable();
-                                       }
-                                   });
+                AwaitLocked(tcp::socket::wait_write, &Sender::armed);
             }
         }
+        if (sender_.observer != nullptr && !sender_.failureArmed && !sender_.late &&
+            FailsWithoutBecomingWritable()) {
+            sender_.failureArmed = true;
+            AwaitLocked(tcp::socket::wait_error, &Sender::failureArmed);
+        }
+    }
+
+    void AwaitLocked(tcp::socket::wait_type what, bool Sender::*mark) REQUIRES(lock_) {
+        socket_.async_wait(what, [weak = weak_from_this(), mark](const error_code& error) {
+            if (const auto self = weak.lock()) {
+                self->OnWaited(mark, error);
+            }
+        });
     }
 
     void OnReadable(const error_code& error) {
         CUniqueLock guard(lock_);
         reader_.armed = false;
-        if (error || ended_ || !reader_.started || CalledBackLocked()) {
+        if (ended_ || !reader_.started || CalledBackLocked()) {
+            return;
+        }
+        if (error == asio::error::operation_aborted) {
+            ArmLocked();
             return;
         }
         callbackThread_ = std::this_thread::get_id();
@@ -181,12 +231,24 @@ class CAsioConnectionWatch final : public CConnectionWatch,
             }
             sender_.late = true;
         }
-        OnSendable();
+        LookWhetherSendable();
     }
 
-    void OnSendable() {
+    /// @param mark  what says that this is waited for.
+    void OnWaited(bool Sender::*mark, const error_code& error) {
+        {
+            const CLockGuard guard(lock_);
+            sender_.*mark = false;
+            if (error == asio::error::operation_aborted) {
+                ArmLocked();
+                return;
+            }
+        }
+        LookWhetherSendable();
+    }
+
+    void LookWhetherSendable() {
         CUniqueLock guard(lock_);
-        sender_.armed = false;
         if (ended_ || sender_.observer == nullptr || CalledBackLocked()) {
             return;
         }
@@ -196,10 +258,7 @@ class CAsioConnectionWatch final : public CConnectionWatch,
             return;
         }
         const bool ready = state == ConnectState::kEstablished && !sender_.late;
-        CSendableObserver* const observer = std::exchange(sender_.observer, nullptr);
-        sender_.late = false;
-        ++sender_.round;
-        timer_.cancel();
+        CSendableObserver* const observer = StopSendingLocked();
         callbackThread_ = std::this_thread::get_id();
         guard.Unlock();
 
@@ -225,6 +284,7 @@ class CAsioConnectionWatch final : public CConnectionWatch,
     asio::steady_timer timer_ GUARDED_BY(lock_);
     Reader reader_ GUARDED_BY(lock_);
     Sender sender_ GUARDED_BY(lock_);
+    bool used_ GUARDED_BY(lock_) = false;
     bool ended_ GUARDED_BY(lock_) = false;
     std::thread::id callbackThread_ GUARDED_BY(lock_);
 };

@@ -31,7 +31,10 @@ class CConnectionWatch {
     /// Calls the observer once: when the connection stands and takes bytes, when it is broken, or
     /// when the time is over. False while another call is awaited, or without memory.
     virtual bool AwaitSendable(CSendableObserver* observer, std::uint32_t timeoutMs) = 0;
-    /// No callback runs after it has returned, but for the one that it is called from.
+    // No callback runs after these have returned, but for the one that they are called from.
+    /// Forgets the observers; others may come. False when none has come since the last time.
+    virtual bool UnRegister() = 0;
+    /// For good: nobody can register any more.
     virtual void End() = 0;
 };
 

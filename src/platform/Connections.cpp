@@ -81,12 +81,6 @@ bool CConnectionTable::AddWatch(std::uint32_t handle, std::shared_ptr<CConnectio
     return true;
 }
 
-std::shared_ptr<CConnectionWatch> CConnectionTable::TakeWatch(std::uint32_t handle) {
-    const CLockGuard guard(lock_);
-    const auto entry = entries_.find(handle);
-    return entry == entries_.end() ? nullptr : std::exchange(entry->second.watch, nullptr);
-}
-
 ConnectionEntry CConnectionTable::Take(std::uint32_t handle) {
     const CLockGuard guard(lock_);
     auto node = entries_.extract(handle);

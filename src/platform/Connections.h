@@ -26,7 +26,7 @@ class CConnection {
     CConnection(const CConnection&) = delete;
     CConnection& operator=(const CConnection&) = delete;
 
-    int Descriptor() const { return descriptor_.Get(); }
+    SystemHandle Descriptor() const { return descriptor_.Get(); }
 
     /// Looks whether a connection that was being made stands by now.
     ConnectState Poll();
@@ -62,8 +62,6 @@ class CConnectionTable {
     std::shared_ptr<CConnectionWatch> FindWatch(std::uint32_t handle);
     /// False for an unknown handle or one that is watched already.
     bool AddWatch(std::uint32_t handle, std::shared_ptr<CConnectionWatch> watch);
-    /// Takes the watch out; null when there is none.
-    std::shared_ptr<CConnectionWatch> TakeWatch(std::uint32_t handle);
     /// Takes the whole entry out; empty for an unknown handle.
     ConnectionEntry Take(std::uint32_t handle);
     /// The entry with the smallest handle behind @p handle, 0 and an empty one at the end: a walk

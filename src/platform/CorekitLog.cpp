@@ -1,6 +1,5 @@
 #include <spdlog/sinks/base_sink.h>
 #include <spdlog/spdlog.h>
-#include <unistd.h>
 
 #include <memory>
 #include <mutex>
@@ -30,8 +29,8 @@ spdlog::level::level_enum LevelFromEnvironment() {
 }
 
 std::unique_ptr<CLogFile> FileFromEnvironment() {
-    std::string path = EnvironmentText("ONVIF_CLIENT_LOG_FILE", "");
-    auto file = path.empty() ? nullptr : std::make_unique<CLogFile>(std::move(path));
+    const std::string path = EnvironmentText("ONVIF_CLIENT_LOG_FILE", "");
+    auto file = path.empty() ? nullptr : std::make_unique<CLogFile>(path);
     return file != nullptr && file->IsOpen() ? std::move(file) : nullptr;
 }
 
@@ -40,8 +39,9 @@ class CLogSink final : public spdlog::sinks::base_sink<std::mutex> {
  protected:
     void sink_it_(const spdlog::details::log_msg& message) override {
         std::string line = Line(message);
-        const int descriptor = file_ == nullptr ? STDERR_FILENO : file_->DescriptorFor(line.size());
-        output_.Put(descriptor, std::move(line));
+        const SystemHandle handle =
+            file_ == nullptr ? StandardError() : file_->HandleFor(line.size());
+        output_.Put(handle, std::move(line));
     }
     void flush_() override {}  // nothing is kept back
 
@@ -60,6 +60,14 @@ class CLogSink final : public spdlog::sinks::base_sink<std::mutex> {
     }};
 };
 
+/// Whether old texts go out as the bytes that they once were: where the environment says so, and on
+/// a console that shows these bytes as characters.
+bool AsInOldLogsFromEnvironment() {
+    const std::string charset = EnvironmentText("ONVIF_CLIENT_LOG_CHARSET", "");
+    return charset == "raw" || (charset.empty() && ShowsGbk(StandardError()) &&
+                                EnvironmentText("ONVIF_CLIENT_LOG_FILE", "").empty());
+}
+
 /// The logger as the environment wants it.
 class CLogger final : public spdlog::logger {
  public:
@@ -72,7 +80,7 @@ class CLogger final : public spdlog::logger {
     bool AsInOldLogs() const { return asInOldLogs_; }
 
  private:
-    const bool asInOldLogs_ = EnvironmentText("ONVIF_CLIENT_LOG_CHARSET", "") == "raw";
+    const bool asInOldLogs_ = AsInOldLogsFromEnvironment();
 };
 
 CLogger& Logger() {

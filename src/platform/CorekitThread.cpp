@@ -1,20 +1,15 @@
-#include <pthread.h>
-
 #include <atomic>
 #include <memory>
 #include <string>
-#include <thread>
 
-#include "platform/BlockedSignals.h"
 #include "platform/Corekit.h"
 #include "platform/Mutex.h"
 #include "platform/OrNothing.h"
+#include "platform/Thread.h"
 
 namespace onvif_client {
 
 namespace {
-
-constexpr std::size_t kLongestName = 15;  // what Linux keeps of a thread's name
 
 std::atomic<std::uint64_t> lastThreadId{0};
 thread_local std::uint64_t currentThreadId = 0;
@@ -34,10 +29,7 @@ struct CorekitThread {
     enum class State { kSuspended, kResumed, kAbandoned };
 
     CorekitThread(CorekitThreadFunction run, void* with, const char* shownName, State first)
-        : name(std::string(shownName == nullptr ? "" : shownName).substr(0, kLongestName)),
-          function(run),
-          context(with),
-          state(first) {}
+        : name(shownName == nullptr ? "" : shownName), function(run), context(with), state(first) {}
 
     const std::uint64_t id = ++lastThreadId;
     const std::string name;
@@ -46,7 +38,7 @@ struct CorekitThread {
     CMutex lock;  // leaf
     CCondition changed;
     State state GUARDED_BY(lock);
-    std::thread thread;
+    CThread thread;
 
     bool Leave(State next) {
         const CLockGuard guard(lock);
@@ -60,7 +52,7 @@ struct CorekitThread {
 
     void Run() {
         currentThreadId = id;
-        pthread_setname_np(pthread_self(), name.c_str());
+        NameThisThread(name);
         {
             const CLockGuard guard(lock);
             while (state == State::kSuspended) {
@@ -88,8 +80,7 @@ CorekitThreadHandle COREKIT_CreateRunOneThread(CorekitThreadFunction function, v
         auto made = std::make_unique<CorekitThread>(
             function, context, name,
             suspended ? CorekitThread::State::kSuspended : CorekitThread::State::kResumed);
-        const CBlockedSignals blocked;
-        made->thread = std::thread(&CorekitThread::Run, made.get());
+        made->thread = CThread([run = made.get()] { run->Run(); });
         return made.release();
     });
     if (thread == nullptr) {
@@ -114,7 +105,7 @@ void COREKIT_DestroyThread(CorekitThreadHandle thread, const char*, int) {
     const std::unique_ptr<CorekitThread> owned(thread);
     if (owned != nullptr) {
         owned->Leave(CorekitThread::State::kAbandoned);
-        owned->thread.join();
+        owned->thread.Join();
     }
 }
 

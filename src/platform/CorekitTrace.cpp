@@ -1,5 +1,3 @@
-#include <unistd.h>
-
 #include <algorithm>
 #include <optional>
 #include <string>
@@ -47,7 +45,7 @@ class CTraces {
 
     void Begin() {
         const CLockGuard guard(lock_);
-        standardOutput_ = OpenFileOf(STDOUT_FILENO);
+        standardOutput_ = OpenFileOf(StandardOutput());
     }
 
     void Write(std::string_view text) {
@@ -71,12 +69,12 @@ class CTraces {
     void Put(std::string line) {
         const CLockGuard guard(lock_);
         if (target_ == TraceTarget::kStandardError) {
-            output_.Put(STDERR_FILENO, std::move(line));
+            output_.Put(StandardError(), std::move(line));
             return;
         }
-        const bool unchanged = OpenFileOf(STDOUT_FILENO) == standardOutput_;
-        if (unchanged || (standardOutput_ != OpenFileId{} && !IsSocket(STDOUT_FILENO))) {
-            output_.Put(STDOUT_FILENO, std::move(line));
+        const bool unchanged = OpenFileOf(StandardOutput()) == standardOutput_;
+        if (unchanged || (standardOutput_ != OpenFileId{} && !IsSocket(StandardOutput()))) {
+            output_.Put(StandardOutput(), std::move(line));
         } else {
             output_.Drop();
         }
@@ -84,7 +82,7 @@ class CTraces {
 
     const TraceTarget target_ = TargetFromEnvironment();
     CMutex lock_;  // leaf
-    OpenFileId standardOutput_ GUARDED_BY(lock_) = OpenFileOf(STDOUT_FILENO);
+    OpenFileId standardOutput_ GUARDED_BY(lock_) = OpenFileOf(StandardOutput());
     CLineOutput output_ GUARDED_BY(lock_){DroppedNote};
 };
 

@@ -1,29 +1,21 @@
 #include "platform/Digests.h"
 
-#include <openssl/evp.h>
-
 #include <algorithm>
 #include <climits>
 #include <iterator>
 
 #include "platform/Corekit.h"
+#include "platform/SystemCrypto.h"
 
 namespace onvif_client {
 
 namespace {
 
-/// Looking an algorithm up costs microseconds, so each is fetched once; never freed, as threads may
-/// still sign while the process ends.
-const EVP_MD* Fetch(const char* name) {
-    return EVP_MD_fetch(nullptr, name, nullptr);
-}
-
 template <std::size_t Size>
-std::optional<std::array<std::uint8_t, Size>> Digest(const EVP_MD* method,
+std::optional<std::array<std::uint8_t, Size>> Digest(DigestMethod method,
                                                      std::span<const std::uint8_t> data) {
     std::array<std::uint8_t, Size> digest = {};
-    if (method == nullptr ||
-        EVP_Digest(data.data(), data.size(), digest.data(), nullptr, method, nullptr) != 1) {
+    if (!SystemDigest(method, data, digest)) {
         COREKIT_AbnormalOutput("ASSERT", "Digests", "the system does not offer the digest");
         return std::nullopt;
     }
@@ -33,26 +25,19 @@ std::optional<std::array<std::uint8_t, Size>> Digest(const EVP_MD* method,
 }  // namespace
 
 std::optional<std::array<std::uint8_t, 16>> Md5(std::span<const std::uint8_t> data) {
-    static const EVP_MD* const method = Fetch("MD5");
-    return Digest<16>(method, data);
+    return Digest<16>(DigestMethod::kMd5, data);
 }
 
 std::optional<std::array<std::uint8_t, 20>> Sha1(std::span<const std::uint8_t> data) {
-    static const EVP_MD* const method = Fetch("SHA1");
-    return Digest<20>(method, data);
+    return Digest<20>(DigestMethod::kSha1, data);
 }
 
 std::optional<std::array<std::uint8_t, 32>> Sha256(std::span<const std::uint8_t> data) {
-    static const EVP_MD* const method = Fetch("SHA256");
-    return Digest<32>(method, data);
+    return Digest<32>(DigestMethod::kSha256, data);
 }
 
 std::string Base64(std::span<const std::uint8_t> data) {
-    std::string text((data.size() + 2) / 3 * 4, '\0');
-    // Writes a zero byte behind the text, where a string has one anyway.
-    EVP_EncodeBlock(reinterpret_cast<unsigned char*>(text.data()), data.data(),
-                    static_cast<int>(data.size()));
-    return text;
+    return SystemEncodeBase64(data);
 }
 
 std::optional<std::vector<std::uint8_t>> DecodeBase64(std::string_view text) {
@@ -68,10 +53,7 @@ std::optional<std::vector<std::uint8_t>> DecodeBase64(std::string_view text) {
     }
     digits.resize(given + padding, '=');
     std::vector<std::uint8_t> bytes(digits.size() / 4 * 3);
-    const int decoded =
-        EVP_DecodeBlock(bytes.data(), reinterpret_cast<const unsigned char*>(digits.data()),
-                        static_cast<int>(digits.size()));
-    if (decoded != static_cast<int>(bytes.size())) {
+    if (!SystemDecodeBase64(digits, bytes)) {
         return std::nullopt;
     }
     bytes.resize(bytes.size() - padding);

@@ -4,7 +4,10 @@
 #define ONVIF_CLIENT_PLATFORM_LOGFILE_H
 
 #include <cstddef>
+#include <filesystem>
 #include <string>
+
+#include "platform/AppendedFile.h"
 
 namespace onvif_client {
 
@@ -13,22 +16,19 @@ namespace onvif_client {
 /// pipe, which keeps its one file. Not for two threads at once.
 class CLogFile {
  public:
-    /// Makes missing folders, too.
-    explicit CLogFile(std::string path);
-    ~CLogFile();
-    CLogFile(const CLogFile&) = delete;
-    CLogFile& operator=(const CLogFile&) = delete;
+    /// Makes missing folders, too. UTF-8.
+    explicit CLogFile(const std::string& path);
 
     /// False when the file could not be opened; nothing else may be called then.
-    bool IsOpen() const { return descriptor_ >= 0; }
-    /// The descriptor for a line of @p size bytes; valid until the next call.
-    int DescriptorFor(std::size_t size);
+    bool IsOpen() const { return static_cast<bool>(file_); }
+    /// The handle for a line of @p size bytes; valid until the next call.
+    SystemHandle HandleFor(std::size_t size);
 
  private:
     void Rotate();
 
-    const std::string path_;
-    int descriptor_ = -1;
+    const std::filesystem::path path_;
+    CAppendedFile file_;
 };
 
 }  // namespace onvif_client

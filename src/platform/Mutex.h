@@ -11,8 +11,8 @@
 #define ONVIF_CLIENT_PLATFORM_MUTEX_H
 
 #include <chrono>
-#include <condition_variable>
-#include <mutex>
+
+#include "platform/NativeLocks.h"
 
 #if defined(__clang__)
 #define ONVIF_CLIENT_THREAD_ATTRIBUTE(attribute) __attribute__((attribute))
@@ -38,12 +38,12 @@ class CAPABILITY("mutex") CMutex {
     CMutex(const CMutex&) = delete;
     CMutex& operator=(const CMutex&) = delete;
 
-    void Lock() ACQUIRE() { mutex_.lock(); }
-    void Unlock() RELEASE() { mutex_.unlock(); }
+    void Lock() ACQUIRE() { mutex_.Lock(); }
+    void Unlock() RELEASE() { mutex_.Unlock(); }
 
  private:
     friend class CCondition;
-    std::mutex mutex_;
+    CNativeMutex mutex_;
 };
 
 /// A lock that its owner may take again. The analysis takes a second Lock in one function for a
@@ -54,11 +54,11 @@ class CAPABILITY("mutex") CRecursiveMutex {
     CRecursiveMutex(const CRecursiveMutex&) = delete;
     CRecursiveMutex& operator=(const CRecursiveMutex&) = delete;
 
-    void Lock() ACQUIRE() { mutex_.lock(); }
-    void Unlock() RELEASE() { mutex_.unlock(); }
+    void Lock() ACQUIRE() { mutex_.Lock(); }
+    void Unlock() RELEASE() { mutex_.Unlock(); }
 
  private:
-    std::recursive_mutex mutex_;
+    CNativeRecursiveMutex mutex_;
 };
 
 /// Holds a lock to the end of its block.
@@ -106,22 +106,15 @@ class SCOPED_CAPABILITY CUniqueLock {
 /// it stands in a loop that looks.
 class CCondition {
  public:
-    void Wait(CMutex& mutex) REQUIRES(mutex) {
-        std::unique_lock<std::mutex> held(mutex.mutex_, std::adopt_lock);
-        condition_.wait(held);
-        held.release();
-    }
+    void Wait(CMutex& mutex) REQUIRES(mutex) { condition_.Wait(mutex.mutex_); }
     /// Ends after @p duration at the latest.
-    template <typename Rep, typename Period>
-    void WaitFor(CMutex& mutex, std::chrono::duration<Rep, Period> duration) REQUIRES(mutex) {
-        std::unique_lock<std::mutex> held(mutex.mutex_, std::adopt_lock);
-        condition_.wait_for(held, duration);
-        held.release();
+    void WaitFor(CMutex& mutex, std::chrono::milliseconds duration) REQUIRES(mutex) {
+        condition_.WaitFor(mutex.mutex_, duration);
     }
-    void NotifyAll() { condition_.notify_all(); }
+    void NotifyAll() { condition_.NotifyAll(); }
 
  private:
-    std::condition_variable condition_;
+    CNativeCondition condition_;
 };
 
 }  // namespace onvif_client

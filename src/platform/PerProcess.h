@@ -14,6 +14,10 @@ namespace onvif_client {
 /// it comes from. Any thread.
 std::uint32_t ProcessGeneration();
 
+/// Whether the process ends and the system has ended its other threads already, which Windows does
+/// before a DLL hears of it: nothing can be waited for then, and locks may stay held. Any thread.
+bool OtherThreadsHaveEnded();
+
 /// An object that is made on its first use and never destroyed, as threads may still be inside
 /// while the process ends. A forked child makes it anew and forgets the old one: the threads that
 /// the object had are gone there, and a lock that one of them held would stay held.

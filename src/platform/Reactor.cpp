@@ -1,6 +1,7 @@
 #include "platform/Reactor.h"
 
-#include <thread>
+#include <algorithm>
+#include <chrono>
 #include <utility>
 #include <vector>
 
@@ -8,10 +9,10 @@
 #include <boost/asio/io_context.hpp>
 #include <boost/asio/steady_timer.hpp>
 
-#include "platform/BlockedSignals.h"
 #include "platform/Descriptor.h"
 #include "platform/Mutex.h"
 #include "platform/PerProcess.h"
+#include "platform/Thread.h"
 
 namespace onvif_client {
 
@@ -20,19 +21,18 @@ namespace {
 namespace asio = boost::asio;
 
 constexpr std::size_t kReactorThreads = 2;
+constexpr auto kLongestEnd = std::chrono::seconds(2);
 
 class CAsioReactor final : public CReactor, public std::enable_shared_from_this<CAsioReactor> {
  public:
     CAsioReactor() {
         // The first timer of a context makes all descriptors that Asio itself needs.
-        const CHeldStandardStreams held;
-        const asio::steady_timer first(io_);
+        WithHeldStandardStreams([this] { const asio::steady_timer first(io_); });
     }
 
     /// One thread is enough to work; throws when not even that can be had.
     void StartThreads() {
         try {
-            const CBlockedSignals blocked;
             while (threads_.size() < kReactorThreads) {
                 // The thread keeps the reactor alive: the last user may be a callback on it.
                 threads_.emplace_back([self = shared_from_this()] { self->Work(); });
@@ -44,13 +44,23 @@ class CAsioReactor final : public CReactor, public std::enable_shared_from_this<
         }
     }
 
+    /// Nobody waits any more: what was waited for was cancelled, and the threads end when all of it
+    /// has been told so. A thread that would have to wait for itself leaves that to the context's
+    /// end. Where the system never tells, the context is kept: its end would wait for ever.
     void EndThreads() {
+        const bool endsItself =
+            std::any_of(threads_.begin(), threads_.end(),
+                        [](const CThread& thread) { return thread.IsCurrent(); });
+        work_.reset();
+        if (!endsItself && !AwaitEnd()) {
+            kept_ = shared_from_this();
+        }
         io_.stop();
-        for (std::thread& thread : threads_) {
-            if (thread.get_id() == std::this_thread::get_id()) {
-                thread.detach();
+        for (CThread& thread : threads_) {
+            if (thread.IsCurrent()) {
+                thread.Detach();
             } else {
-                thread.join();
+                thread.Join();
             }
         }
     }
@@ -63,6 +73,9 @@ class CAsioReactor final : public CReactor, public std::enable_shared_from_this<
         for (;;) {
             try {
                 io_.run();
+                const CLockGuard guard(lock_);
+                ++ended_;
+                changed_.NotifyAll();
                 return;
             } catch (const std::exception&) {
                 COREKIT_AbnormalOutput("ASSERT", "Wirelink",
@@ -71,9 +84,23 @@ class CAsioReactor final : public CReactor, public std::enable_shared_from_this<
         }
     }
 
+    /// False: not all threads have ended in time.
+    bool AwaitEnd() {
+        const auto end = std::chrono::steady_clock::now() + kLongestEnd;
+        const CLockGuard guard(lock_);
+        while (ended_ < threads_.size() && std::chrono::steady_clock::now() < end) {
+            changed_.WaitFor(lock_, kLongestEnd);
+        }
+        return ended_ == threads_.size();
+    }
+
+    CMutex lock_;  // leaf
+    CCondition changed_;
+    std::size_t ended_ GUARDED_BY(lock_) = 0;  // of the threads
+    std::shared_ptr<CAsioReactor> kept_;
     asio::io_context io_;
     asio::executor_work_guard<asio::io_context::executor_type> work_ = asio::make_work_guard(io_);
-    std::vector<std::thread> threads_;
+    std::vector<CThread> threads_;
 };
 
 struct CCurrent {

@@ -1,7 +1,7 @@
 /// @file
-/// The threads that wait in the background: for bytes and room on watched connections
-/// (ConnectionWatch), and for connections to accept (Listener). Internal to this folder, whose only
-/// users of Boost.Asio these three are. The two threads start with the first waiter.
+/// The threads that wait in the background for bytes and room on watched connections
+/// (ConnectionWatch). Internal to this folder, whose only users of Boost.Asio these two are. The
+/// two threads start with the first waiter.
 #ifndef ONVIF_CLIENT_PLATFORM_REACTOR_H
 #define ONVIF_CLIENT_PLATFORM_REACTOR_H
 

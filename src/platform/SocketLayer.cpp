@@ -21,8 +21,9 @@ bool CSocketLayer::Start() {
     WaitForStopLocked();
     if (!running_ && !stopping_) {
         // Anew: the system may have had no descriptor left for the last one.
+        sockets_.emplace();
         abort_.emplace();
-        running_ = static_cast<bool>(*abort_);
+        running_ = *sockets_ && *abort_;
     }
     return running_;
 }
@@ -49,6 +50,7 @@ void CSocketLayer::Stop(const std::function<void()>& cleanUp) {
         COREKIT_AbnormalOutput("ASSERT", "Wirelink", "what ends the layer threw");
     }
     guard.Lock();
+    sockets_.reset();
     stopping_ = false;
     changed_.NotifyAll();
     WaitForCallbacksLocked();

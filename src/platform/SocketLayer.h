@@ -62,8 +62,9 @@ class CSocketLayer {
     void WaitForStopLocked() REQUIRES(lock_);
     void WaitForCallbacksLocked() REQUIRES(lock_);
 
-    std::optional<CWakeUp> abort_;  // changes while nobody is inside
-    CMutex lock_;                   // leaf
+    std::optional<CSystemSockets> sockets_;  // as long as the layer runs
+    std::optional<CWakeUp> abort_;           // changes while nobody is inside
+    CMutex lock_;                            // leaf
     CCondition changed_;
     bool running_ GUARDED_BY(lock_) = false;
     bool stopping_ GUARDED_BY(lock_) = false;

@@ -1,10 +1,8 @@
 /// @file
 /// Sockets as the system has them: addresses, connecting, moving bytes, waiting.
-/// Internal to this folder: what is particular to a system's sockets stands here.
+/// Internal to this folder: what is particular to a system's sockets stands behind it.
 #ifndef ONVIF_CLIENT_PLATFORM_SOCKETS_H
 #define ONVIF_CLIENT_PLATFORM_SOCKETS_H
-
-#include <netinet/in.h>
 
 #include <cstddef>
 #include <cstdint>
@@ -15,24 +13,59 @@
 
 namespace onvif_client {
 
-/// The address of @p ip (dotted IPv4) : @p port; nothing when that is none.
-std::optional<sockaddr_in> Ipv4Address(const char* ip, std::uint16_t port);
+/// Has the system's sockets ready; as often as EndSockets afterwards. False: the system has none.
+bool StartSockets();
+void EndSockets();
+
+/// The system's sockets are there while it lives; any number of these may.
+class CSystemSockets {
+ public:
+    CSystemSockets() : there_(StartSockets()) {}
+    ~CSystemSockets() {
+        if (there_) {
+            EndSockets();
+        }
+    }
+    CSystemSockets(const CSystemSockets&) = delete;
+    CSystemSockets& operator=(const CSystemSockets&) = delete;
+    explicit operator bool() const { return there_; }
+
+ private:
+    const bool there_;
+};
+
+/// A place of the network.
+struct Ipv4Endpoint {
+    std::uint32_t address = 0;  ///< in network order; 0: all of this machine's
+    std::uint16_t port = 0;
+};
+
+/// @p ip (dotted IPv4) : @p port; nothing when that is none.
+std::optional<Ipv4Endpoint> Ipv4Address(const char* ip, std::uint16_t port);
 
 /// A TCP socket that does not block and that child processes do not inherit.
 CDescriptor MakeTcpSocket();
 
 enum class ConnectState { kConnecting, kEstablished, kFailed };
 
-ConnectState StartConnecting(int descriptor, const sockaddr_in& address);
+ConnectState StartConnecting(SystemHandle descriptor, const Ipv4Endpoint& address);
 /// How a connection ended that was being made, once the socket is writable.
-ConnectState ConnectOutcome(int descriptor);
+ConnectState ConnectOutcome(SystemHandle descriptor);
+/// Whether a connection that cannot be made leaves its socket unwritable: whoever waits in the
+/// background then waits for the failure as well. WaitFor does.
+bool FailsWithoutBecomingWritable();
 
+/// Makes a socket of MakeTcpSocket's listen; port 0 lets the system choose. What an earlier
+/// listener left behind is no obstacle, another listener is.
+bool Listen(SystemHandle descriptor, const Ipv4Endpoint& address);
+/// The port that a socket has on this machine; 0 when it has none.
+std::uint16_t LocalPort(SystemHandle descriptor);
 /// The next connection that a listening socket has; none with @p again set: none just now, or one
 /// that has gone already.
-CDescriptor AcceptTcp(int listener, bool& again);
+CDescriptor AcceptTcp(SystemHandle listener, bool& again);
 
 /// A second descriptor of the same socket; none when the system has no more.
-CDescriptor Duplicate(int descriptor);
+CDescriptor Duplicate(SystemHandle descriptor);
 
 /// What became of bytes that were to move at once.
 enum class Moved {
@@ -42,11 +75,12 @@ enum class Moved {
 };
 
 // Neither waits.
-Moved SendNow(int descriptor, std::string_view data, std::size_t& sent);
-Moved ReceiveNow(int descriptor, char* buffer, std::size_t capacity, std::size_t& received);
+Moved SendNow(SystemHandle descriptor, std::string_view data, std::size_t& sent);
+Moved ReceiveNow(SystemHandle descriptor, char* buffer, std::size_t capacity,
+                 std::size_t& received);
 
 /// Breaks a connection off; whoever waits on it goes on.
-void ShutDown(int descriptor);
+void ShutDown(SystemHandle descriptor);
 
 enum class Readiness { kReadable, kWritable };
 enum class Waited { kReady, kWoken, kInVain, kFailed };
@@ -60,14 +94,18 @@ class CWakeUp {
     void Set() const;
 
  private:
-    friend Waited WaitFor(int descriptor, Readiness what, int waitMs, const CWakeUp* wakeUp);
+    friend Waited WaitFor(SystemHandle descriptor, Readiness what, int waitMs,
+                          const CWakeUp* wakeUp);
 
     const CDescriptor descriptor_;
 };
 
+constexpr int kForever = -1;
+
 /// Waits until the socket is ready or broken, @p wakeUp, if any, is set, or the time is over. It
 /// may end in vain before that: deadlines are the caller's.
-Waited WaitFor(int descriptor, Readiness what, int waitMs, const CWakeUp* wakeUp = nullptr);
+Waited WaitFor(SystemHandle descriptor, Readiness what, int waitMs,
+               const CWakeUp* wakeUp = nullptr);
 
 }  // namespace onvif_client
 

@@ -135,12 +135,8 @@ bool WIRELINK_Stop(std::uint32_t handle) {
 }
 
 bool WIRELINK_UnRegisterNode(std::uint32_t handle) {
-    const auto watch = CConnectionTable::Instance().TakeWatch(handle);
-    if (watch == nullptr) {
-        return false;
-    }
-    watch->End();
-    return true;
+    const auto watch = CConnectionTable::Instance().FindWatch(handle);
+    return watch != nullptr && watch->UnRegister();
 }
 
 int WIRELINK_Send(std::uint32_t handle, const char* data, std::uint32_t length) {

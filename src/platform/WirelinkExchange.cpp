@@ -25,7 +25,7 @@ class CExchangeSocket {
           abort_(abort),
           deadline_(SteadyClock::now() + std::chrono::milliseconds(timeoutMs)) {}
 
-    bool Connect(const sockaddr_in& address) const {
+    bool Connect(const Ipv4Endpoint& address) const {
         if (!descriptor_) {
             return false;
         }

@@ -11,6 +11,7 @@
 #include "events/OnvifEvent.h"
 #include "platform/Wirelink.h"
 #include "support/MovedClock.h"
+#include "support/System.h"
 #include "system/AlarmObserver.h"
 
 namespace onvif_client {
@@ -241,9 +242,9 @@ TEST_F(Controller, ItsEndBreaksOffWhatASilentCameraIsAsked) {
 
 TEST_F(Controller, DevicesAreToldWhereTheListenerIs) {
     controller_->Stop();
-    setenv("ONVIF_CLIENT_LISTEN_ADDRESS", "127.0.0.2", 1);
+    client_test::SetVariable("ONVIF_CLIENT_LISTEN_ADDRESS", "127.0.0.2");
     controller_->Start();
-    setenv("ONVIF_CLIENT_LISTEN_ADDRESS", "127.0.0.1", 1);
+    client_test::SetVariable("ONVIF_CLIENT_LISTEN_ADDRESS", "127.0.0.1");
     CCamera& camera = host_.Add({});
     Observed(camera);
     const auto requests = camera.Requests();

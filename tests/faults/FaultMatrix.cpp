@@ -1,14 +1,11 @@
 // Every command, the login and the observers against cameras whose replies are spoiled in every way
 // that the simulated camera knows. Each session has a camera, a kind and a seed of its own; a
 // finding names them, and the program begins with that session when it is given both.
-#include <fcntl.h>
-#include <malloc.h>
-#include <unistd.h>
-
-#include <filesystem>
+#include <cstdio>
 #include <thread>
 
 #include "faults/Session.h"
+#include "support/System.h"
 
 namespace client_test {
 namespace {
@@ -44,27 +41,20 @@ std::size_t RunSessions(std::uint64_t seed, const Kinds& kinds, std::size_t firs
     return next;
 }
 
-/// What the process has while no library runs.
-struct Holdings {
-    static std::ptrdiff_t Count(const char* folder) {
-        return std::distance(std::filesystem::directory_iterator(folder), {});
-    }
-    std::ptrdiff_t descriptors = Count("/proc/self/fd");
-    std::ptrdiff_t threads = Count("/proc/self/task");
-    std::size_t bytes = mallinfo2().uordblks + mallinfo2().hblkhd;  // 0 under a sanitizer
-};
-
 void ExpectNoMore(const Holdings& before, CFindings& findings) {
-    Holdings now;
+    Holdings now = Held();
     // A thread that has been waited for may be in its last instructions.
-    for (int i = 0; now.threads > before.threads && i < 1000; ++i, now = {}) {
+    for (int i = 0; now.threads > before.threads && i < 1000; ++i, now = Held()) {
         std::this_thread::sleep_for(10ms);
     }
-    const std::string text = std::to_string(now.descriptors) + " descriptors, " +
+    const std::string text = std::to_string(now.handles) + " handles, " +
                              std::to_string(now.threads) + " threads, " +
                              std::to_string(now.bytes) + " bytes are left";
-    findings.Write(text);
-    if (now.descriptors > before.descriptors || now.threads > before.threads ||
+    findings.Write(text + " of " + std::to_string(before.handles) + ", " +
+                   std::to_string(before.threads) + ", " + std::to_string(before.bytes));
+    // Wine makes some handles of its own late; a leak would have as many as there are sessions.
+    constexpr std::size_t kLate = 4;
+    if (now.handles > before.handles + kLate || now.threads > before.threads ||
         now.bytes > before.bytes + (1 << 20)) {
         findings.Add("after Quit", text);
     }
@@ -75,7 +65,7 @@ int RunMatrix(std::uint64_t seed, const Kinds& kinds, std::chrono::seconds time)
     const auto end = Clock::now() + time;
     CFindings findings;
     RunSessions(seed, kinds, 0, 500ms, findings);  // what is made once, is then there
-    const Holdings before;
+    const Holdings before = Held();
     std::size_t sessions = 0;
     while (Clock::now() < end) {
         const auto left = std::chrono::ceil<std::chrono::milliseconds>(end - Clock::now());
@@ -100,8 +90,10 @@ int main(int argc, char** argv) {
             kinds.push_back(&each);
         }
     }
-    const int nowhere = open("/dev/null", O_WRONLY | O_CLOEXEC);  // for the library's traces
-    if (arguments.size() < 2 || kinds.empty() || dup2(nowhere, STDOUT_FILENO) < 0) {
+    // The library's traces go to standard output, which this does not own.
+    // NOLINTNEXTLINE(cppcoreguidelines-owning-memory)
+    const bool silent = std::freopen(client_test::kNowhere, "w", stdout) != nullptr;
+    if (arguments.size() < 2 || kinds.empty() || !silent) {
         std::cerr << "fault_matrix SEED SECONDS [KIND], see onvif-camera-sim --spoil list\n";
         return 2;
     }

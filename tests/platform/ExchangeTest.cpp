@@ -26,12 +26,13 @@ class Exchange : public testing::Test {
     std::string Do(std::uint16_t port, std::size_t capacity = 100, const char* marker = ":End>",
                    unsigned int timeoutMs = 5000) {
         std::string buffer(capacity + 1, '\0');
-        returned_ =
-            WIRELINK_SimpleClientComm("127.0.0.1", port, "request", 7, buffer.data(),
-                                      static_cast<unsigned int>(capacity), marker, timeoutMs);
+        returned_ = WIRELINK_SimpleClientComm(
+            "127.0.0.1", port, request_.data(), static_cast<unsigned int>(request_.size()),
+            buffer.data(), static_cast<unsigned int>(capacity), marker, timeoutMs);
         return buffer.c_str();
     }
 
+    std::string request_ = "request";
     int returned_ = 0;
 };
 
@@ -54,6 +55,7 @@ TEST_F(Exchange, TheMarkerEndsTheReplyHoweverItIsCut) {
 }
 
 TEST_F(Exchange, EndsOtherwiseKeepWhatWasRead) {
+    constexpr std::size_t kLong = 1 << 25;  // more than the buffers of the system take
     const struct {
         const char* what;
         std::string sent;
@@ -61,6 +63,8 @@ TEST_F(Exchange, EndsOtherwiseKeepWhatWasRead) {
         std::size_t capacity;
         unsigned int timeoutMs;
         std::string expected;
+        std::size_t request = 7;
+        std::size_t read = 7;  // of it
     } cases[] = {
         {"the peer closes", "half a reply", true, 100, 5000, "half a reply"},
         {"the peer closes at once", "", true, 100, 5000, ""},
@@ -68,17 +72,22 @@ TEST_F(Exchange, EndsOtherwiseKeepWhatWasRead) {
         {"the deadline", "half", false, 100, 50, "half"},
         {"silence", "", false, 100, 50, ""},
         {"the marker at the very end of the buffer", "12345:End>x", false, 10, 5000, "12345:End>"},
+        {"a long request arrives whole", ":End>", true, 100, 60000, ":End>", kLong, kLong},
+        {"the peer closes before its end", "", true, 100, 60000, "", kLong, 1},
+        {"the peer reads no further", "", false, 100, 50, "", kLong, 1},
     };
     for (const auto& each : cases) {
+        std::atomic<bool> ended = each.closes;
         CScriptedPeer peer([&](CPeerConnection& connection) {
-            connection.Read(7);
+            connection.Read(each.read);
             connection.Send(each.sent);
-            if (!each.closes) {
-                connection.WaitForClose();
-            }
+            client_test::WaitUntil([&] { return ended.load(); });
         });
+        request_.resize(each.request);
         EXPECT_EQ(Do(peer.Port(), each.capacity, ":End>", each.timeoutMs), each.expected)
             << each.what;
+        EXPECT_EQ(returned_ < 0, each.read < each.request) << each.what;
+        ended = true;
     }
 }
 
@@ -109,31 +118,46 @@ TEST_F(Exchange, BadArgumentsAndDeadPortsFailAtOnce) {
     EXPECT_EQ(WIRELINK_SimpleClientComm("127.0.0.1", closed, "r", 1, buffer, 0, "m", 10), -1);
 }
 
+/// The first call takes a while.
+class CSlowObserver final : public CReplyObserver {
+ public:
+    std::uint32_t OnReply(const char*, std::uint32_t) override {
+        if (++entered == 1) {
+            std::this_thread::sleep_for(std::chrono::milliseconds(50));
+            ended = true;
+        }
+        return kReplyGoesOn;
+    }
+
+    std::atomic<int> entered = 0;
+    std::atomic<bool> ended = false;
+};
+
 TEST_F(Exchange, QuitBreaksExchangesOffUntilTheNextInitial) {
-    std::atomic<int> waiting = 0;
+    std::atomic<int> asked = 0;
     CScriptedPeer peer([&](CPeerConnection& connection) {
         connection.Read(7);
-        ++waiting;
+        ++asked;
+        connection.Send("x");
         connection.WaitForClose();
     });
-    std::array<std::string, 4> replies;
+    CSlowObserver observer;
     {
         std::array<std::jthread, 4> threads;
-        for (std::size_t i = 0; i < threads.size(); ++i) {
-            threads[i] = std::jthread([&, i] {
-                char buffer[16] = {};
-                WIRELINK_SimpleClientComm("127.0.0.1", peer.Port(), "request", 7, buffer, 15,
-                                          ":End>", 600000);
-                replies[i] = buffer;
+        for (std::jthread& each : threads) {
+            each = std::jthread([&] {
+                WIRELINK_ObservedClientComm("127.0.0.1", peer.Port(), "request", 7, &observer,
+                                            600000);
             });
         }
-        client_test::WaitUntil([&] { return waiting == 4; });
+        client_test::WaitUntil([&] { return observer.entered == 4; });
         WIRELINK_Quit();
+        EXPECT_TRUE(observer.ended) << "it waits for whoever is inside";
         WIRELINK_Quit();
     }
     EXPECT_EQ(Do(peer.Port()), "");
     EXPECT_EQ(returned_, -1);
-    EXPECT_EQ(waiting, 4);
+    EXPECT_EQ(asked, 4);
     WIRELINK_Initial(1, 1, nullptr, 0);
     CScriptedPeer answering([](CPeerConnection& connection) { connection.Send("<s:End>"); });
     EXPECT_EQ(Do(answering.Port()), "<s:End>");

@@ -12,6 +12,7 @@
 #include "Exchange.h"
 #include "camera_sim/CameraSim.h"
 #include "support/Await.h"
+#include "support/ScriptedPeer.h"
 
 namespace {
 

@@ -250,14 +250,15 @@ struct Decoded {
 Decoded Decode(const std::string& file) {
     const tjhandle codec = tjInitDecompress();
     const auto* start = reinterpret_cast<const unsigned char*>(file.data());
+    const auto size = static_cast<unsigned long>(file.size());
     Decoded picture;
     int sampling = 0;
     int colours = 0;
-    bool whole = tjDecompressHeader3(codec, start, file.size(), &picture.width, &picture.height,
-                                     &sampling, &colours) == 0;
+    bool whole = tjDecompressHeader3(codec, start, size, &picture.width, &picture.height, &sampling,
+                                     &colours) == 0;
     picture.pixels.resize(static_cast<std::size_t>(picture.width * picture.height) * 3);
-    whole = whole && tjDecompress2(codec, start, file.size(), picture.pixels.data(), picture.width,
-                                   0, picture.height, TJPF_RGB, TJFLAG_STOPONWARNING) == 0;
+    whole = whole && tjDecompress2(codec, start, size, picture.pixels.data(), picture.width, 0,
+                                   picture.height, TJPF_RGB, TJFLAG_STOPONWARNING) == 0;
     tjDestroy(codec);
     return whole ? picture : Decoded{};
 }

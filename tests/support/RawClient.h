@@ -3,32 +3,30 @@
 #ifndef ONVIF_CLIENT_TESTS_SUPPORT_RAWCLIENT_H
 #define ONVIF_CLIENT_TESTS_SUPPORT_RAWCLIENT_H
 
-#include <cstdint>
-#include <string>
-#include <string_view>
-
-#include "support/ScriptedPeer.h"
+#include "support/PeerSocket.h"
 
 namespace client_test {
 
 class CRawClient {
  public:
-    explicit CRawClient(std::uint16_t port);
-    ~CRawClient();
-    CRawClient(const CRawClient&) = delete;
-    CRawClient& operator=(const CRawClient&) = delete;
+    explicit CRawClient(std::uint16_t port) : connected_(socket_.Connect(port)) {
+        socket_.BePatientForAMinute();
+    }
 
     /// False when nobody listens.
     bool Connected() const { return connected_; }
-    bool Send(std::string_view bytes) const { return connection_.Send(bytes); }
-    void EndSending() const;
+    bool Send(std::string_view bytes) const { return socket_.Send(bytes); }
+    void EndSending() const { socket_.EndSending(); }
     /// All that comes until the other side closes; "(open)" behind it when it does not within a
     /// minute.
-    std::string ReadToEnd() const;
+    std::string ReadToEnd() const {
+        bool stillOpen = false;
+        const std::string text = socket_.Read(SIZE_MAX, &stillOpen);
+        return stillOpen ? text + "(open)" : text;
+    }
 
  private:
-    const int descriptor_;
-    const CPeerConnection connection_;
+    const CPeerSocket socket_;
     const bool connected_;
 };
 

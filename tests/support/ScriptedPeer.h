@@ -2,31 +2,16 @@
 #ifndef ONVIF_CLIENT_TESTS_SUPPORT_SCRIPTEDPEER_H
 #define ONVIF_CLIENT_TESTS_SUPPORT_SCRIPTEDPEER_H
 
-#include <cstdint>
 #include <functional>
 #include <list>
 #include <mutex>
-#include <string>
-#include <string_view>
 #include <thread>
+
+#include "support/PeerSocket.h"
 
 namespace client_test {
 
-/// One accepted connection.
-class CPeerConnection {
- public:
-    explicit CPeerConnection(int descriptor) : descriptor_(descriptor) {}
-
-    /// Reads until at least @p length bytes are there or the other side closes.
-    std::string Read(std::size_t length) const;
-    /// False once the connection is broken.
-    bool Send(std::string_view bytes) const;
-    /// Waits until the other side closes or the peer ends.
-    void WaitForClose() const;
-
- private:
-    int descriptor_;
-};
+using CPeerConnection = CPeerSocket;  // one that was accepted
 
 class CScriptedPeer {
  public:
@@ -39,17 +24,16 @@ class CScriptedPeer {
     CScriptedPeer(const CScriptedPeer&) = delete;
     CScriptedPeer& operator=(const CScriptedPeer&) = delete;
 
-    std::uint16_t Port() const { return port_; }
+    std::uint16_t Port() const { return listener_.Port(); }
 
  private:
     void Accept();
 
     const Script script_;
-    int listener_;
-    std::uint16_t port_ = 0;
+    CPeerSocket listener_;
     std::mutex lock_;  // guards the members below
     bool ended_ = false;
-    std::list<int> open_;
+    std::list<CPeerConnection> open_;
     std::list<std::jthread> scripts_;
     std::jthread accepting_;
 };

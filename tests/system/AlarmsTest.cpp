@@ -4,11 +4,14 @@
 #include <cstdlib>
 #include <memory>
 #include <set>
+#include <sstream>
 #include <stdexcept>
 #include <vector>
 
+#include "support/System.h"
 #include "system/AlarmObserver.h"
 #include "system/Client.h"
+#include "system/Tool.h"
 
 namespace client_test {
 namespace {
@@ -64,10 +67,10 @@ TEST_F(Alarms, ChangesArriveInWhateverFormACameraTellsThem) {
     std::vector<Row> rows;
     const std::vector<std::string> prefixes = camera_sim::PrefixStyleNames();
     const auto observedWith = [&](const char* extensions, CCamera& camera) {
-        setenv("ONVIF_CLIENT_EXTENSIONS", extensions, 1);
+        SetVariable("ONVIF_CLIENT_EXTENSIONS", extensions);
         ONVIF_CLIENT_Initial();
         const unsigned int id = Observed(camera);
-        unsetenv("ONVIF_CLIENT_EXTENSIONS");
+        SetVariable("ONVIF_CLIENT_EXTENSIONS", nullptr);
         return id;
     };
     for (const std::string& topics : camera_sim::TopicStyleNames()) {
@@ -369,20 +372,18 @@ TEST_F(Alarms, TheLibraryQuitsAndStartsInTheMiddleOfEverything) {
 
 TEST(Applications, EndWithTheirOwnStatus) {
     CCameraHost host;
-    const CameraOptions busy = Busy(milliseconds(3));
-    const std::string port = std::to_string(host.Add(busy).Port());
-    const std::pair<std::string, int> modes[] = {
-        {"main", 5},        {"callback", 5}, {"callback-after-quit", 5},
-        {"descriptors", 1}, {"threads", 1},  {"streams", 1},
-        {"signals", 1},     {"memory", 1},   {"fork", 1}};
-    for (const auto& [mode, rounds] : modes) {
+    const CCamera& camera = host.Add(Busy(milliseconds(APPLICATION_CAMERA_PERIOD)));
+    std::istringstream modes(APPLICATION_MODES);
+    int rounds = 0;
+    for (std::string mode; modes >> mode >> rounds;) {
+        const std::string arguments = std::to_string(camera.Port()) + " " + mode;
         for (int round = 0; round < rounds; ++round) {
-            std::string command = "timeout 60 " APPLICATION " >/dev/null ";
-            command.append(port).append(" ").append(mode);
             // What a sanitizer finds has a status of its own, and so has a crash.
-            EXPECT_EQ(std::system(command.c_str()), 7 << 8) << mode << ", round " << round;
+            const Outcome outcome = CRunningTool(arguments, "", "&1", APPLICATION).End();
+            EXPECT_EQ(outcome.code, 7) << mode << ", round " << round << "\n" << outcome.output;
         }
     }
+    EXPECT_GT(rounds, 0);
 }
 
 }  // namespace

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "support/Outline.h"
+#include "support/System.h"
 #include "system/Client.h"
 
 namespace client_test {
@@ -289,8 +290,8 @@ TEST_F(Commands, EveryChangeOfPictureAndDomeReachesTheCamera) {
 }
 
 struct CStandardRequestsOn {
-    CStandardRequestsOn() { setenv("ONVIF_CLIENT_EXTENSIONS", "standard-requests", 1); }
-    ~CStandardRequestsOn() { unsetenv("ONVIF_CLIENT_EXTENSIONS"); }
+    CStandardRequestsOn() { SetVariable("ONVIF_CLIENT_EXTENSIONS", "standard-requests"); }
+    ~CStandardRequestsOn() { SetVariable("ONVIF_CLIENT_EXTENSIONS", nullptr); }
     CStandardRequestsOn(const CStandardRequestsOn&) = delete;
     CStandardRequestsOn& operator=(const CStandardRequestsOn&) = delete;
 };

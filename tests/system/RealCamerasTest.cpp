@@ -3,6 +3,7 @@
 
 #include <cstdlib>
 
+#include "support/System.h"
 #include "system/AlarmObserver.h"
 #include "system/Client.h"
 
@@ -16,10 +17,10 @@ using camera_sim::HttpScheme;
 /// P: a picture, A: an alarm.
 std::string Works(const CameraOptions& options, const char* extensions, const char* user,
                   std::uint64_t* exchangesOfLogin = nullptr) {
-    setenv("ONVIF_CLIENT_EXTENSIONS", extensions, 1);
+    SetVariable("ONVIF_CLIENT_EXTENSIONS", extensions);
     CAlarmObserver observer;
     const CStartedLibrary library;
-    unsetenv("ONVIF_CLIENT_EXTENSIONS");
+    SetVariable("ONVIF_CLIENT_EXTENSIONS", nullptr);
     camera_sim::CCameraHost host;
     camera_sim::CCamera& camera = host.Add(options);
     const unsigned int id = ONVIF_CLIENT_Login(ONVIF_CLIENT_NO_LOGIN_ID, "127.0.0.1", camera.Port(),
@@ -93,9 +94,9 @@ TEST(RealCameras, NeedTheirExtensions) {
 
 TEST(RealCameras, AreAskedWhatEachCommandOfADocumentNames) {
     for (const char* extensions : {"", "own-parameters"}) {
-        setenv("ONVIF_CLIENT_EXTENSIONS", extensions, 1);
+        SetVariable("ONVIF_CLIENT_EXTENSIONS", extensions);
         const CStartedLibrary library;
-        unsetenv("ONVIF_CLIENT_EXTENSIONS");
+        SetVariable("ONVIF_CLIENT_EXTENSIONS", nullptr);
         camera_sim::CCameraHost host;
         const auto streams = Get(Login(host.Add({})),
                                  "<streamURI><index>0</index></streamURI>"
@@ -108,10 +109,10 @@ TEST(RealCameras, AreAskedWhatEachCommandOfADocumentNames) {
 TEST(RealCameras, OfManyChannelsHaveAllOfThem) {
     const std::pair<const char*, int> cases[] = {{"", 0}, {"large-messages,per-source-alarms", 36}};
     for (const auto& [extensions, profiles] : cases) {
-        setenv("ONVIF_CLIENT_EXTENSIONS", extensions, 1);
+        SetVariable("ONVIF_CLIENT_EXTENSIONS", extensions);
         CAlarmObserver observer;
         const CStartedLibrary library;
-        unsetenv("ONVIF_CLIENT_EXTENSIONS");
+        SetVariable("ONVIF_CLIENT_EXTENSIONS", nullptr);
         camera_sim::CCameraHost host;
         camera_sim::CCamera& recorder = host.Add({.model = "recorder", .channels = 18});
         const unsigned int id = Login(recorder);

@@ -4,9 +4,9 @@
 
 #include <camera_sim/CameraSim.h>
 #include <gtest/gtest.h>
-#include <signal.h>
 
 #include <array>
+#include <cstdint>
 #include <cstdio>
 #include <fstream>
 #include <iterator>
@@ -14,6 +14,7 @@
 #include <vector>
 
 #include "support/OwnFile.h"
+#include "support/System.h"
 
 namespace client_test {
 
@@ -22,18 +23,52 @@ struct Outcome {
     std::string output;  // standard output, then standard error
 };
 
-inline Outcome RunTool(const std::string& arguments, const std::string& environment) {
-    const std::string errors = OwnFile("onvifctl-errors.txt");
-    const std::string command = environment + " " + ONVIFCTL + " " + arguments + " 2>" + errors;
-    Outcome outcome;
-    FILE* pipe = popen(command.c_str(), "r");
-    std::array<char, 4096> block = {};
-    while (const std::size_t read = std::fread(block.data(), 1, block.size(), pipe)) {
-        outcome.output.append(block.data(), read);
+/// The tool, or another program, while it runs; what remains of it is killed.
+class CRunningTool {
+ public:
+    /// @p arguments: words, in '' where they hold blanks, and <FILE. @p environment: NAME=VALUE ...
+    /// Where there is a shell, both may be anything for it. @p errors: where standard error goes.
+    CRunningTool(const std::string& arguments, const std::string& environment,
+                 const std::string& errors = "&1", const std::string& program = ONVIFCTL);
+    ~CRunningTool();
+    CRunningTool(const CRunningTool&) = delete;
+    CRunningTool& operator=(const CRunningTool&) = delete;
+
+    /// Waits for a line.
+    std::string Line() {
+        std::array<char, 4096> line = {};
+        return std::fgets(line.data(), line.size(), output_) == nullptr ? "(no more)" : line.data();
     }
-    outcome.code = WEXITSTATUS(pclose(pipe));
+
+    /// Waits for its end, which shows 128 and the number as the code of a signal. The library may
+    /// log an exchange that was broken off before it.
+    Outcome End() {
+        Outcome rest;
+        std::array<char, 4096> block = {};
+        while (const std::size_t read = std::fread(block.data(), 1, block.size(), output_)) {
+            rest.output.append(block.data(), read);
+        }
+        rest.code = Wait();
+        return rest;
+    }
+
+    /// On Windows every signal is a Ctrl-C, since Wine knows no Ctrl-Break.
+    bool Signal(int signal);
+
+ private:
+    int Wait();
+
+    FILE* output_ = nullptr;
+    std::intptr_t process_ = 0;  // 0: it has ended
+};
+
+inline Outcome RunTool(const std::string& arguments, const std::string& environment) {
+    static int runs = 0;  // Windows keeps a name as long as anybody has the file open
+    const std::string errors = OwnFile((std::to_string(++runs) + "-errors.txt").c_str());
+    Outcome outcome = CRunningTool(arguments, environment, errors).End();
     std::ifstream stream(errors);
     outcome.output.append(std::istreambuf_iterator<char>(stream), {});
+    stream.close();
     std::remove(errors.c_str());
     return outcome;
 }
@@ -64,57 +99,6 @@ inline std::string LocalAddress(std::uint16_t port) {
 inline std::string AddressOf(const camera_sim::CCamera& camera) {
     return LocalAddress(camera.Port());
 }
-
-/// The tool while it runs, standard error among its output; what remains of it is killed.
-class CRunningTool {
- public:
-    CRunningTool(const std::string& arguments, const std::string& environment)
-        : pipe_(popen((environment + " " + ONVIFCTL + " " + arguments +
-                       " 2>&1 & echo $!; wait $!; echo ended $?")
-                          .c_str(),
-                      "r")),
-          id_(std::stoi(Line())) {}
-
-    ~CRunningTool() {
-        if (!ended_) {
-            kill(id_, SIGKILL);
-        }
-        pclose(pipe_);
-    }
-
-    CRunningTool(const CRunningTool&) = delete;
-    CRunningTool& operator=(const CRunningTool&) = delete;
-
-    /// Waits for a line.
-    std::string Line() {
-        std::array<char, 4096> line = {};
-        if (std::fgets(line.data(), static_cast<int>(line.size()), pipe_) == nullptr) {
-            return kNoMore;
-        }
-        ended_ = ended_ || std::string(line.data()).starts_with("ended ");
-        return line.data();
-    }
-
-    /// Waits for the last line, "ended CODE". The library may log an exchange that was broken off
-    /// before it.
-    std::string LastLine() {
-        std::string line = Line();
-        while (!ended_ && line != kNoMore) {
-            line = Line();
-        }
-        return line;
-    }
-
-    /// False when it has ended already.
-    bool Signal(int signal) { return !ended_ && kill(id_, signal) == 0; }
-
- private:
-    static constexpr const char* kNoMore = "(no more)";
-
-    FILE* pipe_;
-    bool ended_ = false;
-    int id_;
-};
 
 }  // namespace client_test
 

@@ -1,24 +1,24 @@
 #include <gtest/gtest.h>
-#include <signal.h>
-#include <unistd.h>
-
-#include <array>
-#include <chrono>
+#include <csignal>
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
-#include <thread>
 #include <utility>
 #include <vector>
 
+#include "support/Await.h"
 #include "support/ClosedPort.h"
 #include "system/Tool.h"
 
 namespace client_test {
 namespace {
 
+std::filesystem::path PathOf(const std::string& text) {
+    return std::u8string(text.begin(), text.end());
+}
+
 std::string ReadFile(const std::string& file) {
-    std::ifstream stream(file, std::ios::binary);
+    std::ifstream stream(PathOf(file), std::ios::binary);
     return {std::istreambuf_iterator<char>(stream), {}};
 }
 
@@ -32,6 +32,7 @@ TEST(Onvifctl, ItsExitCodesAndOutputTellWhatHappened) {
     const CClosedPort nobody;
     const std::string closed = LocalAddress(nobody.Port());
     const std::string at = AddressOf(camera);
+    const auto& abroad = host.Add({.user = "J\xC3\xBC", .password = "\xE2\x82\xAC"});
     const std::string file = OwnFile("request.xml");
     std::ofstream(file) << "<Set><manualAlarmout><token>Relay_1</token><active>1</active>"
                            "</manualAlarmout></Set>";
@@ -50,14 +51,18 @@ TEST(Onvifctl, ItsExitCodesAndOutputTellWhatHappened) {
          {"get " + at, 2, "no command"},
          {"get " + at + " --index 1", 2, "before any command"},
          {"get " + at + " profile --index", 2, "has no value"},
-         {"get " + at + " '<x>'", 2, "not a name"},
+         {"get " + at + " 'x<y'", 2, "not a name"},
          {"get " + at + " devInfo --format yaml", 2, "yaml"},
          {"set " + at + " -f /nonexistent", 2, "cannot read"},
          {"send " + at + " " ONVIFCTL, 2, "not a request document"},
          {"get 127.0.0.1:0 devInfo", 2, "HOST:PORT"},
          {"", 2, "subcommand", ""},
          {"get " + at + " devInfo", 3, "refuses", "ONVIF_USER=admin ONVIF_PASSWORD=wrong"},
+         {"get " + AddressOf(abroad) + " devInfo", 0, "<model>",
+          "ONVIF_USER=J\xC3\xBC ONVIF_PASSWORD=\xE2\x82\xAC"},
          {"get " + closed + " devInfo", 4, "does not answer"},
+         {"get " + at + " devInfo", 0, "there is no extension keep-clok",
+          std::string(kRight) + " ONVIF_CLIENT_LOG=info ONVIF_CLIENT_EXTENSIONS=keep-clok"},
          {"get --help", 0, "Examples:", ""}});
     EXPECT_TRUE(camera.State().relays[0].active);
     EXPECT_TRUE(camera.State().relays[1].active);
@@ -138,15 +143,18 @@ TEST(Onvifctl, PicturesAndStreams) {
     for (const char* model : {"dome", "fixed"}) {
         camera_sim::CCamera& camera = host.Add({.model = model});
         const std::string at = AddressOf(camera);
-        const std::string file = OwnFile("picture.jpg");
+        const std::string file = OwnFile("\xC3\xA4\xE2\x82\xAC.jpg");
         const std::string snapshot = "snapshot " + at + " -o ";
         ExpectRuns({{snapshot + file + " --index 1", 0, " bytes"}});
         const std::string picture = ReadFile(file);
         EXPECT_TRUE(picture.starts_with("\xFF\xD8") && picture.ends_with("\xFF\xD9"));
-        EXPECT_NE(RunTool(snapshot + "-", kRight).output.find("\xFF\xD9"), std::string::npos);
+        const std::string bytes = "BM\r\n\n\x1A\x80";  // texts would change on the way
+        camera.Inject(
+            "http:snapshot",
+            {.kind = camera_sim::Fault::Kind::kRawReply, .remaining = 1, .reply = kHead + bytes});
+        EXPECT_EQ(RunTool(snapshot + "-", kRight).output, bytes + "onvifctl: 7 bytes\n");
 
         ExpectRuns({{snapshot + "/nonexistent/x", 6, "cannot write"},
-                    {snapshot + "- >/dev/full", 6, "cannot write"},
                     {snapshot + file + " --index 9", 1, "no picture"},
                     {"stream " + at, 0, "0  Profile_1  MainStream"},
                     {"stream " + at + " --index 9", 1, "failed"}});
@@ -155,22 +163,20 @@ TEST(Onvifctl, PicturesAndStreams) {
         demo.append(at).append(" --change ").append(folder);
         ExpectRuns({{demo, 0, "after.jpg"}});
         EXPECT_NE(ReadFile(folder + "/before.jpg"), ReadFile(folder + "/after.jpg"));
-        const std::string limited = kRight + std::string(" sh -c 'ulimit -f 1; exec \"$@\"' sh");
-        EXPECT_EQ(RunTool(snapshot + folder + "/large.jpg", limited).code, 6);
         EXPECT_EQ(std::filesystem::remove_all(folder), 3U) << "the two pictures of the demo";
-        for (const char* bytes : {"<HTML>\x1B[2J", "\x9B", "BM", "\xFF\xD8\xFF"}) {
+        for (const char* reply : {"<HTML>\x1B[2J", "\x9B", "BM", "\xFF\xD8\xFF"}) {
             camera.Inject("http:snapshot", {.kind = camera_sim::Fault::Kind::kRawReply,
                                             .remaining = 1,
-                                            .reply = kHead + bytes});
+                                            .reply = kHead + reply});
         }
-        ExpectRuns({{snapshot + "/dev/null", 1, "an HTML page: <HTML>\\x1B[2J\n"},
-                    {snapshot + "/dev/null", 1, "but this: \\x9B\n"},
-                    {snapshot + "/dev/null", 0, "2 bytes"},
-                    {snapshot + "/dev/null", 1, "ended early, after 3 bytes"}});
+        ExpectRuns({{snapshot + kNowhere, 1, "an HTML page: <HTML>\\x1B[2J\n"},
+                    {snapshot + kNowhere, 1, "but this: \\x9B\n"},
+                    {snapshot + kNowhere, 0, "2 bytes"},
+                    {snapshot + kNowhere, 1, "ended early, after 3 bytes"}});
         camera.Inject("http:snapshot", {.kind = camera_sim::Fault::Kind::kTruncate, .bytes = 2000});
         ExpectRuns({{snapshot + file, 1, ""}});
         EXPECT_EQ(ReadFile(file), picture) << "a failure keeps what was there";
-        std::remove(file.c_str());
+        std::filesystem::remove(PathOf(file));
         EXPECT_EQ(RunTool("stream " + at + " --index 1", kRight).output,
                   "rtsp://127.0.0.1:554/stream/Profile_2\n");
     }
@@ -190,10 +196,6 @@ TEST(Onvifctl, DevicesControlNeitherTheTerminalNorTheSizeOfTables) {
     const std::string get = "get " + AddressOf(camera) + " ";
     ExpectRuns({{get + "devInfo", 0, ">a\tb\x7F\xEF\xBF\xBD\xC2\x9B\xEF\xBF\xBD\xC3\xA9</model>\n"},
                 {get + "devInfo --format table", 0, "a b\\x7F\xEF\xBF\xBD\\u009B"}});
-    const std::string terminal = " sh -c 'script -qec \"$*\" /dev/null </dev/null' sh";
-    const std::string shown = RunTool(get + "devInfo", kRight + terminal).output;
-    EXPECT_NE(shown.find("a\tb\\x7F\xEF\xBF\xBD\\u009B\xEF\xBF\xBD\xC3\xA9</model>\r\n"),
-              std::string::npos);
 
     std::string presets = "<Preset token='" + std::string(10000, 'x') + "'/>";
     std::string tours = "<PresetTour>";
@@ -230,9 +232,9 @@ TEST(Onvifctl, DomesMoveByNamesOfPresetsAndTours) {
          {ptz + "preset list", 0, "Preset_4  Gate      0.6   -0.2  0.4\n"},
          {ptz + "preset goto Yard", 2, "no preset 'Yard'"},
          {ptz + "tour add Night Gate:5 Yard", 2, "no preset 'Yard'"},
-         {ptz + "tour add Night Gate:5 Preset_1", 0, "Tour_5\n"},
-         {ptz + "tour start Night", 0, ""},
-         {ptz + "tour list", 0, "Tour_5  Night  Touring  Preset_4:5 Preset_1:10\n"},
+         {ptz + "tour add N\xC3\xA4hte Gate:5 Preset_1", 0, "Tour_5\n"},
+         {ptz + "tour start N\xC3\xA4hte", 0, ""},
+         {ptz + "tour list", 0, "Tour_5  N\xC3\xA4hte  Touring  Preset_4:5 Preset_1:10\n"},
          {ptz + "tour pause Tour_5", 0, ""},
          {ptz + "tour remove --literal Tour_3", 1, ""},
          {ptz + "tour remove Tour_3", 0, ""},
@@ -246,12 +248,10 @@ TEST(Onvifctl, ASignalEndsATimedMoveWithAStop) {
     camera_sim::CCameraHost host;
     camera_sim::CCamera& camera = host.Add({});
     CRunningTool tool("ptz " + AddressOf(camera) + " move 10 0 --for 3000", kRight);
-    for (int i = 0; i < 20000 && camera.Count("ContinuousMove") == 0; ++i) {
-        std::this_thread::sleep_for(std::chrono::milliseconds(1));
-    }
-    EXPECT_TRUE(tool.Signal(SIGTERM));
+    EXPECT_TRUE(Await([&] { return camera.Count("ContinuousMove") > 0; }));
+    EXPECT_TRUE(tool.Signal(SIGINT));
     EXPECT_EQ(tool.Line(), "onvifctl: stopped by a signal\n");
-    EXPECT_EQ(tool.Line(), "ended 143\n");
+    EXPECT_EQ(tool.End().code, 130);
     EXPECT_EQ(camera.Count("Stop"), 1U);
 }
 

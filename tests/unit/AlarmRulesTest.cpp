@@ -4,6 +4,7 @@
 #include <latch>
 #include <new>
 #include <regex>
+#include <stdexcept>
 #include <utility>
 
 #include "events/ControlLoop.h"
@@ -75,7 +76,8 @@ class ControlLoop : public testing::Test {
  protected:
     std::shared_ptr<EventDeviceRecord> Add(std::uint32_t loginId, CExtensions extensions = {}) {
         auto record = std::make_shared<EventDeviceRecord>(
-            sessions_, loginId, &observer_, "http://h/" + std::to_string(loginId), "", extensions);
+            sessions_, loginId, &observer_, "http://h/" + std::to_string(loginId),
+            "h" + std::to_string(loginId), extensions);
         record->EndSubscribing(kSubscribed);
         devices_.Put(record);
         return record;
@@ -337,6 +339,28 @@ TEST_F(ControlLoop, AFirstSubscriptionInTheBackgroundIsDueAtOnceAndPulledFromLat
     Subscribe(*record, sessions_);
     record->Unclaim();
     EXPECT_EQ(PassAfter(0), "pull1 ");
+}
+
+TEST_F(ControlLoop, TheLogTellsOnceWhatChangesAtWhichDevice) {
+    const auto record = Add(1);
+    testing::internal::CaptureStderr();
+    for (const char step : std::string("smrrmrssffs")) {
+        if (step == 's' || step == 'f') {
+            record->EndSubscribing(step == 's' ? std::optional(kSubscribed) : std::nullopt);
+        } else {
+            const auto outcome = step == 'r' ? PullOutcome::kRefused : PullOutcome::kMessages;
+            record->OnPullAnswer({{{kMotion, true}}, "", 0, outcome});
+        }
+    }
+    observer_.meanwhile = [] { throw std::runtime_error("an application's"); };
+    tasks_.withoutMemory = true;
+    PassAfter(0, 100);
+    EXPECT_EQ(std::regex_replace(testing::internal::GetCapturedStderr(),
+                                 std::regex("[-0-9]{10} [:.0-9]{12} (info|error) OnvifEvent "), ""),
+              "h1: pulls are paced\nh1: pulls go on at once\nh1: pulls are paced\n"
+              "h1: pulls go on at once\nh1: the subscription is lost\n"
+              "h1: the subscription stands again\nASSERT: an observer threw (h1)\n"
+              "ASSERT: a visit threw (h1)\n");
 }
 
 TEST_F(ControlLoop, AVisitWithoutMemoryIsMadeUpForLater) {

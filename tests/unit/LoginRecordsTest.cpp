@@ -133,9 +133,11 @@ TEST(Login, EndsWithoutAReplyOnceItsExchangesHaveTakenFortySeconds) {
     const std::string reply = Reply(
         "GetServicesResponse{" + Service("/ver10/media/wsdl", "") + Service("/imaging/wsdl", "") +
         "} GetProfilesResponse{Profiles(token=P){VideoSourceConfiguration{SourceToken=S}}}");
-    // How long the first takes, which is silent, the status, how many come.
-    const unsigned int cases[][4] = {{39999, 2, 0, 8}, {40000, 2, 5, 2}, {40000, 6, 5, 6},
-                                     {39999, 8, 0, 8}, {40000, 8, 5, 8}, {90000, 9, 0, 8}};
+    // How long the first takes, which is silent, the status, how many come, how long the list of
+    // services is.
+    const unsigned int cases[][5] = {
+        {39999, 2, 0, 8, 0}, {40000, 2, 5, 2, 0}, {40000, 6, 5, 6, 0},  {39999, 8, 0, 8, 0},
+        {40000, 8, 5, 8, 0}, {90000, 9, 0, 8, 0}, {0, 99, 0, 8, 30720}, {0, 99, 0, 19, 30721}};
     for (const auto& each : cases) {
         client_test::CMovedClock clock;
         const CScopedClock replaced(clock);
@@ -143,7 +145,11 @@ TEST(Login, EndsWithoutAReplyOnceItsExchangesHaveTakenFortySeconds) {
         client_test::CScriptedPeer peer([&](client_test::CPeerConnection& connection) {
             connection.Read(1);
             clock.ticks += ++exchanges == 1 ? each[0] : 0;
-            connection.Send(exchanges == each[1] ? "" : reply);
+            std::string sent = exchanges == each[1] ? "" : reply;
+            if (exchanges == 4 && sent.size() < each[4]) {
+                sent.insert(sent.rfind("</"), each[4] - sent.size(), ' ');
+            }
+            connection.Send(sent);
         });
         WIRELINK_Initial(1, 1, nullptr, 0);
         EXPECT_EQ(CHttpClient("u", "p", "127.0.0.1", peer.Port()).Login(), each[2]) << each[1];

@@ -94,9 +94,6 @@ TEST(ContentTypes, ThePathOfTheRequestChooses) {
         EXPECT_EQ(RequestPath(each.requestLine), each.path);
         EXPECT_EQ(ContentTypeOf(each.path), each.type) << each.path;
     }
-    EXPECT_EQ(BuildEmptyReply("subscription_0"),
-              "HTTP/1.1 200 OK\r\nContent-type: text/xml\r\nContent-Length: 0\r\n"
-              "Connection: close\r\nAuthInfo: \r\n\r\n");
 }
 
 /// Every item as topic, "+" or "-" for its state, reference and a semicolon; before them the

@@ -11,18 +11,22 @@
 #include "client/HttpClient.h"
 #include "platform/Clock.h"
 #include "platform/Wirelink.h"
+#include "support/DroppingPort.h"
 #include "support/ScriptedPeer.h"
+#include "support/System.h"
 
 namespace onvif_client {
 namespace {
 
 using client_test::CPeerConnection;
 using client_test::CScriptedPeer;
+using client_test::SetVariable;
 
-/// Time that passes where it is to, by sleeping only: waits of seconds take milliseconds.
+/// Time that passes where it is to, by sleeping only: waits of seconds take milliseconds. Or by
+/// looking, where somebody waits without sleeping.
 class CSleptClock final : public IClock {
  public:
-    std::uint32_t TickCount() const override { return slept_; }
+    std::uint32_t TickCount() const override { return slept_ += perLook; }
     std::int64_t CalendarSeconds() const override { return 0; }
     void Sleep(std::uint32_t milliseconds) const override {
         slept_ += passes ? milliseconds : 0;
@@ -30,6 +34,7 @@ class CSleptClock final : public IClock {
     }
     std::uint32_t Slept() const { return slept_; }
     bool passes = false;
+    std::uint32_t perLook = 0;
 
  private:
     mutable std::atomic<std::uint32_t> slept_ = 0;
@@ -42,7 +47,7 @@ struct Answer {
 };
 
 [[maybe_unused]] const bool kLogIsOrdinary =
-    unsetenv("ONVIF_CLIENT_LOG") == 0 && unsetenv("ONVIF_CLIENT_LOG_FILE") == 0;
+    SetVariable("ONVIF_CLIENT_LOG", nullptr) && SetVariable("ONVIF_CLIENT_LOG_FILE", nullptr);
 
 const std::string kOk = "HTTP/1.1 200 OK\r\nContent-Length: ";
 const std::string kUnauthorized = "HTTP/1.1 401 Unauthorized\r\nWWW-Authenticate: ";
@@ -220,6 +225,10 @@ TEST_F(SnapshotDownload, EndsWithoutADevice) {
     EXPECT_GT(clock_.Slept(), 10000U);
     EXPECT_LT(clock_.Slept(), 12000U);
     EXPECT_EQ(FetchFrom(1), "(none)");  // nobody listens
+    clock_.perLook = 1000;
+    const std::uint32_t before = clock_.Slept();
+    EXPECT_EQ(FetchFrom(client_test::CDroppingPort().Port()), "(none)");
+    EXPECT_LE(clock_.Slept() - before, 16000U) << "what cannot be sent to is not read from";
     WIRELINK_Quit();
     EXPECT_EQ(FetchFrom(1), "(none)");
 }

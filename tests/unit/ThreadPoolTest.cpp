@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "common/ThreadPool.h"
+#include "support/System.h"
 
 namespace onvif_client {
 namespace {
@@ -58,10 +59,15 @@ class CBlockedTasks {
 TEST(ThreadPool, WakesTheSmallestIdleWorkerAndGrowsToTen) {
     CBlockedTasks tasks;
     CThreadPool pool;
+    const CorekitThreadHandle younger =
+        COREKIT_CreateRunOneThread([](void*) {}, nullptr, false, "", 0, "");
     for (int i = 0; i < 10; ++i) {
         tasks.Add(pool);
     }
     const auto workers = tasks.Workers();
+    EXPECT_LT(workers[4], COREKIT_GetThreadID(younger)) << "five are there from the start";
+    EXPECT_GT(workers[5], COREKIT_GetThreadID(younger));
+    COREKIT_DestroyThread(younger, "", 0);
     EXPECT_TRUE(std::is_sorted(workers.begin(), workers.end()));
     EXPECT_EQ(std::adjacent_find(workers.begin(), workers.end()), workers.end());
     EXPECT_EQ(pool.WaitingTasks(), 0U);
@@ -123,9 +129,10 @@ TEST(ThreadPool, LosesNoTaskAndRunsNoneTwice) {
         std::this_thread::yield();
     }
     std::this_thread::sleep_for(std::chrono::milliseconds(50));
-    const std::clock_t used = std::clock();
+    const auto used = client_test::ProcessorTime();
     std::this_thread::sleep_for(std::chrono::milliseconds(200));
-    EXPECT_LT(std::clock() - used, CLOCKS_PER_SEC / 10) << "idle workers use the processor";
+    EXPECT_LT(client_test::ProcessorTime() - used, std::chrono::milliseconds(100))
+        << "idle workers use the processor";
     pool.Stop();
     EXPECT_EQ(runs, 4000);
 }

@@ -5,6 +5,7 @@
 
 #include "Printable.h"
 #include "ResultTable.h"
+#include "system/Environment.h"
 
 namespace onvifctl {
 
@@ -27,6 +28,16 @@ const std::vector<std::string> kExtensions = {
 
 }  // namespace
 
+ConnectionOptions CredentialsOfEnvironment() {
+    ConnectionOptions options;
+    options.user = Variable("ONVIF_USER");
+    const std::string password = Variable("ONVIF_PASSWORD");
+    if (!password.empty()) {
+        options.password = password;
+    }
+    return options;
+}
+
 CLI::App* AddCommandForMany(CLI::App& app, CommandLine& line, const char* name,
                             const std::string& description,
                             const std::vector<std::string>& examples) {
@@ -39,9 +50,10 @@ CLI::App* AddCommandForMany(CLI::App& app, CommandLine& line, const char* name,
                     "\nUser and password may also come from the environment (ONVIF_USER,"
                     " ONVIF_PASSWORD); a missing"
                     "\npassword is asked for when standard input is a terminal.\n");
-    command->add_option("-u,--user", line.connection.user, "User name")->envname("ONVIF_USER");
+    command->add_option("-u,--user", line.connection.user, "User name")
+        ->type_name("TEXT (Env:ONVIF_USER)");
     command->add_option("-p,--password", line.connection.password, "Password")
-        ->envname("ONVIF_PASSWORD");
+        ->type_name("TEXT (Env:ONVIF_PASSWORD)");
     command->add_flag("-v,--verbose", line.connection.verbose,
                       "Show the library's log and traces on standard error");
     auto* extensions = command->add_option_function<std::vector<std::string>>(

@@ -8,14 +8,17 @@
 #include <vector>
 
 #include "Connection.h"
+#include "DataOutput.h"
 #include "ExitCode.h"
-#include "StandardStreams.h"
 
 namespace onvifctl {
 
+/// From ONVIF_USER and ONVIF_PASSWORD, where they are set.
+ConnectionOptions CredentialsOfEnvironment();
+
 /// What one run of the tool was told, and how it ended.
 struct CommandLine {
-    ConnectionOptions connection;
+    ConnectionOptions connection = CredentialsOfEnvironment();
     bool table = false;
     ExitCode code = ExitCode::kDone;
 };

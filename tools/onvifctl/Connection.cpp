@@ -1,17 +1,15 @@
 #include "Connection.h"
 
-#include <arpa/inet.h>
-#include <netdb.h>
-
 #include <charconv>
-#include <cstdlib>
 #include <memory>
 
 #include "ExitCode.h"
 #include "Picture.h"
 #include "RequestDocument.h"
-#include "StandardStreams.h"
 #include "onvif_client/OnvifClient.h"
+#include "system/Environment.h"
+#include "system/HostName.h"
+#include "system/StandardStreams.h"
 
 namespace onvifctl {
 
@@ -37,20 +35,12 @@ Address ParseAddress(const std::string& host) {
     return address;
 }
 
-/// The dotted IPv4 address of a name.
 std::string Resolve(const std::string& name) {
-    addrinfo wanted = {};
-    wanted.ai_family = AF_INET;
-    wanted.ai_socktype = SOCK_STREAM;
-    addrinfo* found = nullptr;
-    if (getaddrinfo(name.c_str(), nullptr, &wanted, &found) != 0) {
+    const auto address = DottedAddressOf(name);
+    if (!address) {
         throw CFailure(ExitCode::kUnreachable, "no IPv4 address is known for '" + name + "'");
     }
-    const std::unique_ptr<addrinfo, decltype(&freeaddrinfo)> owned(found, &freeaddrinfo);
-    char dotted[INET_ADDRSTRLEN] = {};
-    const auto* address = reinterpret_cast<const sockaddr_in*>(found->ai_addr);
-    inet_ntop(AF_INET, &address->sin_addr, dotted, sizeof dotted);
-    return dotted;
+    return *address;
 }
 
 CFailure LoginFailure(unsigned int error, const std::string& host) {
@@ -83,14 +73,17 @@ std::string PasswordFor(const ConnectionOptions& options) {
 
 CStartedLibrary::CStartedLibrary(const ConnectionOptions& options) {
     // Standard output is for data.
-    setenv("ONVIF_CLIENT_TRACE", options.verbose ? "stderr" : "off", 0);
-    setenv("ONVIF_CLIENT_EXTENSIONS", options.extensions.value_or("all").c_str(),
-           options.extensions ? 1 : 0);
+    SetMissingVariable("ONVIF_CLIENT_TRACE", options.verbose ? "stderr" : "off");
+    if (options.extensions) {
+        SetVariable("ONVIF_CLIENT_EXTENSIONS", *options.extensions);
+    } else {
+        SetMissingVariable("ONVIF_CLIENT_EXTENSIONS", "all");
+    }
     if (!options.verbose) {
-        setenv("ONVIF_CLIENT_LOG", "error", 0);
+        SetMissingVariable("ONVIF_CLIENT_LOG", "error");
     }
     // The tool pulls its events: nobody else needs to reach it.
-    setenv("ONVIF_CLIENT_LISTEN_ADDRESS", "127.0.0.1", 0);
+    SetMissingVariable("ONVIF_CLIENT_LISTEN_ADDRESS", "127.0.0.1");
     ONVIF_CLIENT_Initial();
 }
 

@@ -1,6 +1,5 @@
 // The subcommand demo: a guided tour of a device, which changes it only when told to.
 #include <algorithm>
-#include <filesystem>
 #include <memory>
 #include <utility>
 
@@ -9,6 +8,7 @@
 #include "OutputFile.h"
 #include "RequestDocument.h"
 #include "ResultDocument.h"
+#include "system/FilePath.h"
 
 namespace onvifctl {
 
@@ -40,7 +40,7 @@ ExitCode ShowAround(const Session& session) {
 }
 
 void SavePicture(const Session& session, const std::string& folder, const char* name) {
-    const std::string file = (std::filesystem::path(folder) / name).string();
+    const std::string file = TextOf(PathOf(folder) / name);
     const std::string picture = session.connection.Picture(0);
     WriteWholeFile(file, picture);
     session.output.Write(file + ": " + std::to_string(picture.size()) + " bytes\n");
@@ -76,7 +76,7 @@ ExitCode WriteOnThePicture(const Session& session) {
 }
 
 ExitCode ChangeThePicture(const Session& session, const std::string& folder) {
-    std::filesystem::create_directories(folder);
+    std::filesystem::create_directories(PathOf(folder));
     Head(session, "A picture before");
     SavePicture(session, folder, "before.jpg");
     constexpr std::pair<const char*, ExitCode (*)(const Session&)> kSteps[] = {

@@ -1,6 +1,4 @@
 // The subcommands about pictures and streams: snapshot and stream.
-#include <unistd.h>
-
 #include <cstdlib>
 #include <memory>
 #include <optional>
@@ -11,6 +9,7 @@
 #include "RequestDocument.h"
 #include "ResultDocument.h"
 #include "ResultTable.h"
+#include "system/StandardStreams.h"
 
 namespace onvifctl {
 
@@ -23,7 +22,7 @@ struct SnapshotArguments {
 
 void Snapshot(const CommandLine& line, const SnapshotArguments& arguments) {
     const bool toOutput = arguments.file == "-";
-    if (toOutput && isatty(STDOUT_FILENO) != 0) {
+    if (toOutput && OutputIsTerminal()) {
         throw CFailure(ExitCode::kUsage, "a picture is nothing for a terminal: name a file");
     }
     const Session session(line.connection);

@@ -1,16 +1,16 @@
 #include "OutputFile.h"
 
-#include <unistd.h>
-
 #include <algorithm>
 #include <chrono>
-#include <csignal>
 #include <filesystem>
 #include <fstream>
 #include <functional>
+#include <optional>
 
 #include "ExitCode.h"
-#include "Interruption.h"
+#include "system/Environment.h"
+#include "system/FilePath.h"
+#include "system/Interruption.h"
 
 namespace onvifctl {
 
@@ -34,7 +34,8 @@ bool Write(const fs::path& path, std::string_view bytes, const std::function<boo
 
 /// Puts a whole file into the place of what is there, if anything.
 bool Replace(const fs::path& target, std::string_view bytes) {
-    const fs::path temporary = target.string() + "." + std::to_string(getpid()) + ".part";
+    fs::path temporary = target;
+    temporary += "." + std::to_string(ProcessId()) + ".part";
     // A signal that ended the tool at once would leave the temporary file.
     CInterruption interruption;
     int signal = 0;
@@ -54,7 +55,7 @@ bool Replace(const fs::path& target, std::string_view bytes) {
     }
     interruption.LetSignalsGo();
     if (interrupted()) {
-        std::raise(signal);
+        EndBySignal(signal);
     }
     return written;
 }
@@ -62,17 +63,11 @@ bool Replace(const fs::path& target, std::string_view bytes) {
 }  // namespace
 
 void WriteWholeFile(const std::string& file, std::string_view bytes) {
+    const fs::path path = PathOf(file);
     std::error_code error;
-    const fs::file_status present = fs::status(file, error);
-    error.clear();  // a file that is not there yet is no error
-    bool written = false;
-    if (fs::exists(present) && !fs::is_regular_file(present)) {
-        written = Write(file, bytes, [] { return false; });
-    } else {
-        // A link stays one: what it points to is replaced.
-        const fs::path target = fs::exists(present) ? fs::canonical(file, error) : fs::path(file);
-        written = !error && Replace(target, bytes);
-    }
+    const std::optional<fs::path> target = FileToReplace(path, error);
+    const bool written =
+        target ? !error && Replace(*target, bytes) : Write(path, bytes, [] { return false; });
     if (!written) {
         throw CFailure(ExitCode::kNoOutput, "cannot write '" + file + "'");
     }

@@ -9,8 +9,8 @@
 namespace onvifctl {
 
 /// Writes a file by way of a temporary one beside it, so that a failure leaves what was there
-/// before, and nothing else; so does a signal that ends the tool meanwhile (Interruption.h: no
-/// other may be alive). What is no regular file (a pipe, a device) is written directly. Throws
+/// before, and nothing else; so does a signal that ends the tool meanwhile (system/Interruption.h:
+/// no other may be alive). What is no regular file (a pipe, a device) is written directly. Throws
 /// CFailure when it cannot be written.
 void WriteWholeFile(const std::string& file, std::string_view bytes);
 

@@ -4,12 +4,12 @@
 #include <optional>
 
 #include "CommandLine.h"
-#include "Interruption.h"
 #include "NamedItems.h"
 #include "Printable.h"
 #include "PtzTours.h"
 #include "RequestDocument.h"
 #include "ResultTable.h"
+#include "system/Interruption.h"
 
 namespace onvifctl {
 
@@ -79,7 +79,7 @@ void Move(const CommandLine& line, const MoveArguments& move) {
     }
     if (signal != 0) {
         Tell("stopped by a signal");
-        std::raise(signal);  // now that the dome stands, end as the signal wants
+        EndBySignal(signal);  // now that the dome stands, end as the signal wants
     }
 }
 

@@ -10,6 +10,7 @@
 #include <sstream>
 
 #include "ExitCode.h"
+#include "system/FilePath.h"
 
 namespace onvifctl {
 
@@ -97,7 +98,7 @@ std::string ReadDocument(const std::string& file, const std::vector<std::string>
     if (file == "-") {
         text.assign(std::istreambuf_iterator<char>(std::cin), {});
     } else {
-        std::ifstream stream(file, std::ios::binary);
+        std::ifstream stream(PathOf(file), std::ios::binary);
         if (!stream) {
             throw Usage("cannot read '" + file + "'");
         }

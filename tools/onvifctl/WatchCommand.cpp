@@ -8,8 +8,8 @@
 
 #include "AlarmWatch.h"
 #include "CommandLine.h"
-#include "Interruption.h"
 #include "WatchDisplay.h"
+#include "system/Interruption.h"
 
 namespace onvifctl {
 

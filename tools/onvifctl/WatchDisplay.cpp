@@ -1,17 +1,15 @@
 #include "WatchDisplay.h"
 
-#include <time.h>
-
 #include <algorithm>
 #include <array>
 #include <cstdio>
-#include <cstdlib>
 #include <nlohmann/json.hpp>
 #include <set>
 
 #include "CommandLine.h"
 #include "Printable.h"
 #include "ResultTable.h"
+#include "system/Environment.h"
 
 namespace onvifctl {
 
@@ -20,13 +18,11 @@ namespace {
 using Clock = std::chrono::steady_clock;
 using std::chrono::milliseconds;
 
-/// "2026-11-21T14:05:09.123", by localtime_r or gmtime_r.
-std::string TimeText(std::chrono::system_clock::time_point time, tm* (*split)(const time_t*, tm*)) {
+/// "2026-11-21T14:05:09.123", by LocalTime or UtcTime.
+std::string TimeText(std::chrono::system_clock::time_point time, std::tm (*split)(std::time_t)) {
     const auto since = std::chrono::floor<milliseconds>(time.time_since_epoch());
     const auto seconds = std::chrono::floor<std::chrono::seconds>(since);
-    const time_t whole = seconds.count();
-    tm parts = {};
-    split(&whole, &parts);
+    const std::tm parts = split(seconds.count());
     std::array<char, 32> day = {};
     std::array<char, 8> fraction = {};
     std::strftime(day.data(), day.size(), "%Y-%m-%dT%H:%M:%S", &parts);
@@ -37,7 +33,7 @@ std::string TimeText(std::chrono::system_clock::time_point time, tm* (*split)(co
 
 std::string JsonLine(const AlarmChange& change, const std::string& camera) {
     using Json = nlohmann::ordered_json;
-    Json line = {{"time", TimeText(change.time, gmtime_r) + "Z"}, {"camera", camera}};
+    Json line = {{"time", TimeText(change.time, UtcTime) + "Z"}, {"camera", camera}};
     if (change.input) {
         line["kind"] = "alarm-input";
         line["input"] = *change.input;
@@ -107,7 +103,7 @@ class CLineDisplay : public CWatchDisplay {
         constexpr std::size_t kKindWidth = sizeof "alarm-input-1" - 1;
         const std::string kind =
             change.input ? "alarm-input-" + std::to_string(*change.input) : "motion";
-        return TimeText(change.time, localtime_r) + "  " + cameras_[change.camera] + "  " +
+        return TimeText(change.time, LocalTime) + "  " + cameras_[change.camera] + "  " +
                Padded(kind, kKindWidth) + "  " + (change.active ? "active" : "inactive") + "\n";
     }
 
@@ -177,7 +173,7 @@ class CLiveTable : public CWatchDisplay {
         for (const AlarmChange& change : news.changes) {
             Row& row = rows_[change.camera];
             row.remark.clear();
-            row.lastChange = TimeText(change.time, localtime_r);
+            row.lastChange = TimeText(change.time, LocalTime);
             if (!change.input) {
                 row.motion = change.active;
             } else if (change.active) {
@@ -239,10 +235,8 @@ class CLiveTable : public CWatchDisplay {
 };
 
 bool SuitsATable(const CDataOutput& output, std::size_t cameras) {
-    const char* kind = std::getenv("TERM");
     const auto size = output.Terminal();
-    return size && kind != nullptr && *kind != '\0' && kind != std::string("dumb") &&
-           CLiveTable::Fits(cameras, *size);
+    return size && CLiveTable::Fits(cameras, *size);
 }
 
 }  // namespace

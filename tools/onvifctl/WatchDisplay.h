@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "AlarmWatch.h"
-#include "StandardStreams.h"
+#include "DataOutput.h"
 
 namespace onvifctl {
 

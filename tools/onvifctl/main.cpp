@@ -1,8 +1,11 @@
 // onvifctl: asks and changes ONVIF devices from the command line.
-#include <csignal>
+#include <algorithm>
 
 #include "CommandLine.h"
 #include "onvif_client/Version.h"
+#include "system/Environment.h"
+#include "system/Interruption.h"
+#include "system/StandardStreams.h"
 
 namespace {
 
@@ -12,10 +15,11 @@ constexpr const char* kExitCodes =
     "\nExit codes: 0 done, 1 refused by the device, 2 bad usage, 3 wrong credentials,\n"
     "4 unreachable, 5 the login failed otherwise, 6 a result could not be written.\n";
 
-int Run(int argc, char** argv) {
+int Run(std::vector<std::string> words) {
     CLI::App app("Asks and changes ONVIF devices.", "onvifctl");
     app.set_version_flag("--version", "onvifctl " ONVIF_CLIENT_VERSION, "Print the version");
     app.require_subcommand(1);
+    app.allow_windows_style_options(false);  // "/tmp/x" is a file
     app.footer(kExitCodes);
     onvifctl::CommandLine line;
     onvifctl::AddRequestCommands(app, line);
@@ -25,7 +29,8 @@ int Run(int argc, char** argv) {
     onvifctl::AddWatch(app, line);
     onvifctl::AddDemo(app, line);
     try {
-        app.parse(argc, argv);
+        std::reverse(words.begin(), words.end());  // the parser takes them from the end
+        app.parse(std::move(words));
     } catch (const CLI::Success& help) {
         return app.exit(help);
     } catch (const CLI::ParseError& error) {
@@ -38,11 +43,10 @@ int Run(int argc, char** argv) {
 }  // namespace
 
 int main(int argc, char** argv) {
-    // A closed pipe and a full quota are exit codes like others.
-    std::signal(SIGPIPE, SIG_IGN);
-    std::signal(SIGXFSZ, SIG_IGN);
+    onvifctl::PrepareSignals();
+    onvifctl::PrepareStreams();
     try {
-        return Run(argc, argv);
+        return Run(onvifctl::Arguments(argc, argv));
     } catch (const onvifctl::CFailure& failure) {
         onvifctl::Tell(failure.what());
         return static_cast<int>(failure.Code());

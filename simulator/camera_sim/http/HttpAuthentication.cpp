@@ -1,19 +1,14 @@
 #include "camera_sim/http/HttpAuthentication.h"
 
-#include <openssl/evp.h>
-#include <openssl/rand.h>
-
 #include <algorithm>
-#include <array>
 #include <cctype>
 #include <charconv>
 #include <map>
 #include <optional>
-#include <stdexcept>
 #include <utility>
 #include <vector>
 
-#include "camera_sim/http/Base64.h"
+#include "camera_sim/system/Crypto.h"
 
 namespace camera_sim {
 namespace {
@@ -31,12 +26,13 @@ std::string Lower(std::string_view text) {
     return lower;
 }
 
-std::string Hex(const unsigned char* bytes, std::size_t size) {
+std::string Hex(std::string_view bytes) {
     constexpr std::string_view kDigits = "0123456789abcdef";
     std::string text;
-    for (std::size_t i = 0; i < size; ++i) {
-        text += kDigits[bytes[i] >> 4U];
-        text += kDigits[bytes[i] & 0xFU];
+    for (const char each : bytes) {
+        const auto byte = static_cast<unsigned char>(each);
+        text += kDigits[byte >> 4U];
+        text += kDigits[byte & 0xFU];
     }
     return text;
 }
@@ -44,25 +40,20 @@ std::string Hex(const unsigned char* bytes, std::size_t size) {
 /// A hash that Digest is computed with.
 struct Algorithm {
     std::string_view name;
-    const EVP_MD* (*function)();
+    Hash hash;
 
     /// Of the parts with colons between them.
-    std::string Hash(std::initializer_list<std::string_view> parts) const {
+    std::string Digest(std::initializer_list<std::string_view> parts) const {
         std::string joined;
         for (const std::string_view part : parts) {
             joined.append(part).append(":");
         }
-        std::array<unsigned char, EVP_MAX_MD_SIZE> digest{};
-        unsigned size = 0;
-        if (EVP_Digest(joined.data(), joined.size() - 1, digest.data(), &size, function(),
-                       nullptr) != 1) {
-            throw std::runtime_error(std::string(name) + " is not available");
-        }
-        return Hex(digest.data(), size);
+        joined.pop_back();
+        return Hex(HashOf(hash, joined));
     }
 };
-constexpr Algorithm kMd5{"MD5", EVP_md5};
-constexpr Algorithm kSha256{"SHA-256", EVP_sha256};
+constexpr Algorithm kMd5{"MD5", Hash::kMd5};
+constexpr Algorithm kSha256{"SHA-256", Hash::kSha256};
 
 /// Those that a scheme offers, the best first.
 std::vector<const Algorithm*> Offered(HttpScheme scheme) {
@@ -81,11 +72,7 @@ std::vector<const Algorithm*> Offered(HttpScheme scheme) {
 }
 
 std::string RandomText() {
-    std::array<unsigned char, kNonceBytes> bytes{};
-    if (RAND_bytes(bytes.data(), static_cast<int>(bytes.size())) != 1) {
-        throw std::runtime_error("no random numbers");
-    }
-    return Hex(bytes.data(), bytes.size());
+    return Hex(RandomBytes(kNonceBytes));
 }
 
 std::string Quoted(std::string_view text) {
@@ -202,16 +189,16 @@ struct CHttpAuthenticator::DigestFields {
 
     std::string Response(const Algorithm& algorithm, const HttpRequest& request,
                          const User& user) const {
-        const std::string who = algorithm.Hash({user.name, Get("realm"), user.password});
+        const std::string who = algorithm.Digest({user.name, Get("realm"), user.password});
         const std::string_view qop = Get("qop");
         const std::string what =
             qop == "auth-int"
-                ? algorithm.Hash({request.method, Get("uri"), algorithm.Hash({request.body})})
-                : algorithm.Hash({request.method, Get("uri")});
+                ? algorithm.Digest({request.method, Get("uri"), algorithm.Digest({request.body})})
+                : algorithm.Digest({request.method, Get("uri")});
         if (qop.empty()) {
-            return algorithm.Hash({who, Get("nonce"), what});
+            return algorithm.Digest({who, Get("nonce"), what});
         }
-        return algorithm.Hash({who, Get("nonce"), Get("nc"), Get("cnonce"), qop, what});
+        return algorithm.Digest({who, Get("nonce"), Get("nc"), Get("cnonce"), qop, what});
     }
 };
 

@@ -21,9 +21,9 @@ std::optional<std::string> CompressJpeg(const Picture& picture, int quality) {
     if (!compressor) {
         return std::nullopt;
     }
-    std::string file(tjBufSize(width, height, TJSAMP_420), '\0');
+    unsigned long size = tjBufSize(width, height, TJSAMP_420);
+    std::string file(size, '\0');
     auto* start = reinterpret_cast<unsigned char*>(file.data());
-    unsigned long size = file.size();
     const int failed =
         tjCompress2(compressor.get(), picture.pixels.data(), width, 0, height, TJPF_RGB, &start,
                     &size, TJSAMP_420, quality, TJFLAG_NOREALLOC | TJFLAG_ACCURATEDCT);

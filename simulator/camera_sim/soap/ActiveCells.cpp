@@ -4,7 +4,7 @@
 #include <climits>
 #include <cstddef>
 
-#include "camera_sim/http/Base64.h"
+#include "camera_sim/system/Crypto.h"
 
 namespace camera_sim {
 namespace {

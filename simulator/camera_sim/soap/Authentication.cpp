@@ -1,12 +1,9 @@
 #include "camera_sim/soap/Authentication.h"
 
-#include <openssl/evp.h>
-
-#include <array>
 #include <utility>
 
-#include "camera_sim/http/Base64.h"
 #include "camera_sim/soap/Times.h"
+#include "camera_sim/system/Crypto.h"
 
 namespace camera_sim {
 namespace {
@@ -25,10 +22,7 @@ std::string PasswordDigest(std::string_view nonce, std::string_view created,
     std::string input;
     input.reserve(nonce.size() + created.size() + password.size());
     input.append(nonce).append(created).append(password);
-    std::array<unsigned char, EVP_MAX_MD_SIZE> digest{};
-    unsigned size = 0;
-    EVP_Digest(input.data(), input.size(), digest.data(), &size, EVP_sha1(), nullptr);
-    return EncodeBase64({reinterpret_cast<const char*>(digest.data()), size});
+    return EncodeBase64(HashOf(Hash::kSha1, input));
 }
 
 Credentials CAuthenticator::Check(const XmlElement* header, const std::vector<User>& users,

@@ -1,12 +1,15 @@
 #include "camera_sim/soap/Values.h"
 
-#include <arpa/inet.h>
-
 #include <charconv>
 #include <cmath>
 #include <string>
+#include <utility>
+// Asio uses std::exchange without including it.
+#include <boost/asio/ip/address_v4.hpp>
+#include <boost/asio/ip/address_v6.hpp>
 
 namespace camera_sim {
+
 std::optional<int> ToInt(std::string_view text) {
     int value = 0;
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
@@ -36,13 +39,17 @@ std::optional<bool> ToBool(std::string_view text) {
 }
 
 bool IsIpv4(std::string_view text) {
-    in_addr address{};
-    return inet_pton(AF_INET, std::string(text).c_str(), &address) == 1;
+    boost::system::error_code error;
+    const auto address = boost::asio::ip::make_address_v4(text, error);
+    // Not every system refuses "127.1".
+    return !error && address.to_string() == text;
 }
 
 bool IsIpv6(std::string_view text) {
-    in6_addr address{};
-    return inet_pton(AF_INET6, std::string(text).c_str(), &address) == 1;
+    boost::system::error_code error;
+    boost::asio::ip::make_address_v6(text, error);
+    // Nor does every one refuse a port, and none does a zone.
+    return !error && text.find_first_of("[]%/") == std::string_view::npos;
 }
 
 }  // namespace camera_sim
