@@ -52,33 +52,40 @@ bool Refused(const std::string& reply) {
 }
 
 /// What comes back for two operations in turn; a client that ends its request is not kept waiting.
-std::string SpoiledReplies(const camera_sim::Spoiling& spoiling) {
+std::vector<std::string> SpoiledReplies(const camera_sim::Spoiling& spoiling) {
     camera_sim::CCameraHost host;
     camera_sim::CCamera& camera = host.Add(kOptions);
     EXPECT_TRUE(camera.Spoil(spoiling));
-    std::string replies;
+    std::vector<std::string> replies;
     for (int i = 0; i < 4; ++i) {
         const client_test::CRawClient client(camera.Port());
         client.Send(Http("POST", "/onvif/device_service",
                          Envelope(kDeviceNamespace, i % 2 == 0 ? "GetHostname" : "No")));
         client.EndSending();
-        replies += "|" + client.ReadToEnd();
+        replies.push_back(client.ReadToEnd());
     }
     return replies;
 }
 
 TEST(CameraSim, SpoilsRepliesByKindAndSeed) {
-    const std::string sound = SpoiledReplies({.kind = "none"});
+    const auto sound = SpoiledReplies({.kind = "none"});
     for (const auto& kind : camera_sim::SpoilKinds()) {
         SCOPED_TRACE(kind.name);
         const camera_sim::Spoiling spoiling = {.kind = std::string(kind.name), .seed = 3};
-        const std::string spoiled = SpoiledReplies(spoiling);
+        const auto spoiled = SpoiledReplies(spoiling);
+        EXPECT_EQ(SpoiledReplies({.kind = std::string(kind.name), .oneIn = 0}), sound);
+        if (kind.name.starts_with("reset-")) {
+            // A reset may overtake what was sent before it.
+            EXPECT_TRUE(std::equal(
+                sound.begin(), sound.end(), spoiled.begin(),
+                [](const auto& whole, const auto& part) { return whole.starts_with(part); }));
+            continue;
+        }
         EXPECT_EQ(spoiled, SpoiledReplies(spoiling));
         // Two of the kinds deliver everything, only not as a client likes it.
         const bool whole =
-            kind.name == "none" || kind.name == "drip" || kind.name.ends_with("-answered");
-        EXPECT_EQ(spoiled == sound, whole) << spoiled;
-        EXPECT_EQ(SpoiledReplies({.kind = std::string(kind.name), .oneIn = 0}), sound);
+            kind.name == "none" || kind.name == "drip" || kind.name == "silence-answered";
+        EXPECT_EQ(spoiled == sound, whole);
     }
     std::string error;
     for (const char* text : {"", "cuts", "cut:", "cut:x", "cut:1:", "cut:1:2:3", "cut:-1"}) {
