@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <iostream>
 
-#include "Printable.h"
-#include "ResultTable.h"
+#include "documents/ResultTable.h"
+#include "output/Printable.h"
 #include "system/Environment.h"
 
 namespace onvifctl {

@@ -8,8 +8,8 @@
 #include <vector>
 
 #include "Connection.h"
-#include "DataOutput.h"
 #include "ExitCode.h"
+#include "output/DataOutput.h"
 
 namespace onvifctl {
 

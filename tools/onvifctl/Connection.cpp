@@ -4,9 +4,9 @@
 #include <memory>
 
 #include "ExitCode.h"
-#include "Picture.h"
-#include "RequestDocument.h"
+#include "documents/RequestDocument.h"
 #include "onvif_client/OnvifClient.h"
+#include "picture/Picture.h"
 #include "system/Environment.h"
 #include "system/HostName.h"
 #include "system/StandardStreams.h"

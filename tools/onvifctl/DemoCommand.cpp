@@ -4,10 +4,10 @@
 #include <utility>
 
 #include "CommandLine.h"
-#include "NamedItems.h"
-#include "OutputFile.h"
-#include "RequestDocument.h"
-#include "ResultDocument.h"
+#include "documents/RequestDocument.h"
+#include "documents/ResultDocument.h"
+#include "output/OutputFile.h"
+#include "ptz/NamedItems.h"
 #include "system/FilePath.h"
 
 namespace onvifctl {

@@ -3,8 +3,8 @@
 #include <memory>
 
 #include "CommandLine.h"
-#include "RequestDocument.h"
-#include "RoundTrip.h"
+#include "documents/RequestDocument.h"
+#include "documents/RoundTrip.h"
 
 namespace onvifctl {
 

@@ -1,0 +1,22 @@
+#include "output/DataOutput.h"
+
+#include "ExitCode.h"
+#include "output/Printable.h"
+
+namespace onvifctl {
+
+void CDataOutput::Write(std::string_view text) const {
+    if (isTerminal_) {
+        WriteToTerminal(Printable(text, Lines::kMany));
+    } else {
+        WriteToTerminal(text);
+    }
+}
+
+void CDataOutput::WriteToTerminal(std::string_view text) const {
+    if (!WriteToOutput(text)) {
+        throw CFailure(ExitCode::kNoOutput, "cannot write to standard output");
+    }
+}
+
+}  // namespace onvifctl

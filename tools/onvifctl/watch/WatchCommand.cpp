@@ -1,0 +1,124 @@
+// The subcommand watch: the alarm states of cameras as they change.
+#include <algorithm>
+#include <array>
+#include <chrono>
+#include <iostream>
+#include <memory>
+#include <optional>
+
+#include "CommandLine.h"
+#include "system/Interruption.h"
+#include "watch/AlarmWatch.h"
+#include "watch/WatchDisplay.h"
+
+namespace onvifctl {
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+using std::chrono::milliseconds;
+
+struct WatchArguments {
+    std::vector<std::string> hosts;
+    std::optional<double> seconds;
+    bool json = false;
+};
+
+/// Host names from standard input, one per line; what follows a '#' is a comment.
+std::vector<std::string> ReadHosts() {
+    constexpr std::size_t kMostHosts = 10000;
+    constexpr const char* kBlanks = " \t\r\v\f";
+    std::vector<std::string> hosts;
+    std::array<char, 1024> buffer = {};
+    while (std::cin.getline(buffer.data(), buffer.size())) {
+        std::string line = buffer.data();
+        line.erase(std::min(line.find('#'), line.size()));
+        const std::size_t start = line.find_first_not_of(kBlanks);
+        if (start == std::string::npos) {
+            continue;
+        }
+        if (hosts.size() == kMostHosts) {
+            throw CFailure(ExitCode::kUsage, "standard input names too many hosts");
+        }
+        hosts.push_back(line.substr(start, line.find_last_not_of(kBlanks) + 1 - start));
+    }
+    if (!std::cin.eof()) {
+        throw CFailure(ExitCode::kUsage, "standard input has a line too long for a host name");
+    }
+    std::cin.clear();  // a terminal may still be asked for the password
+    if (hosts.empty()) {
+        throw CFailure(ExitCode::kUsage, "no HOST is given, nor any on standard input");
+    }
+    return hosts;
+}
+
+/// Shows what the watch learns until the time has passed, a signal comes or no camera is left.
+/// @return the worst of what the cameras had to say.
+ExitCode Follow(CAlarmWatch& watch, CWatchDisplay& display, const CInterruption& interruption,
+                std::size_t cameras, std::optional<Clock::time_point> end) {
+    ExitCode worst = ExitCode::kDone;
+    std::size_t failed = 0;
+    while (failed < cameras) {
+        milliseconds patience = display.Patience();
+        if (end) {
+            patience = std::min(patience, std::chrono::ceil<milliseconds>(*end - Clock::now()));
+        }
+        const bool interrupted = interruption.Wait(patience) != 0;
+        const AlarmNews news = watch.Take();
+        for (const LoginOutcome& login : news.logins) {
+            worst = Worse(worst, login.code);
+            failed += login.Failed() ? 1 : 0;
+        }
+        display.Show(news);
+        if (interrupted || (end && Clock::now() >= *end)) {
+            break;
+        }
+    }
+    display.Finish();
+    return worst;
+}
+
+ExitCode Watch(ConnectionOptions options, const WatchArguments& arguments) {
+    const auto hosts = arguments.hosts.empty() ? ReadHosts() : arguments.hosts;
+    std::vector<std::string> cameras(hosts.size());
+    std::transform(hosts.begin(), hosts.end(), cameras.begin(), FullAddress);
+    options.host = hosts.size() == 1 ? hosts[0] : std::to_string(hosts.size()) + " cameras";
+    options.password = PasswordFor(options);
+
+    // A log on the same terminal would tear a table apart.
+    const WatchFormat unlessJson = options.verbose ? WatchFormat::kLines : WatchFormat::kLive;
+    const CDataOutput output{};
+    CInterruption interruption;
+    const auto display =
+        MakeWatchDisplay(arguments.json ? WatchFormat::kJson : unlessJson, output, cameras);
+    std::optional<Clock::time_point> end;
+    if (arguments.seconds) {
+        end = Clock::now() + milliseconds(static_cast<std::int64_t>(*arguments.seconds * 1000));
+    }
+    CAlarmWatch watch(options, hosts, [&interruption] { interruption.Wake(); });
+    const ExitCode worst = Follow(watch, *display, interruption, hosts.size(), end);
+    interruption.LetSignalsGo();  // a second Ctrl-C ends what may still wait for a name server
+    return worst;
+}
+
+}  // namespace
+
+void AddWatch(CLI::App& app, CommandLine& line) {
+    auto arguments = std::make_shared<WatchArguments>();
+    CLI::App* watch = AddCommandForMany(
+        app, line, "watch",
+        "Show alarm states as they change, of one or many cameras: a live table on a terminal,\n"
+        "else a line per change with local time, camera, kind and state. Ends on Ctrl-C",
+        {"onvifctl watch 192.168.1.64", "onvifctl watch --json --for 60 gate:8000 192.168.1.64",
+         "onvifctl watch < hosts.txt >> alarms.txt"});
+    watch->add_option("HOST", arguments->hosts,
+                      "Addresses or names, with :PORT if not 80. Without any they are read from\n"
+                      "standard input, one per line; '#' begins a comment");
+    watch->add_flag("--json", arguments->json, "A JSON object per change, times in UTC");
+    constexpr double kTenYears = 10 * 366 * 24 * 3600.0;
+    watch->add_option("--for", arguments->seconds, "End after so many seconds")
+        ->check(CLI::Range(0.0, kTenYears));
+    watch->callback([&line, arguments] { line.code = Watch(line.connection, *arguments); });
+}
+
+}  // namespace onvifctl
