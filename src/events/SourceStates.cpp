@@ -80,9 +80,10 @@ void CSourceStates::Activate(const AlarmItem& item, Alarm alarm, std::uint32_t n
     const ActiveState news = {alarm, now, subscription_, pulse};
     const auto [place, added] = active_.try_emplace({item.topic, item.source}, news);
     if (!added) {
-        const bool wasPulse = place->second.pulse;
-        place->second = news;
-        place->second.pulse = pulse && wasPulse;  // a state is not shortened
+        ActiveState& state = place->second;  // goes on for the alarm that it began
+        state.ticks = now;
+        state.subscription = subscription_;
+        state.pulse = pulse && state.pulse;  // a state is not shortened
         return;
     }
     if (++activeSources_[alarm] == 1) {
