@@ -65,6 +65,7 @@ void AddPtzCommands(CLI::App& app, CommandLine& line);
 void AddImageCommands(CLI::App& app, CommandLine& line);
 void AddWatch(CLI::App& app, CommandLine& line);
 void AddDemo(CLI::App& app, CommandLine& line);
+void AddDoctor(CLI::App& app, CommandLine& line);
 
 /// The stream addresses of all profiles, a line each.
 ExitCode ShowStreams(const Session& session);

@@ -1,67 +1,32 @@
 #include "Connection.h"
 
-#include <charconv>
+#include <atomic>
 #include <memory>
 
 #include "ExitCode.h"
+#include "contact/Address.h"
+#include "contact/Advice.h"
+#include "contact/Probe.h"
 #include "documents/RequestDocument.h"
 #include "onvif_client/OnvifClient.h"
 #include "picture/Picture.h"
 #include "system/Environment.h"
-#include "system/HostName.h"
 #include "system/StandardStreams.h"
 
 namespace onvifctl {
 
 namespace {
 
-struct Address {
-    std::string name;
-    unsigned short port = 80;
-};
+/// Whether a login that fails should be looked into: not when the library's end broke it off.
+std::atomic<bool> libraryRuns{false};
 
-Address ParseAddress(const std::string& host) {
-    Address address{host};
-    const std::size_t colon = host.rfind(':');
-    if (colon == std::string::npos) {
-        return address;
-    }
-    address.name = host.substr(0, colon);
-    const char* end = host.data() + host.size();
-    const auto [stop, error] = std::from_chars(host.data() + colon + 1, end, address.port);
-    if (error != std::errc() || stop != end || address.port == 0 || address.name.empty()) {
-        throw CFailure(ExitCode::kUsage, "'" + host + "' is not HOST or HOST:PORT");
-    }
-    return address;
-}
-
-std::string Resolve(const std::string& name) {
-    const auto address = DottedAddressOf(name);
-    if (!address) {
-        throw CFailure(ExitCode::kUnreachable, "no IPv4 address is known for '" + name + "'");
-    }
-    return *address;
-}
-
-CFailure LoginFailure(unsigned int error, const std::string& host) {
-    switch (error) {
-        case ONVIF_CLIENT_NOT_AUTHORIZED:
-            return {ExitCode::kWrongCredentials, host + " refuses the user name or the password"};
-        case ONVIF_CLIENT_NO_REPLY:
-            return {ExitCode::kUnreachable, host + " does not answer"};
-        default:
-            return {ExitCode::kLoginFailed, "the login at " + host + " failed with code " +
-                                                std::to_string(error) +
-                                                ": it does not answer as an ONVIF device"};
-    }
+CLoginFailure LoginFailure(unsigned int error, const ConnectionOptions& options,
+                           const Address& address, const FirstContact& contact) {
+    const Attempt attempt{address.port, !options.user.empty(), Variable("ONVIF_CLIENT_EXTENSIONS")};
+    return {error, options.host, DiagnosisOf(error, contact, attempt)};
 }
 
 }  // namespace
-
-std::string FullAddress(const std::string& host) {
-    const Address address = ParseAddress(host);
-    return address.name + ":" + std::to_string(address.port);
-}
 
 std::string PasswordFor(const ConnectionOptions& options) {
     if (options.password || options.user.empty()) {
@@ -85,13 +50,16 @@ CStartedLibrary::CStartedLibrary(const ConnectionOptions& options) {
     // The tool pulls its events: nobody else needs to reach it.
     SetMissingVariable("ONVIF_CLIENT_LISTEN_ADDRESS", "127.0.0.1");
     ONVIF_CLIENT_Initial();
+    libraryRuns = true;
 }
 
 CStartedLibrary::~CStartedLibrary() {
+    libraryRuns = false;
     ONVIF_CLIENT_Quit();
 }
 
-CConnection::CConnection(const ConnectionOptions& options) : loginId_(ONVIF_CLIENT_NO_LOGIN_ID) {
+CConnection::CConnection(const ConnectionOptions& options, const FirstContact* known)
+    : loginId_(ONVIF_CLIENT_NO_LOGIN_ID) {
     const Address address = ParseAddress(options.host);
     const std::string ip = Resolve(address.name);
     const std::string password = PasswordFor(options);
@@ -99,7 +67,10 @@ CConnection::CConnection(const ConnectionOptions& options) : loginId_(ONVIF_CLIE
     loginId_ = ONVIF_CLIENT_Login(ONVIF_CLIENT_NO_LOGIN_ID, ip.c_str(), address.port,
                                   options.user.c_str(), password.c_str(), &error);
     if (loginId_ == ONVIF_CLIENT_NO_LOGIN_ID) {
-        throw LoginFailure(error, options.host);
+        throw LoginFailure(error, options, address,
+                           known != nullptr ? *known : LookAt(ip, address.port, [] {
+                               return libraryRuns.load();
+                           }));
     }
 }
 

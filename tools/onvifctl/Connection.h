@@ -6,18 +6,19 @@
 #include <optional>
 #include <string>
 
+#include "contact/Address.h"
+
 namespace onvifctl {
 
+struct FirstContact;
+
 struct ConnectionOptions {
-    std::string host;  // "HOST" or "HOST:PORT"
+    std::string host;  // as contact/Address.h reads it
     std::string user;
     std::optional<std::string> password;
     bool verbose = false;
     std::optional<std::string> extensions;  // names with commas; nothing: as the environment says
 };
-
-/// "HOST:PORT" in full. Throws CFailure when @p host is neither HOST nor HOST:PORT.
-std::string FullAddress(const std::string& host);
 
 /// The password that was given, or asked for on the terminal when there is a user without one.
 std::string PasswordFor(const ConnectionOptions& options);
@@ -33,11 +34,12 @@ class CStartedLibrary {
 };
 
 /// A session that logs in when it is made and out when it goes; the library must have been started.
-/// Throws CFailure when the login fails. Any number may be made at once on as many threads, with
-/// passwords that need not be asked for.
+/// Throws CLoginFailure (contact/Advice.h) when the login fails. Any number may be made at once on
+/// as many threads, with passwords that need not be asked for.
 class CConnection {
  public:
-    explicit CConnection(const ConnectionOptions& options);
+    /// @param known  a first look at the device; null: one is taken when the login fails.
+    explicit CConnection(const ConnectionOptions& options, const FirstContact* known = nullptr);
     ~CConnection();
     CConnection(const CConnection&) = delete;
     CConnection& operator=(const CConnection&) = delete;

@@ -28,6 +28,7 @@ int Run(std::vector<std::string> words) {
     onvifctl::AddImageCommands(app, line);
     onvifctl::AddWatch(app, line);
     onvifctl::AddDemo(app, line);
+    onvifctl::AddDoctor(app, line);
     try {
         std::reverse(words.begin(), words.end());  // the parser takes them from the end
         app.parse(std::move(words));
