@@ -1,7 +1,6 @@
 // What the tool says of a device at first contact, and why a login fails.
 #include <gtest/gtest.h>
-
-#include <cstdlib>
+#include <tuple>
 
 #include "support/ClosedPort.h"
 #include "support/ScriptedPeer.h"
@@ -17,11 +16,7 @@ using camera_sim::HttpScheme;
 TEST(Doctor, AddressesAreTakenInSeveralFormsAndRefusedForWhatTheyAre) {
     camera_sim::CCameraHost host;
     const std::string at = AddressOf(host.Add({}));
-    const struct {
-        std::string address;
-        int code;
-        const char* shows;
-    } cases[] = {
+    const std::tuple<std::string, int, const char*> cases[] = {
         {at, 0, "<devInfo>"},
         {"http://" + at, 0, "<devInfo>"},
         {"HTTP://" + at + "/onvif/device_service", 0, "<devInfo>"},
@@ -42,10 +37,10 @@ TEST(Doctor, AddressesAreTakenInSeveralFormsAndRefusedForWhatTheyAre) {
         {"127.0.0.1/onvif", 2, "HOST:PORT"},
         {"'two words'", 2, "HOST:PORT"},
         {"http://admin:pass@" + at, 2, "an address holds no '@'"},
-        {"no-such-host.invalid", 4, "no IPv4 address is known for 'no-such-host.invalid'"},
+        {"no..such..host", 4, "no IPv4 address is known for 'no..such..host'"},
     };
-    for (const auto& each : cases) {
-        ExpectRuns({{"get " + each.address + " devInfo", each.code, each.shows}});
+    for (const auto& [address, code, shows] : cases) {
+        ExpectRuns({{"get " + address + " devInfo", code, shows}});
     }
 }
 
@@ -75,7 +70,7 @@ TEST(Doctor, SaysWhatAnswersInThePlaceOfADevice) {
     } cases[] = {
         {[](auto& connection) {
              connection.Send("SSH-2.0-any\r\n");
-             connection.WaitForClose();
+             connection.Read(1);
          },
          "as no web server does: SSH-2.0-any", 5},
         {Answers("\x15\x03\x01"), "speaks HTTPS on port", 5},
@@ -100,7 +95,6 @@ TEST(Doctor, SaysWhatAnswersInThePlaceOfADevice) {
         const CScriptedPeer peer(each.script);
         const std::string at = LocalAddress(peer.Port());
         ExpectRuns({{"get " + at + " devInfo" + each.options, each.code, each.finding},
-                    {"doctor " + at + each.options, each.code, at + " "},
                     {"doctor " + at + each.options, each.code, each.finding}});
     }
     const CClosedPort nobody;
@@ -114,23 +108,26 @@ TEST(Doctor, SaysWhatAnswersInThePlaceOfADevice) {
     ExpectRuns({{"doctor " + LocalAddress(nobody.Port()), 4, "(connection refused)"},
                 {"doctor " + LocalAddress(silent.Port()), 4, "and says nothing"},
                 {"doctor " + LocalAddress(tls.Port()), 5, "speaks HTTPS on port"},
-                {"doctor no-such-host.invalid", 4, "no IPv4 address is known"}});
+                {"doctor no..such..host", 4, "no IPv4 address is known"}});
 }
 
 /// The names in "extensions" of a JSON report, with blanks behind.
-std::string NamedExtensions(const std::string& report) {
-    std::string names;
+std::string NamedExtensions(std::string report) {
     const std::string key = R"({"name":")";
-    for (std::size_t place = report.find(key); place != std::string::npos;
-         place = report.find(key, place + 1)) {
-        const std::size_t start = place + key.size();
-        names += report.substr(start, report.find('"', start) - start) + " ";
+    std::string names;
+    for (std::size_t at = report.find(key); at != std::string::npos; at = report.find(key)) {
+        report.erase(0, at + key.size());
+        names += report.substr(0, report.find('"')) + " ";
     }
     return names;
 }
 
 TEST(Doctor, NamesTheExtensionsThatADeviceNeeds) {
     const std::chrono::hours far(30);
+    const camera_sim::User op = {"op", "camera-1", camera_sim::Role::kOperator};
+    constexpr const char* kSetting = " --set-clock";
+    constexpr const char* kSettingAsOperator = " --set-clock -u op";
+    constexpr const char* kOfRecorder = "per-source-alarms large-messages ";
     // All of these send their faults with HTTP status 500 and have one input.
     const auto camera = [](CameraOptions options) {
         options.model = options.model == "dome" ? "fixed" : options.model;
@@ -143,10 +140,10 @@ TEST(Doctor, NamesTheExtensionsThatADeviceNeeds) {
         const char* shows;
         int code = 0;
         const char* arguments = "";
-        const char* environment = kRight;
     } cases[] = {
-        {{}, "", " is well\",\"clockDifference\":0,"},
-        {{.model = "recorder"}, "per-source-alarms large-messages ", "32 profiles"},
+        {{}, "", " is well\",\"clockDifference\":"},
+        {{.model = "recorder"}, kOfRecorder, "32 profiles"},
+        {{.model = "recorder"}, kOfRecorder, "with all extensions", 1, " --literal"},
         {{.chunkBytes = 7}, "http-framing ", "come in chunks"},
         {{.noLength = true}, "http-framing ", "state no length"},
         {{.xmlProlog = false}, "open-faults ", "no XML declaration"},
@@ -155,36 +152,21 @@ TEST(Doctor, NamesTheExtensionsThatADeviceNeeds) {
         {{.media2 = true, .media = false}, "media-fallback ", "second media service alone"},
         {{.media2 = true, .brokenMedia2 = true}, "media-fallback ", "without it 0 of 2 profiles"},
         {{.clockOffset = far}, "keep-clock ", "30 h ahead of this machine's"},
-        {{.clockOffset = far, .clockRefusal = "prohibited"},
-         "keep-clock ",
-         "without it no picture",
-         0,
-         " --set-clock"},
-        {{.clockOffset = -far}, "", "30 h behind", 0, " --set-clock"},
+        {{.clockOffset = -far}, "", "30 h behind", 0, kSetting},
+        {{.clockOffset = far, .clockRefusal = "failed"}, "keep-clock ", "no picture", 0, kSetting},
+        {{.accounts = {op}}, "keep-clock ", "sets the clock is refused", 0, kSettingAsOperator},
         {{.openOperations = {}}, "", "UTC with credentials, as this machine's"},
-        {{.accounts = {{"op", "camera-1", camera_sim::Role::kOperator}}},
-         "keep-clock ",
-         "that sets the clock is refused",
-         0,
-         " --set-clock",
-         "ONVIF_USER=op ONVIF_PASSWORD=camera-1"},
         {{.events = false}, "", "lets log in, but fails at: subscription, pull", 1},
-        {{.model = "recorder"},
-         "per-source-alarms large-messages ",
-         "with all extensions it is well",
-         1,
-         " --literal"},
     };
     for (const auto& each : cases) {
         camera_sim::CCameraHost host;
         camera_sim::CCamera& one = host.Add(camera(each.camera));
         const std::string doctor = "doctor " + AddressOf(one) + each.arguments;
-        const Outcome outcome = RunTool(doctor + " --format json", each.environment);
+        const Outcome outcome = RunTool(doctor + " --format json", kRight);
         EXPECT_EQ(outcome.code, each.code) << outcome.output;
         EXPECT_EQ(NamedExtensions(outcome.output), each.extensions) << outcome.output;
         EXPECT_NE(outcome.output.find(each.shows), std::string::npos) << each.shows << "\n"
                                                                       << outcome.output;
-        EXPECT_EQ(outcome.output.find('\n'), outcome.output.size() - 1) << outcome.output;
         EXPECT_EQ(one.Subscriptions().size(), 0U) << doctor;
         EXPECT_EQ(one.Count("SetSystemDateAndTime") > 0, *each.arguments != '\0') << doctor;
     }
@@ -197,13 +179,14 @@ TEST(Doctor, TriesNoPasswordTwiceAndTellsTheRestOfAFailure) {
     const std::string at = AddressOf(camera);
     RunTool("get " + at + " devInfo", wrong);
     const std::size_t once = camera.Count("GetProfiles");
+    ASSERT_GT(once, 0U);
     ExpectRuns({{"doctor " + at, 3, "refuses the user name or the password", wrong}});
     EXPECT_EQ(camera.Count("GetProfiles"), 2 * once) << "one login";
 
     camera_sim::CCamera& refusing =
         host.Add({.clockOffset = std::chrono::hours(-2), .clockRefusal = "not-authorized"});
-    const std::string literally = "get " + AddressOf(refusing) + " devInfo --literal";
-    ExpectRuns({{literally, 3, "its clock is 2 h behind this machine's"},
+    ExpectRuns({{"get " + AddressOf(refusing) + " devInfo --literal", 3,
+                 "its clock is 2 h behind this machine's"},
                 {"get " + at + " devInfo", 3, "refuses a login without a user", ""}});
 
     camera.Inject("http:snapshot", {.kind = Fault::Kind::kBareStatus, .status = 404});

@@ -79,7 +79,7 @@ std::string AskForProfiles(Trial& trial) {
 }
 
 std::string AskForStream(Trial& trial) {
-    const std::string uri =
+    std::string uri =
         TextAt(Ask(trial, "Get", {"streamURI", "--index", "0"}).Command("streamURI"), "uri");
     if (uri.empty()) {
         throw CFailure(ExitCode::kRefused, "the device gives no address of a stream");
@@ -99,7 +99,7 @@ std::string Subscribe(Trial& trial) {
     const CResultDocument result =
         Ask(trial, "Set", {"createPullPointSubscription", "--timeout", "PT60S"});
     const auto* made = result.Command("createPullPointSubscription");
-    const std::string address = TextAt(made, "address");
+    std::string address = TextAt(made, "address");
     if (address.empty()) {
         throw CFailure(ExitCode::kRefused, "the device gives no address of a subscription");
     }

@@ -196,13 +196,13 @@ Found FromHttp(const FirstContact& contact, const Attempt& attempt) {
 }
 
 Found FromContact(const FirstContact& contact, const Attempt& attempt) {
-    const Found found = BeforeHttp(contact);
+    Found found = BeforeHttp(contact);
     return found.cause == Cause::kNothing && contact.reply.status != 0 ? FromHttp(contact, attempt)
                                                                        : found;
 }
 
 Found FromLogin(unsigned int error, const FirstContact& contact, const Attempt& attempt) {
-    const Found found = FromContact(contact, attempt);
+    Found found = FromContact(contact, attempt);
     if (error == ONVIF_CLIENT_NOT_AUTHORIZED) {
         if (found.cause == Cause::kDigest || found.cause == Cause::kBasic) {
             return found;
@@ -264,7 +264,13 @@ bool HasExtension(std::string_view extensions, std::string_view name) {
 }
 
 std::string ClockText(std::chrono::seconds difference) {
-    const std::int64_t seconds = std::chrono::abs(difference).count();
+    std::int64_t seconds = std::chrono::abs(difference).count();
+    if (seconds <= 2) {  // it was read over a network
+        return "as this machine's";
+    }
+    if (seconds > 600) {
+        seconds = (seconds + 30) / 60 * 60;
+    }
     const std::pair<std::int64_t, const char*> parts[] = {
         {seconds / 3600, " h"}, {seconds / 60 % 60, " min"}, {seconds % 60, " s"}};
     std::string text;
@@ -272,9 +278,6 @@ std::string ClockText(std::chrono::seconds difference) {
         if (number != 0) {
             text += (text.empty() ? "" : " ") + std::to_string(number) + unit;
         }
-    }
-    if (text.empty()) {
-        return "as this machine's";
     }
     return text + (difference.count() > 0 ? " ahead of" : " behind") + " this machine's";
 }
