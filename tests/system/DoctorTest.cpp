@@ -76,7 +76,7 @@ TEST(Doctor, SaysWhatAnswersInThePlaceOfADevice) {
         {Answers("\x15\x03\x01"), "speaks HTTPS on port", 5},
         {Answers(Http("400 Bad", "<html>plain HTTP request was sent to HTTPS port</html>")),
          "speaks HTTPS on port", 5},
-        {Answers("\x1B[31m\x07"), R"(with what is no HTTP: \x1B[31m\x07)", 5},
+        {Answers("\x1B[31m\x07"), R"(with what is no proper HTTP: \x1B[31m\x07)", 5},
         {[](auto&) {}, "closes it without a word", 4},
         {Answers(Http("404 Not Found")), "(HTTP status 404)", 5},
         {Answers(Http("200 OK", "<!DOCTYPE html><html><body>x</body></html>")), "a web page", 5},

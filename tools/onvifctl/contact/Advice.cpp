@@ -71,8 +71,8 @@ constexpr Row kRows[] = {
      "takes a connection to port {port} and closes it without a word",
      "take the port that the device names for ONVIF, and see whether it permits only certain "
      "addresses"},
-    {Cause::kNoHttp, Stage::kProtocol, "answers on port {port} with what is no HTTP: {detail}",
-     kAnotherPort},
+    {Cause::kNoHttp, Stage::kProtocol,
+     "answers on port {port} with what is no proper HTTP: {detail}", kAnotherPort},
     {Cause::kToHttps, Stage::kRedirect, "sends on to HTTPS: {detail}",
      "allow HTTP in the device, without sending on: the library speaks no HTTPS"},
     {Cause::kElsewhere, Stage::kRedirect, "sends on to another address: {detail}",

@@ -1,6 +1,7 @@
 #include "contact/Examination.h"
 
 #include <algorithm>
+#include <ctime>
 
 #include "contact/Abilities.h"
 #include "contact/Advice.h"
@@ -16,8 +17,9 @@ using std::chrono::milliseconds;
 using Clock = std::chrono::steady_clock;
 
 std::string TimeText(std::chrono::seconds difference) {
-    const std::tm parts = UtcTime(
-        std::chrono::system_clock::to_time_t(std::chrono::system_clock::now() + difference));
+    const auto time = std::chrono::system_clock::now() + difference;
+    const std::tm parts =
+        UtcTime(std::max<std::time_t>(0, std::chrono::system_clock::to_time_t(time)));
     char text[64] = {};
     std::strftime(text, sizeof text, "%Y-%m-%d %H:%M:%S UTC", &parts);
     return text;
@@ -94,7 +96,11 @@ class CExamination {
             return false;
         }
         TellOfHttp();
-        done_.extensions = ExtensionsFor(contact_, setClock_);
+        const bool isDevice =
+            diagnosis_.finding.empty() || diagnosis_.stage == Stage::kAuthentication;
+        if (isDevice) {
+            done_.extensions = ExtensionsFor(contact_, setClock_);
+        }
         return true;
     }
 

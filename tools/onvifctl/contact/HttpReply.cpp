@@ -185,7 +185,9 @@ std::optional<std::chrono::sys_seconds> ClockIn(const std::string& document) {
     const unsigned hour = NumberOf(utc, "hour");
     const unsigned minute = NumberOf(utc, "minute");
     const unsigned second = NumberOf(utc, "second");
-    if (!date.ok() || hour > 23 || minute > 59 || second > 60) {
+    // Beyond these years clocks of nanoseconds and some systems' calendars end.
+    const bool isNear = date.year() >= year(1970) && date.year() <= year(2200);
+    if (!date.ok() || !isNear || hour > 23 || minute > 59 || second > 60) {
         return std::nullopt;
     }
     return std::chrono::sys_days(date) + std::chrono::hours(hour) + std::chrono::minutes(minute) +

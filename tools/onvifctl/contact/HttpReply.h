@@ -36,7 +36,7 @@ BodyKind KindOf(const HttpReply& reply);
 /// Whether an envelope comes as every client takes it: behind an XML declaration and with a prefix.
 bool IsPlainEnvelope(const HttpReply& reply);
 
-/// The UTC time that an XML document shows.
+/// The UTC time that an XML document shows, of the years 1970 to 2200.
 std::optional<std::chrono::sys_seconds> ClockIn(const std::string& document);
 
 }  // namespace onvifctl
