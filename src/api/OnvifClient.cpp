@@ -7,6 +7,7 @@
 #include "api/Singletons.h"
 #include "common/LogText.h"
 #include "platform/Environment.h"
+#include "platform/TraceFile.h"
 #include "platform/Wirelink.h"
 
 namespace {
@@ -46,6 +47,10 @@ onvif_client::CExtensions ChosenExtensions() {
 bool ONVIF_CLIENT_Initial() {
     return Guarded(true, [] {
         onvif_client::COREKIT_BeginTraces();
+        if (onvif_client::StateOfTraceFile() == onvif_client::TraceFile::kRefused) {
+            onvif_client::LogNormal(onvif_client::loglabel::kOnvifClient, "%s",
+                                    "the file of ONVIF_CLIENT_TRACE_FILE cannot be written");
+        }
         onvif_client::WIRELINK_Initial(1, 1, nullptr, 8989);
         SessionRegistry().UseExtensions(ChosenExtensions());
         EventController().Start();

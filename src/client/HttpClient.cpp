@@ -222,23 +222,38 @@ std::string CHttpClient::TransferAnswering(const Target& target, std::string_vie
     return buffer;
 }
 
+std::shared_ptr<CExchangeTrace> CHttpClient::BeginTrace(std::string_view request) const {
+    return CExchangeTrace::Begin(ip_, port_, credentials_, request);
+}
+
 std::string CHttpClient::Transfer(const Target& target, const std::string& request) const {
-    if (CReplyCollector::IsNeeded(extensions_)) {
-        return TransferObserved(target, request);
+    const auto trace = BeginTrace(request);
+    ExchangeEnd end = ExchangeEnd::kReplied;
+    std::string reply = CReplyCollector::IsNeeded(extensions_)
+                            ? TransferObserved(target, request, end)
+                            : TransferSimply(target, request, end);
+    if (trace != nullptr) {
+        trace->End({end, reply});
     }
+    return reply;
+}
+
+std::string CHttpClient::TransferSimply(const Target& target, const std::string& request,
+                                        ExchangeEnd& end) const {
     std::string buffer(target.replyCapacity, '\0');
     WIRELINK_SimpleClientComm(ip_.c_str(), port_, request.data(),
                               static_cast<unsigned int>(request.size()), buffer.data(),
-                              target.replyCapacity, kReplyEndMarker, target.timeoutMs);
+                              target.replyCapacity, kReplyEndMarker, target.timeoutMs, &end);
     buffer.resize(std::strlen(buffer.c_str()));
     return buffer;
 }
 
-std::string CHttpClient::TransferObserved(const Target& target, const std::string& request) const {
+std::string CHttpClient::TransferObserved(const Target& target, const std::string& request,
+                                          ExchangeEnd& end) const {
     CReplyCollector collector(extensions_, target.replyCapacity);
     WIRELINK_ObservedClientComm(ip_.c_str(), port_, request.data(),
                                 static_cast<unsigned int>(request.size()), &collector,
-                                target.timeoutMs);
+                                target.timeoutMs, &end);
     std::string reply = collector.Take();
     reply.resize(std::strlen(reply.c_str()));
     return reply;

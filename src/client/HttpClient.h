@@ -16,6 +16,7 @@
 
 #include "client/DeviceClock.h"
 #include "client/DigestAnswers.h"
+#include "client/ExchangeTrace.h"
 #include "client/LoginPatience.h"
 #include "client/SecurityHeader.h"
 #include "client/SoapExchange.h"
@@ -63,6 +64,9 @@ class CHttpClient final : public ICommandSession {
 
     /// What a pull for messages brought whose HTTP reply came over another connection.
     PullReply ReadPullReply(std::string_view reply);
+
+    /// Begins to trace such a request. Null where nothing is traced.
+    std::shared_ptr<CExchangeTrace> BeginTrace(std::string_view request) const;
 
     /// @return the new count.
     int AddReference();
@@ -116,7 +120,10 @@ class CHttpClient final : public ICommandSession {
     /// @return what came, head and body, up to the target's capacity, with the extension
     ///         large-messages up to 16 MiB; with http-framing without the frames of chunks.
     std::string Transfer(const Target& target, const std::string& request) const;
-    std::string TransferObserved(const Target& target, const std::string& request) const;
+    std::string TransferSimply(const Target& target, const std::string& request,
+                               ExchangeEnd& end) const;
+    std::string TransferObserved(const Target& target, const std::string& request,
+                                 ExchangeEnd& end) const;
     /// The envelope with its security header filled, created at that time, else by our clock;
     /// nothing when that fails.
     std::optional<std::string> Sign(std::string_view envelope,

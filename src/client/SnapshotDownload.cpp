@@ -48,13 +48,32 @@ void CSnapshotDownload::Attempt(ResponseBuffer& picture) {
     if (!connection) {
         LogAssert(logpoint::kPictureNotConnected, DeviceName(ip_, address_.port));
     }
+    const auto trace = CExchangeTrace::Begin(ip_, address_.port, credentials_, request_);
     AwaitConnected(connection.Get(), kConnectPolls, kConnectPollMs);
-    if (SendRequest(connection, request_)) {
-        Receive(connection, picture);
+    Received received;
+    if (SendRequest(connection, request_, received.end)) {
+        Receive(connection, received, picture);
+    }
+    if (trace != nullptr) {
+        trace->End(OutcomeOf(received, picture));
     }
 }
 
-bool CSnapshotDownload::SendRequest(const CWirelinkHandle& connection, std::string_view request) {
+CExchangeTrace::Outcome CSnapshotDownload::OutcomeOf(const Received& received,
+                                                     const ResponseBuffer& picture) const {
+    const std::string_view text = received.head.text;
+    std::size_t searched = 0;
+    const std::size_t size = HeadSize(text, searched);
+    if (size == 0) {
+        return {received.end, text};
+    }
+    const bool begun = final_ && picture.data != nullptr;
+    return {received.end, text.substr(0, size),
+            begun ? static_cast<std::uint64_t>(picture.size) : text.size() - size};
+}
+
+bool CSnapshotDownload::SendRequest(const CWirelinkHandle& connection, std::string_view request,
+                                    ExchangeEnd& end) {
     const std::uint32_t began = TickCount();
     std::size_t sent = 0;
     while (sent < request.size()) {
@@ -63,15 +82,17 @@ bool CSnapshotDownload::SendRequest(const CWirelinkHandle& connection, std::stri
             WIRELINK_Send_Immediate(connection.Get(), request.data() + sent,
                                     static_cast<std::uint32_t>(request.size() - sent), error));
         if (error || TickCount() - began > kAttemptMs) {
+            end = ExchangeEnd::kNoConnection;
             return false;
         }
     }
     return true;
 }
 
-void CSnapshotDownload::Receive(const CWirelinkHandle& connection, ResponseBuffer& picture) {
+void CSnapshotDownload::Receive(const CWirelinkHandle& connection, Received& taken,
+                                ResponseBuffer& picture) {
     const std::uint32_t began = TickCount();
-    CollectedHead head;
+    CollectedHead& head = taken.head;
     if (framed_) {
         head.framing.emplace();
     }
@@ -83,6 +104,7 @@ void CSnapshotDownload::Receive(const CWirelinkHandle& connection, ResponseBuffe
             const std::string_view bytes(chunk, static_cast<std::size_t>(received));
             goesOn = Add(bytes, head, picture);
         } else if (closed || TickCount() - began > kAttemptMs) {
+            taken.end = closed ? ExchangeEnd::kClosed : ExchangeEnd::kTimeout;
             goesOn = false;
         } else {
             SleepMilliseconds(kReceivePollMs);

@@ -9,6 +9,7 @@
 #include <string>
 #include <string_view>
 
+#include "client/ExchangeTrace.h"
 #include "client/SnapshotRequest.h"
 #include "commands/ResponseBuffer.h"
 #include "common/Extensions.h"
@@ -49,9 +50,18 @@ class CSnapshotDownload {
         std::optional<CHttpReplyFraming> framing;
     };
 
+    /// What came of an attempt.
+    struct Received {
+        CollectedHead head;
+        ExchangeEnd end = ExchangeEnd::kReplied;
+    };
+
     void Attempt(ResponseBuffer& picture);
-    static bool SendRequest(const CWirelinkHandle& connection, std::string_view request);
-    void Receive(const CWirelinkHandle& connection, ResponseBuffer& picture);
+    static bool SendRequest(const CWirelinkHandle& connection, std::string_view request,
+                            ExchangeEnd& end);
+    void Receive(const CWirelinkHandle& connection, Received& taken, ResponseBuffer& picture);
+    CExchangeTrace::Outcome OutcomeOf(const Received& received,
+                                      const ResponseBuffer& picture) const;
     /// Chooses the challenge that the next attempt answers, or makes this attempt the last one.
     void Answer(const std::vector<HttpChallenge>& challenges);
     /// Looks at the reply once its header is complete.

@@ -36,18 +36,6 @@ int ReportNoReply(std::string_view host, std::uint16_t port) {
     return status::kNoReply;
 }
 
-/// The status of an HTTP reply, that of interim ones passed over; empty where there is none.
-std::string_view HttpStatus(std::string_view reply) {
-    while (reply.starts_with("HTTP/")) {
-        const std::string_view status = StatusCode(reply.substr(0, reply.find_first_of("\r\n")));
-        if (!status.starts_with('1')) {
-            return status;
-        }
-        TakeUntil(reply, kHeadEnd);
-    }
-    return {};
-}
-
 /// Where the start tag of an envelope begins, with whatever prefix.
 std::size_t FindEnvelope(std::string_view text) {
     constexpr std::string_view kName = "Envelope";
@@ -76,6 +64,17 @@ bool HoldsRefusal(std::string_view soap) {
 }
 
 }  // namespace
+
+std::string_view HttpStatus(std::string_view reply) {
+    while (reply.starts_with("HTTP/")) {
+        const std::string_view status = StatusCode(reply.substr(0, reply.find_first_of("\r\n")));
+        if (!status.starts_with('1')) {
+            return status;
+        }
+        TakeUntil(reply, kHeadEnd);
+    }
+    return {};
+}
 
 std::string PostTarget(std::string_view path) {
     return "/" + HeadText(path);

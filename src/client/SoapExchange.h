@@ -50,6 +50,9 @@ int ClassifyReply(std::string_view host, std::uint16_t port, std::string_view re
 int ClassifyOpenly(std::string_view host, std::uint16_t port, std::string_view reply,
                    std::string_view& soap);
 
+/// The status of an HTTP reply, that of interim ones passed over; empty where there is none.
+std::string_view HttpStatus(std::string_view reply);
+
 /// Puts the start tag of the envelope on one line, with blanks alone: what trims tags of a text
 /// takes a name without prefix for one that goes on over line breaks and tabs.
 void JoinEnvelopeTag(std::string& soap);

@@ -33,8 +33,12 @@ PullRequest BuildPullRequest(const EventDeviceRecord& record, ISessionSource& se
     if (session == nullptr) {
         return {};
     }
-    return {session->DeviceAddress(), session->Port(),
-            session->BuildHttpRequest(PullDocument(record.Pull()))};
+    PullRequest request{session->DeviceAddress(), session->Port(),
+                        session->BuildHttpRequest(PullDocument(record.Pull()))};
+    if (!request.text.empty()) {
+        request.trace = session->BeginTrace(request.text);
+    }
+    return request;
 }
 
 }  // namespace

@@ -5,6 +5,7 @@
 #include "common/LogText.h"
 #include "events/SourceStates.h"
 #include "platform/Clock.h"
+#include "platform/TraceFile.h"
 
 namespace onvif_client {
 
@@ -38,6 +39,11 @@ EventDeviceRecord::EventDeviceRecord(ISessionSource& sessions, std::uint32_t log
     }
 }
 
+EventDeviceRecord::~EventDeviceRecord() {
+    connection_.Close();
+    OnPullReply(ExchangeEnd::kStopped, {});
+}
+
 void EventDeviceRecord::Remove() {
     removed_ = true;
     states_->Silence();
@@ -46,6 +52,20 @@ void EventDeviceRecord::Remove() {
 bool EventDeviceRecord::Pulls() const {
     const CLockGuard guard(lock_);
     return flow_.Pulls();
+}
+
+void EventDeviceRecord::OnPullReply(ExchangeEnd end, std::string_view reply) {
+    if (!TracesExchanges()) {
+        return;
+    }
+    std::shared_ptr<CExchangeTrace> trace;
+    {
+        const CLockGuard guard(lock_);
+        trace.swap(trace_);
+    }
+    if (trace != nullptr) {
+        trace->End({end, reply});
+    }
 }
 
 void EventDeviceRecord::OnPullAnswer(const PullAnswer& answer) {
@@ -70,6 +90,7 @@ void EventDeviceRecord::OnPullAnswer(const PullAnswer& answer) {
 }
 
 void EventDeviceRecord::OnNoConnection() {
+    OnPullReply(ExchangeEnd::kNoConnection, {});
     const CLockGuard guard(lock_);
     subscription_.SetAnswers(false);
 }
@@ -188,6 +209,7 @@ PullPoint EventDeviceRecord::Pull() const {
 void EventDeviceRecord::EndPull() {
     connection_.Close();  // waits for a callback, which takes the lock
     parser_.Reset();
+    OnPullReply(ExchangeEnd::kStopped, {});
     const CLockGuard guard(lock_);
     flow_.ForgetReply();
 }
@@ -200,6 +222,7 @@ void EventDeviceRecord::BeginPull(PullRequest request) {
         if (std::exchange(newSubscription_, false)) {
             AddNewsLocked(AlarmNews::kSubscription);  // behind what the one before told
         }
+        trace_ = std::move(request.trace);
     }
     if (!request.text.empty()) {
         connection_.Begin(std::move(request));

@@ -37,7 +37,7 @@ class EventDeviceRecord final : public IPullSink {
     EventDeviceRecord(ISessionSource& sessions, std::uint32_t loginId,
                       CONVIFAlarmStateObserver* observer, std::string callbackAddress,
                       std::string name = {}, CExtensions extensions = {});
-    ~EventDeviceRecord() override = default;
+    ~EventDeviceRecord() override;
     EventDeviceRecord(const EventDeviceRecord&) = delete;
     EventDeviceRecord& operator=(const EventDeviceRecord&) = delete;
 
@@ -61,6 +61,7 @@ class EventDeviceRecord final : public IPullSink {
 
     // Messages; any thread.
     bool Pulls() const override;
+    void OnPullReply(ExchangeEnd end, std::string_view reply) override;
     void OnPullAnswer(const PullAnswer& answer) override;
     void OnNoConnection() override;
     /// Items of a post; ignored while the device is pulled from.
@@ -125,6 +126,7 @@ class EventDeviceRecord final : public IPullSink {
     std::vector<AlarmItem> pendingItems_ GUARDED_BY(lock_);
     bool inputsAsked_ GUARDED_BY(lock_) = false;
     bool newSubscription_ GUARDED_BY(lock_) = false;  // nothing has been pulled from it yet
+    std::shared_ptr<CExchangeTrace> trace_ GUARDED_BY(lock_);  // of the pull in progress
 
     CEventParse parser_;
     CPullConnection connection_;  // ends first: it calls the others

@@ -44,6 +44,9 @@ void CEventParse::OnEnd(std::uint32_t) {
         framing_->State() == ReplyState::kUntilEnd) {
         HandleReply(buffer_.size());
     }
+    if (!handled_) {
+        sink_.OnPullReply(ExchangeEnd::kClosed, buffer_);
+    }
 }
 
 void CEventParse::Reset() {
@@ -106,6 +109,7 @@ bool CEventParse::AddFramed(std::string_view block) {
 
 void CEventParse::HandleReply(std::size_t size) {
     handled_ = true;
+    sink_.OnPullReply(ExchangeEnd::kReplied, std::string_view(buffer_).substr(0, size));
     PullReply reply;
     {
         const CSessionReference reference(sessions_, loginId_);

@@ -23,6 +23,8 @@ class IPullSink {
     virtual ~IPullSink() = default;
     /// @return false when what arrives is of no interest.
     virtual bool Pulls() const = 0;
+    /// For the trace: what came, whole or up to the connection's end.
+    virtual void OnPullReply(ExchangeEnd /*end*/, std::string_view /*reply*/) {}
     /// A whole reply came. One that could not be read says nothing, and was an answer all the same.
     virtual void OnPullAnswer(const PullAnswer& answer) = 0;
     /// The pull found no way to the device.

@@ -6,8 +6,10 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <string>
 
+#include "client/ExchangeTrace.h"
 #include "events/EventParse.h"
 #include "platform/Mutex.h"
 #include "platform/WirelinkHandle.h"
@@ -19,6 +21,7 @@ struct PullRequest {
     std::string host;  // dotted IPv4
     std::uint16_t port = 0;
     std::string text;
+    std::shared_ptr<CExchangeTrace> trace = nullptr;  // where exchanges are traced
 };
 
 /// Any thread; Begin and Close come from one at a time.

@@ -12,7 +12,9 @@ ConnectState CConnection::Poll() {
         return state_;
     }
     // Whoever broke it off meanwhile is right.
-    state_.compare_exchange_strong(connecting, ConnectOutcome(Descriptor()));
+    const bool stands = ConnectOutcome(Descriptor()) == ConnectState::kEstablished;
+    state_.compare_exchange_strong(connecting,
+                                   stands ? ConnectState::kEstablished : ConnectState::kFailed);
     return state_;
 }
 

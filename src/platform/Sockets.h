@@ -46,7 +46,12 @@ std::optional<Ipv4Endpoint> Ipv4Address(const char* ip, std::uint16_t port);
 /// A TCP socket that does not block and that child processes do not inherit.
 CDescriptor MakeTcpSocket();
 
-enum class ConnectState { kConnecting, kEstablished, kFailed };
+enum class ConnectState {
+    kConnecting,
+    kEstablished,
+    kRefused,  ///< the other side has nobody at this port
+    kFailed,   ///< anything else
+};
 
 ConnectState StartConnecting(SystemHandle descriptor, const Ipv4Endpoint& address);
 /// How a connection ended that was being made, once the socket is writable.

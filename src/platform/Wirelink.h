@@ -60,6 +60,16 @@ class CReplyObserver {
 
 constexpr std::uint32_t kReplyGoesOn = UINT32_MAX;
 
+/// What ended an exchange.
+enum class ExchangeEnd {
+    kReplied,       ///< what was wanted of the reply is there
+    kRefused,       ///< nobody listens at the port
+    kNoConnection,  ///< it could not be made, or not in time
+    kClosed,        ///< the device closed or broke the connection before
+    kTimeout,       ///< the connection stood, and the time was over
+    kStopped,       ///< the layer does not run, or was stopped meanwhile
+};
+
 /// Hears when a connection takes bytes.
 class CSendableObserver {
  public:
@@ -85,19 +95,20 @@ void WIRELINK_Quit();
 /// behind the first complete marker are not delivered. What was read before an error stays in the
 /// buffer. A refused connection returns at once. Runs on the calling thread.
 /// @param endMarker  null or empty: no marker.
+/// @param end        becomes what ended it; may be null.
 /// @return the number of bytes in the buffer, or -1 when no connection was made or the request
 ///         could not be sent.
 int WIRELINK_SimpleClientComm(const char* ip, unsigned short port, const char* request,
                               unsigned int requestLength, char* replyBuffer,
                               unsigned int replyCapacity, const char* endMarker,
-                              unsigned int timeoutMs);
+                              unsigned int timeoutMs, ExchangeEnd* end = nullptr);
 
 /// The same, but the observer takes the reply, in blocks of any size, and says when it ends. Called
 /// on this thread. One that throws ends the exchange.
 /// @return false when no connection was made or the request could not be sent.
 bool WIRELINK_ObservedClientComm(const char* ip, unsigned short port, const char* request,
                                  unsigned int requestLength, CReplyObserver* observer,
-                                 unsigned int timeoutMs);
+                                 unsigned int timeoutMs, ExchangeEnd* end = nullptr);
 
 /// Starts a connection to @p ip (dotted IPv4) : @p port; it completes in the background.
 /// @return a handle, or 0.

@@ -50,7 +50,7 @@ std::uint32_t WIRELINK_AddConnect(std::uint32_t, const char* ip, unsigned short 
     return OrNothing([&] {
         auto connection =
             std::make_shared<CConnection>(std::move(descriptor), ConnectState::kConnecting);
-        if (StartConnecting(connection->Descriptor(), *address) == ConnectState::kFailed) {
+        if (StartConnecting(connection->Descriptor(), *address) > ConnectState::kEstablished) {
             connection->Break();
         }
         return CConnectionTable::Instance().Add(std::move(connection));

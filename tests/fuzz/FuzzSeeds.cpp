@@ -204,7 +204,8 @@ void AddTexts(CCorpus& results, CCorpus& http, CCorpus& alarms) {
 /// In the place of the socket layer's: keeps the reply.
 int onvif_client::WIRELINK_SimpleClientComm(const char*, unsigned short port, const char* request,
                                             unsigned int requestLength, char* replyBuffer,
-                                            unsigned int replyCapacity, const char*, unsigned int) {
+                                            unsigned int replyCapacity, const char*, unsigned int,
+                                            ExchangeEnd*) {
     const client_test::CRawClient connection(port);
     connection.Send({request, requestLength});
     heard.push_back(connection.ReadToEnd());
@@ -213,7 +214,8 @@ int onvif_client::WIRELINK_SimpleClientComm(const char*, unsigned short port, co
 
 /// No session here has extensions.
 bool onvif_client::WIRELINK_ObservedClientComm(const char*, unsigned short, const char*,
-                                               unsigned int, CReplyObserver*, unsigned int) {
+                                               unsigned int, CReplyObserver*, unsigned int,
+                                               ExchangeEnd*) {
     return false;
 }
 

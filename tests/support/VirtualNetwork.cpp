@@ -332,7 +332,7 @@ void WIRELINK_Quit() {
 
 bool WIRELINK_ObservedClientComm(const char* ip, unsigned short, const char* request,
                                  unsigned int requestLength, CReplyObserver* observer,
-                                 unsigned int timeoutMs) {
+                                 unsigned int timeoutMs, ExchangeEnd*) {
     Lock lock(net.lock);
     if (net.stopped) {
         return false;
@@ -371,7 +371,8 @@ bool WIRELINK_ObservedClientComm(const char* ip, unsigned short, const char* req
 /// The marker is the end of an envelope.
 int WIRELINK_SimpleClientComm(const char* ip, unsigned short port, const char* request,
                               unsigned int requestLength, char* replyBuffer,
-                              unsigned int replyCapacity, const char*, unsigned int timeoutMs) {
+                              unsigned int replyCapacity, const char*, unsigned int timeoutMs,
+                              ExchangeEnd*) {
     CReplyCollector reply({}, replyCapacity);
     return WIRELINK_ObservedClientComm(ip, port, request, requestLength, &reply, timeoutMs)
                ? static_cast<int>(reply.Take().copy(replyBuffer, replyCapacity))

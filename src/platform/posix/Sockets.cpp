@@ -22,6 +22,10 @@ bool WouldHaveWaited() {
     return errno == EAGAIN || errno == EWOULDBLOCK;
 }
 
+ConnectState FailureOf(int error) {
+    return error == ECONNREFUSED ? ConnectState::kRefused : ConnectState::kFailed;
+}
+
 sockaddr_in SystemAddress(const Ipv4Endpoint& endpoint) {
     sockaddr_in address = {};
     address.sin_family = AF_INET;
@@ -56,15 +60,16 @@ ConnectState StartConnecting(SystemHandle descriptor, const Ipv4Endpoint& endpoi
         0) {
         return ConnectState::kEstablished;
     }
-    return errno == EINPROGRESS ? ConnectState::kConnecting : ConnectState::kFailed;
+    return errno == EINPROGRESS ? ConnectState::kConnecting : FailureOf(errno);
 }
 
 ConnectState ConnectOutcome(SystemHandle descriptor) {
     int error = 0;
     socklen_t size = sizeof error;
-    const bool stands =
-        getsockopt(Number(descriptor), SOL_SOCKET, SO_ERROR, &error, &size) == 0 && error == 0;
-    return stands ? ConnectState::kEstablished : ConnectState::kFailed;
+    if (getsockopt(Number(descriptor), SOL_SOCKET, SO_ERROR, &error, &size) != 0) {
+        return ConnectState::kFailed;
+    }
+    return error == 0 ? ConnectState::kEstablished : FailureOf(error);
 }
 
 bool FailsWithoutBecomingWritable() {

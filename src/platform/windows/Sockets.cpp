@@ -27,6 +27,10 @@ bool WouldHaveWaited() {
     return WSAGetLastError() == WSAEWOULDBLOCK;
 }
 
+ConnectState FailureOf(int error) {
+    return error == WSAECONNREFUSED ? ConnectState::kRefused : ConnectState::kFailed;
+}
+
 /// What the functions of the system count bytes in.
 int Bounded(std::size_t size) {
     return static_cast<int>(std::min<std::size_t>(size, INT_MAX));
@@ -109,16 +113,17 @@ ConnectState StartConnecting(SystemHandle descriptor, const Ipv4Endpoint& endpoi
         0) {
         return ConnectState::kEstablished;
     }
-    return WouldHaveWaited() ? ConnectState::kConnecting : ConnectState::kFailed;
+    return WouldHaveWaited() ? ConnectState::kConnecting : FailureOf(WSAGetLastError());
 }
 
 ConnectState ConnectOutcome(SystemHandle descriptor) {
     int error = 0;
     int size = sizeof error;
-    const bool stands = getsockopt(Number(descriptor), SOL_SOCKET, SO_ERROR,
-                                   reinterpret_cast<char*>(&error), &size) == 0 &&
-                        error == 0;
-    return stands ? ConnectState::kEstablished : ConnectState::kFailed;
+    if (getsockopt(Number(descriptor), SOL_SOCKET, SO_ERROR, reinterpret_cast<char*>(&error),
+                   &size) != 0) {
+        return ConnectState::kFailed;
+    }
+    return error == 0 ? ConnectState::kEstablished : FailureOf(error);
 }
 
 bool FailsWithoutBecomingWritable() {
