@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "client/SoapExchange.h"
+#include "common/AsciiText.h"
 #include "common/HttpHead.h"
 #include "common/LogText.h"
 #include "common/Redaction.h"
@@ -93,7 +94,7 @@ std::string Printed(const Shown& message) {
 /// "GetDNS": the first element in the body of an envelope.
 std::string OperationOf(std::string_view request) {
     constexpr std::string_view kNameEnds = " \t\r\n/>";
-    const std::size_t body = request.find("Body>");
+    const std::size_t body = request.find(":Body");
     if (!request.starts_with("POST ") || body == std::string_view::npos) {
         return request.starts_with("GET ") ? "picture" : "-";
     }
@@ -118,8 +119,22 @@ std::string_view StatusOf(std::string_view reply) {
     return proper ? status : std::string_view();
 }
 
-/// Why a fault says that it is one; nothing where there is none.
-std::optional<std::string> FaultReason(std::string_view reply) {
+/// "NotAuthorized" of "ter:NotAuthorized", the innermost code of a fault; empty where it is none.
+std::string_view FaultCode(const XMLElement* fault) {
+    std::string_view code;
+    for (const XMLElement* each = FirstChild(fault, "Code"); each != nullptr;
+         each = FirstChild(each, "Subcode")) {
+        code = Trim(TextOf(FirstChild(each, "Value")));
+    }
+    code.remove_prefix(code.rfind(':') + 1);
+    const bool isName = code.size() < 64 && std::all_of(code.begin(), code.end(), [](char c) {
+                            return LowerCase(c) >= 'a' && LowerCase(c) <= 'z';
+                        });
+    return isName ? code : std::string_view();
+}
+
+/// "fault NotAuthorized: REASON"; nothing where there is none.
+std::optional<std::string> FaultRemark(std::string_view reply) {
     const std::size_t begin = reply.find('<');
     if (begin == std::string_view::npos || reply.find("Fault", begin) == std::string_view::npos) {
         return std::nullopt;
@@ -130,8 +145,10 @@ std::optional<std::string> FaultReason(std::string_view reply) {
     if (fault == nullptr) {
         return std::nullopt;
     }
+    const std::string_view code = FaultCode(fault);
     const XMLElement* old = FirstChild(fault, "faultstring");
-    return OneLine(old != nullptr ? TextOf(old) : TextAt(fault, "Reason/Text"));
+    return "fault" + (code.empty() ? "" : " " + std::string(code)) + ": " +
+           OneLine(old != nullptr ? TextOf(old) : TextAt(fault, "Reason/Text"));
 }
 
 std::string Remark(const CExchangeTrace::Outcome& outcome, std::string_view status,
@@ -139,8 +156,8 @@ std::string Remark(const CExchangeTrace::Outcome& outcome, std::string_view stat
     if (outcome.bodySize) {
         return " " + std::to_string(*outcome.bodySize) + " bytes";
     }
-    if (const auto reason = FaultReason(shownReply)) {
-        return reason->empty() ? " fault" : " fault: " + *reason;
+    if (const auto fault = FaultRemark(shownReply)) {
+        return " " + *fault;
     }
     const bool answer = shownReply.find("Envelope") != std::string_view::npos;
     return status.starts_with('2') && !answer ? " no SOAP" : "";

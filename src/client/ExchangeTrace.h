@@ -3,7 +3,8 @@
 ///
 /// An entry:
 ///
-///     == 2026-11-22 14:05:09.123 10.0.0.5:80 GetDNS /onvif/device_service 500 12 ms fault: REASON
+///     == 2026-11-22 14:05:09.123 10.0.0.5:80 GetDNS /onvif/device_service 500 12 ms fault CODE:
+///     REASON
 ///     === request
 ///     (head and body)
 ///     === reply

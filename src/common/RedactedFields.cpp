@@ -31,6 +31,10 @@ constexpr std::string_view kSchemes[] = {"Basic", "Digest", "Bearer", "NTLM", "N
 constexpr std::string_view kOpenParameters[] = {"realm",   "algorithm", "qop", "stale",
                                                 "charset", "uri",       "nc"};
 
+// Their values go, their names stay.
+constexpr std::string_view kSecretParameters[] = {"username", "nonce",     "cnonce", "response",
+                                                  "opaque",   "nextnonce", "rspauth"};
+
 template <std::size_t kCount>
 bool IsOneOf(std::string_view name, const std::string_view (&names)[kCount]) {
     return std::any_of(std::begin(names), std::end(names),
@@ -62,13 +66,6 @@ bool IsPlainValue(std::string_view value) {
     return value.find_first_of("\" ") == std::string_view::npos;
 }
 
-bool IsOpen(std::string_view parameter) {
-    const std::size_t equals = parameter.find('=');
-    return equals != std::string_view::npos &&
-           IsOneOf(Trim(parameter.substr(0, equals)), kOpenParameters) &&
-           IsPlainValue(Trim(parameter.substr(equals + 1)));
-}
-
 /// One parameter, which may have the scheme of a challenge in front.
 std::string ShownParameter(std::string_view parameter) {
     std::string shown;
@@ -81,7 +78,15 @@ std::string ShownParameter(std::string_view parameter) {
         shown += ' ';
         parameter = Trim(parameter.substr(blank));
     }
-    return shown.append(IsOpen(parameter) ? parameter : kRemoved);
+    std::string_view value = parameter;
+    const std::string_view name = TakeUntil(value, "=");
+    if (IsOneOf(Trim(name), kOpenParameters) && IsPlainValue(Trim(value))) {
+        return shown.append(parameter);
+    }
+    if (IsOneOf(Trim(name), kSecretParameters)) {
+        shown.append(name).append("=");
+    }
+    return shown.append(kRemoved);
 }
 
 /// @param value  on one line.

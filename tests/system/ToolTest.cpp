@@ -47,7 +47,7 @@ TEST(Onvifctl, ItsExitCodesAndOutputTellWhatHappened) {
          {"info " + at, 1, "firmwareVersion"},
          {"demo " + at, 1, "--- Which streams?"},
          {"get " + at + " dns", 1, "dns: no name servers (error 6)"},
-         {"get " + at + " nonsense", 1, "the request failed"},
+         {"get " + at + " nonsense", 1, "the device was not asked"},
          {"get " + at, 2, "no command"},
          {"get " + at + " --index 1", 2, "before any command"},
          {"get " + at + " profile --index", 2, "has no value"},

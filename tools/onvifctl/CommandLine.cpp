@@ -55,7 +55,11 @@ CLI::App* AddCommandForMany(CLI::App& app, CommandLine& line, const char* name,
     command->add_option("-p,--password", line.connection.password, "Password")
         ->type_name("TEXT (Env:ONVIF_PASSWORD)");
     command->add_flag("-v,--verbose", line.connection.verbose,
-                      "Show the library's log and traces on standard error");
+                      "Show each exchange, and the library's log and traces, on standard error");
+    command
+        ->add_option("--trace", line.connection.trace,
+                     "Write each exchange in full, without credentials, to this file")
+        ->type_name("FILE");
     auto* extensions = command->add_option_function<std::vector<std::string>>(
         "--extensions",
         [&line](const std::vector<std::string>& names) {

@@ -12,6 +12,8 @@
 #include "picture/Picture.h"
 #include "system/Environment.h"
 #include "system/StandardStreams.h"
+#include "trace/ExchangeLog.h"
+#include "trace/FailureCause.h"
 
 namespace onvifctl {
 
@@ -49,13 +51,21 @@ CStartedLibrary::CStartedLibrary(const ConnectionOptions& options) {
     }
     // The tool pulls its events: nobody else needs to reach it.
     SetMissingVariable("ONVIF_CLIENT_LISTEN_ADDRESS", "127.0.0.1");
+    CExchangeLog::Instance().Prepare(options.trace);
     ONVIF_CLIENT_Initial();
+    try {
+        CExchangeLog::Instance().Begin(options.verbose);
+    } catch (...) {
+        ONVIF_CLIENT_Quit();
+        throw;
+    }
     libraryRuns = true;
 }
 
 CStartedLibrary::~CStartedLibrary() {
     libraryRuns = false;
     ONVIF_CLIENT_Quit();
+    CExchangeLog::Instance().End();
 }
 
 CConnection::CConnection(const ConnectionOptions& options, const FirstContact* known)
@@ -64,8 +74,10 @@ CConnection::CConnection(const ConnectionOptions& options, const FirstContact* k
     const std::string ip = Resolve(address.name);
     const std::string password = PasswordFor(options);
     unsigned int error = 0;
+    device_ = ip + ":" + std::to_string(address.port);
     loginId_ = ONVIF_CLIENT_Login(ONVIF_CLIENT_NO_LOGIN_ID, ip.c_str(), address.port,
                                   options.user.c_str(), password.c_str(), &error);
+    CExchangeLog::Instance().Show();
     if (loginId_ == ONVIF_CLIENT_NO_LOGIN_ID) {
         throw LoginFailure(error, options, address,
                            known != nullptr ? *known : LookAt(ip, address.port, [] {
@@ -79,6 +91,8 @@ CConnection::~CConnection() {
 }
 
 std::string CConnection::Send(const std::string& request) const {
+    CExchangeLog& log = CExchangeLog::Instance();
+    const std::uint64_t began = log.Now();
     char* response = nullptr;
     int length = 0;
     const bool success = RootOf(request) == "Get"
@@ -86,13 +100,9 @@ std::string CConnection::Send(const std::string& request) const {
                              : ONVIF_CLIENT_SetCfg(loginId_, request.c_str(), response);
     std::string result = response == nullptr ? "" : response;
     ONVIF_CLIENT_DelResponseBuff(response);
+    log.Show();
     if (!success) {
-        throw CFailure(ExitCode::kRefused,
-                       RootOf(request) == "Get"
-                           ? "the request failed: the device refused it or did not answer, or its "
-                             "first command is unknown"
-                           : "no result: a command was refused or not answered, or none of them is "
-                             "known or reports anything");
+        throw CFailure(ExitCode::kRefused, CauseOfFailure(log.Since(began, device_)));
     }
     return result;
 }
@@ -100,6 +110,8 @@ std::string CConnection::Send(const std::string& request) const {
 std::string CConnection::Picture(unsigned int index) const {
     const std::string request =
         MakeRequest("Get", {"snapshotURI", "--index", std::to_string(index)});
+    CExchangeLog& log = CExchangeLog::Instance();
+    const std::uint64_t began = log.Now();
     char* response = nullptr;
     int length = 0;
     const bool success = ONVIF_CLIENT_GetCfg(loginId_, request.c_str(), response, &length);
@@ -108,9 +120,10 @@ std::string CConnection::Picture(unsigned int index) const {
         picture.assign(response, static_cast<std::size_t>(length));
     }
     ONVIF_CLIENT_DelResponseBuff(response);
+    log.Show();
     if (!success || picture.empty()) {
-        throw CFailure(ExitCode::kRefused,
-                       "the device gave no picture of profile " + std::to_string(index));
+        throw CFailure(ExitCode::kRefused, "no picture of profile " + std::to_string(index) + ": " +
+                                               CauseOfFailure(log.Since(began, device_)));
     }
     CheckPicture(picture);
     return picture;

@@ -17,6 +17,7 @@ struct ConnectionOptions {
     std::string user;
     std::optional<std::string> password;
     bool verbose = false;
+    std::string trace;                      // a file; empty: none
     std::optional<std::string> extensions;  // names with commas; nothing: as the environment says
 };
 
@@ -55,6 +56,7 @@ class CConnection {
 
  private:
     unsigned int loginId_;
+    std::string device_;  // as traces name it
 };
 
 }  // namespace onvifctl
