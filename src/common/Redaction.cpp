@@ -111,9 +111,10 @@ std::string WithoutSecretElements(std::string_view text) {
     return shown;
 }
 
-/// The size of a value behind a "=".
+/// The size of a value behind a "=" and maybe a quote.
 std::size_t ValueSize(std::string_view text, std::string_view ends) {
-    return std::min(text.find_first_of(ends), text.size());
+    return text.starts_with(kRemoved) ? kRemoved.size()
+                                      : std::min(text.find_first_of(ends), text.size());
 }
 
 /// Attributes, and parameters in URIs and forms: "name=value".
