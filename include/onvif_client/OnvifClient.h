@@ -61,8 +61,8 @@
 /// file to use instead (rotated at 5 MiB, three old ones are kept). Some traces go to standard
 /// output, or where ONVIF_CLIENT_TRACE says ("stdout", "stderr", "log", "off"). Neither waits for a
 /// reader: what cannot be written at once is dropped and counted. ONVIF_CLIENT_TRACE_FILE names a
-/// file for every exchange with a device, requests and replies in full, without credentials (rotated
-/// in the same way; not set: none).
+/// file for every exchange with a device, requests and replies in full, without credentials
+/// (rotated in the same way; not set: none).
 #ifndef ONVIF_CLIENT_ONVIF_CLIENT_H
 #define ONVIF_CLIENT_ONVIF_CLIENT_H
 

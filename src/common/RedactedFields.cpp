@@ -35,8 +35,8 @@ constexpr std::string_view kOpenParameters[] = {"realm",   "algorithm", "qop", "
 constexpr std::string_view kSecretParameters[] = {"username", "nonce",     "cnonce", "response",
                                                   "opaque",   "nextnonce", "rspauth"};
 
-template <std::size_t kCount>
-bool IsOneOf(std::string_view name, const std::string_view (&names)[kCount]) {
+template <std::size_t Count>
+bool IsOneOf(std::string_view name, const std::string_view (&names)[Count]) {
     return std::any_of(std::begin(names), std::end(names),
                        [name](std::string_view each) { return SameLetters(each, name); });
 }

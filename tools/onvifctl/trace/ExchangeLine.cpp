@@ -9,7 +9,7 @@ namespace {
 /// Up to the next blank, which goes too.
 std::string TakeWord(std::string_view& text) {
     const std::size_t end = std::min(text.find(' '), text.size());
-    const std::string word(text.substr(0, end));
+    std::string word(text.substr(0, end));
     text.remove_prefix(std::min(end + 1, text.size()));
     return word;
 }
