@@ -146,14 +146,16 @@ std::string WithoutSecretAssignments(std::string_view text) {
 
 /// How much of what stands behind "://" are user and password; a password may hold slashes.
 std::size_t UserInfoSize(std::string_view text) {
-    constexpr std::size_t kLongestUri = 4096;
-    text = text.substr(0, kLongestUri);
-    const std::string_view uri = text.substr(0, text.find_first_of("<>\"' \t\r\n"));
-    const std::string_view authority = uri.substr(0, uri.find_first_of("/?#"));
+    constexpr std::size_t kLongest = 256;  // where it holds slashes
+    const std::string_view authority = text.substr(0, text.find_first_of("/?#<>\"' \t\r\n"));
     const std::string_view port = authority.substr(authority.rfind(':') + 1);
     const bool hasPort = port.find_first_not_of("0123456789") == std::string_view::npos;
-    const bool slashed = authority.find(':') != std::string_view::npos && !hasPort;
-    const std::size_t end = (slashed ? uri : authority).rfind('@');
+    std::size_t end = authority.rfind('@');
+    if (!hasPort && authority.find(':') != std::string_view::npos) {
+        text = text.substr(0, kLongest);
+        const std::size_t slashed = text.substr(0, text.find_first_of("<>\"' \t\r\n")).rfind('@');
+        end = slashed == std::string_view::npos ? end : slashed;
+    }
     return end == std::string_view::npos ? 0 : end;
 }
 
