@@ -1,10 +1,9 @@
 #include "CommandLine.h"
 
 #include <algorithm>
-#include <iostream>
+#include <memory>
 
 #include "documents/ResultTable.h"
-#include "output/Printable.h"
 #include "system/Environment.h"
 
 namespace onvifctl {
@@ -25,6 +24,16 @@ const std::vector<std::string> kExtensions = {
     "background-subscription",
     "no-basic",
 };
+
+/// What the command line says of logins beats the environment.
+void TakeGivenLogin(CommandLine& line) {
+    GivenLogin& given = line.hosts.given;
+    given.ReadPassword();
+    line.connection.user = given.user.value_or(line.connection.user);
+    if (given.password) {
+        line.connection.password = given.password;
+    }
+}
 
 }  // namespace
 
@@ -47,13 +56,24 @@ CLI::App* AddCommandForMany(CLI::App& app, CommandLine& line, const char* name,
         footer += "  " + example + "\n";
     }
     command->footer(footer +
-                    "\nUser and password may also come from the environment (ONVIF_USER,"
-                    " ONVIF_PASSWORD); a missing"
-                    "\npassword is asked for when standard input is a terminal.\n");
-    command->add_option("-u,--user", line.connection.user, "User name")
+                    "\nUser and password come from the command line, else from the hosts file, else"
+                    " from the\nenvironment (ONVIF_USER, ONVIF_PASSWORD); a missing password is"
+                    " asked for when standard\ninput is a terminal.\n");
+    command->add_option("-u,--user", line.hosts.given.user, "User name")
         ->type_name("TEXT (Env:ONVIF_USER)");
-    command->add_option("-p,--password", line.connection.password, "Password")
-        ->type_name("TEXT (Env:ONVIF_PASSWORD)");
+    auto* password = command
+                         ->add_option("-p,--password", line.hosts.given.password,
+                                      "Password; - for a line of standard input")
+                         ->type_name("TEXT (Env:ONVIF_PASSWORD)");
+    command
+        ->add_option("--password-file", line.hosts.given.passwordFile,
+                     "The password is the first line of this file")
+        ->type_name("FILE")
+        ->excludes(password);
+    command
+        ->add_option("--hosts", line.hosts.file,
+                     "Names of cameras (default: onvifctl/hosts.toml among your settings)")
+        ->type_name("FILE");
     command->add_flag("-v,--verbose", line.connection.verbose,
                       "Show each exchange, and the library's log and traces, on standard error");
     command
@@ -71,15 +91,42 @@ CLI::App* AddCommandForMany(CLI::App& app, CommandLine& line, const char* name,
         ->add_flag_callback(
             "--literal", [&line] { line.connection.extensions = ""; }, "No extensions")
         ->excludes(extensions);
+    command->parse_complete_callback([&line] { TakeGivenLogin(line); });
     return command;
 }
 
 CLI::App* AddCommand(CLI::App& app, CommandLine& line, const char* name,
                      const std::string& description, const std::vector<std::string>& examples) {
     CLI::App* command = AddCommandForMany(app, line, name, description, examples);
-    command->add_option("HOST", line.connection.host, "Address or name, with :PORT if not 80")
+    auto word = std::make_shared<std::string>();
+    command->add_option("HOST", *word, "Address with :PORT if not 80, or a name of the hosts file")
         ->required();
+    command->parse_complete_callback([&line, word] {
+        TakeGivenLogin(line);
+        line.hosts.words = {*word};
+        line.connection = Target(line.hosts, line.connection);
+    });
     return command;
+}
+
+CLI::App* AddCommandForSeveral(CLI::App& app, CommandLine& line, const char* name,
+                               const std::string& description,
+                               const std::vector<std::string>& examples) {
+    CLI::App* command = AddCommandForMany(app, line, name, description, examples);
+    command->add_option("HOST", line.hosts.words,
+                        "Addresses with :PORT if not 80, names or @TAGs of the hosts file");
+    AddChoiceOfHosts(command, line);
+    return command;
+}
+
+void AddChoiceOfHosts(CLI::App* command, CommandLine& line) {
+    constexpr double kTenYears = 10 * 366 * 24 * 3600.0;
+    command->add_flag("--all", line.hosts.all, "All cameras of the hosts file");
+    command->add_option("--tag", line.hosts.tags, "The cameras with this tag")
+        ->expected(1)
+        ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
+    command->add_option("--timeout", line.timeout, "Give up what is not done after so many seconds")
+        ->check(CLI::Range(0.0, kTenYears));
 }
 
 CLI::App* AddAction(CLI::App* command, const char* name, const std::string& description,
@@ -97,10 +144,6 @@ void AddFormatOption(CLI::App* command, CommandLine& line) {
             "--format", [&line](const std::string& format) { line.table = format == "table"; },
             "xml: the result document (default); table: readable text")
         ->check(CLI::IsMember({"xml", "table"}));
-}
-
-void Tell(const std::string& message) {
-    std::cerr << "onvifctl: " << Printable(message) << '\n';
 }
 
 ExitCode Show(const Session& session, const std::string& request, bool table) {

@@ -4,12 +4,16 @@
 #define ONVIFCTL_COMMANDLINE_H
 
 #include <CLI/CLI.hpp>
+#include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "Connection.h"
 #include "ExitCode.h"
+#include "hosts/Targets.h"
 #include "output/DataOutput.h"
+#include "output/Notices.h"
 
 namespace onvifctl {
 
@@ -18,7 +22,9 @@ ConnectionOptions CredentialsOfEnvironment();
 
 /// What one run of the tool was told, and how it ended.
 struct CommandLine {
-    ConnectionOptions connection = CredentialsOfEnvironment();
+    HostChoice hosts;
+    ConnectionOptions connection = CredentialsOfEnvironment();  // of commands for one device: to it
+    std::optional<double> timeout;                              // seconds for the whole run
     bool table = false;
     ExitCode code = ExitCode::kDone;
 };
@@ -33,6 +39,14 @@ CLI::App* AddCommandForMany(CLI::App& app, CommandLine& line, const char* name,
 CLI::App* AddCommand(CLI::App& app, CommandLine& line, const char* name,
                      const std::string& description, const std::vector<std::string>& examples);
 
+/// The same with any number of HOSTs, and what chooses cameras of the hosts file.
+CLI::App* AddCommandForSeveral(CLI::App& app, CommandLine& line, const char* name,
+                               const std::string& description,
+                               const std::vector<std::string>& examples);
+
+/// The options of the latter: --all, --tag and --timeout.
+void AddChoiceOfHosts(CLI::App* command, CommandLine& line);
+
 /// Adds an action of a subcommand ("ptz HOST stop"); the credentials may stand behind it too.
 CLI::App* AddAction(CLI::App* command, const char* name, const std::string& description,
                     const std::string& example);
@@ -41,14 +55,17 @@ void AddFormatOption(CLI::App* command, CommandLine& line);
 
 /// A device to talk to and a place for what it says.
 struct Session {
-    explicit Session(const ConnectionOptions& options) : library(options), connection(options) {}
+    explicit Session(const ConnectionOptions& given)
+        : options(WithPassword(given)), library(std::in_place, options), connection(options) {}
+    /// One of several: the library has been started, and what comes out is added to a text.
+    Session(const ConnectionOptions& given, std::string& collected)
+        : options(WithPassword(given)), output(&collected), connection(options) {}
+
+    const ConnectionOptions options;
     const CDataOutput output{};
-    const CStartedLibrary library;
+    const std::optional<CStartedLibrary> library;
     const CConnection connection;
 };
-
-/// Tells on standard error, in one line of printable text.
-void Tell(const std::string& message);
 
 /// Sends a request, shows the result and tells what the device refused.
 ExitCode Show(const Session& session, const std::string& request, bool table);
@@ -67,8 +84,12 @@ void AddWatch(CLI::App& app, CommandLine& line);
 void AddDemo(CLI::App& app, CommandLine& line);
 void AddDoctor(CLI::App& app, CommandLine& line);
 
-/// The stream addresses of all profiles, a line each.
-ExitCode ShowStreams(const Session& session);
+/// Tells apart the two meanings of "--timeout": seconds are the tool's, a duration or a time
+/// ("PT5S") is a parameter of the command before it.
+void MarkParameters(std::vector<std::string>& words);
+
+/// The stream addresses of all profiles, a line each; @p credentials: with user and password.
+ExitCode ShowStreams(const Session& session, bool credentials = false);
 
 }  // namespace onvifctl
 

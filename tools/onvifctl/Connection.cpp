@@ -8,6 +8,7 @@
 #include "contact/Advice.h"
 #include "contact/Probe.h"
 #include "documents/RequestDocument.h"
+#include "hosts/Credentials.h"
 #include "onvif_client/OnvifClient.h"
 #include "picture/Picture.h"
 #include "system/Environment.h"
@@ -30,12 +31,31 @@ CLoginFailure LoginFailure(unsigned int error, const ConnectionOptions& options,
 
 }  // namespace
 
+bool NeedsPassword(const ConnectionOptions& options) {
+    return !options.password && options.passwordFile.empty() && options.passwordCommand.empty() &&
+           !options.user.empty();
+}
+
 std::string PasswordFor(const ConnectionOptions& options) {
-    if (options.password || options.user.empty()) {
-        return options.password.value_or("");
+    if (options.password) {
+        return *options.password;
+    }
+    if (!options.passwordFile.empty()) {
+        return PasswordOfFile(options.passwordFile);
+    }
+    if (!options.passwordCommand.empty()) {
+        return PasswordOfCommand(options.passwordCommand);
+    }
+    if (options.user.empty()) {
+        return "";
     }
     return AskForPassword("Password of " + options.user + " at " + options.host + ": ")
         .value_or("");
+}
+
+ConnectionOptions WithPassword(ConnectionOptions options) {
+    options.password = PasswordFor(options);
+    return options;
 }
 
 CStartedLibrary::CStartedLibrary(const ConnectionOptions& options) {

@@ -13,16 +13,27 @@ namespace onvifctl {
 struct FirstContact;
 
 struct ConnectionOptions {
+    std::string name;  // what the user calls the camera
     std::string host;  // as contact/Address.h reads it
     std::string user;
     std::optional<std::string> password;
+    // Where the password is when it is not there.
+    std::string passwordFile;
+    std::string passwordCommand;
     bool verbose = false;
     std::string trace;                      // a file; empty: none
     std::optional<std::string> extensions;  // names with commas; nothing: as the environment says
 };
 
-/// The password that was given, or asked for on the terminal when there is a user without one.
+/// Whether there is a user without a password, and nothing that tells it.
+bool NeedsPassword(const ConnectionOptions& options);
+
+/// The password that was given, or is in a file, or that a command writes, or asked for on the
+/// terminal when it is needed. Throws CFailure when file or command do not tell it.
 std::string PasswordFor(const ConnectionOptions& options);
+
+/// The same options with the password among them.
+ConnectionOptions WithPassword(ConnectionOptions options);
 
 /// The library runs while one lives; at most one at a time.
 class CStartedLibrary {

@@ -5,6 +5,7 @@
 #include "CommandLine.h"
 #include "documents/RequestDocument.h"
 #include "documents/RoundTrip.h"
+#include "fleet/Fleet.h"
 
 namespace onvifctl {
 
@@ -15,9 +16,11 @@ struct RequestArguments {
     std::vector<std::string> words;
 };
 
-ExitCode SendOne(const CommandLine& line, const std::string& request) {
-    const Session session(line.connection);
-    return Show(session, request, line.table);
+/// To every camera that is meant.
+ExitCode SendEach(const CommandLine& line, const std::string& request) {
+    return CFleet(line).Do([&line, &request](const Session& session, std::size_t) {
+        return Show(session, request, line.table);
+    });
 }
 
 /// The document's Set requests without those that would tell the device what it has already.
@@ -36,9 +39,8 @@ std::vector<std::string> NeededRequests(const Session& session, const std::strin
     return wanted.requests;
 }
 
-ExitCode SetWhatWasGot(const CommandLine& line, const std::string& document) {
-    SetRequestsFrom(document);  // a useless document is no reason for a login
-    const Session session(line.connection);
+ExitCode SetWhatWasGotAt(const Session& session, const CommandLine& line,
+                         const std::string& document) {
     const auto requests = NeededRequests(session, document);
     if (requests.empty()) {
         Tell("nothing to change");
@@ -58,6 +60,13 @@ ExitCode SetWhatWasGot(const CommandLine& line, const std::string& document) {
     return worst;
 }
 
+ExitCode SetWhatWasGot(const CommandLine& line, const std::string& document) {
+    SetRequestsFrom(document);  // a useless document is no reason for a login
+    return CFleet(line).Do([&line, &document](const Session& session, std::size_t) {
+        return SetWhatWasGotAt(session, line, document);
+    });
+}
+
 /// A command's name has neither dot nor slash.
 bool NamesFile(const std::vector<std::string>& words) {
     return words.size() == 1 && words[0].find_first_of("-./") != std::string::npos &&
@@ -73,23 +82,23 @@ ExitCode GetOrSet(const CommandLine& line, const std::string& root, RequestArgum
         throw CFailure(ExitCode::kUsage, "give either a file or commands");
     }
     if (arguments.file.empty()) {
-        return SendOne(line, MakeRequest(root, arguments.words));
+        return SendEach(line, MakeRequest(root, arguments.words));
     }
     if (root == "Get") {
-        return SendOne(line, ReadDocument(arguments.file, {root}));
+        return SendEach(line, ReadDocument(arguments.file, {root}));
     }
     const std::string document = ReadDocument(arguments.file, {root, "GetResponse"});
-    return RootOf(document) == root ? SendOne(line, document) : SetWhatWasGot(line, document);
+    return RootOf(document) == root ? SendEach(line, document) : SetWhatWasGot(line, document);
 }
 
 void AddInfo(CLI::App& app, CommandLine& line) {
-    AddCommand(app, line, "info", "Show what a device is and how it is set up",
-               {"onvifctl info 192.168.1.64 -u admin"})
+    AddCommandForSeveral(app, line, "info", "Show what a device is and how it is set up",
+                         {"onvifctl info 192.168.1.64 -u admin", "onvifctl info gate @outdoor"})
         ->callback([&line] {
             line.table = true;
             line.code =
-                SendOne(line, MakeRequest("Get", {"devInfo", "ipv4", "dns", "networkProtocols",
-                                                  "dateAndTime", "serviceUrl", "profiles"}));
+                SendEach(line, MakeRequest("Get", {"devInfo", "ipv4", "dns", "networkProtocols",
+                                                   "dateAndTime", "serviceUrl", "profiles"}));
         });
 }
 
@@ -99,27 +108,40 @@ void Complete(CLI::App* command, CommandLine& line, const char* root) {
     AddFormatOption(command, line);
     command->add_option("-f,--file", arguments->file,
                         "Request document to send; - for standard input");
+    auto first = std::make_shared<std::string>();
+    command->add_option(
+        "HOST", *first,
+        "Address with :PORT if not 80, name or @TAG of the hosts file, or a list of\n"
+        "them with commas; none with --all or --tag");
+    AddChoiceOfHosts(command, line);
     command->allow_extras();
-    command->callback([&line, command, root, arguments] {
+    command->callback([&line, command, root, arguments, first] {
         arguments->words = command->remaining();
+        const bool chosen = line.hosts.all || !line.hosts.tags.empty();
+        if (chosen && !first->empty()) {
+            arguments->words.insert(arguments->words.begin(), *first);
+        } else if (!first->empty()) {
+            line.hosts.words = {*first};
+        }
         line.code = GetOrSet(line, root, *arguments);
     });
 }
 
 void AddGet(CLI::App& app, CommandLine& line) {
-    CLI::App* get = AddCommand(
+    CLI::App* get = AddCommandForMany(
         app, line, "get",
         "Ask: COMMAND [--NAME VALUE]... any number of times, or a request document.\n"
         "Every --NAME VALUE that is no option of the tool is a parameter of the command before\n"
-        "it, and its name may be a path",
+        "it, and its name may be a path; behind --/ it is none of the tool's for sure",
         {"onvifctl get 192.168.1.64 devInfo dateAndTime",
          "onvifctl get 192.168.1.64 streamURI --index 1",
-         "onvifctl get 192.168.1.64 profiles --format table"});
+         "onvifctl get 192.168.1.64 profiles --format table",
+         "onvifctl get gate,@outdoor devInfo"});
     Complete(get, line, "Get");
 }
 
 void AddSet(CLI::App& app, CommandLine& line) {
-    CLI::App* set = AddCommand(
+    CLI::App* set = AddCommandForMany(
         app, line, "set",
         "Change: COMMAND --NAME VALUE..., a request document, or what get has shown (" +
             RoundTripCommands() +
@@ -135,16 +157,29 @@ void AddSet(CLI::App& app, CommandLine& line) {
 void AddSend(CLI::App& app, CommandLine& line) {
     auto arguments = std::make_shared<RequestArguments>();
     CLI::App* send =
-        AddCommand(app, line, "send", "Send a request document, Get or Set by its root",
-                   {"onvifctl send 192.168.1.64 request.xml"});
+        AddCommandForMany(app, line, "send", "Send a request document, Get or Set by its root",
+                          {"onvifctl send 192.168.1.64 request.xml"});
     AddFormatOption(send, line);
+    auto host = std::make_shared<std::string>();
+    send->add_option("HOST", *host, "As for get")->required();
     send->add_option("FILE", arguments->file, "The document; - for standard input")->required();
-    send->callback([&line, arguments] {
-        line.code = SendOne(line, ReadDocument(arguments->file, {"Get", "Set"}));
+    send->callback([&line, arguments, host] {
+        line.hosts.words = {*host};
+        const std::string request = ReadDocument(arguments->file, {"Get", "Set"});
+        line.code = SendEach(line, request);
     });
 }
 
 }  // namespace
+
+void MarkParameters(std::vector<std::string>& words) {
+    for (std::size_t i = 0; i + 1 < words.size(); ++i) {
+        if (words[i] == "--timeout" &&
+            words[i + 1].find_first_not_of("0123456789.") != std::string::npos) {
+            words[i] = "--/timeout";
+        }
+    }
+}
 
 void AddRequestCommands(CLI::App& app, CommandLine& line) {
     AddInfo(app, line);

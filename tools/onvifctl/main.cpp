@@ -29,6 +29,7 @@ int Run(std::vector<std::string> words) {
     onvifctl::AddWatch(app, line);
     onvifctl::AddDemo(app, line);
     onvifctl::AddDoctor(app, line);
+    onvifctl::MarkParameters(words);
     try {
         std::reverse(words.begin(), words.end());  // the parser takes them from the end
         app.parse(std::move(words));
@@ -47,7 +48,9 @@ int main(int argc, char** argv) {
     onvifctl::PrepareSignals();
     onvifctl::PrepareStreams();
     try {
-        return Run(onvifctl::Arguments(argc, argv));
+        auto words = onvifctl::Arguments(argc, argv);
+        onvifctl::HidePasswords(argc, argv);
+        return Run(std::move(words));
     } catch (const onvifctl::CFailure& failure) {
         onvifctl::Tell(failure.what());
         return static_cast<int>(failure.Code());

@@ -7,8 +7,9 @@ namespace client_test {
 
 CRunningTool::CRunningTool(const std::string& arguments, const std::string& environment,
                            const std::string& errors, const std::string& program)
-    : output_(popen(
-          ("echo $$; exec env " + environment + " " + program + " " + arguments + " 2>" + errors)
+    : output_(popen(  // nobody's hosts file has a say in the tests
+          ("echo $$; exec env XDG_CONFIG_HOME=" + testing::TempDir() + "/none " + environment +
+           " " + program + " " + arguments + " 2>" + errors)
               .c_str(),
           "r")),
       process_(std::stoi(Line())) {}

@@ -51,6 +51,8 @@ CRunningTool::CRunningTool(const std::string& arguments, const std::string& envi
          std::getline(variables >> std::ws, name, '=') && variables >> value;) {
         SetEnvironmentVariableW(Wide(name).c_str(), Wide(value).c_str());
     }
+    // Nobody's hosts file has a say in the tests.
+    SetEnvironmentVariableW(L"APPDATA", Wide(testing::TempDir() + "none").c_str());
     STARTUPINFOW startup = {};
     startup.cb = sizeof startup;
     startup.dwFlags = STARTF_USESTDHANDLES;

@@ -39,7 +39,7 @@ XMLElement* AddChild(XMLElement* parent, const std::string& name) {
 }
 
 void AddParameter(XMLElement* command, const std::string& path, const std::string& value) {
-    std::istringstream steps(path);
+    std::istringstream steps(path.starts_with('/') ? path.substr(1) : path);
     XMLElement* element = command;
     for (std::string step; std::getline(steps, step, '/');) {
         // The last step is always new: a parameter may be given more than once.

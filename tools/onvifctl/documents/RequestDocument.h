@@ -10,7 +10,8 @@ namespace onvifctl {
 
 /// Makes a request document from words: each word is a command, and "--NAME VALUE" behind it is one
 /// of its parameters. A name may be a path ("--time/hour 5"); paths that begin alike share
-/// elements. Throws CFailure when a word makes no sense.
+/// elements; one that begins with '/' ("--/user") is the same without it. Throws CFailure when a
+/// word makes no sense.
 std::string MakeRequest(const std::string& root, const std::vector<std::string>& words);
 
 /// Reads a document from a file, or from standard input for "-". Throws CFailure when it cannot be

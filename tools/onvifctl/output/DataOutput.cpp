@@ -6,7 +6,7 @@
 namespace onvifctl {
 
 void CDataOutput::Write(std::string_view text) const {
-    if (isTerminal_) {
+    if (isTerminal_ && collected_ == nullptr) {
         WriteToTerminal(Printable(text, Lines::kMany));
     } else {
         WriteToTerminal(text);
@@ -14,7 +14,9 @@ void CDataOutput::Write(std::string_view text) const {
 }
 
 void CDataOutput::WriteToTerminal(std::string_view text) const {
-    if (!WriteToOutput(text)) {
+    if (collected_ != nullptr) {
+        *collected_ += text;
+    } else if (!WriteToOutput(text)) {
         throw CFailure(ExitCode::kNoOutput, "cannot write to standard output");
     }
 }

@@ -5,15 +5,18 @@
 #define ONVIFCTL_OUTPUT_DATAOUTPUT_H
 
 #include <optional>
+#include <string>
 #include <string_view>
 
 #include "system/StandardStreams.h"
 
 namespace onvifctl {
 
-/// Standard output, past all buffers.
+/// Standard output, past all buffers, or a text that is collected for it.
 class CDataOutput {
  public:
+    explicit CDataOutput(std::string* collected = nullptr) : collected_(collected) {}
+
     /// Byte for byte, but printable (Printable.h) on a terminal. Throws CFailure when the output is
     /// gone (a closed pipe, a full disk).
     void Write(std::string_view text) const;
@@ -25,6 +28,7 @@ class CDataOutput {
     std::optional<TerminalSize> Terminal() const { return SizeOfOutput(); }
 
  private:
+    std::string* const collected_;
     const bool isTerminal_ = OutputIsTerminal();
 };
 

@@ -2,12 +2,13 @@
 
 #include <algorithm>
 #include <chrono>
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <functional>
+#include <mutex>
 #include <optional>
 
-#include "ExitCode.h"
 #include "system/Environment.h"
 #include "system/FilePath.h"
 #include "system/Interruption.h"
@@ -17,6 +18,8 @@ namespace onvifctl {
 namespace {
 
 namespace fs = std::filesystem;
+
+std::mutex oneAtATime;  // held while a file is put into its place; interruptions are single, too
 
 /// Writes piece by piece until it is told to end.
 /// @return true when everything is written.
@@ -34,6 +37,7 @@ bool Write(const fs::path& path, std::string_view bytes, const std::function<boo
 
 /// Puts a whole file into the place of what is there, if anything.
 bool Replace(const fs::path& target, std::string_view bytes) {
+    const std::lock_guard guard(oneAtATime);
     fs::path temporary = target;
     temporary += "." + std::to_string(ProcessId()) + ".part";
     // A signal that ended the tool at once would leave the temporary file.
@@ -71,6 +75,11 @@ void WriteWholeFile(const std::string& file, std::string_view bytes) {
     if (!written) {
         throw CFailure(ExitCode::kNoOutput, "cannot write '" + file + "'");
     }
+}
+
+void EndAtOnce(ExitCode code) {
+    const std::lock_guard guard(oneAtATime);
+    std::_Exit(static_cast<int>(code));
 }
 
 }  // namespace onvifctl

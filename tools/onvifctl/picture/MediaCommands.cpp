@@ -7,8 +7,11 @@
 #include "documents/RequestDocument.h"
 #include "documents/ResultDocument.h"
 #include "documents/ResultTable.h"
+#include "fleet/Fleet.h"
 #include "output/OutputFile.h"
 #include "output/Printable.h"
+#include "picture/FilePattern.h"
+#include "picture/StreamAddress.h"
 #include "system/StandardStreams.h"
 
 namespace onvifctl {
@@ -18,21 +21,51 @@ namespace {
 struct SnapshotArguments {
     std::string file;
     unsigned int index = 0;
+    std::optional<double> every;
+    std::optional<double> seconds;
 };
 
-void Snapshot(const CommandLine& line, const SnapshotArguments& arguments) {
+void CheckOutput(const std::vector<ConnectionOptions>& cameras, const CFilePattern& pattern,
+                 const SnapshotArguments& arguments) {
+    const bool toOutput = arguments.file == "-";
+    if (cameras.size() > 1 && !pattern.Has('h')) {
+        throw CFailure(ExitCode::kUsage, "the pictures of several cameras need names: -o '%h.jpg'");
+    }
+    if (toOutput && arguments.every) {
+        throw CFailure(ExitCode::kUsage, "--every needs a file's name");
+    }
+    std::vector<std::string> names;
+    for (const ConnectionOptions& camera : cameras) {
+        names.push_back(camera.name);
+    }
+    CheckFileNames(names);
+}
+
+ExitCode Snapshot(const CommandLine& line, const SnapshotArguments& arguments) {
     const bool toOutput = arguments.file == "-";
     if (toOutput && OutputIsTerminal()) {
         throw CFailure(ExitCode::kUsage, "a picture is nothing for a terminal: name a file");
     }
-    const Session session(line.connection);
-    const std::string picture = session.connection.Picture(arguments.index);
-    if (toOutput) {
-        session.output.Write(picture);
-    } else {
-        WriteWholeFile(arguments.file, picture);
+    const CFilePattern pattern(arguments.file);
+    CFleet fleet(line, arguments.every ? CFleet::Sessions::kKeep : CFleet::Sessions::kEnd);
+    CheckOutput(fleet.Cameras(), pattern, arguments);
+    const auto save = [&](const Session& session, std::size_t) {
+        const std::string picture = session.connection.Picture(arguments.index);
+        std::string told = std::to_string(picture.size()) + " bytes";
+        if (toOutput) {
+            session.output.Write(picture);
+        } else {
+            const std::string file = pattern.Name(session.options.name, arguments.index);
+            WriteWholeFile(file, picture);
+            told = pattern.IsPlain() ? told : file + ": " + told;
+        }
+        Tell(told);
+        return ExitCode::kDone;
+    };
+    if (!arguments.every) {
+        return fleet.Do(save);
     }
-    Tell(std::to_string(picture.size()) + " bytes");
+    return fleet.Repeat(save, *arguments.every, arguments.seconds);
 }
 
 std::string StreamAddress(const Session& session, unsigned int index) {
@@ -46,36 +79,93 @@ std::string StreamAddress(const Session& session, unsigned int index) {
 }
 
 void AddSnapshot(CLI::App& app, CommandLine& line) {
+    constexpr double kTenYears = 10 * 366 * 24 * 3600.0;
     auto arguments = std::make_shared<SnapshotArguments>();
-    CLI::App* snapshot = AddCommand(app, line, "snapshot", "Save a picture",
-                                    {"onvifctl snapshot 192.168.1.64 -o picture.jpg",
-                                     "onvifctl snapshot 192.168.1.64 -o - --index 1 | display"});
-    snapshot->add_option("-o,--output", arguments->file, "Where to; - for standard output")
+    CLI::App* snapshot =
+        AddCommandForSeveral(app, line, "snapshot", "Save pictures",
+                             {"onvifctl snapshot 192.168.1.64 -o picture.jpg",
+                              "onvifctl snapshot 192.168.1.64 -o - --index 1 | display",
+                              "onvifctl snapshot @outdoor -o '%h-%t.jpg' --every 60"});
+    snapshot
+        ->add_option("-o,--output", arguments->file,
+                     "Where to; - for standard output. %h is the camera's name, %t the time\n"
+                     "(20261122-140509), %i the profile's index, %% a percent sign")
         ->required();
     snapshot->add_option("--index", arguments->index, "The profile, from 0 (default)");
-    snapshot->callback([&line, arguments] { Snapshot(line, *arguments); });
+    auto* every = snapshot
+                      ->add_option("--every", arguments->every,
+                                   "Again and again, a picture in so many seconds, until Ctrl-C")
+                      ->check(CLI::Range(0.1, kTenYears));
+    snapshot->add_option("--for", arguments->seconds, "End that after so many seconds")
+        ->check(CLI::Range(0.0, kTenYears))
+        ->needs(every);
+    every->excludes(snapshot->get_option("--timeout"));
+    snapshot->callback([&line, arguments] { line.code = Snapshot(line, *arguments); });
+}
+
+struct StreamArguments {
+    std::optional<unsigned int> index;
+    bool credentials = false;
+    bool play = false;
+};
+
+std::string AddressWith(const Session& session, const std::string& address) {
+    return WithCredentials(address, session.options.user, session.options.password.value_or(""));
+}
+
+ExitCode PlayStream(const CommandLine& line, unsigned int index) {
+    const std::string player = FindPlayer();
+    const auto cameras = Targets(line.hosts, line.connection);
+    if (cameras.size() != 1) {
+        throw CFailure(ExitCode::kUsage, "--play is for one camera");
+    }
+    std::string address;
+    {
+        const Session session(cameras.front());
+        const std::string plain = StreamAddress(session, index);
+        Tell(player + " " + plain);
+        address = AddressWith(session, plain);
+    }
+    const bool played = Play(player, address) == 0;
+    return played ? ExitCode::kDone : ExitCode::kRefused;
+}
+
+ExitCode Stream(const CommandLine& line, const StreamArguments& arguments) {
+    if (arguments.play) {
+        return PlayStream(line, arguments.index.value_or(0));
+    }
+    return CFleet(line).Do([&arguments](const Session& session, std::size_t) {
+        if (!arguments.index) {
+            return ShowStreams(session, arguments.credentials);
+        }
+        const std::string address = StreamAddress(session, *arguments.index);
+        session.output.Write((arguments.credentials ? AddressWith(session, address) : address) +
+                             "\n");
+        return ExitCode::kDone;
+    });
 }
 
 void AddStream(CLI::App& app, CommandLine& line) {
-    auto index = std::make_shared<std::optional<unsigned int>>();
-    CLI::App* stream = AddCommand(
+    auto arguments = std::make_shared<StreamArguments>();
+    CLI::App* stream = AddCommandForSeveral(
         app, line, "stream", "Show the stream addresses: index, profile token and name, address",
-        {"onvifctl stream 192.168.1.64", "ffplay \"$(onvifctl stream 192.168.1.64 --index 0)\""});
-    stream->add_option("--index", *index, "Only the address of this profile, and nothing else");
-    stream->callback([&line, index] {
-        const Session session(line.connection);
-        if (*index) {
-            session.output.Write(StreamAddress(session, **index) + "\n");
-        } else {
-            line.code = ShowStreams(session);
-        }
-    });
+        {"onvifctl stream 192.168.1.64", "onvifctl stream 192.168.1.64 --play",
+         "ffplay \"$(onvifctl stream 192.168.1.64 --index 0 --with-credentials)\""});
+    stream->add_option("--index", arguments->index,
+                       "Only the address of this profile, and nothing else");
+    stream->add_flag("--with-credentials", arguments->credentials,
+                     "Addresses with user and password");
+    stream->add_flag(
+        "--play", arguments->play,
+        "Play the stream of the profile --index (default: 0) with ffplay, mpv or vlc,\n"
+        "which get user and password with the address");
+    stream->callback([&line, arguments] { line.code = Stream(line, *arguments); });
 }
 
 }  // namespace
 
 /// One line per profile; a profile without an address does not hide the others.
-ExitCode ShowStreams(const Session& session) {
+ExitCode ShowStreams(const Session& session, bool credentials) {
     const CResultDocument result(
         SendOrFail(session, MakeRequest("Get", {"profiles", "streamCount"})));
     const auto profiles = result.Items("profiles");
@@ -86,8 +176,10 @@ ExitCode ShowStreams(const Session& session) {
     for (unsigned int index = 0; index < count; ++index) {
         const auto* profile = index < profiles.size() ? profiles[index] : nullptr;
         try {
+            const std::string address = StreamAddress(session, index);
             rows.push_back({std::to_string(index), Printable(TextAt(profile, "token")),
-                            Printable(TextAt(profile, "name")), StreamAddress(session, index)});
+                            Printable(TextAt(profile, "name")),
+                            credentials ? AddressWith(session, address) : address});
         } catch (const CFailure& failure) {
             Tell("profile " + std::to_string(index) + ": " + failure.what());
             code = Worse(code, failure.Code());

@@ -24,6 +24,13 @@ inline std::string TextOf(const std::filesystem::path& path) {
 std::optional<std::filesystem::path> FileToReplace(const std::filesystem::path& path,
                                                    std::error_code& error);
 
+/// Whether others than its owner may read a file, as far as the system tells by a simple question:
+/// never on Windows.
+bool OthersMayRead(const std::filesystem::path& path);
+
+/// The folder of the user's own settings; empty when nothing names it.
+std::filesystem::path SettingsFolder();
+
 }  // namespace onvifctl
 
 #endif

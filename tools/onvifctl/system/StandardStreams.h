@@ -14,7 +14,9 @@ namespace onvifctl {
 /// streams of the standard library, too.
 void PrepareStreams();
 
+bool InputIsTerminal();
 bool OutputIsTerminal();
+bool ErrorsAreTerminal();
 
 /// Writes all of it to standard output, past all buffers.
 /// @return false when the output is gone.

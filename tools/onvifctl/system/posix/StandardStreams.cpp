@@ -26,8 +26,16 @@ void ShowAgainAndEnd(int signal) {
 
 void PrepareStreams() {}  // they are so
 
+bool InputIsTerminal() {
+    return isatty(STDIN_FILENO) != 0;
+}
+
 bool OutputIsTerminal() {
     return isatty(STDOUT_FILENO) != 0;
+}
+
+bool ErrorsAreTerminal() {
+    return isatty(STDERR_FILENO) != 0;
 }
 
 bool WriteToOutput(std::string_view text) {

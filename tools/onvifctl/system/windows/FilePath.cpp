@@ -4,6 +4,8 @@
 
 #include <memory>
 
+#include "system/Environment.h"
+
 namespace onvifctl {
 
 namespace fs = std::filesystem;
@@ -32,6 +34,14 @@ std::optional<fs::path> FileToReplace(const fs::path& path, std::error_code& err
     const std::unique_ptr<void, decltype(&CloseHandle)> owned(file, &CloseHandle);
     return GetFileType(file) == FILE_TYPE_DISK ? std::optional(PastLinks(file, path))
                                                : std::nullopt;
+}
+
+bool OthersMayRead(const fs::path&) {
+    return false;
+}
+
+fs::path SettingsFolder() {
+    return PathOf(Variable("APPDATA"));
 }
 
 }  // namespace onvifctl

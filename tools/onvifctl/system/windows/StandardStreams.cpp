@@ -147,8 +147,16 @@ void PrepareStreams() {
     }
 }
 
+bool InputIsTerminal() {
+    return ConsoleMode(GetStdHandle(STD_INPUT_HANDLE)).has_value();
+}
+
 bool OutputIsTerminal() {
     return ConsoleMode(GetStdHandle(STD_OUTPUT_HANDLE)).has_value();
+}
+
+bool ErrorsAreTerminal() {
+    return ConsoleMode(GetStdHandle(STD_ERROR_HANDLE)).has_value();
 }
 
 bool WriteToOutput(std::string_view text) {
