@@ -80,6 +80,8 @@ void AddRequestCommands(CLI::App& app, CommandLine& line);
 void AddMediaCommands(CLI::App& app, CommandLine& line);
 void AddPtzCommands(CLI::App& app, CommandLine& line);
 void AddImageCommands(CLI::App& app, CommandLine& line);
+void AddExport(CLI::App& app, CommandLine& line);
+void AddImport(CLI::App& app, CommandLine& line);
 void AddWatch(CLI::App& app, CommandLine& line);
 void AddDemo(CLI::App& app, CommandLine& line);
 void AddDoctor(CLI::App& app, CommandLine& line);

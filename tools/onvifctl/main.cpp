@@ -26,6 +26,8 @@ int Run(std::vector<std::string> words) {
     onvifctl::AddMediaCommands(app, line);
     onvifctl::AddPtzCommands(app, line);
     onvifctl::AddImageCommands(app, line);
+    onvifctl::AddExport(app, line);
+    onvifctl::AddImport(app, line);
     onvifctl::AddWatch(app, line);
     onvifctl::AddDemo(app, line);
     onvifctl::AddDoctor(app, line);
