@@ -123,8 +123,7 @@ void AddChoiceOfHosts(CLI::App* command, CommandLine& line) {
     constexpr double kTenYears = 10 * 366 * 24 * 3600.0;
     command->add_flag("--all", line.hosts.all, "All cameras of the hosts file");
     command->add_option("--tag", line.hosts.tags, "The cameras with this tag")
-        ->expected(1)
-        ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
+        ->allow_extra_args(false);
     command->add_option("--timeout", line.timeout, "Give up what is not done after so many seconds")
         ->check(CLI::Range(0.0, kTenYears));
 }
