@@ -26,52 +26,46 @@ TEST(Hosts, WhatIsSaidOfALoginCountsInOneOrder) {
     const std::string at = AddressOf(host.Add({}));
     const COwnFolder folder;
     const std::string right = folder.File("right.txt", "camera-1\r\nsecond line\n");
-    const std::string hosts = folder.File(
-        "hosts.toml", Entry("own", at, "password = 'camera-1'") + Entry("open", at, "") +
-                          Entry("file", at, "password-file = 'right.txt'") +
-                          Entry("command", at, "password-command = 'echo camera-1'") +
-                          Entry("failing", at, "password-command = 'exit 3'"));
-    const std::string wrongly = "ONVIF_USER=admin ONVIF_PASSWORD=nothing";
-    const std::vector<client_test::Run> runs = {
-        {at + " -p nothing", 3, ""},
-        {at + " -p camera-1", 0, "", wrongly},
-        {at + " -u nobody", 3, ""},
-        {at + " --password-file " + right, 0, "", wrongly},
-        {at + " -p - <" + right, 0, "", wrongly},
-        {"own", 0, "", wrongly},
-        {"own -p nothing", 3, ""},
-        {"file", 0, "", wrongly},
-        {"command", 0, "", wrongly},
-        {"failing", 2, "its password-command failed"},
-        {"open", 0, "", "ONVIF_USER=nobody ONVIF_PASSWORD=camera-1"},
-        {"open", 3, "", wrongly},
+    const std::string own = "password = 'camera-1'";
+    const std::string file = "password-file = 'right.txt'";
+    const std::string command = "password-command = 'echo camera-1'";
+    const std::string hosts =
+        folder.File("hosts.toml", Entry("own", at, own) + Entry("open", at, "") +
+                                      Entry("file", at, file) + Entry("command", at, command) +
+                                      Entry("failing", at, "password-command = 'exit 3'"));
+    const auto expect = [&](const std::string& words, int code, const char* environment) {
+        const std::string with = words + " --hosts " + hosts;
+        ExpectRuns({{"get " + with + " devInfo", code, "", environment},
+                    {"ptz " + with + " preset list", code, "", environment}});
     };
-    for (const auto& run : runs) {
-        for (const char* command : {"get * devInfo", "ptz * preset list"}) {
-            const std::string words = With(command, run.arguments + " --hosts " + hosts);
-            ExpectRuns({{words, run.code, run.shows, run.environment}});
-        }
+    for (const std::string& words :
+         {at + " -p camera-1", at + " --password-file " + right, at + " -p - <" + right,
+          std::string("own"), std::string("file"), std::string("command")}) {
+        expect(words, 0, "ONVIF_USER=admin ONVIF_PASSWORD=nothing");
     }
+    for (const std::string& words :
+         {at + " -p nothing", at + " -u nobody", std::string("own -p nothing")}) {
+        expect(words, 3, kRight);
+    }
+    expect("open", 0, "ONVIF_USER=nobody ONVIF_PASSWORD=camera-1");
+    expect("failing", 2, kRight);
 }
 
 TEST(Hosts, FaultsInTheFileAreToldWithTheirLine) {
     const std::pair<std::string, std::string> faults[] = {
-        {"[a]\naddress = 'x'\nport = 8000", ":3: 'port' is unknown"},
-        {"[a]\naddress = 'x'\n[a]\naddress = 'y'", ":3: "},
-        {"[a]\naddress = 'x'\npassword = tru-secret",
-         ":3: Error while parsing boolean: expected 'true'\n"},
-        {"\n[a]\naddress = 80", ":3: 'address' is not a text"},
-        {"address = 'x'", ":1: 'address' stands outside"},
-        {"# nothing\n[a]", ":2: 'a' has no address"},
-        {"[gate.example]\naddress = 'x'", ":1: 'example' is unknown (a name with a dot"},
-        {"[a]\naddress = 'x'\npassword = 'p'\npassword-file = 'f'", ":4: 'a' has more than one"},
-        {"a = [" + std::string(100000, '['), ":1: "},
-        {std::string((1 << 20) + 1, '\n'), "larger than 1 MiB"},
-        {"", "names no camera"},
-    };
+        {"port = 8000", ":3: 'port' is unknown"},
+        {"[a]\naddress = 'y'", ":3: "},
+        {"password = tru-secret", ":3: Error while parsing boolean: expected 'true'\n"},
+        {"tags = ['t',\n7]", ":4: 'tags' is not a text"},
+        {"[gate.example]\naddress = 'x'", ":3: 'example' is unknown (a name with a dot"},
+        {"password = 'p'\npassword-file = 'f'", ":4: 'a' has more than one"},
+        {"[b]", ":3: 'b' has no address"},
+        {"tags = [" + std::string(100000, '['), ":3: "},
+        {std::string(1 << 20, '\n'), "larger than 1 MiB"}};
     const COwnFolder folder;
     for (const auto& [text, shows] : faults) {
-        ExpectRuns({{"info --all --hosts " + folder.File("hosts.toml", text), 2, shows}});
+        const auto file = folder.File("hosts.toml", "[a]\naddress = 'x'\n" + text);
+        ExpectRuns({{"info --all --hosts " + file, 2, shows}});
     }
     ExpectRuns({{"info --all --hosts /nonexistent", 2, "cannot read"}});
 }
@@ -83,35 +77,30 @@ struct Fleet {
     camera_sim::CCamera& yard = host.Add({.model = "fixed"});
     const CClosedPort nobody;
     const COwnFolder folder;
-    const std::string hosts = folder.File(
-        "hosts.toml", Entry("gate", AddressOf(gate), "password = 'camera-1'\ntags = ['a', 'b']") +
-                          Entry("dead", LocalAddress(nobody.Port()), "password = ''") +
-                          Entry("yard", AddressOf(yard), "password = 'camera-1'\ntags = ['a']"));
-    const std::string with = " --hosts " + hosts + " ";
+    const std::string with =
+        " --hosts " +
+        folder.File("hosts.toml",
+                    Entry("gate", AddressOf(gate), "password = 'camera-1'\ntags = ['a', 'b']") +
+                        Entry("dead", LocalAddress(nobody.Port()), "password = ''") +
+                        Entry("yard", AddressOf(yard), "password = 'camera-1'\ntags = ['a']")) +
+        " ";
 };
 
 TEST(Hosts, ManyAnswerInTheOrderInWhichTheyAreNamed) {
     Fleet fleet;
     const std::tuple<const char*, const char*, int> cases[] = {
-        {"get * yard,@a,yard devInfo", "yard gate ", 0},
-        {"get * @b devInfo", "", 0},
-        {"get * --tag a devInfo", "gate yard ", 0},
-        {"get * --all streamURI --index 1", "gate yard ", 4},
-        {"info * yard dead @b", "yard gate ", 4},
-        {"set * @a networkProtocols --http/port 80", "gate yard ", 0},
+        {"get * yard,@a,yard devInfo", "yardgate", 0},
+        {"get * --tag a devInfo", "gateyard", 0},
+        {"get * --all streamURI --index 1", "gateyard", 4},
+        {"info * yard dead @b", "yardgate", 4},
+        {"set * @a networkProtocols --http/port 80", "gateyard", 0},
         {"ptz * @a stop", "", 2},
-        {"ptz * @b stop", "", 0},
-    };
-    const std::regex heading("== (.*)\n");
+        {"ptz * @b stop", "", 0}};
+    const std::regex heading(R"((?:== (\w+)\n)|[\s\S])");
     for (const auto& [words, headings, code] : cases) {
-        const Outcome outcome = RunTool(With(words, fleet.with), "");
-        EXPECT_EQ(outcome.code, code) << words << outcome.output;
-        const std::string& text = outcome.output;
-        std::string order;
-        for (std::sregex_iterator at(text.begin(), text.end(), heading), end; at != end; ++at) {
-            order += (*at)[1].str() + " ";
-        }
-        EXPECT_EQ(order, headings) << words << text;
+        const auto [ended, text] = RunTool(With(words, fleet.with), "");
+        EXPECT_EQ(ended, code) << words << text;
+        EXPECT_EQ(std::regex_replace(text, heading, "$1"), headings) << words << text;
         EXPECT_EQ(text.find("onvifctl: dead: 127.0.0.1:") != std::string::npos, code == 4) << text;
     }
     CScriptedPeer silent([](CPeerConnection& connection) { connection.WaitForClose(); });
@@ -134,12 +123,9 @@ TEST(Hosts, PicturesOfManyHaveNames) {
     ExpectRuns({{snapshot + "x.jpg @a", 2, "'%h.jpg'"},
                 {snapshot + "%x.jpg gate", 2, "a % is followed by"},
                 {snapshot + "%h.jpg a:1 a_1", 2, "two of the cameras"},
-                {snapshot + "%i%%.jpg @b --index 1", 0, "1%.jpg: "},
-                {snapshot + "%h-%t.jpg --all", 4, "onvifctl: yard: "}});
-    const std::regex named(R"((1%|(gate|yard)-20\d{6}-\d{6})\.jpg)");
-    for (const auto& entry : fs::directory_iterator(pictures)) {
-        EXPECT_TRUE(std::regex_match(entry.path().filename().string(), named)) << entry;
-    }
+                {snapshot + "%i%%.jpg @b --index 1", 0, "1%.jpg: "}});
+    EXPECT_TRUE(std::regex_search(RunTool(snapshot + "%h-%t.jpg --all", "").output,
+                                  std::regex(R"(yard-20\d{6}-\d{6}\.jpg: \d+ bytes)")));
     const std::size_t logins = fleet.gate.Count("GetProfiles");
     CRunningTool tool(snapshot + "%h.jpg --all --every 0.1", "");
     const auto count = [](const auto& camera) { return camera.Count("http:snapshot"); };
@@ -157,13 +143,11 @@ TEST(Hosts, ExportsCanBeComparedAndImported) {
     };
     run("export @a -d *1", 0, "gate: 22 documents");
     run("export --all -d *2", 4, "dead: ");
-    const auto read = [&fleet](const std::string& file) {
-        std::ifstream stream(fleet.folder.name + file, std::ios::binary);
-        return std::string(std::istreambuf_iterator<char>(stream), {});
-    };
     for (const auto& entry : fs::directory_iterator(fleet.folder.name + "1/gate")) {
-        const std::string file = "/gate/" + entry.path().filename().string();
-        EXPECT_EQ(read("1" + file), read("2" + file));
+        std::ifstream a(entry.path());
+        std::ifstream b(fleet.folder.name + "2/gate/" + entry.path().filename().string());
+        using Bytes = std::istreambuf_iterator<char>;
+        EXPECT_TRUE(b && std::equal(Bytes(a), Bytes(), Bytes(b), Bytes())) << entry;
     }
     fleet.gate.Change([](auto& state) {
         state.media.videoSources[0].imaging.brightness = 7;
@@ -176,10 +160,9 @@ TEST(Hosts, ExportsCanBeComparedAndImported) {
     EXPECT_EQ(fleet.gate.Count("SetImagingSettings"), 0U);
     run("import *1 --tag a --yes", 0, "gate: 2 of 2 changes made");
     run("import *1 @a --yes", 0, "nothing to change");
-    run("import *none gate --yes", 2, "cannot read");
     EXPECT_EQ(fleet.gate.State().ptz.presets[1].name, "Yard");
     EXPECT_EQ(fleet.gate.Count("SetImagingSettings") + fleet.gate.Count("SetPreset"), 2U);
-    EXPECT_EQ(fleet.gate.Count("SetOSD") + fleet.yard.Count("SetImagingSettings"), 0U);
+    EXPECT_EQ(fleet.gate.Count("SetOSD"), 0U);
 }
 
 }  // namespace
