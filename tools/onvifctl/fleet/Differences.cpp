@@ -60,13 +60,13 @@ std::vector<std::string> Differences(const std::string& present, const std::stri
     std::vector<std::string> lines;
     const auto text = [](const Values& values, const std::string& path) {
         const auto place = values.find(path);
-        return place == values.end() ? "(none)" : "'" + place->second + "'";
+        return place == values.end() ? "(nothing)" : "'" + place->second + "'";
     };
     Values all = before;
     all.insert(after.begin(), after.end());
     for (const auto& [path, value] : all) {
         const std::string from = text(before, path);
-        const std::string to = text(after, path);
+        const std::string to = after.contains(path) ? text(after, path) : "(not in the document)";
         if (from != to) {
             lines.push_back(path + ": " + from + " -> " + to);
         }

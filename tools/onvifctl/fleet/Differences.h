@@ -8,7 +8,7 @@
 
 namespace onvifctl {
 
-/// A line per value: "osd/OSD_1/position/type: UpperLeft -> LowerRight". Statuses do not count.
+/// A line per value: "osd/OSD_1/position/type: 'UpperLeft' -> 'LowerRight'". Statuses do not count.
 std::vector<std::string> Differences(const std::string& present, const std::string& wanted);
 
 }  // namespace onvifctl
