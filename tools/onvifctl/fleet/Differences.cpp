@@ -17,7 +17,7 @@ using Values = std::map<std::string, std::string>;
 /// An item has the name of its token, so that it is the same wherever it stands.
 std::string StepTo(const XMLElement* element, std::map<std::string, int>& seen) {
     const std::string name = element->Name();
-    const std::string token = TextAt(element, "token");
+    std::string token = TextAt(element, "token");
     if (name == "item" && !token.empty()) {
         return token;
     }
@@ -68,7 +68,8 @@ std::vector<std::string> Differences(const std::string& present, const std::stri
         const std::string from = text(before, path);
         const std::string to = after.contains(path) ? text(after, path) : "(not in the document)";
         if (from != to) {
-            lines.push_back(path + ": " + from + " -> " + to);
+            std::string& line = lines.emplace_back(path);
+            line.append(": ").append(from).append(" -> ").append(to);
         }
     }
     return lines;
