@@ -47,15 +47,19 @@ ConnectionOptions CredentialsOfEnvironment() {
     return options;
 }
 
-CLI::App* AddCommandForMany(CLI::App& app, CommandLine& line, const char* name,
-                            const std::string& description,
-                            const std::vector<std::string>& examples) {
-    CLI::App* command = app.add_subcommand(name, description);
+std::string ExamplesFooter(const std::vector<std::string>& examples) {
     std::string footer = examples.size() == 1 ? "\nExample:\n" : "\nExamples:\n";
     for (const std::string& example : examples) {
         footer += "  " + example + "\n";
     }
-    command->footer(footer +
+    return footer;
+}
+
+CLI::App* AddCommandForMany(CLI::App& app, CommandLine& line, const char* name,
+                            const std::string& description,
+                            const std::vector<std::string>& examples) {
+    CLI::App* command = app.add_subcommand(name, description);
+    command->footer(ExamplesFooter(examples) +
                     "\nUser and password come from the command line, else from the hosts file, else"
                     " from the\nenvironment (ONVIF_USER, ONVIF_PASSWORD); a missing password is"
                     " asked for when standard\ninput is a terminal.\n");
@@ -131,28 +135,31 @@ void AddChoiceOfHosts(CLI::App* command, CommandLine& line) {
 CLI::App* AddAction(CLI::App* command, const char* name, const std::string& description,
                     const std::string& example) {
     CLI::App* action = command->add_subcommand(name, description);
-    action->footer("\nExample:\n  " + example + "\n");
+    action->footer(ExamplesFooter({example}));
     action->fallthrough();
     command->require_subcommand(1);
     return action;
 }
 
-void AddFormatOption(CLI::App* command, CommandLine& line) {
+void AddFormatOption(CLI::App* command, CommandLine& line, Formats formats) {
+    const bool documents = formats == Formats::kDocuments;
+    std::vector<std::string> names = {"table", "json"};
+    if (documents) {
+        names.insert(names.begin(), "xml");
+    }
     command
         ->add_option_function<std::string>(
-            "--format", [&line](const std::string& format) { line.table = format == "table"; },
-            "xml: the result document (default); table: readable text")
-        ->check(CLI::IsMember({"xml", "table"}));
+            "--format",
+            [&line](const std::string& format) {
+                line.format = format == "table"  ? Format::kTable
+                              : format == "json" ? Format::kJson
+                                                 : Format::kXml;
+            },
+            documents ? "xml: the result document (default); table: readable text; json: an object"
+                      : "table: readable text (default); json: an object")
+        ->check(CLI::IsMember(names));
 }
 
-ExitCode Show(const Session& session, const std::string& request, bool table) {
-    const std::string result = session.connection.Send(request);
-    session.output.Write(table ? FormatTable(result) : result);
-    const auto refusals = Refusals(result);
-    for (const std::string& refusal : refusals) {
-        Tell(refusal);
-    }
-    return refusals.empty() ? ExitCode::kDone : ExitCode::kRefused;
 }
 
 std::string SendOrFail(const Session& session, const std::string& request) {

@@ -20,14 +20,20 @@ namespace onvifctl {
 /// From ONVIF_USER and ONVIF_PASSWORD, where they are set.
 ConnectionOptions CredentialsOfEnvironment();
 
+/// How results are shown.
+enum class Format { kXml, kTable, kJson };
+
 /// What one run of the tool was told, and how it ended.
 struct CommandLine {
     HostChoice hosts;
     ConnectionOptions connection = CredentialsOfEnvironment();  // of commands for one device: to it
     std::optional<double> timeout;                              // seconds for the whole run
-    bool table = false;
+    Format format = Format::kXml;
     ExitCode code = ExitCode::kDone;
 };
+
+/// The end of a help: whole command lines.
+std::string ExamplesFooter(const std::vector<std::string>& examples);
 
 /// Adds a subcommand with the credentials, for devices that it names by itself. @p examples: whole
 /// command lines.
@@ -51,7 +57,9 @@ void AddChoiceOfHosts(CLI::App* command, CommandLine& line);
 CLI::App* AddAction(CLI::App* command, const char* name, const std::string& description,
                     const std::string& example);
 
-void AddFormatOption(CLI::App* command, CommandLine& line);
+/// --format; xml is the default, or else table.
+enum class Formats { kDocuments, kTexts };
+void AddFormatOption(CLI::App* command, CommandLine& line, Formats formats = Formats::kDocuments);
 
 /// A device to talk to and a place for what it says.
 struct Session {
@@ -67,8 +75,6 @@ struct Session {
     const CConnection connection;
 };
 
-/// Sends a request, shows the result and tells what the device refused.
-ExitCode Show(const Session& session, const std::string& request, bool table);
 
 /// The result of a request that the device refuses no part of. Throws CFailure otherwise.
 std::string SendOrFail(const Session& session, const std::string& request);
@@ -76,6 +82,7 @@ std::string SendOrFail(const Session& session, const std::string& request);
 ExitCode Worse(ExitCode one, ExitCode other);
 
 /// The groups of subcommands; each file adds its own.
+void AddCommands(CLI::App& app);
 void AddRequestCommands(CLI::App& app, CommandLine& line);
 void AddMediaCommands(CLI::App& app, CommandLine& line);
 void AddPtzCommands(CLI::App& app, CommandLine& line);
@@ -85,6 +92,8 @@ void AddImport(CLI::App& app, CommandLine& line);
 void AddWatch(CLI::App& app, CommandLine& line);
 void AddDemo(CLI::App& app, CommandLine& line);
 void AddDoctor(CLI::App& app, CommandLine& line);
+void AddCompletion(CLI::App& app);
+void AddHelp(CLI::App& app);
 
 /// Tells apart the two meanings of "--timeout": seconds are the tool's, a duration or a time
 /// ("PT5S") is a parameter of the command before it.

@@ -1,12 +1,15 @@
 // The subcommand demo: a guided tour of a device, which changes it only when told to.
 #include <algorithm>
+#include <functional>
 #include <memory>
 #include <utility>
 
 #include "CommandLine.h"
+#include "ResultOutput.h"
 #include "documents/RequestDocument.h"
 #include "documents/ResultDocument.h"
 #include "output/OutputFile.h"
+#include "output/Printable.h"
 #include "ptz/NamedItems.h"
 #include "system/FilePath.h"
 
@@ -16,6 +19,18 @@ namespace {
 
 void Head(const Session& session, const std::string& heading) {
     session.output.Write("\n--- " + heading + "\n");
+}
+
+/// What one camera cannot do is no reason not to show the rest.
+ExitCode Try(const Session& session, const std::string& heading,
+             const std::function<ExitCode(const Session&)>& step) {
+    Head(session, heading);
+    try {
+        return step(session);
+    } catch (const CFailure& failure) {
+        session.output.Write("not available: " + Printable(failure.what()) + "\n");
+        return failure.Code();
+    }
 }
 
 ExitCode ShowAround(const Session& session) {
@@ -33,32 +48,37 @@ ExitCode ShowAround(const Session& session) {
     ExitCode worst = ExitCode::kDone;
     for (const auto& section : sections) {
         Head(session, section.heading);
-        worst = Worse(worst, Show(session, MakeRequest("Get", section.commands), true));
+        worst = Worse(worst, ShowStations(session, section.commands));
     }
-    Head(session, "Where are the streams?");
-    return Worse(worst, ShowStreams(session));
+    return Worse(worst, Try(session, "Where are the streams?", ShowStreams));
 }
 
-void SavePicture(const Session& session, const std::string& folder, const char* name) {
+ExitCode SavePicture(const Session& session, const std::string& folder, const char* name) {
     const std::string file = TextOf(PathOf(folder) / name);
     const std::string picture = session.connection.Picture(0);
     WriteWholeFile(file, picture);
     session.output.Write(file + ": " + std::to_string(picture.size()) + " bytes\n");
+    return ExitCode::kDone;
+}
+
+ExitCode Change(const Session& session, const std::vector<std::string>& words) {
+    return CResultOutput(session, Format::kTable).Show(MakeRequest("Set", words));
 }
 
 /// Turns a dome to its last preset.
 ExitCode GoToAPreset(const Session& session) {
-    const CNamedItems presets(session, kPresetKind);
+    CResultOutput output(session, Format::kTable);
+    const CNamedItems presets(output, kPresetKind);
     if (presets.Items().empty()) {
         session.output.Write("There is none.\n");
         return ExitCode::kDone;
     }
     const std::string token = TextAt(presets.Items().back(), kPresetKind.token);
-    return Show(session, MakeRequest("Set", {"gotoPreset", "--presetToken", token}), true);
+    return Change(session, {"gotoPreset", "--presetToken", token});
 }
 
 ExitCode MakeItBrighter(const Session& session) {
-    return Show(session, MakeRequest("Set", {"imageSettings", "--brightness", "80"}), true);
+    return Change(session, {"imageSettings", "--brightness", "80"});
 }
 
 /// Writes another text in the place of the first one on the picture, or a new one.
@@ -72,30 +92,23 @@ ExitCode WriteOnThePicture(const Session& session) {
     const std::vector<std::string> text = {"--pos/type", "UpperLeft",   "--type",
                                            "Plain",      "--plainText", "Hello from onvifctl"};
     words.insert(words.end(), text.begin(), text.end());
-    return Show(session, MakeRequest("Set", words), true);
+    return Change(session, words);
 }
 
 ExitCode ChangeThePicture(const Session& session, const std::string& folder) {
     std::filesystem::create_directories(PathOf(folder));
-    Head(session, "A picture before");
-    SavePicture(session, folder, "before.jpg");
-    constexpr std::pair<const char*, ExitCode (*)(const Session&)> kSteps[] = {
-        {"Go to a preset", GoToAPreset},
-        {"Make it brighter", MakeItBrighter},
-        {"Write on the picture", WriteOnThePicture},
+    const auto save = [&folder](const char* name) {
+        return [&folder, name](const Session& with) { return SavePicture(with, folder, name); };
+    };
+    const std::pair<const char*, std::function<ExitCode(const Session&)>> steps[] = {
+        {"A picture before", save("before.jpg")},    {"Go to a preset", GoToAPreset},
+        {"Make it brighter", MakeItBrighter},        {"Write on the picture", WriteOnThePicture},
+        {"A picture afterwards", save("after.jpg")},
     };
     ExitCode worst = ExitCode::kDone;
-    for (const auto& [heading, step] : kSteps) {
-        Head(session, heading);
-        try {
-            worst = Worse(worst, step(session));
-        } catch (const CFailure& failure) {
-            // What one camera cannot do is no reason not to show the rest.
-            session.output.Write(std::string(failure.what()) + "\n");
-        }
+    for (const auto& [heading, step] : steps) {
+        worst = Worse(worst, Try(session, heading, step));
     }
-    Head(session, "A picture afterwards");
-    SavePicture(session, folder, "after.jpg");
     return worst;
 }
 

@@ -3,9 +3,12 @@
 #include <memory>
 
 #include "CommandLine.h"
+#include "ResultOutput.h"
+#include "documents/EncoderCodec.h"
 #include "documents/RequestDocument.h"
 #include "documents/RoundTrip.h"
 #include "fleet/Fleet.h"
+#include "vocabulary/RequestCheck.h"
 
 namespace onvifctl {
 
@@ -14,13 +17,19 @@ namespace {
 struct RequestArguments {
     std::string file;
     std::vector<std::string> words;
+    bool any = false;
 };
 
-/// To every camera that is meant.
-ExitCode SendEach(const CommandLine& line, const std::string& request) {
-    return CFleet(line).Do([&line, &request](const Session& session, std::size_t) {
-        return Show(session, request, line.table);
+/// What is done at each camera that is meant, for its results.
+ExitCode AtEach(const CommandLine& line, const std::function<ExitCode(CResultOutput&)>& act) {
+    return CFleet(line).Do([&line, &act](const Session& session, std::size_t) {
+        return ShowResults(session, line.format, act);
     });
+}
+
+ExitCode SendEach(const CommandLine& line, const std::string& request) {
+    return AtEach(line, [&request](CResultOutput& output) { return output.Show(request); });
+}
 }
 
 /// The document's Set requests without those that would tell the device what it has already.
@@ -30,40 +39,41 @@ std::vector<std::string> NeededRequests(const Session& session, const std::strin
         Tell(remark);
     }
     const std::string ask = PresentItemsRequest(document);
-    if (!ask.empty()) {
-        const auto present = SetRequestsFrom(SendOrFail(session, ask)).requests;
-        std::erase_if(wanted.requests, [&present](const std::string& request) {
-            return std::find(present.begin(), present.end(), request) != present.end();
-        });
+    if (ask.empty()) {
+        return wanted.requests;
+    }
+    const std::string shown = SendOrFail(session, ask);
+    const auto present = SetRequestsFrom(shown).requests;
+    std::erase_if(wanted.requests, [&present](const std::string& request) {
+        return std::find(present.begin(), present.end(), request) != present.end();
+    });
+    std::string profiles;
+    for (std::string& request : wanted.requests) {
+        if (!SetsEncoder(request)) {
+            continue;
+        }
+        if (profiles.empty()) {
+            profiles = SendOrFail(session, MakeRequest("Get", {"profiles"}));
+        }
+        if (const std::string kept = KeepCodec(request, shown, profiles); !kept.empty()) {
+            Tell(kept);
+        }
     }
     return wanted.requests;
 }
 
-ExitCode SetWhatWasGotAt(const Session& session, const CommandLine& line,
-                         const std::string& document) {
-    const auto requests = NeededRequests(session, document);
-    if (requests.empty()) {
-        Tell("nothing to change");
-    }
-    ExitCode worst = ExitCode::kDone;
-    for (const std::string& request : requests) {
-        try {
-            worst = Worse(worst, Show(session, request, line.table));
-        } catch (const CFailure& failure) {
-            if (failure.Code() != ExitCode::kRefused) {
-                throw;
-            }
-            Tell(failure.what());
-            worst = Worse(worst, failure.Code());
-        }
-    }
-    return worst;
-}
-
 ExitCode SetWhatWasGot(const CommandLine& line, const std::string& document) {
     SetRequestsFrom(document);  // a useless document is no reason for a login
-    return CFleet(line).Do([&line, &document](const Session& session, std::size_t) {
-        return SetWhatWasGotAt(session, line, document);
+    return AtEach(line, [&document](CResultOutput& output) {
+        const auto requests = NeededRequests(output.Asked(), document);
+        if (requests.empty()) {
+            Tell("nothing to change");
+        }
+        ExitCode worst = ExitCode::kDone;
+        for (const std::string& request : requests) {
+            worst = Worse(worst, output.Show(request));
+        }
+        return worst;
     });
 }
 
@@ -73,7 +83,18 @@ bool NamesFile(const std::vector<std::string>& words) {
            !words[0].starts_with("--");
 }
 
-ExitCode GetOrSet(const CommandLine& line, const std::string& root, RequestArguments arguments) {
+/// The request that words make. @p options: of the subcommand, for suggestions.
+std::string RequestOf(const std::string& root, const RequestArguments& arguments,
+                      const std::vector<std::string>& options) {
+    std::string request = MakeRequest(root, arguments.words);
+    if (!arguments.any) {
+        CheckRequest(request, options);
+    }
+    return request;
+}
+
+ExitCode GetOrSet(const CommandLine& line, const std::string& root, RequestArguments arguments,
+                  const std::vector<std::string>& options) {
     if (arguments.file.empty() && NamesFile(arguments.words)) {
         arguments.file = arguments.words[0];
         arguments.words.clear();
@@ -82,7 +103,7 @@ ExitCode GetOrSet(const CommandLine& line, const std::string& root, RequestArgum
         throw CFailure(ExitCode::kUsage, "give either a file or commands");
     }
     if (arguments.file.empty()) {
-        return SendEach(line, MakeRequest(root, arguments.words));
+        return SendEach(line, RequestOf(root, arguments, options));
     }
     if (root == "Get") {
         return SendEach(line, ReadDocument(arguments.file, {root}));
@@ -91,15 +112,36 @@ ExitCode GetOrSet(const CommandLine& line, const std::string& root, RequestArgum
     return RootOf(document) == root ? SendEach(line, document) : SetWhatWasGot(line, document);
 }
 
+/// A station that the device does not answer hides none of the others.
+ExitCode Info(const CommandLine& line) {
+    const std::vector<std::string> stations = {
+        "devInfo", "ipv4", "dns", "networkProtocols", "dateAndTime", "serviceUrl", "profiles"};
+    return AtEach(line, [&line, &stations](CResultOutput& output) {
+        if (line.format != Format::kJson) {
+            return ShowStations(output.Asked(), stations);
+        }
+        ExitCode worst = ExitCode::kDone;
+        for (const std::string& station : stations) {
+            worst = Worse(worst, output.Show(MakeRequest("Get", {station})));
+        }
+        return worst;
+    });
+}
+
 void AddInfo(CLI::App& app, CommandLine& line) {
-    AddCommandForSeveral(app, line, "info", "Show what a device is and how it is set up",
-                         {"onvifctl info 192.168.1.64 -u admin", "onvifctl info gate @outdoor"})
-        ->callback([&line] {
-            line.table = true;
-            line.code =
-                SendEach(line, MakeRequest("Get", {"devInfo", "ipv4", "dns", "networkProtocols",
-                                                   "dateAndTime", "serviceUrl", "profiles"}));
-        });
+    CLI::App* info =
+        AddCommandForSeveral(app, line, "info", "Show what a device is and how it is set up",
+                             {"onvifctl info 192.168.1.64 -u admin", "onvifctl info gate @outdoor"});
+    AddFormatOption(info, line, Formats::kTexts);
+    info->callback([&line] { line.code = Info(line); });
+}
+
+std::vector<std::string> LongOptionsOf(const CLI::App* command) {
+    std::vector<std::string> names;
+    for (const CLI::Option* option : command->get_options()) {
+        names.insert(names.end(), option->get_lnames().begin(), option->get_lnames().end());
+    }
+    return names;
 }
 
 /// What get and set have in common.
@@ -107,7 +149,9 @@ void Complete(CLI::App* command, CommandLine& line, const char* root) {
     auto arguments = std::make_shared<RequestArguments>();
     AddFormatOption(command, line);
     command->add_option("-f,--file", arguments->file,
-                        "Request document to send; - for standard input");
+                        "Request document to send, as it is; - for standard input");
+    command->add_flag("--any", arguments->any,
+                      "Send commands and parameters that 'onvifctl commands' does not list, too");
     auto first = std::make_shared<std::string>();
     command->add_option(
         "HOST", *first,
@@ -123,7 +167,7 @@ void Complete(CLI::App* command, CommandLine& line, const char* root) {
         } else if (!first->empty()) {
             line.hosts.words = {*first};
         }
-        line.code = GetOrSet(line, root, *arguments);
+        line.code = GetOrSet(line, root, *arguments, LongOptionsOf(command));
     });
 }
 
@@ -132,10 +176,12 @@ void AddGet(CLI::App& app, CommandLine& line) {
         app, line, "get",
         "Ask: COMMAND [--NAME VALUE]... any number of times, or a request document.\n"
         "Every --NAME VALUE that is no option of the tool is a parameter of the command before\n"
-        "it, and its name may be a path; behind --/ it is none of the tool's for sure",
+        "it, and its name may be a path ('onvifctl commands' lists both); behind --/ it is none of\n"
+        "the tool's for sure",
         {"onvifctl get 192.168.1.64 devInfo dateAndTime",
          "onvifctl get 192.168.1.64 streamURI --index 1",
          "onvifctl get 192.168.1.64 profiles --format table",
+         "onvifctl get 192.168.1.64 presets --format json",
          "onvifctl get gate,@outdoor devInfo"});
     Complete(get, line, "Get");
 }
@@ -146,10 +192,10 @@ void AddSet(CLI::App& app, CommandLine& line) {
         "Change: COMMAND --NAME VALUE..., a request document, or what get has shown (" +
             RoundTripCommands() +
             ").\nOf what is shown as items, only those that differ from the device's go out",
-        {"onvifctl set 192.168.1.64 manualAlarmout --token R1 --active 1",
-         "onvifctl set 192.168.1.64 networkProtocols --http/port 8080",
+        {"onvifctl set 192.168.1.64 manualAlarmout --token Relay_1 --active 1",
+         "onvifctl set 192.168.1.64 networkProtocols --http/port 80",
          "onvifctl set 192.168.1.64 -f request.xml",
-         "onvifctl get 192.168.1.64 imageSettings > f.xml; edit f.xml; "
+         "onvifctl get 192.168.1.64 imageSettings > f.xml; $EDITOR f.xml; "
          "onvifctl set 192.168.1.64 f.xml"});
     Complete(set, line, "Set");
 }

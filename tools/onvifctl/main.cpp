@@ -6,6 +6,8 @@
 #include "system/Environment.h"
 #include "system/Interruption.h"
 #include "system/StandardStreams.h"
+#include "vocabulary/Completion.h"
+#include "vocabulary/Help.h"
 
 namespace {
 
@@ -21,7 +23,9 @@ int Run(std::vector<std::string> words) {
     app.require_subcommand(1);
     app.allow_windows_style_options(false);  // "/tmp/x" is a file
     app.footer(kExitCodes);
+    app.formatter(std::make_shared<onvifctl::CUsageFormatter>());
     onvifctl::CommandLine line;
+    onvifctl::AddCommands(app);
     onvifctl::AddRequestCommands(app, line);
     onvifctl::AddMediaCommands(app, line);
     onvifctl::AddPtzCommands(app, line);
@@ -31,6 +35,11 @@ int Run(std::vector<std::string> words) {
     onvifctl::AddWatch(app, line);
     onvifctl::AddDemo(app, line);
     onvifctl::AddDoctor(app, line);
+    onvifctl::AddCompletion(app);
+    onvifctl::AddHelp(app);
+    if (onvifctl::AsksForCompletions(words)) {
+        return onvifctl::ShowCompletions(app, words);
+    }
     onvifctl::MarkParameters(words);
     try {
         std::reverse(words.begin(), words.end());  // the parser takes them from the end
@@ -38,7 +47,11 @@ int Run(std::vector<std::string> words) {
     } catch (const CLI::Success& help) {
         return app.exit(help);
     } catch (const CLI::ParseError& error) {
-        app.exit(error);
+        if (const std::string unknown = onvifctl::UnknownAction(app); !unknown.empty()) {
+            onvifctl::Tell(unknown);
+        } else {
+            app.exit(error);
+        }
         return static_cast<int>(ExitCode::kUsage);
     }
     return static_cast<int>(line.code);

@@ -22,7 +22,7 @@ CFleet::Clock::duration Seconds(double seconds) {
 }  // namespace
 
 CFleet::CFleet(const CommandLine& line, Sessions sessions)
-    : timeout_(line.timeout), sessions_(sessions) {
+    : timeout_(line.timeout), sessions_(sessions), headings_(line.format != Format::kJson) {
     for (ConnectionOptions& target : Targets(line.hosts, line.connection)) {
         cameras_.emplace_back().options = std::move(target);
     }
@@ -215,7 +215,7 @@ void CFleet::Write(const Camera& camera) const {
     }
     ShowStatus("");
     const CDataOutput output;
-    if (cameras_.size() > 1) {
+    if (headings_ && cameras_.size() > 1) {
         output.Write("== " + camera.options.name + "\n");
     }
     output.Write(camera.output);

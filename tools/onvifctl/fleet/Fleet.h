@@ -40,7 +40,7 @@ class CFleet {
     std::vector<ConnectionOptions> Cameras() const;
 
     /// Does it at every camera and writes what came out of it in the cameras' order, below a
-    /// heading each when there are several. Failures are told and do not stop the others. Ends the
+    /// heading each when there are several, but in JSON. Failures are told and do not stop the others. Ends the
     /// tool, with the names of the cameras that are not done, when the command line's time is up.
     /// @return the worst of what the cameras had to say.
     ExitCode Do(const CameraWork& work);
@@ -71,6 +71,7 @@ class CFleet {
     const Clock::time_point start_ = Clock::now();
     const std::optional<double> timeout_;
     const Sessions sessions_;
+    const bool headings_;
     std::optional<CStartedLibrary> library_;
     std::mutex lock_;  // guards what follows; taken before that of the notices
     std::condition_variable changed_;

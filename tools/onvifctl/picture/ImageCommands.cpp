@@ -3,6 +3,7 @@
 #include <memory>
 
 #include "CommandLine.h"
+#include "ResultOutput.h"
 #include "documents/RequestDocument.h"
 #include "documents/ResultTable.h"
 #include "output/Printable.h"
@@ -12,27 +13,36 @@ namespace onvifctl {
 
 namespace {
 
-std::string Settings(const Session& session) {
-    return SendOrFail(session, MakeRequest("Get", {"imageSettings"}));
+std::string Settings(CResultOutput& output) {
+    return output.Ask(MakeRequest("Get", {"imageSettings"}));
 }
 
 /// Empty when the device does not tell: its settings can be shown and changed all the same.
-std::string Options(const Session& session) {
+std::string Options(CResultOutput& output) {
     try {
-        return SendOrFail(session, MakeRequest("Get", {"imageOpts"}));
+        return output.Ask(MakeRequest("Get", {"imageOpts"}));
     } catch (const CFailure&) {
         Tell("the device does not tell what it permits");
         return "";
     }
 }
 
-void ShowSettings(const Session& session) {
+/// A device without any has no names to choose from.
+void CheckThatThereAre(const std::vector<ImageSetting>& settings) {
+    if (settings.empty()) {
+        throw CFailure(ExitCode::kRefused, "the device shows no image settings");
+    }
+}
+
+void ShowSettings(CResultOutput& output) {
     std::vector<std::vector<std::string>> rows = {{"NAME", "VALUE", "RANGE"}};
-    const std::string settings = Settings(session);
-    for (const auto& [path, value, permitted] : ReadImageSettings(settings, Options(session))) {
+    const std::string text = Settings(output);
+    const auto settings = ReadImageSettings(text, Options(output));
+    CheckThatThereAre(settings);
+    for (const auto& [path, value, permitted] : settings) {
         rows.push_back({Printable(path), Printable(value), Printable(permitted)});
     }
-    session.output.Write(AlignColumns(rows));
+    output.Write(AlignColumns(rows));
 }
 
 std::vector<ImageChange> ReadChanges(const std::vector<std::string>& words) {
@@ -89,13 +99,17 @@ ExitCode Compare(const std::vector<ImageChange>& changes, const std::vector<Imag
 
 ExitCode Change(const CommandLine& line, const std::vector<std::string>& words) {
     const std::vector<ImageChange> changes = ReadChanges(words);
-    const Session session(line.connection);
-    const std::string settings = Settings(session);
-    const std::string options = Options(session);
-    const auto before = ReadImageSettings(settings, options);
-    CheckChanges(changes, before, options);
-    SendOrFail(session, ImageRequest(settings, changes));
-    return Compare(changes, before, ReadImageSettings(Settings(session), ""));
+    ExitCode code = ExitCode::kDone;
+    WithResults(line, [&](CResultOutput& output) {
+        const std::string settings = Settings(output);
+        const std::string options = Options(output);
+        const auto before = ReadImageSettings(settings, options);
+        CheckThatThereAre(before);
+        CheckChanges(changes, before, options);
+        output.Ask(ImageRequest(settings, changes));
+        code = Compare(changes, before, ReadImageSettings(Settings(output), ""));
+    });
+    return code;
 }
 
 }  // namespace
@@ -105,9 +119,10 @@ void AddImageCommands(CLI::App& app, CommandLine& line) {
         AddCommand(app, line, "image", "Show and change the picture's settings",
                    {"onvifctl image 192.168.1.64 get",
                     "onvifctl image 192.168.1.64 set brightness 60 exposure/mode AUTO"});
+    AddFormatOption(image, line, Formats::kTexts);
     AddAction(image, "get", "Show the settings beside what the device permits",
               "onvifctl image 192.168.1.64 get")
-        ->callback([&line] { ShowSettings(Session(line.connection)); });
+        ->callback([&line] { WithResults(line, ShowSettings); });
 
     auto words = std::make_shared<std::vector<std::string>>();
     CLI::App* set = AddAction(image, "set", "Change settings, by the names that get shows",

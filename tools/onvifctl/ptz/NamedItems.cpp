@@ -4,8 +4,17 @@
 
 namespace onvifctl {
 
-CNamedItems::CNamedItems(const Session& session, const ItemKind& kind)
-    : kind_(kind), result_(SendOrFail(session, MakeRequest("Get", {kind.command}))) {}
+CNamedItems::CNamedItems(CResultOutput& output, const ItemKind& kind)
+    : kind_(kind), result_(output.Ask(MakeRequest("Get", {kind.command}))) {}
+
+const tinyxml2::XMLElement* CNamedItems::ItemOf(const std::string& token) const {
+    for (const auto* item : Items()) {
+        if (TextAt(item, kind_.token) == token) {
+            return item;
+        }
+    }
+    return nullptr;
+}
 
 std::vector<std::string> CNamedItems::Matches(const std::string& tokenOrName) const {
     std::vector<std::string> named;

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "CommandLine.h"
+#include "ResultOutput.h"
 #include "documents/ResultDocument.h"
 
 namespace onvifctl {
@@ -26,9 +26,12 @@ inline constexpr ItemKind kTourKind = {"tour", "cruises", "token", "name"};
 class CNamedItems {
  public:
     /// Throws CFailure when the device does not tell.
-    CNamedItems(const Session& session, const ItemKind& kind);
+    CNamedItems(CResultOutput& output, const ItemKind& kind);
 
     std::vector<const tinyxml2::XMLElement*> Items() const { return result_.Items(kind_.command); }
+
+    /// The item that bears this token; null when there is none.
+    const tinyxml2::XMLElement* ItemOf(const std::string& token) const;
 
     /// Whether something bears this token or this name.
     bool Has(const std::string& tokenOrName) const { return !Matches(tokenOrName).empty(); }

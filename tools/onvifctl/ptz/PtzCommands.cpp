@@ -4,6 +4,7 @@
 #include <optional>
 
 #include "CommandLine.h"
+#include "ResultOutput.h"
 #include "documents/RequestDocument.h"
 #include "documents/ResultTable.h"
 #include "output/Printable.h"
@@ -27,39 +28,38 @@ struct PresetArguments {
     std::string name;
 };
 
-void Stop(const Session& session) {
-    SendOrFail(session, MakeRequest("Set", {"ptzStop"}));
+void Stop(CResultOutput& output) {
+    output.Ask(MakeRequest("Set", {"ptzStop"}));
 }
 
-void StopIfPossible(const Session& session) {
+void StopIfPossible(CResultOutput& output) {
     try {
-        Stop(session);
+        Stop(output);
     } catch (const CFailure&) {  // there is a failure to tell of already
     }
 }
 
-void Start(const Session& session, const MoveArguments& move) {
+void Start(CResultOutput& output, const MoveArguments& move) {
     const std::string velocity = "--ptz/velocity/";
-    SendOrFail(session,
-               MakeRequest(
-                   "Set", {"continuousMove", velocity + "x", std::to_string(move.x), velocity + "y",
-                           std::to_string(move.y), velocity + "zoom", std::to_string(move.zoom)}));
+    output.Ask(MakeRequest(
+        "Set", {"continuousMove", velocity + "x", std::to_string(move.x), velocity + "y",
+                std::to_string(move.y), velocity + "zoom", std::to_string(move.zoom)}));
 }
 
 /// @return the signal that ended the move early, or 0.
-int MoveFor(const Session& session, const MoveArguments& move) {
+int MoveFor(CResultOutput& output, const MoveArguments& move) {
     const CInterruption interruption;
     try {
-        Start(session, move);
+        Start(output, move);
     } catch (const CFailure&) {
         // A device that did not answer may move all the same.
-        StopIfPossible(session);
+        StopIfPossible(output);
         throw;
     }
     const int signal = interruption.Wait(
         std::chrono::milliseconds(static_cast<std::int64_t>(*move.seconds * 1000)));
     try {
-        Stop(session);
+        Stop(output);
     } catch (const CFailure&) {
         Tell("the dome could not be stopped and may move on");
         throw;
@@ -69,23 +69,22 @@ int MoveFor(const Session& session, const MoveArguments& move) {
 
 void Move(const CommandLine& line, const MoveArguments& move) {
     int signal = 0;
-    {
-        const Session session(line.connection);
+    WithResults(line, [&](CResultOutput& output) {
         if (move.seconds) {
-            signal = MoveFor(session, move);
+            signal = MoveFor(output, move);
         } else {
-            Start(session, move);
+            Start(output, move);
         }
-    }
+    });
     if (signal != 0) {
         Tell("stopped by a signal");
         EndBySignal(signal);  // now that the dome stands, end as the signal wants
     }
 }
 
-void ListPresets(const Session& session) {
+void ListPresets(CResultOutput& output) {
     std::vector<std::vector<std::string>> rows = {{"TOKEN", "NAME", "PAN", "TILT", "ZOOM"}};
-    const CNamedItems presets(session, kPresetKind);
+    const CNamedItems presets(output, kPresetKind);
     for (const auto* item : presets.Items()) {
         auto& row = rows.emplace_back();
         for (const char* path :
@@ -93,23 +92,29 @@ void ListPresets(const Session& session) {
             row.push_back(Printable(TextAt(item, path)));
         }
     }
-    session.output.Write(AlignColumns(rows));
+    output.Write(AlignColumns(rows));
 }
 
-void AddPreset(const Session& session, const std::string& name) {
+/// Some devices say success and keep nothing.
+void AddPreset(CResultOutput& output, const std::string& name) {
     const CResultDocument result(
-        SendOrFail(session, MakeRequest("Set", {"addPreset", "--presetName", name})));
-    session.output.Write(Printable(TextAt(result.Command("addPreset"), "presetToken")) + "\n");
+        output.Ask(MakeRequest("Set", {"addPreset", "--presetName", name})));
+    const std::string token = TextAt(result.Command("addPreset"), "presetToken");
+    if (CNamedItems(output, kPresetKind).ItemOf(token) == nullptr) {
+        output.Fail("addPreset", "the device says that it keeps the preset '" + name +
+                                     "', but lists no such one");
+    }
+    output.Write(Printable(token) + "\n");
 }
 
 /// Sends a Set command for a preset that may be called by its name.
-void OperatePreset(const Session& session, const char* command, const PresetArguments& arguments) {
-    const std::string token = CNamedItems(session, kPresetKind).TokenOf(arguments.preset);
+void OperatePreset(CResultOutput& output, const char* command, const PresetArguments& arguments) {
+    const std::string token = CNamedItems(output, kPresetKind).TokenOf(arguments.preset);
     std::vector<std::string> words = {command, "--presetToken", token};
     if (!arguments.name.empty()) {
         words.insert(words.end(), {"--presetName", arguments.name});
     }
-    SendOrFail(session, MakeRequest("Set", words));
+    output.Ask(MakeRequest("Set", words));
 }
 
 void AddMove(CLI::App* ptz, CommandLine& line) {
@@ -135,13 +140,15 @@ void AddPresets(CLI::App* ptz, CommandLine& line) {
     CLI::App* preset = AddAction(ptz, "preset", "List, keep, visit, rename and forget presets",
                                  "onvifctl ptz 192.168.1.64 preset list");
     AddAction(preset, "list", "List the presets", "onvifctl ptz 192.168.1.64 preset list")
-        ->callback([&line] { ListPresets(Session(line.connection)); });
+        ->callback([&line] { WithResults(line, ListPresets); });
 
     auto arguments = std::make_shared<PresetArguments>();
     CLI::App* add = AddAction(preset, "add", "Keep where the dome looks; shows the new token",
                               "onvifctl ptz 192.168.1.64 preset add Gate");
     add->add_option("NAME", arguments->name, "Its name")->required();
-    add->callback([&line, arguments] { AddPreset(Session(line.connection), arguments->name); });
+    add->callback([&line, arguments] {
+        WithResults(line, [&](CResultOutput& output) { AddPreset(output, arguments->name); });
+    });
 
     const struct {
         const char* action;
@@ -163,7 +170,8 @@ void AddPresets(CLI::App* ptz, CommandLine& line) {
             action->add_option("NEWNAME", arguments->name, "The new name")->required();
         }
         action->callback([&line, arguments, command = each.command] {
-            OperatePreset(Session(line.connection), command, *arguments);
+            WithResults(line,
+                        [&](CResultOutput& output) { OperatePreset(output, command, *arguments); });
         });
     }
 }
@@ -175,10 +183,11 @@ void AddPtzCommands(CLI::App& app, CommandLine& line) {
                                {"onvifctl ptz 192.168.1.64 move -50 20 --for 1.5",
                                 "onvifctl ptz 192.168.1.64 preset goto Gate",
                                 "onvifctl ptz 192.168.1.64 tour add Night Gate:20 Yard:30",
-                                "onvifctl ptz 192.168.1.64 preset --help"});
+                                "onvifctl ptz 192.168.1.64 preset list --format json"});
+    AddFormatOption(ptz, line, Formats::kTexts);
     AddMove(ptz, line);
     AddAction(ptz, "stop", "Stop what moves", "onvifctl ptz 192.168.1.64 stop")->callback([&line] {
-        Stop(Session(line.connection));
+        WithResults(line, Stop);
     });
     AddPresets(ptz, line);
     AddTours(ptz, line);

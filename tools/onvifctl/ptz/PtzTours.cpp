@@ -2,6 +2,7 @@
 
 #include <memory>
 
+#include "ResultOutput.h"
 #include "documents/RequestDocument.h"
 #include "documents/ResultTable.h"
 #include "output/Printable.h"
@@ -53,26 +54,47 @@ std::string ModifyRequest(const std::string& token, const std::string& name,
     return printer.CStr();
 }
 
-void AddTour(const Session& session, const TourArguments& arguments) {
-    const CNamedItems presets(session, kPresetKind);
+/// Some devices say success and keep nothing, or an empty tour.
+void CheckTour(CResultOutput& output, const std::string& token, const TourArguments& wanted) {
+    const CNamedItems tours(output, kTourKind);
+    const auto* tour = tours.ItemOf(token);
+    if (tour == nullptr) {
+        output.Fail("addCruise", "the device says that it keeps the tour '" + wanted.tour +
+                                     "', but lists no such one");
+    }
+    std::size_t kept = 0;
+    for (const auto* spot = ElementAt(tour, "presets/item"); spot != nullptr;
+         spot = spot->NextSiblingElement("item")) {
+        ++kept;
+    }
+    if (kept < wanted.spots.size()) {
+        output.Fail("modifyCruise", "the device says success, but the new tour " + token + " has " +
+                                        std::to_string(kept) + " of " +
+                                        std::to_string(wanted.spots.size()) + " presets");
+    }
+}
+
+void AddTour(CResultOutput& output, const TourArguments& arguments) {
+    const CNamedItems presets(output, kPresetKind);
     std::vector<Spot> spots;
     for (const std::string& text : arguments.spots) {
         spots.push_back(ReadSpot(presets, text));
     }
-    const CResultDocument added(SendOrFail(session, MakeRequest("Set", {"addCruise"})));
+    const CResultDocument added(output.Ask(MakeRequest("Set", {"addCruise"})));
     const std::string token = TextAt(added.Command("addCruise"), "token");
     try {
-        SendOrFail(session, ModifyRequest(token, arguments.tour, spots));
+        output.Ask(ModifyRequest(token, arguments.tour, spots));
     } catch (const CFailure&) {
         Tell("the new tour " + token + " is there, but empty");
         throw;
     }
-    session.output.Write(Printable(token) + "\n");
+    CheckTour(output, token, arguments);
+    output.Write(Printable(token) + "\n");
 }
 
-void ListTours(const Session& session) {
+void ListTours(CResultOutput& output) {
     std::vector<std::vector<std::string>> rows = {{"TOKEN", "NAME", "STATE", "PRESETS"}};
-    const CNamedItems tours(session, kTourKind);
+    const CNamedItems tours(output, kTourKind);
     for (const auto* tour : tours.Items()) {
         std::string spots;
         for (const auto* spot = ElementAt(tour, "presets/item"); spot != nullptr;
@@ -84,12 +106,12 @@ void ListTours(const Session& session) {
         rows.push_back({Printable(TextAt(tour, "token")), Printable(TextAt(tour, "name")),
                         Printable(TextAt(tour, "state")), Printable(spots)});
     }
-    session.output.Write(AlignColumns(rows));
+    output.Write(AlignColumns(rows));
 }
 
-void OperateTour(const Session& session, const char* command, const std::string& tour) {
-    const std::string token = CNamedItems(session, kTourKind).TokenOf(tour);
-    SendOrFail(session, MakeRequest("Set", {command, "--token", token}));
+void OperateTour(CResultOutput& output, const char* command, const std::string& tour) {
+    const std::string token = CNamedItems(output, kTourKind).TokenOf(tour);
+    output.Ask(MakeRequest("Set", {command, "--token", token}));
 }
 
 }  // namespace
@@ -100,7 +122,7 @@ void AddTours(CLI::App* ptz, CommandLine& line) {
                   "onvifctl ptz 192.168.1.64 tour list");
     AddAction(tour, "list", "List the tours: each preset with the seconds to stay there",
               "onvifctl ptz 192.168.1.64 tour list")
-        ->callback([&line] { ListTours(Session(line.connection)); });
+        ->callback([&line] { WithResults(line, ListTours); });
 
     auto arguments = std::make_shared<TourArguments>();
     CLI::App* add = AddAction(tour, "add", "Make a tour; shows the new token",
@@ -110,7 +132,9 @@ void AddTours(CLI::App* ptz, CommandLine& line) {
                     std::string("PRESET or PRESET:SECONDS, the preset by token or name; ") +
                         kDefaultStay + " seconds when not said")
         ->required();
-    add->callback([&line, arguments] { AddTour(Session(line.connection), *arguments); });
+    add->callback([&line, arguments] {
+        WithResults(line, [&](CResultOutput& output) { AddTour(output, *arguments); });
+    });
 
     const struct {
         const char* action;
@@ -128,7 +152,9 @@ void AddTours(CLI::App* ptz, CommandLine& line) {
                       std::string("onvifctl ptz 192.168.1.64 tour ") + each.action + " Night");
         action->add_option("TOUR", arguments->tour, "Its token or its name")->required();
         action->callback([&line, arguments, command = each.command] {
-            OperateTour(Session(line.connection), command, arguments->tour);
+            WithResults(line, [&](CResultOutput& output) {
+                OperateTour(output, command, arguments->tour);
+            });
         });
     }
 }
