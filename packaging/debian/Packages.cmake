@@ -1,19 +1,48 @@
 # The Debian packages: library, what is needed to build with it, programs.
-find_program(GZIP gzip)
+find_package(Python3 COMPONENTS Interpreter)
 
-# Man pages and completion belong to the programs that are built.
+# Man pages and completion belong to the programs that are built: both come from what these say.
+set(manual ${PROJECT_SOURCE_DIR}/packaging/man/make-manual)
 foreach(program IN LISTS programs)
-  configure_file(${PROJECT_SOURCE_DIR}/packaging/man/${program}.1.in
-                 ${PROJECT_BINARY_DIR}/man/${program}.1 @ONLY)
-  set(page ${PROJECT_BINARY_DIR}/man/${program}.1)
-  if(GZIP)
-    execute_process(COMMAND ${GZIP} -9nfk ${page} COMMAND_ERROR_IS_FATAL ANY)
-    string(APPEND page .gz)
+  if(Python3_Interpreter_FOUND)
+    set(template ${PROJECT_SOURCE_DIR}/packaging/man/${program}.1.in)
+    set(folder ${PROJECT_BINARY_DIR}/man/${program})
+    add_custom_command(OUTPUT ${folder}.stamp
+      COMMAND ${Python3_EXECUTABLE} ${manual}
+              $<TARGET_FILE:${program}> ${template} ${PROJECT_VERSION} ${folder}
+      COMMAND ${CMAKE_COMMAND} -E touch ${folder}.stamp
+      DEPENDS ${program} ${template} ${manual} VERBATIM)
+    add_custom_target(${program}-manual ALL DEPENDS ${folder}.stamp)
+    install(DIRECTORY ${folder}/ DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT tools
+            FILES_MATCHING PATTERN *.1.gz)
+  else()
+    message(WARNING "No python3: ${program} is installed without man pages")
   endif()
-  install(FILES ${page} DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT tools)
-  install(FILES ${PROJECT_SOURCE_DIR}/packaging/completion/onvif_client.bash RENAME ${program}
-          DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions COMPONENT tools)
 endforeach()
+if(TARGET onvif-camera-sim)
+  install(FILES ${PROJECT_SOURCE_DIR}/packaging/completion/onvif-camera-sim.bash
+          RENAME onvif-camera-sim
+          DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions COMPONENT tools)
+endif()
+if(TARGET onvifctl)
+  # Shell, where it looks for what others have installed, and the name that it wants there.
+  set(completion ${PROJECT_BINARY_DIR}/completion)
+  foreach(row bash|bash-completion/completions|onvifctl zsh|zsh/vendor-completions|_onvifctl
+              fish|fish/vendor_completions.d|onvifctl.fish)
+    string(REPLACE "|" ";" row ${row})
+    list(GET row 0 shell)
+    list(GET row 1 place)
+    list(GET row 2 name)
+    add_custom_command(OUTPUT ${completion}/${shell}/${name}
+      COMMAND ${CMAKE_COMMAND} -E make_directory ${completion}/${shell}
+      COMMAND onvifctl completion ${shell} > ${completion}/${shell}/${name}
+      DEPENDS onvifctl VERBATIM)
+    list(APPEND completions ${completion}/${shell}/${name})
+    install(FILES ${completion}/${shell}/${name}
+            DESTINATION ${CMAKE_INSTALL_DATADIR}/${place} COMPONENT tools)
+  endforeach()
+  add_custom_target(onvifctl-completion ALL DEPENDS ${completions})
+endif()
 
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_NAME onvif-client)
