@@ -11,7 +11,7 @@ constexpr const char* kBash = R"(# Completion of onvifctl in bash.
 _onvifctl() {
   local line=${COMP_LINE:0:COMP_POINT} typed each
   read -a typed <<<"$line"
-  [[ $line != *[[:space:]] ]] || typed+=("")
+  [[ $line != *[[:space:]] || $line == *\\[[:space:]] ]] || typed+=("")
   local current=${typed[-1]} found=()
   mapfile -t found < <("$1" completion --words "${typed[@]:1}" 2>/dev/null)
   COMPREPLY=()

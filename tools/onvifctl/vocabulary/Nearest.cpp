@@ -40,9 +40,9 @@ std::size_t Distance(const std::string& one, const std::string& other) {
 
 std::string Nearest(std::string_view typed, const std::vector<std::string>& words) {
     constexpr std::size_t kLongest = 64;  // no word is as long, and the work is its square
-    constexpr std::size_t kLettersPerFault = 3;
+    constexpr std::size_t kLettersPerFault = 4;
     const std::string wanted = Lowered(typed.substr(0, kLongest));
-    std::size_t least = 1 + wanted.size() / kLettersPerFault;
+    std::size_t least = (wanted.size() + kLettersPerFault - 1) / kLettersPerFault;
     std::string nearest;
     for (const std::string& word : words) {
         const std::size_t distance = Distance(wanted, Lowered(word));
