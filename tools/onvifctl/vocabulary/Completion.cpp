@@ -9,6 +9,7 @@
 #include <thread>
 
 #include "CommandLine.h"
+#include "output/Printable.h"
 #include "ptz/NamedItems.h"
 #include "vocabulary/Commands.h"
 #include "vocabulary/Help.h"
@@ -179,8 +180,8 @@ int ShowCompletions(const CLI::App& app, const Words& words) {
     }
     std::string text;
     for (const std::string& word : Candidates(ReadTypedWords(app, typed), current)) {
-        // A name with a line break in it cannot be typed.
-        if (word.starts_with(current) && word.find_first_of("\r\n") == std::string::npos) {
+        // A name that would control the terminal is not shown there.
+        if (word.starts_with(current) && Printable(word) == word) {
             text += word + "\n";
         }
     }
