@@ -97,7 +97,7 @@ TEST(Hosts, ManyAnswerInTheOrderInWhichTheyAreNamed) {
     CScriptedPeer silent([](CPeerConnection& connection) { connection.WaitForClose(); });
     const std::string late = LocalAddress(silent.Port());
     const auto odd = AddressOf(fleet.host.Add({.user = "a@b", .password = "p/%"}));
-    ExpectRuns({{"get @bb devInfo" + fleet.with, 2, "the nearest is 'b'"},
+    ExpectRuns({{"get @bb devInfo" + fleet.with, 2, "did you mean b?"},
                 {"get gate pullMessages --timeout PT1S" + fleet.with, 1, "pullMessages"},
                 {"get " + late + ",gate devInfo --timeout 5" + fleet.with, 4, "== gate\n"},
                 {"get " + late + " devInfo --timeout 2", 4,

@@ -160,8 +160,6 @@ void AddFormatOption(CLI::App* command, CommandLine& line, Formats formats) {
         ->check(CLI::IsMember(names));
 }
 
-}
-
 std::string SendOrFail(const Session& session, const std::string& request) {
     std::string result = session.connection.Send(request);
     const auto refusals = Refusals(result);

@@ -75,7 +75,6 @@ struct Session {
     const CConnection connection;
 };
 
-
 /// The result of a request that the device refuses no part of. Throws CFailure otherwise.
 std::string SendOrFail(const Session& session, const std::string& request);
 

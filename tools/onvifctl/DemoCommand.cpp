@@ -50,7 +50,8 @@ ExitCode ShowAround(const Session& session) {
         Head(session, section.heading);
         worst = Worse(worst, ShowStations(session, section.commands));
     }
-    return Worse(worst, Try(session, "Where are the streams?", ShowStreams));
+    return Worse(worst, Try(session, "Where are the streams?",
+                            [](const Session& asked) { return ShowStreams(asked); }));
 }
 
 ExitCode SavePicture(const Session& session, const std::string& folder, const char* name) {

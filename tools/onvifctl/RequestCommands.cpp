@@ -30,7 +30,6 @@ ExitCode AtEach(const CommandLine& line, const std::function<ExitCode(CResultOut
 ExitCode SendEach(const CommandLine& line, const std::string& request) {
     return AtEach(line, [&request](CResultOutput& output) { return output.Show(request); });
 }
-}
 
 /// The document's Set requests without those that would tell the device what it has already.
 std::vector<std::string> NeededRequests(const Session& session, const std::string& document) {
@@ -129,9 +128,9 @@ ExitCode Info(const CommandLine& line) {
 }
 
 void AddInfo(CLI::App& app, CommandLine& line) {
-    CLI::App* info =
-        AddCommandForSeveral(app, line, "info", "Show what a device is and how it is set up",
-                             {"onvifctl info 192.168.1.64 -u admin", "onvifctl info gate @outdoor"});
+    CLI::App* info = AddCommandForSeveral(
+        app, line, "info", "Show what a device is and how it is set up",
+        {"onvifctl info 192.168.1.64 -u admin", "onvifctl info gate @outdoor"});
     AddFormatOption(info, line, Formats::kTexts);
     info->callback([&line] { line.code = Info(line); });
 }
@@ -176,13 +175,12 @@ void AddGet(CLI::App& app, CommandLine& line) {
         app, line, "get",
         "Ask: COMMAND [--NAME VALUE]... any number of times, or a request document.\n"
         "Every --NAME VALUE that is no option of the tool is a parameter of the command before\n"
-        "it, and its name may be a path ('onvifctl commands' lists both); behind --/ it is none of\n"
-        "the tool's for sure",
+        "it, and its name may be a path ('onvifctl commands' lists both); behind --/ it is\n"
+        "none of the tool's for sure",
         {"onvifctl get 192.168.1.64 devInfo dateAndTime",
          "onvifctl get 192.168.1.64 streamURI --index 1",
          "onvifctl get 192.168.1.64 profiles --format table",
-         "onvifctl get 192.168.1.64 presets --format json",
-         "onvifctl get gate,@outdoor devInfo"});
+         "onvifctl get 192.168.1.64 presets --format json", "onvifctl get gate,@outdoor devInfo"});
     Complete(get, line, "Get");
 }
 

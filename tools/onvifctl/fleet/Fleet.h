@@ -40,8 +40,9 @@ class CFleet {
     std::vector<ConnectionOptions> Cameras() const;
 
     /// Does it at every camera and writes what came out of it in the cameras' order, below a
-    /// heading each when there are several, but in JSON. Failures are told and do not stop the others. Ends the
-    /// tool, with the names of the cameras that are not done, when the command line's time is up.
+    /// heading each when there are several, but in JSON. Failures are told and do not stop the
+    /// others. Ends the tool, with the names of the cameras that are not done, when the command
+    /// line's time is up.
     /// @return the worst of what the cameras had to say.
     ExitCode Do(const CameraWork& work);
 

@@ -2,32 +2,17 @@
 
 #include <algorithm>
 #include <map>
-#include <numeric>
 #include <set>
 #include <sstream>
 
 #include "ExitCode.h"
 #include "hosts/HostsFile.h"
 #include "system/StandardStreams.h"
+#include "vocabulary/Nearest.h"
 
 namespace onvifctl {
 
 namespace {
-
-/// How many letters to add, take away or change make one text the other.
-std::size_t Distance(const std::string& from, const std::string& to) {
-    std::vector<std::size_t> row(to.size() + 1);
-    std::iota(row.begin(), row.end(), 0U);
-    for (std::size_t i = 0; i < from.size(); ++i) {
-        std::size_t diagonal = row[0]++;
-        for (std::size_t j = 0; j < to.size(); ++j) {
-            const std::size_t changed = diagonal + (from[i] == to[j] ? 0 : 1);
-            diagonal = row[j + 1];
-            row[j + 1] = std::min({changed, diagonal + 1, row[j] + 1});
-        }
-    }
-    return row.back();
-}
 
 /// The cameras of the hosts file, and a list of targets that grows by words.
 class CChosen {
@@ -104,13 +89,8 @@ class CChosen {
         for (const HostEntry& entry : entries_) {
             tags.insert(entry.tags.begin(), entry.tags.end());
         }
-        const auto nearest = std::min_element(tags.begin(), tags.end(),
-                                              [&tag](const std::string& a, const std::string& b) {
-                                                  return Distance(tag, a) < Distance(tag, b);
-                                              });
-        return {ExitCode::kUsage,
-                "no camera of '" + file_ + "' has the tag '" + tag + "'" +
-                    (nearest == tags.end() ? "" : ", the nearest is '" + *nearest + "'")};
+        return {ExitCode::kUsage, "no camera of '" + file_ + "' has the tag '" + tag + "'" +
+                                      DidYouMean(tag, {tags.begin(), tags.end()})};
     }
 
     const GivenLogin& given_;

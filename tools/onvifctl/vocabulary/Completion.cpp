@@ -9,6 +9,10 @@
 #include <thread>
 
 #include "CommandLine.h"
+#include "ExitCode.h"
+#include "ResultOutput.h"
+#include "hosts/HostsFile.h"
+#include "hosts/Targets.h"
 #include "output/Printable.h"
 #include "ptz/NamedItems.h"
 #include "vocabulary/Commands.h"
@@ -29,9 +33,14 @@ void Append(Words& words, const Words& more) {
 
 /// The names of what a device lists; none where it does not tell.
 Words NamesAt(ConnectionOptions options, const ItemKind& kind) {
-    options.password = options.password.value_or("");  // nobody is asked for one
     Words names;
     try {
+        HostChoice choice;
+        choice.words = {options.host};
+        options = Target(choice, options);
+        if (NeedsPassword(options)) {
+            options.password = "";  // nobody is asked for one
+        }
         const Session session(options);
         CResultOutput output(session, Format::kTable);
         const CNamedItems items(output, kind);
@@ -165,7 +174,15 @@ Words Candidates(const TypedWords& typed, const std::string& current) {
 }  // namespace
 
 Words CompletionHosts() {
-    return {};
+    Words names;
+    try {
+        for (const HostEntry& entry : ReadHostsFile(DefaultHostsFile(), true)) {
+            names.push_back(entry.name);
+        }
+    } catch (const CFailure&) {  // who runs a command is told why
+        names.clear();
+    }
+    return names;
 }
 
 bool AsksForCompletions(const Words& words) {
