@@ -1,116 +1,201 @@
 #include "watch/AlarmWatch.h"
 
 #include <algorithm>
-#include <set>
-#include <utility>
 
-#include "onvif_client/OnvifClient.h"
+#include "system/HostName.h"
 
 namespace onvifctl {
 
-void CAlarmNews::Add(LoginOutcome outcome) {
-    const std::lock_guard guard(lock_);
-    waiting_.logins.push_back(std::move(outcome));
-    WakeOnceLocked();
+namespace {
+
+constexpr std::size_t kMostThreads = 16;
+/// A login at a device without power takes many seconds.
+constexpr std::size_t kMostLogins = 12;
+
+/// Few cameras are asked often, many less so.
+std::chrono::milliseconds PauseBetweenChecks(std::size_t cameras) {
+    constexpr std::chrono::milliseconds kForEach(100);
+    constexpr std::chrono::milliseconds kShortest(2000);
+    constexpr std::chrono::milliseconds kLongest(20000);
+    const std::size_t most = kLongest / kForEach;
+    return std::max(kForEach * static_cast<int>(std::min(cameras, most)), kShortest);
 }
 
-void CAlarmNews::Add(const AlarmChange& change) {
-    constexpr std::size_t kMostWaiting = 10000;
-    const std::lock_guard guard(lock_);
-    if (waiting_.changes.size() == kMostWaiting) {
-        waiting_.changes.pop_front();
-        ++waiting_.lost;
-    }
-    waiting_.changes.push_back(change);
-    WakeOnceLocked();
+/// While each camera has a worker of its own, it waits for events as long as an exchange may take.
+PullTimes TimesOfPulls(std::size_t cameras) {
+    using std::chrono::seconds;
+    return cameras <= kMostThreads ? PullTimes{seconds(5), seconds(60)}
+                                   : PullTimes{seconds(1), seconds(600)};
 }
 
-AlarmNews CAlarmNews::Take() {
-    const std::lock_guard guard(lock_);
-    woken_ = false;
-    return std::exchange(waiting_, {});
+/// "IP:PORT", as the library's log names the device; empty when its name is not known.
+std::string AddressInLog(const std::string& host) try {
+    const std::string full = FullAddress(host);
+    const std::size_t colon = full.rfind(':');
+    const auto ip = DottedAddressOf(full.substr(0, colon));
+    return ip ? *ip + full.substr(colon) : "";
+} catch (const CFailure&) {
+    return "";
 }
 
-void CAlarmNews::WakeOnceLocked() {
-    if (!woken_) {
-        woken_ = true;
-        wake_();
-    }
-}
+}  // namespace
 
-/// One camera and its session. The library repeats the state of an alarm that lasts; only changes
-/// are passed on.
-class CAlarmWatch::CCamera : public CONVIFAlarmStateObserver {
- public:
-    CCamera(ConnectionOptions options, std::size_t place, CAlarmNews& news)
-        : options_(std::move(options)), place_(place), news_(news) {}
+struct CAlarmWatch::Place {
+    Place(CWatchedCamera::MakeSession makeSession, const WatchedPlace& place, std::string at)
+        : camera(std::move(makeSession), place), host(std::move(at)) {}
 
-    ~CCamera() override {
-        if (connection_) {
-            ONVIF_CLIENT_DelAlarmStateObserver(connection_->LoginId());
-        }
-    }
-
-    CCamera(const CCamera&) = delete;
-    CCamera& operator=(const CCamera&) = delete;
-
-    void LogIn() {
-        try {
-            connection_.emplace(options_);
-            ONVIF_CLIENT_AddAlarmStateObserver(connection_->LoginId(), this);
-            news_.Add({place_, ExitCode::kDone, ""});
-        } catch (const CFailure& failure) {
-            news_.Add({place_, failure.Code(), failure.what()});
-        } catch (const std::exception& error) {
-            news_.Add({place_, ExitCode::kLoginFailed, error.what()});
-        }
-    }
-
-    void OnMotionAlarmState(unsigned int, bool state) override { Note(std::nullopt, state); }
-
-    void OnAlarmInState(unsigned int, unsigned int alarmIn, bool state) override {
-        Note(alarmIn, state);
-    }
-
- private:
-    void Note(std::optional<unsigned int> input, bool active) {
-        const bool changes = active ? active_.insert(input).second : active_.erase(input) > 0;
-        if (changes) {
-            news_.Add({std::chrono::system_clock::now(), place_, input, active});
-        }
-    }
-
-    const ConnectionOptions options_;
-    const std::size_t place_;
-    CAlarmNews& news_;
-    // What is active; nothing stands for motion. Only for the callbacks, which are never
-    // concurrent.
-    std::set<std::optional<unsigned int>> active_;
-    std::optional<CConnection> connection_;
+    CWatchedCamera camera;
+    const std::string host;
+    std::string address{};  // in the log
+    ExitCode lastWord = ExitCode::kDone;
+    bool underWay = false;  // a worker has it
+    bool urgent = false;    // it is to be looked after again at once
+    Clock::time_point due{};
 };
 
-CAlarmWatch::CAlarmWatch(const ConnectionOptions& options, const std::vector<std::string>& hosts,
+CAlarmWatch::CAlarmWatch(const std::vector<ConnectionOptions>& cameras, WatchFor what,
                          std::function<void()> wake)
-    : news_(std::move(wake)), library_(options) {
-    constexpr std::size_t kMostThreads = 16;
-    for (const std::string& host : hosts) {
-        ConnectionOptions one = options;
-        one.host = host;
-        cameras_.push_back(std::make_unique<CCamera>(std::move(one), cameras_.size(), news_));
+    : wake_(std::move(wake)), news_(wake_) {
+    if (what == WatchFor::kAlarms) {
+        log_.emplace(cameras.front().verbose);
     }
-    for (std::size_t i = 0; i < std::min(hosts.size(), kMostThreads); ++i) {
-        threads_.emplace_back([this] { LogInOneAfterTheOther(); });
+    library_.emplace(cameras.front());
+    const auto pause = PauseBetweenChecks(cameras.size());
+    const PullTimes times = TimesOfPulls(cameras.size());
+    const bool untold = log_ && !log_->IsFollowed();
+    for (std::size_t i = 0; i < cameras.size(); ++i) {
+        const WatchedPlace place = {i, news_};
+        const ConnectionOptions& options = cameras[i];
+        CWatchedCamera::MakeSession makeSession;
+        if (what == WatchFor::kAlarms) {
+            makeSession = [=](bool doubtful) {
+                return LogInForAlarms(options, place, pause, doubtful || untold);
+            };
+        } else {
+            makeSession = [=](bool) { return LogInForEvents(options, place, times); };
+        }
+        places_.push_back(std::make_unique<Place>(std::move(makeSession), place, options.host));
+        EnterLocked(i, Clock::now());
+    }
+    for (std::size_t i = 0; i < std::min(cameras.size(), kMostThreads); ++i) {
+        threads_.emplace_back([this] { Work(); });
+    }
+    if (log_ && log_->IsFollowed()) {
+        threads_.emplace_back([this] { FollowLog(); });
     }
 }
 
 CAlarmWatch::~CAlarmWatch() {
-    next_ = cameras_.size();
+    {
+        const std::lock_guard guard(lock_);
+        stopped_ = true;
+    }
+    changed_.notify_all();
+    stopping_.notify_all();
     library_.reset();
+    threads_.clear();
 }
 
-void CAlarmWatch::LogInOneAfterTheOther() {
-    for (std::size_t i = next_++; i < cameras_.size(); i = next_++) {
-        cameras_[i]->LogIn();
+bool CAlarmWatch::AllGivenUp() const {
+    const std::lock_guard guard(lock_);
+    return givenUp_ == places_.size();
+}
+
+ExitCode CAlarmWatch::Worst() const {
+    const std::lock_guard guard(lock_);
+    ExitCode worst = ExitCode::kDone;
+    for (const auto& place : places_) {
+        worst = std::max(worst, place->lastWord);
+    }
+    return worst;
+}
+
+void CAlarmWatch::Work() {
+    std::unique_lock lock(lock_);
+    while (!stopped_) {
+        Clock::time_point next = Clock::now() + std::chrono::hours(1);
+        if (const auto camera = TakeDueLocked(next)) {
+            changed_.notify_one();  // somebody else is to wait for what is due after it
+            LookAfter(*camera, lock);
+        } else {
+            changed_.wait_until(lock, next);
+        }
+    }
+}
+
+std::optional<std::size_t> CAlarmWatch::TakeDueLocked(Clock::time_point& next) {
+    Agenda* earliest = nullptr;
+    for (Agenda* agenda : {&checks_, &logins_}) {
+        const bool full = agenda == &logins_ && loginsUnderWay_ == kMostLogins;
+        if (!full && !agenda->empty() && agenda->begin()->first < next) {
+            next = agenda->begin()->first;
+            earliest = agenda;
+        }
+    }
+    if (earliest == nullptr || next > Clock::now()) {
+        return std::nullopt;
+    }
+    return earliest->extract(earliest->begin()).value().second;
+}
+
+void CAlarmWatch::LookAfter(std::size_t camera, std::unique_lock<std::mutex>& lock) {
+    Place& place = *places_[camera];
+    place.underWay = true;
+    const bool logsIn = !place.camera.HasSession();
+    loginsUnderWay_ += logsIn ? 1 : 0;
+    lock.unlock();
+    if (logsIn && log_) {
+        // Known before the library can tell of it.
+        std::string address = AddressInLog(place.host);
+        const std::lock_guard guard(lock_);
+        place.address = std::move(address);
+    }
+    const auto pause = place.camera.LookAfter();
+    lock.lock();
+    loginsUnderWay_ -= logsIn ? 1 : 0;
+    place.underWay = false;
+    place.lastWord = place.camera.LastWord();
+    if (pause) {
+        const bool atOnce = std::exchange(place.urgent, false) && place.camera.HasSession();
+        EnterLocked(camera, Clock::now() + (atOnce ? std::chrono::milliseconds(0) : *pause));
+    } else {
+        ++givenUp_;
+        wake_();  // the news of it may have been taken already
+    }
+    changed_.notify_one();
+}
+
+void CAlarmWatch::EnterLocked(std::size_t camera, Clock::time_point due) {
+    Place& place = *places_[camera];
+    place.due = due;
+    (place.camera.HasSession() ? checks_ : logins_).emplace(due, camera);
+}
+
+void CAlarmWatch::FollowLog() {
+    constexpr std::chrono::milliseconds kBetween(250);
+    std::unique_lock lock(lock_);
+    while (!stopping_.wait_for(lock, kBetween, [this] { return stopped_; })) {
+        lock.unlock();
+        const auto losses = log_->TakeLosses();
+        lock.lock();
+        for (const std::string& address : losses) {
+            SuspectLocked(address);
+        }
+    }
+}
+
+void CAlarmWatch::SuspectLocked(const std::string& address) {
+    for (std::size_t i = 0; i < places_.size(); ++i) {
+        Place& place = *places_[i];
+        if (place.address != address) {
+            continue;
+        }
+        place.camera.Suspect();
+        place.urgent = place.underWay;
+        if (!place.underWay && checks_.erase({place.due, i}) > 0) {
+            EnterLocked(i, Clock::now());
+            changed_.notify_one();
+        }
     }
 }
 

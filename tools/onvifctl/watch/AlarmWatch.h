@@ -1,87 +1,89 @@
 /// @file
-/// Logins at many cameras at once, and what their alarm states do from then on.
+/// Many cameras watched at once.
+///
+/// How a loss is noticed: the library tells an observer states and nothing else, and makes a lost
+/// subscription anew after a minute or two, in silence. So each camera is asked something cheap
+/// every few seconds, which shows one that is gone but nothing of its events; and the library's log
+/// is followed, which says when a device gives no subscription, but not that it has died meanwhile
+/// nor why. Then a short subscription of the tool's own makes the device tell the reason. A lost
+/// camera gets a new session: its subscription is made at once, and states that ended meanwhile are
+/// not taken over. Subscriptions beside the library's are not kept: many devices have but a few.
+///
+/// The work is done by a small pool; a camera without power must not hold up the others, so some
+/// workers are left for those that answer.
 #ifndef ONVIFCTL_WATCH_ALARMWATCH_H
 #define ONVIFCTL_WATCH_ALARMWATCH_H
 
-#include <atomic>
 #include <chrono>
+#include <condition_variable>
 #include <cstddef>
-#include <deque>
 #include <functional>
 #include <memory>
 #include <mutex>
 #include <optional>
+#include <set>
 #include <string>
 #include <thread>
+#include <utility>
 #include <vector>
 
 #include "Connection.h"
 #include "ExitCode.h"
+#include "watch/LibraryLog.h"
+#include "watch/WatchNews.h"
+#include "watch/WatchedCamera.h"
 
 namespace onvifctl {
 
-struct AlarmChange {
-    std::chrono::system_clock::time_point time;
-    std::size_t camera = 0;             // its place among the hosts
-    std::optional<unsigned int> input;  // the number of an alarm input; nothing: motion
-    bool active = false;
-};
+enum class WatchFor { kAlarms, kEvents };
 
-struct LoginOutcome {
-    std::size_t camera = 0;
-    ExitCode code = ExitCode::kDone;
-    std::string message;  // of a failure
-
-    bool Failed() const { return code != ExitCode::kDone; }
-};
-
-struct AlarmNews {
-    std::vector<LoginOutcome> logins;
-    std::deque<AlarmChange> changes;
-    std::size_t lost = 0;  // changes before these that nobody took in time
-};
-
-/// What has happened since it was last taken. May be used from any thread.
-class CAlarmNews {
- public:
-    /// @p wake is called, on any thread, when the first news has come since the last Take.
-    explicit CAlarmNews(std::function<void()> wake) : wake_(std::move(wake)) {}
-
-    void Add(LoginOutcome outcome);
-    void Add(const AlarmChange& change);
-    AlarmNews Take();
-
- private:
-    void WakeOnceLocked();
-
-    const std::function<void()> wake_;
-    std::mutex lock_;  // guards what follows; a leaf
-    AlarmNews waiting_;
-    bool woken_ = false;
-};
-
-/// Watches cameras while it lives. The logins run in the background.
+/// Watches cameras while it lives, in the background.
 class CAlarmWatch {
  public:
-    /// @param options  credentials for all, the password included.
-    CAlarmWatch(const ConnectionOptions& options, const std::vector<std::string>& hosts,
+    /// @param cameras  at least one, passwords included. The first one's options are the library's.
+    /// @param wake     is called, on any thread, when there is something to take.
+    CAlarmWatch(const std::vector<ConnectionOptions>& cameras, WatchFor what,
                 std::function<void()> wake);
-    /// Breaks off logins that still run.
+    /// Breaks off what still runs.
     ~CAlarmWatch();
     CAlarmWatch(const CAlarmWatch&) = delete;
     CAlarmWatch& operator=(const CAlarmWatch&) = delete;
 
-    AlarmNews Take() { return news_.Take(); }
+    WatchNews Take() { return news_.Take(); }
+
+    /// Whether no camera is left that is watched or tried again.
+    bool AllGivenUp() const;
+    /// The worst of how the cameras fared last.
+    ExitCode Worst() const;
 
  private:
-    class CCamera;
+    using Clock = std::chrono::steady_clock;
+    struct Place;
+    /// What is to be done, with the earliest first: at places among the cameras.
+    using Agenda = std::set<std::pair<Clock::time_point, std::size_t>>;
 
-    void LogInOneAfterTheOther();
+    void Work();
+    void FollowLog();
+    /// The camera that is due, taken from its agenda; nothing: none is, until @p next.
+    std::optional<std::size_t> TakeDueLocked(Clock::time_point& next);
+    void LookAfter(std::size_t camera, std::unique_lock<std::mutex>& lock);
+    void EnterLocked(std::size_t camera, Clock::time_point due);
+    void SuspectLocked(const std::string& address);
 
-    CAlarmNews news_;
+    const std::function<void()> wake_;
+    CWatchNews news_;
+    std::optional<CLibraryLog> log_;
     std::optional<CStartedLibrary> library_;
-    std::vector<std::unique_ptr<CCamera>> cameras_;
-    std::atomic<std::size_t> next_ = 0;  // the first camera that no thread has taken
+
+    mutable std::mutex lock_;           // guards what follows; before that of the news
+    std::condition_variable changed_;   // for the workers
+    std::condition_variable stopping_;  // for who follows the log
+    std::vector<std::unique_ptr<Place>> places_;
+    Agenda checks_;
+    Agenda logins_;
+    std::size_t loginsUnderWay_ = 0;
+    std::size_t givenUp_ = 0;
+    bool stopped_ = false;
     std::vector<std::jthread> threads_;
 };
 

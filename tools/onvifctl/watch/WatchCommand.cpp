@@ -1,4 +1,4 @@
-// The subcommand watch: the alarm states of cameras as they change.
+// The subcommand watch: what happens at cameras, as it happens.
 #include <algorithm>
 #include <array>
 #include <chrono>
@@ -22,6 +22,8 @@ struct WatchArguments {
     std::vector<std::string> hosts;
     std::optional<double> seconds;
     bool json = false;
+    bool raw = false;
+    std::string format;
 };
 
 /// Host names from standard input, one per line; what follows a '#' is a comment.
@@ -52,53 +54,64 @@ std::vector<std::string> ReadHosts() {
     return hosts;
 }
 
+/// The cameras to watch, each with its credentials; one password is asked for, for all.
+std::vector<ConnectionOptions> CamerasFor(ConnectionOptions options,
+                                          const std::vector<std::string>& hosts) {
+    options.host = hosts.size() == 1 ? hosts[0] : std::to_string(hosts.size()) + " cameras";
+    options.password = PasswordFor(options);
+    std::vector<ConnectionOptions> cameras(hosts.size(), options);
+    for (std::size_t i = 0; i < hosts.size(); ++i) {
+        cameras[i].host = hosts[i];
+    }
+    return cameras;
+}
+
 /// Shows what the watch learns until the time has passed, a signal comes or no camera is left.
-/// @return the worst of what the cameras had to say.
-ExitCode Follow(CAlarmWatch& watch, CWatchDisplay& display, const CInterruption& interruption,
-                std::size_t cameras, std::optional<Clock::time_point> end) {
-    ExitCode worst = ExitCode::kDone;
-    std::size_t failed = 0;
-    while (failed < cameras) {
+void Follow(CAlarmWatch& watch, CWatchDisplay& display, const CInterruption& interruption,
+            std::optional<Clock::time_point> end) {
+    for (bool ends = false; !ends;) {
         milliseconds patience = display.Patience();
         if (end) {
             patience = std::min(patience, std::chrono::ceil<milliseconds>(*end - Clock::now()));
         }
         const bool interrupted = interruption.Wait(patience) != 0;
-        const AlarmNews news = watch.Take();
-        for (const LoginOutcome& login : news.logins) {
-            worst = Worse(worst, login.code);
-            failed += login.Failed() ? 1 : 0;
-        }
-        display.Show(news);
-        if (interrupted || (end && Clock::now() >= *end)) {
-            break;
-        }
+        ends = interrupted || (end && Clock::now() >= *end) || watch.AllGivenUp();
+        display.Show(watch.Take());
     }
     display.Finish();
-    return worst;
 }
 
-ExitCode Watch(ConnectionOptions options, const WatchArguments& arguments) {
-    const auto hosts = arguments.hosts.empty() ? ReadHosts() : arguments.hosts;
-    std::vector<std::string> cameras(hosts.size());
-    std::transform(hosts.begin(), hosts.end(), cameras.begin(), FullAddress);
-    options.host = hosts.size() == 1 ? hosts[0] : std::to_string(hosts.size()) + " cameras";
-    options.password = PasswordFor(options);
-
+WatchFormat FormatFor(const WatchArguments& arguments, bool verbose) {
+    if (arguments.json || arguments.format == "json") {
+        return WatchFormat::kJson;
+    }
+    if (arguments.raw && arguments.format == "table") {
+        throw CFailure(ExitCode::kUsage, "a table shows states: --raw has lines and json");
+    }
     // A log on the same terminal would tear a table apart.
-    const WatchFormat unlessJson = options.verbose ? WatchFormat::kLines : WatchFormat::kLive;
+    const bool lines = arguments.raw || verbose || arguments.format == "lines";
+    return lines ? WatchFormat::kLines : WatchFormat::kLive;
+}
+
+ExitCode Watch(const ConnectionOptions& options, const WatchArguments& arguments) {
+    const WatchFormat format = FormatFor(arguments, options.verbose);
+    const auto hosts = arguments.hosts.empty() ? ReadHosts() : arguments.hosts;
+    std::vector<std::string> names(hosts.size());
+    std::transform(hosts.begin(), hosts.end(), names.begin(), FullAddress);
+    const auto cameras = CamerasFor(options, hosts);
+
     const CDataOutput output{};
     CInterruption interruption;
-    const auto display =
-        MakeWatchDisplay(arguments.json ? WatchFormat::kJson : unlessJson, output, cameras);
+    const auto display = MakeWatchDisplay(format, output, names);
     std::optional<Clock::time_point> end;
     if (arguments.seconds) {
         end = Clock::now() + milliseconds(static_cast<std::int64_t>(*arguments.seconds * 1000));
     }
-    CAlarmWatch watch(options, hosts, [&interruption] { interruption.Wake(); });
-    const ExitCode worst = Follow(watch, *display, interruption, hosts.size(), end);
+    CAlarmWatch watch(cameras, arguments.raw ? WatchFor::kEvents : WatchFor::kAlarms,
+                      [&interruption] { interruption.Wake(); });
+    Follow(watch, *display, interruption, end);
     interruption.LetSignalsGo();  // a second Ctrl-C ends what may still wait for a name server
-    return worst;
+    return watch.Worst();
 }
 
 }  // namespace
@@ -108,13 +121,23 @@ void AddWatch(CLI::App& app, CommandLine& line) {
     CLI::App* watch = AddCommandForMany(
         app, line, "watch",
         "Show alarm states as they change, of one or many cameras: a live table on a terminal,\n"
-        "else a line per change with local time, camera, kind and state. Ends on Ctrl-C",
+        "else a line per change with local time, camera, kind and state. A camera that is lost\n"
+        "is told of and tried again. Ends on Ctrl-C",
         {"onvifctl watch 192.168.1.64", "onvifctl watch --json --for 60 gate:8000 192.168.1.64",
-         "onvifctl watch < hosts.txt >> alarms.txt"});
+         "onvifctl watch --raw 192.168.1.64", "onvifctl watch < hosts.txt >> alarms.txt"});
     watch->add_option("HOST", arguments->hosts,
                       "Addresses or names, with :PORT if not 80. Without any they are read from\n"
                       "standard input, one per line; '#' begins a comment");
-    watch->add_flag("--json", arguments->json, "A JSON object per change, times in UTC");
+    watch->add_flag(
+        "--raw", arguments->raw,
+        "All events of the cameras, with topic, source and data, not only alarm states");
+    auto* format =
+        watch
+            ->add_option("--format", arguments->format,
+                         "table: live, on a terminal with enough rows, else lines (default);\n"
+                         "lines: a line per change; json: a JSON object per change, times in UTC")
+            ->check(CLI::IsMember({"table", "lines", "json"}));
+    watch->add_flag("--json", arguments->json, "The same as --format json")->excludes(format);
     constexpr double kTenYears = 10 * 366 * 24 * 3600.0;
     watch->add_option("--for", arguments->seconds, "End after so many seconds")
         ->check(CLI::Range(0.0, kTenYears));

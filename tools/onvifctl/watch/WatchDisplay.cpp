@@ -1,46 +1,61 @@
 #include "watch/WatchDisplay.h"
 
 #include <algorithm>
-#include <array>
-#include <cstdio>
 #include <nlohmann/json.hpp>
-#include <set>
 
 #include "CommandLine.h"
-#include "documents/ResultTable.h"
 #include "output/Printable.h"
 #include "system/Environment.h"
+#include "watch/LiveTable.h"
+#include "watch/WatchTexts.h"
 
 namespace onvifctl {
 
 namespace {
 
-using Clock = std::chrono::steady_clock;
-using std::chrono::milliseconds;
+using Json = nlohmann::ordered_json;
 
-/// "2026-11-21T14:05:09.123", by LocalTime or UtcTime.
-std::string TimeText(std::chrono::system_clock::time_point time, std::tm (*split)(std::time_t)) {
-    const auto since = std::chrono::floor<milliseconds>(time.time_since_epoch());
-    const auto seconds = std::chrono::floor<std::chrono::seconds>(since);
-    const std::tm parts = split(seconds.count());
-    std::array<char, 32> day = {};
-    std::array<char, 8> fraction = {};
-    std::strftime(day.data(), day.size(), "%Y-%m-%dT%H:%M:%S", &parts);
-    std::snprintf(fraction.data(), fraction.size(), ".%03d",
-                  static_cast<int>((since - seconds).count()));
-    return std::string(day.data()) + fraction.data();
+Json OrNull(const std::string& text) {
+    return text.empty() ? Json() : Json(text);
 }
 
-std::string JsonLine(const AlarmChange& change, const std::string& camera) {
-    using Json = nlohmann::ordered_json;
-    Json line = {{"time", TimeText(change.time, UtcTime) + "Z"}, {"camera", camera}};
+Json ListOf(const DeviceEvent::Items& items) {
+    Json list = Json::array();
+    for (const auto& [name, value] : items) {
+        list.push_back({{"name", name}, {"value", value}});
+    }
+    return list;
+}
+
+void AddTo(Json& line, const ConnectionChange& change) {
+    const bool watched = change.state == WatchState::kWatched || change.state == WatchState::kBack;
+    line["kind"] = "connection";
+    line["state"] = watched ? "back" : "lost";
+    line["reason"] = OrNull(change.reason);
+    line["final"] = change.state == WatchState::kGivenUp;
+}
+
+void AddTo(Json& line, const AlarmChange& change) {
+    line["kind"] = change.input ? "alarm-input" : "motion";
     if (change.input) {
-        line["kind"] = "alarm-input";
         line["input"] = *change.input;
-    } else {
-        line["kind"] = "motion";
     }
     line["state"] = change.active;
+}
+
+void AddTo(Json& line, const DeviceEvent& event) {
+    line["kind"] = "event";
+    line["topic"] = event.topic;
+    line["operation"] = OrNull(event.operation);
+    line["deviceTime"] = OrNull(event.deviceTime);
+    line["source"] = ListOf(event.source);
+    line["key"] = ListOf(event.key);
+    line["data"] = ListOf(event.data);
+}
+
+std::string JsonLine(const News& news, const std::string& camera) {
+    Json line = {{"camera", camera}, {"time", TimeText(MomentOf(news).time, UtcTime) + "Z"}};
+    std::visit([&line](const auto& each) { AddTo(line, each); }, news);
     // What is not UTF-8 must not end the watch.
     return line.dump(-1, ' ', false, Json::error_handler_t::replace) + "\n";
 }
@@ -50,206 +65,90 @@ std::string Padded(std::string text, std::size_t width) {
     return text;
 }
 
-void TellWhatWentWrong(const AlarmNews& news) {
-    for (const LoginOutcome& login : news.logins) {
-        if (login.Failed()) {
-            Tell(login.message);
-        }
-    }
-    if (news.lost > 0) {
-        Tell(std::to_string(news.lost) + " changes were lost: the output takes them too slowly");
-    }
+constexpr std::size_t kKindWidth = sizeof "alarm-input-1" - 1;
+
+std::string KindAndState(const ConnectionChange& change, const std::string& camera) {
+    return Padded("connection", kKindWidth) + "  " + TextOf(change, camera);
 }
 
-class CJsonDisplay : public CWatchDisplay {
- public:
-    CJsonDisplay(const CDataOutput& output, const std::vector<std::string>& cameras)
-        : output_(output), cameras_(cameras) {}
+std::string KindAndState(const AlarmChange& change, const std::string&) {
+    const std::string kind =
+        change.input ? "alarm-input-" + std::to_string(*change.input) : "motion";
+    return Padded(kind, kKindWidth) + "  " + (change.active ? "active" : "inactive");
+}
 
-    void Show(const AlarmNews& news) override {
-        TellWhatWentWrong(news);
-        for (const AlarmChange& change : news.changes) {
-            output_.Write(JsonLine(change, cameras_[change.camera]));
+std::string KindAndState(const DeviceEvent& event, const std::string&) {
+    constexpr std::size_t kOperationWidth = sizeof "Initialized" - 1;
+    std::string text = event.topic + "  " + Padded(event.operation, kOperationWidth);
+    for (const auto* items : {&event.source, &event.key, &event.data}) {
+        const char* before = "  ";
+        for (const auto& [name, value] : *items) {
+            text += std::exchange(before, " ") + name + "=" + value;
         }
     }
+    return text.substr(0, text.find_last_not_of(' ') + 1);
+}
 
- private:
-    const CDataOutput& output_;
-    const std::vector<std::string>& cameras_;
-};
-
+/// A line for each news, of one form or the other.
 class CLineDisplay : public CWatchDisplay {
  public:
-    CLineDisplay(const CDataOutput& output, const std::vector<std::string>& cameras)
-        : output_(output) {
+    CLineDisplay(const CDataOutput& output, const std::vector<std::string>& cameras, bool json)
+        : output_(output), json_(json) {
         std::size_t width = 0;
         for (const std::string& camera : cameras) {
             width = std::max(width, camera.size());
         }
         for (const std::string& camera : cameras) {
-            cameras_.push_back(Padded(Printable(camera), width));
+            cameras_.push_back(json ? camera : Padded(Printable(camera), width));
         }
     }
 
-    void Show(const AlarmNews& news) override {
-        TellWhatWentWrong(news);
-        for (const AlarmChange& change : news.changes) {
-            output_.Write(Line(change));
+    void Show(const WatchNews& news) override {
+        TellOfLost(news);
+        for (const News& each : news.items) {
+            const auto* connection = std::get_if<ConnectionChange>(&each);
+            if (connection != nullptr) {
+                if (connection->state == WatchState::kWatched) {
+                    continue;
+                }
+                TellOf(*connection);
+            }
+            const std::string& camera = cameras_[MomentOf(each).camera];
+            output_.Write(json_ ? JsonLine(each, camera) : Line(each, camera));
         }
     }
 
  private:
-    std::string Line(const AlarmChange& change) const {
-        constexpr std::size_t kKindWidth = sizeof "alarm-input-1" - 1;
-        const std::string kind =
-            change.input ? "alarm-input-" + std::to_string(*change.input) : "motion";
-        return TimeText(change.time, LocalTime) + "  " + cameras_[change.camera] + "  " +
-               Padded(kind, kKindWidth) + "  " + (change.active ? "active" : "inactive") + "\n";
+    static std::string Line(const News& news, const std::string& camera) {
+        const std::string text =
+            std::visit([&camera](const auto& each) { return KindAndState(each, camera); }, news);
+        return TimeText(MomentOf(news).time, LocalTime) + "  " + camera + "  " + Printable(text) +
+               "\n";
+    }
+
+    /// For who has led the output elsewhere.
+    void TellOf(const ConnectionChange& change) const {
+        if (!toTerminal_ && !change.reason.empty()) {
+            Tell(change.reason);
+        }
     }
 
     const CDataOutput& output_;
+    const bool json_;
+    const bool toTerminal_ = OutputIsTerminal();
     std::vector<std::string> cameras_;
 };
-
-/// A row per camera, redrawn in place. The cursor waits below the table; nothing of the terminal
-/// is changed, so that there is nothing to restore, however the tool ends.
-class CLiveTable : public CWatchDisplay {
- public:
-    CLiveTable(const CDataOutput& output, const std::vector<std::string>& cameras)
-        : output_(output) {
-        for (const std::string& camera : cameras) {
-            rows_.emplace_back().camera = Printable(camera);
-        }
-        Draw();
-    }
-
-    void Show(const AlarmNews& news) override {
-        Note(news);
-        if (HasToTell(news)) {
-            output_.WriteToTerminal(BackToTop());
-            drawn_ = 0;
-            TellWhatWentWrong(news);
-            Draw();
-        } else if (stale_ && Clock::now() >= nextDraw_) {
-            Draw();
-        }
-    }
-
-    milliseconds Patience() const override {
-        return stale_ ? std::chrono::ceil<milliseconds>(nextDraw_ - Clock::now())
-                      : CWatchDisplay::Patience();
-    }
-
-    void Finish() override {
-        if (stale_) {
-            Draw();
-        }
-    }
-
-    /// Whether the heading, the rows and the cursor's line fit.
-    static bool Fits(std::size_t cameras, const TerminalSize& size) {
-        return cameras + 2 <= size.rows;
-    }
-
- private:
-    struct Row {
-        std::string camera;
-        std::string remark = "logging in";  // in place of the states, unless empty
-        bool motion = false;
-        std::set<unsigned int> inputs;  // the active ones
-        std::string lastChange;
-    };
-
-    static bool HasToTell(const AlarmNews& news) {
-        return news.lost > 0 ||
-               std::any_of(news.logins.begin(), news.logins.end(),
-                           [](const LoginOutcome& login) { return login.Failed(); });
-    }
-
-    void Note(const AlarmNews& news) {
-        for (const LoginOutcome& login : news.logins) {
-            rows_[login.camera].remark = login.Failed() ? "not watched" : "";
-        }
-        for (const AlarmChange& change : news.changes) {
-            Row& row = rows_[change.camera];
-            row.remark.clear();
-            row.lastChange = TimeText(change.time, LocalTime);
-            if (!change.input) {
-                row.motion = change.active;
-            } else if (change.active) {
-                row.inputs.insert(*change.input);
-            } else {
-                row.inputs.erase(*change.input);
-            }
-        }
-        stale_ = stale_ || !news.logins.empty() || !news.changes.empty();
-    }
-
-    std::string Table() const {
-        std::vector<std::vector<std::string>> cells = {
-            {"CAMERA", "MOTION", "ALARM INPUT", "LAST CHANGE"}};
-        for (const Row& row : rows_) {
-            std::string inputs;
-            for (const unsigned int input : row.inputs) {
-                inputs += (inputs.empty() ? "" : ",") + std::to_string(input);
-            }
-            if (!row.remark.empty()) {
-                cells.push_back({row.camera, row.remark});
-            } else {
-                cells.push_back({row.camera, row.motion ? "active" : "-",
-                                 inputs.empty() ? "-" : inputs + " active", row.lastChange});
-            }
-        }
-        return AlignColumns(cells);
-    }
-
-    std::string BackToTop() const {
-        return drawn_ == 0 ? "" : "\x1b[" + std::to_string(drawn_) + "A\r\x1b[J";
-    }
-
-    /// Cuts what is wider or, by now, higher than the terminal: the way back up would miss the top.
-    void Draw() {
-        const TerminalSize size = output_.Terminal().value_or(TerminalSize{1, 1});
-        std::string text = BackToTop();
-        const std::string table = Table();
-        drawn_ = 0;
-        std::size_t start = 0;
-        while (start < table.size() && drawn_ + 1 < size.rows) {
-            const std::size_t end = table.find('\n', start);
-            text += table.substr(start, std::min(end - start, size.columns - 1)) + "\n";
-            start = end + 1;
-            ++drawn_;
-        }
-        output_.WriteToTerminal(text);
-        stale_ = false;
-        nextDraw_ = Clock::now() + kShortestPause;
-    }
-
-    static constexpr milliseconds kShortestPause{100};
-
-    const CDataOutput& output_;
-    std::vector<Row> rows_;
-    std::size_t drawn_ = 0;  // lines above the cursor that are the table's
-    bool stale_ = false;
-    Clock::time_point nextDraw_;
-};
-
-bool SuitsATable(const CDataOutput& output, std::size_t cameras) {
-    const auto size = output.Terminal();
-    return size && CLiveTable::Fits(cameras, *size);
-}
 
 }  // namespace
 
 std::unique_ptr<CWatchDisplay> MakeWatchDisplay(WatchFormat format, const CDataOutput& output,
                                                 const std::vector<std::string>& cameras) {
-    if (format == WatchFormat::kJson) {
-        return std::make_unique<CJsonDisplay>(output, cameras);
+    if (format == WatchFormat::kLive) {
+        if (auto table = MakeLiveTable(output, cameras)) {
+            return table;
+        }
     }
-    if (format == WatchFormat::kLive && SuitsATable(output, cameras.size())) {
-        return std::make_unique<CLiveTable>(output, cameras);
-    }
-    return std::make_unique<CLineDisplay>(output, cameras);
+    return std::make_unique<CLineDisplay>(output, cameras, format == WatchFormat::kJson);
 }
 
 }  // namespace onvifctl

@@ -1,5 +1,5 @@
 /// @file
-/// Alarm states as lines, as JSON and as a live table.
+/// What a watch learns as lines, as JSON and as a live table.
 #ifndef ONVIFCTL_WATCH_WATCHDISPLAY_H
 #define ONVIFCTL_WATCH_WATCHDISPLAY_H
 
@@ -9,17 +9,17 @@
 #include <vector>
 
 #include "output/DataOutput.h"
-#include "watch/AlarmWatch.h"
+#include "watch/WatchNews.h"
 
 namespace onvifctl {
 
-/// Shows what a watch learns; failed logins are told on standard error. For one thread.
+/// Shows what a watch learns. For one thread.
 class CWatchDisplay {
  public:
     virtual ~CWatchDisplay() = default;
 
     /// Throws CFailure when the output is gone.
-    virtual void Show(const AlarmNews& news) = 0;
+    virtual void Show(const WatchNews& news) = 0;
 
     /// How long the display may wait for the next Show; no news are fine then.
     virtual std::chrono::milliseconds Patience() const {
@@ -37,8 +37,7 @@ enum class WatchFormat {
     kLive,  // a table where it fits on the terminal, else lines
 };
 
-/// @param cameras  their names, in the order of the hosts; output and names must outlive the
-///                 display.
+/// @param cameras  their names, in their order; output and names must outlive the display.
 std::unique_ptr<CWatchDisplay> MakeWatchDisplay(WatchFormat format, const CDataOutput& output,
                                                 const std::vector<std::string>& cameras);
 
