@@ -96,13 +96,12 @@ WatchFormat FormatFor(const WatchArguments& arguments, bool verbose) {
 ExitCode Watch(const ConnectionOptions& options, const WatchArguments& arguments) {
     const WatchFormat format = FormatFor(arguments, options.verbose);
     const auto hosts = arguments.hosts.empty() ? ReadHosts() : arguments.hosts;
-    std::vector<std::string> names(hosts.size());
-    std::transform(hosts.begin(), hosts.end(), names.begin(), FullAddress);
+    std::for_each(hosts.begin(), hosts.end(), FullAddress);  // throws when one is none
     const auto cameras = CamerasFor(options, hosts);
 
     const CDataOutput output{};
     CInterruption interruption;
-    const auto display = MakeWatchDisplay(format, output, names);
+    const auto display = MakeWatchDisplay(format, output, hosts);
     std::optional<Clock::time_point> end;
     if (arguments.seconds) {
         end = Clock::now() + milliseconds(static_cast<std::int64_t>(*arguments.seconds * 1000));
