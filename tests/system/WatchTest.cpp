@@ -197,6 +197,7 @@ TEST(Watch, EndsWhenThereIsNothingToWatch) {
     {
         CRunningTool tool("watch --for 100 <" + file, kRight);
         LinesWith(tool, {"onvifctl: " + closed + " does not answer: "});
+        EXPECT_TRUE(tool.Signal(SIGINT) && tool.End().code == 4);
     }
     std::remove(file.c_str());
 }

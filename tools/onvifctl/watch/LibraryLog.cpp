@@ -115,8 +115,11 @@ std::vector<std::string> CLibraryLog::TakeLosses() {
     std::string shown;
     for (std::size_t end = rest_.find('\n'); end != std::string::npos;
          end = rest_.find('\n', start)) {
-        const std::string line = rest_.substr(start, end - start);
+        std::string line = rest_.substr(start, end - start);
         start = end + 1;
+        if (line.ends_with('\r')) {
+            line.pop_back();
+        }
         if (const std::string device = LostDevice(line); !device.empty()) {
             losses.push_back(device);
         }
