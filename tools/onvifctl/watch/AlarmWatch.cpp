@@ -47,7 +47,6 @@ struct CAlarmWatch::Place {
     CWatchedCamera camera;
     const std::string host;
     std::string address{};  // in the log
-    ExitCode lastWord = ExitCode::kDone;
     bool underWay = false;  // a worker has it
     bool urgent = false;    // it is to be looked after again at once
     Clock::time_point due{};
@@ -102,10 +101,9 @@ bool CAlarmWatch::AllGivenUp() const {
 }
 
 ExitCode CAlarmWatch::Worst() const {
-    const std::lock_guard guard(lock_);
     ExitCode worst = ExitCode::kDone;
     for (const auto& place : places_) {
-        worst = std::max(worst, place->lastWord);
+        worst = std::max(worst, place->camera.LastWord());
     }
     return worst;
 }
@@ -154,7 +152,6 @@ void CAlarmWatch::LookAfter(std::size_t camera, std::unique_lock<std::mutex>& lo
     lock.lock();
     loginsUnderWay_ -= logsIn ? 1 : 0;
     place.underWay = false;
-    place.lastWord = place.camera.LastWord();
     if (pause) {
         const bool atOnce = std::exchange(place.urgent, false) && place.camera.HasSession();
         EnterLocked(camera, Clock::now() + (atOnce ? std::chrono::milliseconds(0) : *pause));

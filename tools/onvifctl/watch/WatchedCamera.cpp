@@ -62,8 +62,8 @@ void CWatchedCamera::LogIn() {
     session_ = makeSession_(doubtful_);
     doubtful_ = false;
     began_ = Clock::now();
-    Tell(std::exchange(lastWord_, ExitCode::kDone) == ExitCode::kDone ? WatchState::kWatched
-                                                                      : WatchState::kBack);
+    Tell(lastWord_.exchange(ExitCode::kDone) == ExitCode::kDone ? WatchState::kWatched
+                                                                : WatchState::kBack);
     session_->Begin();
 }
 
@@ -72,7 +72,7 @@ milliseconds CWatchedCamera::Lose(const CFailure& failure) {
         attempts_ = 0;
     }
     session_.reset();  // tells nothing more from here on
-    if (std::exchange(lastWord_, failure.Code()) == ExitCode::kDone) {
+    if (lastWord_.exchange(failure.Code()) == ExitCode::kDone) {
         Tell(WatchState::kLost, failure.what());
     }
     return PauseAfter(attempts_++);

@@ -30,7 +30,8 @@ class CWatchedCamera {
 
     /// What the next LookAfter does.
     bool HasSession() const { return session_ != nullptr; }
-    /// How the camera has fared last: kDone while it is watched.
+    /// How the camera has fared last: kDone while it is watched. Ahead of the news of it. From any
+    /// thread.
     ExitCode LastWord() const { return lastWord_; }
 
     /// The library says that its subscription is lost; for the next check. From any thread.
@@ -47,7 +48,7 @@ class CWatchedCamera {
     const WatchedPlace place_;
     std::unique_ptr<ICameraSession> session_;
     std::atomic<bool> suspected_ = false;
-    ExitCode lastWord_ = ExitCode::kDone;
+    std::atomic<ExitCode> lastWord_ = ExitCode::kDone;
     bool failedOnce_ = false;    // the last check did
     bool doubtful_ = false;      // the last session or attempt ended for want of a subscription
     unsigned int attempts_ = 0;  // in vain, without a long session between them
