@@ -110,7 +110,7 @@ TEST(Watch, TellsWhyACameraCannotBeWatchedAndGoesOnWithTheOthers) {
                           kRight, kNowhere);
         const std::string lost = R"("kind":"connection","state":"lost","reason":")";
         const std::string none = " gives no subscription to its events: ";
-        LinesWith(tool, {lost + closed + " does not answer\",",
+        LinesWith(tool, {lost + closed + " does not answer: ",
                          lost + without + none + "Optional action not implemented\",",
                          lost + full + none + "Too many subscriptions\",",
                          R"({"camera":")" + AddressOf(good)});
@@ -131,7 +131,7 @@ TEST(Watch, ACameraComesDiesAndComesBack) {
             EXPECT_LE(lines.find(connection), lines.find(news)) << lines;
         }
     };
-    for (const char* loss : {"lost: does not answer\n", "lost: does not answer any more\n"}) {
+    for (const char* loss : {"lost: does not answer: ", "lost: does not answer any more\n"}) {
         host.reset();
         expect(loss, loss, loss);
         std::string error;

@@ -123,11 +123,15 @@ CLI::App* AddCommandForSeveral(CLI::App& app, CommandLine& line, const char* nam
     return command;
 }
 
-void AddChoiceOfHosts(CLI::App* command, CommandLine& line) {
-    constexpr double kTenYears = 10 * 366 * 24 * 3600.0;
+void AddTagOptions(CLI::App* command, CommandLine& line) {
     command->add_flag("--all", line.hosts.all, "All cameras of the hosts file");
     command->add_option("--tag", line.hosts.tags, "The cameras with this tag")
         ->allow_extra_args(false);
+}
+
+void AddChoiceOfHosts(CLI::App* command, CommandLine& line) {
+    constexpr double kTenYears = 10 * 366 * 24 * 3600.0;
+    AddTagOptions(command, line);
     command->add_option("--timeout", line.timeout, "Give up what is not done after so many seconds")
         ->check(CLI::Range(0.0, kTenYears));
 }

@@ -50,7 +50,10 @@ CLI::App* AddCommandForSeveral(CLI::App& app, CommandLine& line, const char* nam
                                const std::string& description,
                                const std::vector<std::string>& examples);
 
-/// The options of the latter: --all, --tag and --timeout.
+/// --all and --tag, in the place of HOST or beside it.
+void AddTagOptions(CLI::App* command, CommandLine& line);
+
+/// The options of the latter: these and --timeout.
 void AddChoiceOfHosts(CLI::App* command, CommandLine& line);
 
 /// Adds an action of a subcommand ("ptz HOST stop"); the credentials may stand behind it too.

@@ -247,6 +247,7 @@ Diagnosis DiagnosisOf(unsigned int error, const FirstContact& contact, const Att
 CLoginFailure::CLoginFailure(unsigned int error, const std::string& host,
                              const Diagnosis& diagnosis)
     : CFailure(CodeOf(error), host + " " + diagnosis.finding + ". What helps: " + diagnosis.advice),
+      host_(host),
       diagnosis_(diagnosis) {}
 
 bool HasExtension(std::string_view extensions, std::string_view name) {

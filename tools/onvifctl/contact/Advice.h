@@ -39,8 +39,11 @@ class CLoginFailure : public CFailure {
  public:
     CLoginFailure(unsigned int error, const std::string& host, const Diagnosis& diagnosis);
     const Diagnosis& Why() const { return diagnosis_; }
+    /// The message without the advice.
+    std::string Finding() const { return host_ + " " + diagnosis_.finding; }
 
  private:
+    const std::string host_;
     const Diagnosis diagnosis_;
 };
 

@@ -5,13 +5,15 @@
 #define ONVIFCTL_WATCH_LIBRARYLOG_H
 
 #include <cstdint>
-#include <filesystem>
+#include <optional>
 #include <string>
 #include <vector>
 
+#include "system/SharedFile.h"
+
 namespace onvifctl {
 
-/// Has the library log to a file of the tool's own, and follows it. Before the library is started,
+/// Has the library log to a scratch file, and follows it. Before the library is started,
 /// and for one thread. What the user would have seen on standard error still goes there. A log file
 /// that the user has asked for is the user's, and nothing is learned from it.
 class CLibraryLog {
@@ -24,20 +26,16 @@ class CLibraryLog {
     CLibraryLog& operator=(const CLibraryLog&) = delete;
 
     /// Whether a loss can be told at all.
-    bool IsFollowed() const { return !path_.empty(); }
+    bool IsFollowed() const { return file_ && !file_->Path().empty(); }
 
     /// Reads on. @return "IP:PORT" of each device whose subscription was lost since the last call.
     std::vector<std::string> TakeLosses();
 
  private:
-    /// Where the library puts the file when it has become large.
-    std::filesystem::path OldFile(int number) const;
-    std::string ReadOn();
-
-    std::filesystem::path path_;  // empty: none
-    std::uintmax_t read_ = 0;     // so many bytes of the file
-    std::string shown_;           // the levels that the user sees
-    std::string rest_;            // of a line that is not whole yet
+    std::optional<CScratchFile> file_;
+    std::uint64_t read_ = 0;  // so many bytes of the file
+    std::string shown_;       // the levels that the user sees
+    std::string rest_;        // of a line that is not whole yet
 };
 
 }  // namespace onvifctl

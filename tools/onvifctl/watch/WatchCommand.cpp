@@ -19,7 +19,6 @@ using Clock = std::chrono::steady_clock;
 using std::chrono::milliseconds;
 
 struct WatchArguments {
-    std::vector<std::string> hosts;
     std::optional<double> seconds;
     bool json = false;
     bool raw = false;
@@ -54,14 +53,15 @@ std::vector<std::string> ReadHosts() {
     return hosts;
 }
 
-/// The cameras to watch, each with its credentials; one password is asked for, for all.
-std::vector<ConnectionOptions> CamerasFor(ConnectionOptions options,
-                                          const std::vector<std::string>& hosts) {
-    options.host = hosts.size() == 1 ? hosts[0] : std::to_string(hosts.size()) + " cameras";
-    options.password = PasswordFor(options);
-    std::vector<ConnectionOptions> cameras(hosts.size(), options);
-    for (std::size_t i = 0; i < hosts.size(); ++i) {
-        cameras[i].host = hosts[i];
+/// The cameras to watch, each with its credentials.
+std::vector<ConnectionOptions> CamerasFor(const CommandLine& line) {
+    HostChoice choice = line.hosts;
+    if (choice.words.empty() && choice.tags.empty() && !choice.all) {
+        choice.words = ReadHosts();
+    }
+    auto cameras = Targets(choice, line.connection);
+    for (const ConnectionOptions& camera : cameras) {
+        FullAddress(camera.host);  // throws when it is none
     }
     return cameras;
 }
@@ -93,15 +93,16 @@ WatchFormat FormatFor(const WatchArguments& arguments, bool verbose) {
     return lines ? WatchFormat::kLines : WatchFormat::kLive;
 }
 
-ExitCode Watch(const ConnectionOptions& options, const WatchArguments& arguments) {
-    const WatchFormat format = FormatFor(arguments, options.verbose);
-    const auto hosts = arguments.hosts.empty() ? ReadHosts() : arguments.hosts;
-    std::for_each(hosts.begin(), hosts.end(), FullAddress);  // throws when one is none
-    const auto cameras = CamerasFor(options, hosts);
+ExitCode Watch(const CommandLine& line, const WatchArguments& arguments) {
+    const WatchFormat format = FormatFor(arguments, line.connection.verbose);
+    const auto cameras = CamerasFor(line);
+    std::vector<std::string> names(cameras.size());
+    std::transform(cameras.begin(), cameras.end(), names.begin(),
+                   [](const ConnectionOptions& camera) { return camera.name; });
 
     const CDataOutput output{};
     CInterruption interruption;
-    const auto display = MakeWatchDisplay(format, output, hosts);
+    const auto display = MakeWatchDisplay(format, output, names);
     std::optional<Clock::time_point> end;
     if (arguments.seconds) {
         end = Clock::now() + milliseconds(static_cast<std::int64_t>(*arguments.seconds * 1000));
@@ -124,9 +125,11 @@ void AddWatch(CLI::App& app, CommandLine& line) {
         "is told of and tried again. Ends on Ctrl-C",
         {"onvifctl watch 192.168.1.64", "onvifctl watch --json --for 60 gate:8000 192.168.1.64",
          "onvifctl watch --raw 192.168.1.64", "onvifctl watch < hosts.txt >> alarms.txt"});
-    watch->add_option("HOST", arguments->hosts,
-                      "Addresses or names, with :PORT if not 80. Without any they are read from\n"
-                      "standard input, one per line; '#' begins a comment");
+    watch->add_option(
+        "HOST", line.hosts.words,
+        "Addresses with :PORT if not 80, names or @TAGs of the hosts file. Without any\n"
+        "they are read from standard input, one per line; '#' begins a comment");
+    AddTagOptions(watch, line);
     watch->add_flag(
         "--raw", arguments->raw,
         "All events of the cameras, with topic, source and data, not only alarm states");
@@ -140,7 +143,7 @@ void AddWatch(CLI::App& app, CommandLine& line) {
     constexpr double kTenYears = 10 * 366 * 24 * 3600.0;
     watch->add_option("--for", arguments->seconds, "End after so many seconds")
         ->check(CLI::Range(0.0, kTenYears));
-    watch->callback([&line, arguments] { line.code = Watch(line.connection, *arguments); });
+    watch->callback([&line, arguments] { line.code = Watch(line, *arguments); });
 }
 
 }  // namespace onvifctl

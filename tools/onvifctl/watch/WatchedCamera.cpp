@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "contact/Advice.h"
 #include "watch/PullPoint.h"
 
 namespace onvifctl {
@@ -50,7 +51,8 @@ std::optional<milliseconds> CWatchedCamera::LookAfter() {
             Tell(WatchState::kGivenUp, failure.what());
             return std::nullopt;
         }
-        return Lose(failure);
+        const auto* login = dynamic_cast<const CLoginFailure*>(&failure);
+        return Lose(login == nullptr ? failure : CFailure(login->Code(), login->Finding()));
     } catch (const std::exception& error) {
         return Lose(CFailure(ExitCode::kLoginFailed, error.what()));
     }
