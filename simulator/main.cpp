@@ -41,6 +41,8 @@ struct Arguments {
     bool noMedia2 = false;
     bool noPtz = false;
     bool exitWithStdin = false;
+    bool answersProbes = false;
+    camera_sim::DiscoveryOptions discovery{.port = 3702};
     std::vector<std::string> faults;
     camera_sim::Spoiling spoiling;
     bool listsKinds = false;
@@ -134,6 +136,36 @@ void AddOptions(CLI::App& app, Arguments& arguments) {
         "spoil replies: KIND[:SEED[:N]], see below; list: name the kinds");
 }
 
+void AddDiscoveryOptions(CLI::App& app, Arguments& arguments) {
+    auto& discovery = arguments.discovery;
+    auto* group = app.add_flag("--discovery", discovery.joinsGroup,
+                               "answer probes for devices, those to the multicast group, too");
+    app.add_option("--discovery-port", discovery.port,
+                   "UDP port of 127.0.0.1 for probes; 0: a free one. Without --discovery those to "
+                   "the group are left to others")
+        ->capture_default_str()
+        ->each([&arguments](const std::string&) { arguments.answersProbes = true; });
+    app.add_option("--discovery-interface", discovery.groupInterface,
+                   "address of the interface on which the group is joined")
+        ->capture_default_str()
+        ->needs(group);
+}
+
+/// False when nothing can listen; says why.
+bool AnswerProbes(camera_sim::CCameraHost& host, const Arguments& arguments) {
+    if (!arguments.answersProbes && !arguments.discovery.joinsGroup) {
+        return true;
+    }
+    std::string error;
+    const auto port = host.TryAnswerProbes(arguments.discovery, error);
+    if (!port) {
+        std::cerr << "onvif-camera-sim: " << error << '\n';
+        return false;
+    }
+    std::cout << "onvif-camera-sim: discovery listening on 127.0.0.1:" << *port << std::endl;
+    return true;
+}
+
 void AddEventOptions(CLI::App& app, Arguments& arguments) {
     auto& camera = arguments.camera;
     const auto number = [&app](const std::string& name, int& value, int least, int most,
@@ -213,6 +245,7 @@ int Run(int argc, char** argv) {
     app.set_version_flag("--version", "onvif-camera-sim " CAMERA_SIM_VERSION, "Print the version");
     AddOptions(app, arguments);
     AddEventOptions(app, arguments);
+    AddDiscoveryOptions(app, arguments);
     AddOddOptions(app, arguments.camera);
     AddFlags(app, arguments);
     app.footer("\nFaults:\n" + std::string(camera_sim::FaultSyntax()) + "\n" +
@@ -260,7 +293,7 @@ int Run(int argc, char** argv) {
     }
     signals.async_wait([](const boost::system::error_code&, int) { io.stop(); });
     camera_sim::CCameraHost host;
-    if (!StartCameras(host, arguments, faults)) {
+    if (!StartCameras(host, arguments, faults) || !AnswerProbes(host, arguments)) {
         return kFailure;
     }
     WaitForEnd(io, arguments.exitWithStdin);

@@ -257,6 +257,13 @@ void CCameraCore::FrameLocked(Reply& reply, bool clientKeeps) const {
     Frame(reply, options_, clientKeeps, SystemTime() + state_.clock.offset);
 }
 
+std::optional<std::string> CCameraCore::AnswerProbe(const CProbe& probe, AppSequence sequence) {
+    const std::lock_guard guard(lock_);
+    auto answer = probe.Answer(options_, state_, style_, sequence);
+    evidence_.CountEvents("discovery:answers", answer ? 1 : 0);
+    return answer;
+}
+
 void DisturbReply(Reply& reply, const Fault& fault) {
     reply.delay = fault.delay;
     if (fault.kind == Fault::Kind::kTruncate) {

@@ -16,6 +16,7 @@
 #include "camera_sim/Evidence.h"
 #include "camera_sim/FaultPlan.h"
 #include "camera_sim/control/ControlledCamera.h"
+#include "camera_sim/discovery/Probes.h"
 #include "camera_sim/events/EventHub.h"
 #include "camera_sim/hostile/Spoiler.h"
 #include "camera_sim/http/Http.h"
@@ -55,6 +56,8 @@ class CCameraCore final : public IControlledCamera {
     Reply Resume(std::uint64_t ticket);
     /// Nobody waits for that reply any more.
     void Abandon(std::uint64_t ticket);
+    /// What the camera answers when devices are searched for, if anything.
+    std::optional<std::string> AnswerProbe(const CProbe& probe, AppSequence sequence);
     void NotificationSent(std::uint64_t subscription, bool accepted);
 
     const CameraOptions& Options() const override { return options_; }

@@ -11,7 +11,7 @@
 /// accept and does not validate what it receives beyond what it needs. A refused change leaves its
 /// state as it was. Every answer ends its connection. Besides the services under /onvif/ it serves
 /// a picture of each profile under /snapshot/ and control requests under /control/, which GET
-/// /control/ lists.
+/// /control/ lists. Once its host answers probes, it is found by those who search for devices.
 ///
 /// Threads: everything here may be called from any thread, except the destruction of a CCameraHost,
 /// which must be the last call to it and its cameras.
@@ -21,6 +21,7 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -78,6 +79,14 @@ class CCamera {
     std::unique_ptr<CCameraCore> core_;
 };
 
+/// Where probes for cameras are taken. Those to the group come from the interface's network, on the
+/// loopback interface from this machine alone.
+struct DiscoveryOptions {
+    std::uint16_t port = 0;                    ///< of 127.0.0.1; 0: the system chooses
+    bool joinsGroup = false;                   ///< also those to 239.255.255.250:3702
+    std::string groupInterface = "127.0.0.1";  ///< the dotted address of an interface
+};
+
 /// Owns cameras and the one thread that serves them.
 class CCameraHost {
  public:
@@ -92,6 +101,13 @@ class CCameraHost {
     CCamera* TryAdd(CameraOptions options, std::string& error);
     /// The same for tests: a failure is thrown as std::runtime_error.
     CCamera& Add(CameraOptions options);
+
+    /// From now on all cameras, later ones too, answer Probe and Resolve of WS-Discovery. Returns
+    /// the UDP port; nothing on failure, and @p error says why.
+    std::optional<std::uint16_t> TryAnswerProbes(const DiscoveryOptions& options,
+                                                 std::string& error);
+    /// The same for tests: a failure is thrown as std::runtime_error.
+    std::uint16_t AnswerProbes(const DiscoveryOptions& options = {});
 
  private:
     class CImpl;

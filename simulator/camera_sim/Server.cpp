@@ -1,4 +1,4 @@
-// The HTTP server of all cameras: one thread that listens for each.
+// The server of all cameras: one thread that listens for each.
 #include <algorithm>
 #include <mutex>
 #include <stdexcept>
@@ -15,6 +15,7 @@
 #include "camera_sim/CameraSim.h"
 #include "camera_sim/Connections.h"
 #include "camera_sim/Models.h"
+#include "camera_sim/ProbePorts.h"
 #include "camera_sim/events/NotifyPost.h"
 
 namespace camera_sim {
@@ -167,13 +168,35 @@ class CCameraHost::CImpl {
         auto core = std::make_unique<CCameraCore>(std::move(options), *std::move(state), style);
         auto listener = std::make_shared<CListener>(std::move(acceptor), *core);
         Attach(*core, listener);
+        CCameraCore* const searched = core.get();
         auto camera = std::make_unique<CCamera>(std::move(core));
         asio::post(io_, [listener] { listener->Accept(); });
         const std::lock_guard guard(lock_);
+        cores_.push_back(searched);
         return cameras_.emplace_back(std::move(camera)).get();
     }
 
+    std::optional<std::uint16_t> TryAnswerProbes(const DiscoveryOptions& options,
+                                                 std::string& error) {
+        const auto answer = [this](std::string_view datagram) { return AnswersTo(datagram); };
+        return ReceiveProbes(io_, options, answer, error);
+    }
+
  private:
+    /// Of all cameras that are meant.
+    std::vector<std::string> AnswersTo(std::string_view datagram) {
+        std::vector<std::string> answers;
+        const CProbe probe(datagram);
+        const std::lock_guard guard(lock_);
+        for (CCameraCore* each : cores_) {
+            if (auto answer = each->AnswerProbe(probe, {start_, sent_ + 1})) {
+                answers.push_back(*std::move(answer));
+                ++sent_;
+            }
+        }
+        return answers;
+    }
+
     void Attach(CCameraCore& core, const std::shared_ptr<CListener>& listener) {
         core.Attach({
             [this, weak = std::weak_ptr(listener)] {
@@ -206,8 +229,14 @@ class CCameraHost::CImpl {
         });
     }
 
-    std::mutex lock_;  // guards cameras_; leaf
+    const std::int64_t start_ =
+        std::chrono::floor<std::chrono::seconds>(std::chrono::system_clock::now())
+            .time_since_epoch()
+            .count();
+    std::mutex lock_;  // guards the three below; before the cameras' own
     std::vector<std::unique_ptr<CCamera>> cameras_;
+    std::vector<CCameraCore*> cores_;
+    std::uint64_t sent_ = 0;  // answers to probes
     asio::io_context io_{1};
     asio::executor_work_guard<asio::io_context::executor_type> work_;
     std::thread thread_;
@@ -227,6 +256,20 @@ CCamera& CCameraHost::Add(CameraOptions options) {
         throw std::runtime_error(error);
     }
     return *camera;
+}
+
+std::optional<std::uint16_t> CCameraHost::TryAnswerProbes(const DiscoveryOptions& options,
+                                                          std::string& error) {
+    return impl_->TryAnswerProbes(options, error);
+}
+
+std::uint16_t CCameraHost::AnswerProbes(const DiscoveryOptions& options) {
+    std::string error;
+    const auto port = TryAnswerProbes(options, error);
+    if (!port) {
+        throw std::runtime_error(error);
+    }
+    return *port;
 }
 
 }  // namespace camera_sim

@@ -1,5 +1,8 @@
 // Device service: what it is said to be, who may use it, and its restart.
 #include <array>
+#include <string>
+#include <string_view>
+#include <vector>
 
 #include "camera_sim/services/Services.h"
 
@@ -8,29 +11,36 @@ namespace {
 
 using Scope = CXmlWriter::CScope;
 
-void WriteScope(CXmlWriter& out, bool fixed, std::string_view item) {
-    const Scope scope(out, Ns::kDevice, "Scopes");
-    out.Element(Ns::kSchema, "ScopeDef", fixed ? "Fixed" : "Configurable");
-    out.Element(Ns::kSchema, "ScopeItem", "onvif://www.onvif.org/" + std::string(item));
+/// As a segment of a path.
+std::string Encoded(std::string_view text) {
+    constexpr std::string_view kDigits = "0123456789ABCDEF";
+    constexpr std::string_view kPlain = "-._~!$&'()*+,;=:@";
+    std::string encoded;
+    for (const char c : text) {
+        const auto byte = static_cast<unsigned char>(c);
+        const bool plain = (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') ||
+                           (c >= '0' && c <= '9') || kPlain.find(c) != std::string_view::npos;
+        if (plain) {
+            encoded += c;
+        } else {
+            encoded.append({'%', kDigits[byte / 16], kDigits[byte % 16]});
+        }
+    }
+    return encoded;
 }
 
 Answer GetScopes(Call& call) {
-    CXmlWriter& out = call.out;
-    WriteScope(out, true, "type/video_encoder");
-    WriteScope(out, true, "Profile/Streaming");
-    if (Offers(call.options, Ns::kMedia2)) {
-        WriteScope(out, true, "Profile/T");
+    for (const DeviceScope& each : DeviceScopes(call.options, call.state)) {
+        const Scope scope(call.out, Ns::kDevice, "Scopes");
+        call.out.Element(Ns::kSchema, "ScopeDef", each.fixed ? "Fixed" : "Configurable");
+        call.out.Element(Ns::kSchema, "ScopeItem", each.item);
     }
-    if (Offers(call.options, Ns::kPtz)) {
-        WriteScope(out, true, "type/ptz");
-    }
-    WriteScope(out, true, "hardware/" + call.state.information.model);
-    WriteScope(out, false, "name/" + call.state.network.hostname);
     return kDone;
 }
 
 Answer GetDiscoveryMode(Call& call) {
-    call.out.Element(Ns::kDevice, "DiscoveryMode", "NonDiscoverable");
+    call.out.Element(Ns::kDevice, "DiscoveryMode",
+                     call.options.discoverable ? "Discoverable" : "NonDiscoverable");
     return kDone;
 }
 
@@ -71,6 +81,24 @@ constexpr std::array kOperations = {
 };
 
 }  // namespace
+
+std::vector<DeviceScope> DeviceScopes(const CameraOptions& options, const CameraState& state) {
+    std::vector<DeviceScope> scopes;
+    const auto add = [&scopes](const std::string& item, bool fixed = true) {
+        scopes.push_back({"onvif://www.onvif.org/" + item, fixed});
+    };
+    add("type/video_encoder");
+    add("Profile/Streaming");
+    if (Offers(options, Ns::kMedia2)) {
+        add("Profile/T");
+    }
+    if (Offers(options, Ns::kPtz)) {
+        add("type/ptz");
+    }
+    add("hardware/" + Encoded(state.information.model));
+    add("name/" + Encoded(state.network.hostname), false);
+    return scopes;
+}
 
 std::span<const Operation> DeviceSystemOperations() {
     return kOperations;

@@ -6,6 +6,7 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "camera_sim/services/Operation.h"
 
@@ -29,6 +30,13 @@ std::string AdvertisedAddress(const CameraOptions& options, const Service& servi
 
 /// The address of a profile's picture.
 std::string AdvertisedSnapshot(const CameraOptions& options, const Profile& profile);
+
+/// What the camera says of itself to those who search.
+struct DeviceScope {
+    std::string item;
+    bool fixed;
+};
+std::vector<DeviceScope> DeviceScopes(const CameraOptions& options, const CameraState& state);
 
 /// Whether requests of that namespace are answered at @p path.
 bool IsServedAt(const CameraOptions& options, Ns ns, std::string_view path);

@@ -26,34 +26,37 @@ constexpr std::array<Namespace, kNamespaceCount> kNamespaces = {{
     {"http://www.onvif.org/ver10/topics", "tns1"},
     {"http://docs.oasis-open.org/wsrf/rw-2", "wsrf-rw"},
     {"http://www.w3.org/2001/XMLSchema", "xs"},
+    {"http://schemas.xmlsoap.org/ws/2005/04/discovery", "d"},
+    {"http://schemas.xmlsoap.org/ws/2004/08/addressing", "a"},
+    {"http://www.onvif.org/ver10/network/wsdl", "dn"},
 }};
 constexpr Namespace kNoNamespace{};
 
 // "shuffled" gives well-known prefixes to other namespaces than usual, "default" uses none for
 // the services: both are legal, and both surprise a reader that takes prefixes for names.
 constexpr std::array kStyles = {
-    PrefixStyle{"SOAP-ENV",
-                {"SOAP-ENV", "tt", "tds", "tmd", "trt", "tr2", "tptz", "timg", "tan", "tev", "ter",
-                 "wsa5", "wsnt", "wstop", "tns1", "wsrfr", "xsd"}},
+    PrefixStyle{"SOAP-ENV", {"SOAP-ENV", "tt",    "tds", "tmd",  "trt",  "tr2",  "tptz",
+                             "timg",     "tan",   "tev", "ter",  "wsa5", "wsnt", "wstop",
+                             "tns1",     "wsrfr", "xsd", "wsdd", "wsa",  "dn"}},
     PrefixStyle{"env",
-                {"env", "tt", "tds", "tmd", "trt", "tr2", "tptz", "timg", "tan", "tev", "ter",
-                 "wsa", "wsnt", "wstop", "tns1", "wsrf-rw", "xs"}},
+                {"env", "tt",  "tds",  "tmd",   "trt",  "tr2",     "tptz", "timg", "tan",    "tev",
+                 "ter", "wsa", "wsnt", "wstop", "tns1", "wsrf-rw", "xs",   "d",    "wsadis", "dn"}},
     PrefixStyle{"s",
-                {"s", "tt", "tds", "tmd", "trt", "tr2", "tptz", "timg", "tan", "tev", "ter", "wsa",
-                 "wsnt", "wstop", "tns1", "wsrf-rw", "xs"}},
+                {"s",   "tt",  "tds",  "tmd",   "trt",  "tr2",     "tptz", "timg", "tan", "tev",
+                 "ter", "wsa", "wsnt", "wstop", "tns1", "wsrf-rw", "xs",   "d",    "a",   "dn"}},
     PrefixStyle{
         "soap",
-        {"soap", "onvif", "device", "io", "media", "media2", "ptz", "imaging", "analytics",
-         "events", "error", "addressing", "notification", "topicset", "tns1", "resource", "xsd"}},
+        {"soap",    "onvif",     "device", "io",        "media",         "media2",       "ptz",
+         "imaging", "analytics", "events", "error",     "addressing",    "notification", "topicset",
+         "tns1",    "resource",  "xsd",    "discovery", "oldaddressing", "network"}},
     PrefixStyle{"numbered",
-                {"ns0", "ns1", "ns2", "ns3", "ns4", "ns5", "ns6", "ns7", "ns8", "ns9", "ns10",
-                 "ns11", "ns12", "ns13", "ns14", "ns15", "ns16"}},
+                {"ns0",  "ns1",  "ns2",  "ns3",  "ns4",  "ns5",  "ns6",  "ns7",  "ns8",  "ns9",
+                 "ns10", "ns11", "ns12", "ns13", "ns14", "ns15", "ns16", "ns17", "ns18", "ns19"}},
     PrefixStyle{"shuffled",
-                {"tt", "tds", "env", "trt", "tmd", "s", "tr2", "ter", "tptz", "timg", "tan", "wsnt",
-                 "wsa", "tev", "tns1", "xs", "wstop"}},
-    PrefixStyle{"default",
-                {"s", "tt", "", "", "", "", "", "", "", "", "ter", "wsa", "wsnt", "wstop", "tns1",
-                 "wsrf-rw", "xs"}},
+                {"tt",  "tds",  "env", "trt", "tmd",  "s",  "tr2",   "ter", "tptz", "timg",
+                 "tan", "wsnt", "wsa", "tev", "tns1", "xs", "wstop", "dn",  "d",    "a"}},
+    PrefixStyle{"default", {"s",   "tt",  "",     "",      "",     "",        "",   "", "",  "",
+                            "ter", "wsa", "wsnt", "wstop", "tns1", "wsrf-rw", "xs", "", "a", "dn"}},
 };
 
 }  // namespace

@@ -28,6 +28,9 @@ enum class Ns {
     kTopics,
     kResource,
     kXmlSchema,
+    kDiscovery,
+    kOldAddressing,  ///< of discovery
+    kNetwork,        ///< of types of devices
     kCount,
     kNone = kCount  ///< elements without a namespace
 };

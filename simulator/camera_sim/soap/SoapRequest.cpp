@@ -15,7 +15,10 @@ std::string_view LocalName(const XmlElement& element) {
 }
 
 std::string_view NamespaceUri(const XmlElement& element) {
-    const std::string_view name = element.Name();
+    return NamespaceUri(element, element.Name());
+}
+
+std::string_view NamespaceUri(const XmlElement& element, std::string_view name) {
     const auto colon = name.find(':');
     std::string declaration = "xmlns";
     if (colon != std::string_view::npos) {

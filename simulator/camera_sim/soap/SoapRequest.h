@@ -17,6 +17,8 @@ using XmlElement = tinyxml2::XMLElement;
 std::string_view LocalName(const XmlElement& element);
 /// The URI of the element's namespace, empty for none.
 std::string_view NamespaceUri(const XmlElement& element);
+/// That of a qualified name ("dn:Device") in the element's text.
+std::string_view NamespaceUri(const XmlElement& element, std::string_view name);
 
 /// The first child of that local name; null for none and when @p parent is null.
 const XmlElement* Child(const XmlElement* parent, std::string_view localName);

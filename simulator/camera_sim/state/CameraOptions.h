@@ -47,6 +47,8 @@ struct CameraOptions {
     bool getServices = true;      ///< false: GetServices is refused as not implemented
     bool capabilitiesAll = true;  ///< false: GetCapabilities refuses the category All
 
+    bool discoverable = true;  ///< answers probes, where the host takes any
+
     /// Operations that need no credentials.
     std::vector<std::string> openOperations = {"GetSystemDateAndTime", "GetServices",
                                                "GetCapabilities", "GetHostname",
