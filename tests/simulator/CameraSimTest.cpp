@@ -10,6 +10,7 @@
 
 #include "Exchange.h"
 #include "camera_sim/CameraSim.h"
+#include "support/PeerSocket.h"
 
 namespace {
 
@@ -307,6 +308,38 @@ TEST(CameraSim, ServesManyThreadsAndEndsWhileClientsWait) {
     }
     waiting.join();
     EXPECT_EQ(accepted, kThreads * kRounds);
+}
+
+TEST(CameraSim, AnswersProbesForItsTypesAndScopes) {
+    camera_sim::CCameraHost host;
+    host.Add({.model = "fixed"});
+    host.Add({.discoverable = false});
+    host.Add({.model = "dome"});
+    const std::uint16_t port = host.AnswerProbes();
+    const client_test::CPeerSocket client(client_test::CPeerSocket::Kind::kDatagrams);
+    const std::string space = "http://schemas.xmlsoap.org/ws/2005/04/discovery";
+    const auto probe = [&](const std::string& id, const std::string& content) {
+        return Envelope(space, "Probe", content,
+                        "<MessageID>" + id + "</MessageID><Action>" + space + "/Probe</Action>" +
+                            "<To>urn:schemas-xmlsoap-org:ws:2005:04:discovery</To>");
+    };
+    const std::string types = "<Types xmlns:x='http://www.onvif.org/ver10/network/wsdl'>x:";
+    const std::string root = "onvif://www.onvif.org/";
+    const std::pair<std::string, int> cases[] = {
+        {types + "NetworkVideoTransmitter</Types>", 2},
+        {types + "Device</Types>", 0},
+        {"<Scopes>ONVIF://WWW.onvif.org/type/ptz</Scopes>", 1},
+        {"<Scopes>" + root + "typ</Scopes>", 0},
+        {"<Scopes>" + root + "type/ " + root + "other</Scopes>", 0}};
+    for (const auto& [content, wanted] : cases) {
+        client.SendTo(port, probe("", content));  // nobody answers
+        client.SendTo(port, probe("urn:asked", content));
+        client.SendTo(port, probe("urn:end", "<Scopes>" + root + "type/ptz</Scopes>"));
+        int answers = 0;
+        for (std::uint16_t from = 0; Contains(client.ReceiveFrom(from), ">urn:asked<"); ++answers) {
+        }
+        EXPECT_EQ(answers, wanted) << content;
+    }
 }
 
 }  // namespace

@@ -27,7 +27,9 @@ void SetTrue(Socket socket, int level, int option) {
 
 }  // namespace
 
-CPeerSocket::CPeerSocket() : CPeerSocket(static_cast<std::intptr_t>(system_sockets::Make())) {}
+CPeerSocket::CPeerSocket(Kind kind)
+    : CPeerSocket(static_cast<std::intptr_t>(
+          system_sockets::Make(kind == Kind::kDatagrams ? SOCK_DGRAM : SOCK_STREAM))) {}
 
 CPeerSocket::~CPeerSocket() {
     if (*this) {
@@ -117,6 +119,23 @@ void CPeerSocket::EndSending() const {
 
 void CPeerSocket::BreakOff() const {
     shutdown(Number(socket_), system_sockets::kBoth);
+}
+
+bool CPeerSocket::SendTo(std::uint16_t port, std::string_view datagram) const {
+    const sockaddr_in to = Loopback(port);
+    return sendto(Number(socket_), datagram.data(), static_cast<int>(datagram.size()), 0,
+                  reinterpret_cast<const sockaddr*>(&to), sizeof to) >= 0;
+}
+
+std::string CPeerSocket::ReceiveFrom(std::uint16_t& port) const {
+    sockaddr_in from = {};
+    socklen_t size = sizeof from;
+    char datagram[65536];
+    BePatientForAMinute();
+    const auto received = recvfrom(Number(socket_), datagram, sizeof datagram, 0,
+                                   reinterpret_cast<sockaddr*>(&from), &size);
+    port = ntohs(from.sin_port);
+    return {datagram, received < 0 ? 0 : static_cast<std::size_t>(received)};
 }
 
 }  // namespace client_test

@@ -1,6 +1,6 @@
 /// @file
-/// TCP sockets of 127.0.0.1 for what a test puts at the other end of the library's connections.
-/// They are the system's own: the library's code for sockets is what is tested.
+/// Sockets of 127.0.0.1, mostly TCP, for what a test puts at the other end of the library's
+/// connections. They are the system's own: the library's code for sockets is what is tested.
 #ifndef ONVIF_CLIENT_TESTS_SUPPORT_PEERSOCKET_H
 #define ONVIF_CLIENT_TESTS_SUPPORT_PEERSOCKET_H
 
@@ -15,7 +15,8 @@ namespace client_test {
 /// One socket, not inherited by other programs, closed at the end of its owner.
 class CPeerSocket {
  public:
-    CPeerSocket();
+    enum class Kind { kConnection, kDatagrams };
+    explicit CPeerSocket(Kind kind = Kind::kConnection);
     ~CPeerSocket();
     CPeerSocket(CPeerSocket&& other) noexcept : socket_(std::exchange(other.socket_, kNone)) {}
     CPeerSocket& operator=(CPeerSocket&&) = delete;
@@ -45,6 +46,10 @@ class CPeerSocket {
     void WaitForClose() const;
     void EndSending() const;
     void BreakOff() const;
+
+    bool SendTo(std::uint16_t port, std::string_view datagram) const;
+    /// Waits for a datagram; empty when none comes for a minute. @p port: whose it is.
+    std::string ReceiveFrom(std::uint16_t& port) const;
 
  private:
     static constexpr std::intptr_t kNone = -1;

@@ -20,8 +20,8 @@ using Socket = int;
 constexpr int kSending = SHUT_WR;
 constexpr int kBoth = SHUT_RDWR;
 
-inline Socket Make() {
-    return socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+inline Socket Make(int type = SOCK_STREAM) {
+    return socket(AF_INET, type | SOCK_CLOEXEC, 0);
 }
 inline Socket Accept(Socket listener) {
     return accept4(listener, nullptr, nullptr, SOCK_CLOEXEC);

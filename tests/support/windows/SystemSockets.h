@@ -14,11 +14,11 @@ using Socket = SOCKET;
 constexpr int kSending = SD_SEND;
 constexpr int kBoth = SD_BOTH;
 
-inline Socket Make() {
+inline Socket Make(int type = SOCK_STREAM) {
     WSADATA ignored;
     static const int started = WSAStartup(MAKEWORD(2, 2), &ignored);  // until the process ends
     return started != 0 ? INVALID_SOCKET
-                        : WSASocketW(AF_INET, SOCK_STREAM, IPPROTO_TCP, nullptr, 0,
+                        : WSASocketW(AF_INET, type, 0, nullptr, 0,
                                      WSA_FLAG_OVERLAPPED | WSA_FLAG_NO_HANDLE_INHERIT);
 }
 inline Socket Accept(Socket listener) {

@@ -77,6 +77,7 @@ std::vector<ProbeTarget> GroupTargets(const std::string& wanted) {
 
 /// Until the time is over or a signal comes.
 void Follow(CSearch& search, const CDataOutput& output, CSearch::Clock::time_point end) {
+    constexpr int kMostLeft = 1000;
     const CInterruption interruption;
     const bool showsProgress = output.Terminal().has_value();
     std::string shown;
@@ -89,6 +90,9 @@ void Follow(CSearch& search, const CDataOutput& output, CSearch::Clock::time_poi
             output.WriteToTerminal(progress);
             shown = progress;
         }
+    }
+    // What came in time and waits to be read counts, too.
+    for (int left = kMostLeft; left > 0 && search.GoOn(CSearch::Clock::now()); --left) {
     }
     if (showsProgress) {
         output.WriteToTerminal("\r\x1b[K");

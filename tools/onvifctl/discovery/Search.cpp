@@ -62,7 +62,7 @@ void CSearch::SendAll() {
     pause_ = std::min(2 * pause_, kLongestPause);
 }
 
-void CSearch::GoOn(Clock::time_point until) {
+bool CSearch::GoOn(Clock::time_point until) {
     if (sent_ < kSendings && Clock::now() >= nextSending_) {
         SendAll();
     }
@@ -70,12 +70,14 @@ void CSearch::GoOn(Clock::time_point until) {
         until = std::min(until, nextSending_);
     }
     const auto left = std::chrono::ceil<milliseconds>(until - Clock::now());
-    for (const std::string& datagram :
-         CDatagramSocket::Receive(sockets_, std::clamp(left, milliseconds(0), kMoment))) {
+    const auto datagrams =
+        CDatagramSocket::Receive(sockets_, std::clamp(left, milliseconds(0), kMoment));
+    for (const std::string& datagram : datagrams) {
         for (FoundDevice& device : ReadProbeMatches(datagram, messageIds_)) {
             Take(std::move(device));
         }
     }
+    return !datagrams.empty();
 }
 
 void CSearch::Take(FoundDevice device) {

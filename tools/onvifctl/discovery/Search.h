@@ -34,7 +34,8 @@ class CSearch {
 
     /// Sends what is due, and takes what has come and what comes until then, but returns after a
     /// moment at the latest.
-    void GoOn(Clock::time_point until);
+    /// @return whether anything has come.
+    bool GoOn(Clock::time_point until);
 
     std::size_t Count() const { return devices_.size(); }
     /// By their addresses, those without one last.
