@@ -122,9 +122,7 @@ void CPeerSocket::BreakOff() const {
 }
 
 bool CPeerSocket::SendTo(std::uint16_t port, std::string_view datagram) const {
-    const sockaddr_in to = Loopback(port);
-    return sendto(Number(socket_), datagram.data(), static_cast<int>(datagram.size()), 0,
-                  reinterpret_cast<const sockaddr*>(&to), sizeof to) >= 0;
+    return Connect(port) && Send(datagram);
 }
 
 std::string CPeerSocket::ReceiveFrom(std::uint16_t& port) const {

@@ -47,6 +47,7 @@ class CPeerSocket {
     void EndSending() const;
     void BreakOff() const;
 
+    /// From now on, only that port is heard.
     bool SendTo(std::uint16_t port, std::string_view datagram) const;
     /// Waits for a datagram; empty when none comes for a minute. @p port: whose it is.
     std::string ReceiveFrom(std::uint16_t& port) const;

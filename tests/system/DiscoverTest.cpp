@@ -44,7 +44,7 @@ std::string Answer(const std::string& matches, const std::string& relatesTo = "@
 Texts OddAnswers(std::size_t) {
     std::string deep;
     for (int i = 0; i < 7000; ++i) {
-        deep = "<a>" + deep + "</a>";
+        deep.insert(0, "<a>").append("</a>");
     }
     const std::string scope = " ONVIF://www.onvif.org/";
     const std::string name = "<Scopes>" + scope + "name/G%1B%zz/1" + scope;

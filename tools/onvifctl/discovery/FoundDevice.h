@@ -3,7 +3,6 @@
 #ifndef ONVIFCTL_DISCOVERY_FOUNDDEVICE_H
 #define ONVIFCTL_DISCOVERY_FOUNDDEVICE_H
 
-#include <compare>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -11,12 +10,12 @@
 
 namespace onvifctl {
 
-/// Where a device is reached over HTTP. In the order of its numbers.
+/// Where a device is reached over HTTP.
 struct Ipv4Endpoint {
     std::uint32_t host = 0;  // 192.168.1.64 is 0xC0A80140
     std::uint16_t port = 80;
 
-    auto operator<=>(const Ipv4Endpoint&) const = default;
+    std::uint64_t Order() const { return std::uint64_t{host} << 16U | port; }
     std::string HostText() const;
     std::string Text() const { return HostText() + ":" + std::to_string(port); }
 };

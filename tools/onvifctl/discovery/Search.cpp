@@ -1,6 +1,7 @@
 #include "discovery/Search.h"
 
 #include <algorithm>
+#include <limits>
 #include <random>
 #include <utility>
 
@@ -110,7 +111,7 @@ std::vector<FoundDevice> CSearch::Devices() const {
     }
     const auto order = [](const FoundDevice& device) {
         const auto address = device.Address();
-        return std::pair(!address, address.value_or(Ipv4Endpoint{}));
+        return address ? address->Order() : std::numeric_limits<std::uint64_t>::max();
     };
     std::stable_sort(devices.begin(), devices.end(),
                      [&](const auto& one, const auto& other) { return order(one) < order(other); });
