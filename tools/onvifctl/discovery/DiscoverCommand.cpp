@@ -21,8 +21,8 @@ struct DiscoverArguments {
     std::string format = "table";
 };
 
-using Format = std::string (*)(const std::vector<FoundDevice>&);
-const std::map<std::string, Format> kFormats = {
+using ListFormat = std::string (*)(const std::vector<FoundDevice>&);
+const std::map<std::string, ListFormat> kFormats = {
     {"table", DeviceTable}, {"json", DeviceJson}, {"hosts", DeviceHosts}};
 
 /// HOST or HOST:PORT; the name is not looked up yet.

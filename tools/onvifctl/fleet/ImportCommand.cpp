@@ -191,7 +191,7 @@ void AddImport(CLI::App& app, CommandLine& line) {
         "Show in what cameras differ from exported documents, and set what can be set (" +
             RoundTripCommands() + ")",
         {"onvifctl import backup 192.168.1.64 --dry-run",
-         "onvifctl import fleet/gate/osd.xml @outdoor", "onvifctl import today --all --yes"});
+         "onvifctl import fleet/gate/osd.xml @outdoor --yes", "onvifctl import today --all --yes"});
     command
         ->add_option("FOLDER|FILE... HOST", arguments->words,
                      "Documents; of a folder with one of the camera's name in it those there.\n"
