@@ -1,5 +1,7 @@
 #include "events/AlarmStates.h"
 
+#include <algorithm>
+
 #include "events/Ticks.h"
 
 namespace onvif_client {
@@ -38,6 +40,17 @@ void CAlarmStates::CheckTimes(std::uint32_t now, const bool& interrupted) {
             Tell(alarm);
         }
     }
+}
+
+std::optional<std::uint32_t> CAlarmStates::NextCheck(std::uint32_t now) const {
+    std::optional<std::uint32_t> next;
+    for (const Alarm& alarm : alarms_) {
+        if (alarm.state) {
+            const std::uint32_t left = UntilPassed(now, alarm.ticks, kRepeatedAfterMs);
+            next = std::min(next.value_or(left), left);
+        }
+    }
+    return next;
 }
 
 void CAlarmStates::Tell(const Alarm& alarm) noexcept {

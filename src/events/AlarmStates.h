@@ -4,6 +4,7 @@
 #define ONVIF_CLIENT_EVENTS_ALARMSTATES_H
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <utility>
 
@@ -22,6 +23,9 @@ class IAlarmStates {
     virtual void Report(const AlarmItem& item, std::uint32_t now) = 0;
     /// @param interrupted  set by a callback: it is the last one.
     virtual void CheckTimes(std::uint32_t now, const bool& interrupted) = 0;
+    /// In how many milliseconds a check has something to do, if nothing is reported before; 0: at
+    /// the next one.
+    virtual std::optional<std::uint32_t> NextCheck(std::uint32_t now) const = 0;
     /// The observer is told nothing any more.
     virtual void Silence() = 0;
 };
@@ -38,6 +42,7 @@ class CAlarmStates final : public IAlarmStates {
 
     void Report(const AlarmItem& item, std::uint32_t now) override;
     void CheckTimes(std::uint32_t now, const bool& interrupted) override;
+    std::optional<std::uint32_t> NextCheck(std::uint32_t now) const override;
     void Silence() override { observer_.Silence(); }
 
  private:

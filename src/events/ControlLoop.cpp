@@ -20,13 +20,19 @@ void CControlLoop::Pass() {
         } catch (const std::exception&) {
             // Out of memory: the other devices, and the next passes, may do better.
             LogAssert(loglabel::kOnvifEvent, "a visit threw", record->Name());
+            record->Wake();
         }
+    }
+    if (interrupted_) {
+        devices_.WakeEveryone();
     }
     devices_.EndVisits();
 }
 
 void CControlLoop::Visit(const CDeviceTable::Record& record) {
     const CLockGuard visit(record->VisitLock());
+    record->BeginVisit();
+    ++visits_;
     if (record->Removed()) {
         return;
     }
@@ -40,6 +46,9 @@ void CControlLoop::Visit(const CDeviceTable::Record& record) {
         QueueDueTask(record);
     }
     record->States().CheckTimes(TickCount(), interrupted_);
+    if (!record->Removed()) {
+        devices_.VisitAgain(record->LoginId(), record->WhenToVisit(TickCount(), CalendarSeconds()));
+    }
 }
 
 void CControlLoop::QueueDueTask(const CDeviceTable::Record& record) {
@@ -59,6 +68,8 @@ void CControlLoop::QueueDueTask(const CDeviceTable::Record& record) {
     }
     if (queued) {
         claim.PassOn();
+    } else {
+        claim.Drop();
     }
 }
 

@@ -30,14 +30,18 @@ class ITaskQueue {
 
 /// Looks after every device in passes: tells the observer what came, has the subscription renewed
 /// every 100 s and the next pull sent when a reply is complete or none came for 60 s, and clears
-/// alarms that the device stopped to report. Nothing here waits for a device, so that one that does
-/// not answer delays no other; an observer that does not return delays all.
+/// alarms that the device stopped to report. Only devices that have something to do are visited
+/// (VisitSchedule); a visit more would change nothing. Nothing here waits for a device, so that one
+/// that does not answer delays no other; an observer that does not return delays all.
 class CControlLoop {
  public:
     CControlLoop(CDeviceTable& devices, ITaskQueue& tasks) : devices_(devices), tasks_(tasks) {}
 
-    /// One pass over the devices in ascending login id order. One thread at a time.
+    /// One pass over these devices in ascending login id order. One thread at a time.
     void Pass();
+
+    /// How many there were, of all devices. On the thread of the passes.
+    std::uint64_t Visits() const { return visits_; }
 
     /// From inside a callback: makes that the last one of the pass. What is left to tell stays for
     /// a later pass.
@@ -57,6 +61,7 @@ class CControlLoop {
     ITaskQueue& tasks_;
     // Of the pass that runs, and used by its thread only:
     bool interrupted_ = false;
+    std::uint64_t visits_ = 0;
     // Subscriptions made later than this wait: those of devices that answer, and of the others.
     std::array<std::int64_t, 2> turns_ = {};
     std::array<std::int64_t, 2> nextTurns_ = {kEverybodysTurn, kEverybodysTurn};

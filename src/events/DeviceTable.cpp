@@ -1,17 +1,24 @@
 #include "events/DeviceTable.h"
 
 #include <algorithm>
+#include <new>
 #include <utility>
+
+#include "platform/Clock.h"
 
 namespace onvif_client {
 
 CDeviceTable::Record CDeviceTable::Put(Record record) {
+    EventDeviceRecord& added = *record;
     const CLockGuard guard(tableLock_);
-    return std::exchange(devices_[record->LoginId()], std::move(record));
+    Record before = std::exchange(devices_[added.LoginId()], std::move(record));
+    added.WakeBy(wakes_);
+    return before;
 }
 
 CDeviceTable::Record CDeviceTable::Take(std::uint32_t loginId) {
     const CLockGuard guard(tableLock_);
+    schedule_.Forget(loginId);
     auto node = devices_.extract(loginId);
     return node.empty() ? nullptr : std::move(node.mapped());
 }
@@ -22,12 +29,53 @@ CDeviceTable::Record CDeviceTable::From(std::uint64_t loginId) const {
     return found == devices_.end() ? nullptr : found->second;
 }
 
+CDeviceTable::Devices::iterator CDeviceTable::NextLocked(std::uint64_t loginId) {
+    if (loginId == 0) {
+        everyone_ = std::exchange(everyoneLater_, false);
+    }
+    CWakeList::Awake awake = wakes_.Take();
+    try {
+        for (const std::uint32_t each : awake.loginIds) {
+            schedule_.Add(each);
+        }
+        schedule_.SetNow(TickCount(), CalendarSeconds());
+    } catch (const std::bad_alloc&) {
+        awake.everyone = true;
+    }
+    if (awake.everyone) {
+        everyone_ = true;
+        everyoneLater_ = loginId != 0;  // those before it have had their turn
+    }
+    if (everyone_) {
+        return devices_.lower_bound(loginId);
+    }
+    auto found = devices_.end();
+    while (found == devices_.end()) {
+        const auto next = schedule_.Take(loginId);
+        if (!next) {
+            break;
+        }
+        found = devices_.find(*next);  // it may have gone
+    }
+    return found;
+}
+
 CDeviceTable::Record CDeviceTable::VisitFrom(std::uint64_t loginId) {
     Record before;  // ends without the lock: this may be the last reference
     const CLockGuard guard(tableLock_);
-    const auto found = devices_.lower_bound(loginId);
+    const auto found = NextLocked(loginId);
     before = std::exchange(visited_, found == devices_.end() ? nullptr : found->second);
     return visited_;
+}
+
+void CDeviceTable::VisitAgain(std::uint32_t loginId, const NextVisit& next) {
+    try {
+        const CLockGuard guard(tableLock_);
+        schedule_.SetNow(TickCount(), CalendarSeconds());
+        schedule_.Add(loginId, next);
+    } catch (const std::bad_alloc&) {
+        WakeEveryone();
+    }
 }
 
 void CDeviceTable::EndVisits() {

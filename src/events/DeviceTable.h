@@ -10,11 +10,14 @@
 #include <vector>
 
 #include "events/EventDeviceRecord.h"
+#include "events/VisitSchedule.h"
+#include "events/WakeList.h"
 #include "platform/Mutex.h"
 
 namespace onvif_client {
 
-/// Any thread. Nothing here calls an observer or waits for a device.
+/// Any thread, visits one at a time. Nothing here calls an observer or waits for a device. Must
+/// outlive what its records are told.
 class CDeviceTable {
  public:
     using Record = std::shared_ptr<EventDeviceRecord>;
@@ -28,9 +31,15 @@ class CDeviceTable {
     /// happens to the table meanwhile.
     Record From(std::uint64_t loginId) const;
 
-    // For the control loop: as From, and the record counts as visited until the next call.
+    // For the control loop.
+    /// As From, among the records that were woken or whose time has come; 0 begins a pass. The
+    /// record counts as visited until the next call.
     Record VisitFrom(std::uint64_t loginId);
+    /// When the record is to be visited again, if nothing wakes it before.
+    void VisitAgain(std::uint32_t loginId, const NextVisit& next);
     void EndVisits();
+    /// The next pass visits all records.
+    void WakeEveryone() { wakes_.AddEveryone(); }
     /// The visited record when it has that id, also when it has been taken out meanwhile.
     Record Visited(std::uint32_t loginId) const;
 
@@ -40,8 +49,17 @@ class CDeviceTable {
     std::vector<Record> Posting() const;
 
  private:
+    using Devices = std::map<std::uint64_t, Record>;
+
+    /// The next one to visit of at least that id, or the end.
+    Devices::iterator NextLocked(std::uint64_t loginId) REQUIRES(tableLock_);
+
+    CWakeList wakes_;           // the records know it
     mutable CMutex tableLock_;  // behind the lifecycle lock, before a record's lock
-    std::map<std::uint64_t, Record> devices_ GUARDED_BY(tableLock_);
+    Devices devices_ GUARDED_BY(tableLock_);
+    CVisitSchedule schedule_ GUARDED_BY(tableLock_);
+    bool everyone_ GUARDED_BY(tableLock_) = false;       // is visited in this pass,
+    bool everyoneLater_ GUARDED_BY(tableLock_) = false;  // or in the next one
     Record visited_ GUARDED_BY(tableLock_);
 };
 

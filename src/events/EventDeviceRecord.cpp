@@ -49,6 +49,35 @@ void EventDeviceRecord::Remove() {
     states_->Silence();
 }
 
+void EventDeviceRecord::WakeBy(CWakeList& wakes) noexcept {
+    wakes_ = &wakes;
+    Wake();
+}
+
+void EventDeviceRecord::Wake() const noexcept {
+    CWakeList* const wakes = wakes_;
+    if (wakes != nullptr && !awake_.exchange(true)) {
+        wakes->Add(loginId_);
+    }
+}
+
+NextVisit EventDeviceRecord::WhenToVisit(std::uint32_t now, std::int64_t calendarNow) const {
+    NextVisit next;
+    next.milliseconds = states_->NextCheck(now);
+    if (claimed_) {
+        return next;  // nothing else is begun before the end of the task
+    }
+    const CLockGuard guard(lock_);
+    next.NotAfter(flow_.DueIn(now));
+    if (flow_.Pulls()) {
+        next.calendarSeconds = subscription_.DueAt();
+        if (subscription_.Due(calendarNow)) {
+            next.milliseconds = 0;
+        }
+    }
+    return next;
+}
+
 bool EventDeviceRecord::Pulls() const {
     const CLockGuard guard(lock_);
     return flow_.Pulls();
@@ -84,6 +113,7 @@ void EventDeviceRecord::OnPullAnswer(const PullAnswer& answer) {
         paces = flow_.Paces();
         subscription_.SetAnswers(true);
     }
+    Wake();
     if (paces != paced) {
         Log(paces ? logpoint::kPullsPaced : logpoint::kPullsAtOnce);
     }
@@ -91,15 +121,21 @@ void EventDeviceRecord::OnPullAnswer(const PullAnswer& answer) {
 
 void EventDeviceRecord::OnNoConnection() {
     OnPullReply(ExchangeEnd::kNoConnection, {});
-    const CLockGuard guard(lock_);
-    subscription_.SetAnswers(false);
+    {
+        const CLockGuard guard(lock_);
+        subscription_.SetAnswers(false);
+    }
+    Wake();
 }
 
 void EventDeviceRecord::AddNotifiedItems(std::span<const AlarmItem> items) {
-    const CLockGuard guard(lock_);
-    if (!items.empty() && flow_.AcceptPost()) {
-        pendingItems_.insert(pendingItems_.end(), items.begin(), items.end());
+    {
+        const CLockGuard guard(lock_);
+        if (!items.empty() && flow_.AcceptPost()) {
+            pendingItems_.insert(pendingItems_.end(), items.begin(), items.end());
+        }
     }
+    Wake();
 }
 
 std::vector<AlarmItem> EventDeviceRecord::TakeItems() {
@@ -113,8 +149,11 @@ void EventDeviceRecord::ReturnItems(std::span<const AlarmItem> items) {
 }
 
 void EventDeviceRecord::UseNotifications(const std::string& renewAddress) {
-    const CLockGuard guard(lock_);
-    flow_.OfferPosts(renewAddress);
+    {
+        const CLockGuard guard(lock_);
+        flow_.OfferPosts(renewAddress);
+    }
+    Wake();
 }
 
 std::string EventDeviceRecord::RenewAddress() const {
@@ -149,11 +188,14 @@ bool EventDeviceRecord::Answers() const {
 
 void EventDeviceRecord::Resume() {
     const bool connected = connection_.Exists();
-    const CLockGuard guard(lock_);
-    if (!connected) {
-        flow_.PullAtOnce();
+    {
+        const CLockGuard guard(lock_);
+        if (!connected) {
+            flow_.PullAtOnce();
+        }
+        subscription_.Resume();
     }
-    subscription_.Resume();
+    Wake();
 }
 
 void EventDeviceRecord::BeginSubscribing() {
@@ -180,6 +222,7 @@ void EventDeviceRecord::EndSubscribing(const std::optional<SubscriptionAnswer>& 
             AddNewsLocked(AlarmNews::kLoss);
         }
     }
+    Wake();
     if (lost || regained) {
         Log(lost ? logpoint::kSubscriptionLost : logpoint::kSubscriptionRegained);
     }
@@ -194,11 +237,14 @@ bool EventDeviceRecord::AsksForInputs() const {
 }
 
 void EventDeviceRecord::SetInputs(std::vector<std::string> tokens) {
-    const CLockGuard guard(lock_);
-    inputsAsked_ = true;
-    for (std::string& each : tokens) {
-        AddNewsLocked(AlarmNews::kInput, std::move(each));
+    {
+        const CLockGuard guard(lock_);
+        inputsAsked_ = true;
+        for (std::string& each : tokens) {
+            AddNewsLocked(AlarmNews::kInput, std::move(each));
+        }
     }
+    Wake();
 }
 
 PullPoint EventDeviceRecord::Pull() const {
@@ -224,6 +270,7 @@ void EventDeviceRecord::BeginPull(PullRequest request) {
         }
         trace_ = std::move(request.trace);
     }
+    Wake();
     if (!request.text.empty()) {
         connection_.Begin(std::move(request));
     }

@@ -25,6 +25,8 @@
 #include "events/PullConnection.h"
 #include "events/SessionSource.h"
 #include "events/Subscription.h"
+#include "events/VisitSchedule.h"
+#include "events/WakeList.h"
 #include "platform/Mutex.h"
 
 namespace onvif_client {
@@ -57,7 +59,22 @@ class EventDeviceRecord final : public IPullSink {
     /// Reserves the record for a task that talks to the device.
     /// @return false while another one has it.
     bool Claim() { return !claimed_.exchange(true); }
-    void Unclaim() { claimed_ = false; }
+    /// At the end of a task.
+    void Unclaim() noexcept {
+        DropClaim();
+        Wake();
+    }
+    /// When no task came of it.
+    void DropClaim() noexcept { claimed_ = false; }
+
+    // When the control loop visits the device: whatever changes the record from outside a visit
+    // wakes it, the end of a task too.
+    /// Before anything is to be told. The list must outlive the record's use.
+    void WakeBy(CWakeList& wakes) noexcept;
+    void Wake() const noexcept;
+    /// What wakes it from now on leads to another visit.
+    void BeginVisit() noexcept { awake_.exchange(false); }
+    NextVisit WhenToVisit(std::uint32_t now, std::int64_t calendarNow) const REQUIRES(visitLock_);
 
     // Messages; any thread.
     bool Pulls() const override;
@@ -119,6 +136,8 @@ class EventDeviceRecord final : public IPullSink {
     bool removed_ GUARDED_BY(visitLock_) = false;
 
     std::atomic<bool> claimed_ = false;
+    std::atomic<CWakeList*> wakes_ = nullptr;
+    mutable std::atomic<bool> awake_ = false;  // it is in the list, unless a visit has begun
 
     mutable CMutex lock_;  // leaf
     CSubscription subscription_ GUARDED_BY(lock_);
@@ -132,7 +151,7 @@ class EventDeviceRecord final : public IPullSink {
     CPullConnection connection_;  // ends first: it calls the others
 };
 
-/// Gives a record's claim back, unless that has been passed on.
+/// Ends a record's claim, unless that has been passed on or dropped.
 class CClaim {
  public:
     /// Takes a claim over.
@@ -146,6 +165,10 @@ class CClaim {
     CClaim& operator=(const CClaim&) = delete;
 
     void PassOn() { record_ = nullptr; }
+    void Drop() {
+        record_->DropClaim();
+        record_ = nullptr;
+    }
 
  private:
     EventDeviceRecord* record_;

@@ -1,5 +1,7 @@
 #include "events/MessageFlow.h"
 
+#include <algorithm>
+
 #include "events/EventDocuments.h"
 #include "events/Ticks.h"
 
@@ -39,15 +41,28 @@ void CMessageFlow::PullAtOnce() {
     pauseMs_ = 0;
 }
 
-bool CMessageFlow::PullIsDue(std::uint32_t now) const {
+std::uint32_t CMessageFlow::PullDueIn(std::uint32_t now) const {
     if (!pullEnded_) {
-        return HavePassed(now, askedTicks_, kPullTimeoutMs);
+        return UntilPassed(now, askedTicks_, kPullTimeoutMs);
     }
-    return pauseMs_ == 0 || HavePassed(now, endedTicks_, static_cast<std::int32_t>(pauseMs_) - 1);
+    return pauseMs_ == 0 ? 0
+                         : UntilPassed(now, endedTicks_, static_cast<std::int32_t>(pauseMs_) - 1);
+}
+
+std::optional<std::uint32_t> CMessageFlow::DueIn(std::uint32_t now) const {
+    std::optional<std::uint32_t> due;
+    if (Pulls()) {
+        due = PullDueIn(now);
+    }
+    if (TakesPosts()) {
+        const std::uint32_t renewal = UntilPassed(now, askedTicks_, kRenewalMs);
+        due = std::min(due.value_or(renewal), renewal);
+    }
+    return due;
 }
 
 bool CMessageFlow::TakePull(std::uint32_t now) {
-    if (!Pulls() || !PullIsDue(now)) {
+    if (!Pulls() || PullDueIn(now) > 0) {
         return false;
     }
     pullEnded_ = false;

@@ -4,6 +4,7 @@
 #define ONVIF_CLIENT_EVENTS_MESSAGEFLOW_H
 
 #include <cstdint>
+#include <optional>
 #include <string>
 
 #include "events/PullPacing.h"
@@ -44,12 +45,15 @@ class CMessageFlow {
     /// Makes ready for the reply to the next pull.
     void ForgetReply() { pullEnded_ = false; }
 
+    /// In how many milliseconds a pull or a renewal is due, if nothing happens before; 0: now.
+    std::optional<std::uint32_t> DueIn(std::uint32_t now) const;
+
     // A true answer counts as done from @p now on.
     bool TakePull(std::uint32_t now);
     bool TakeRenewal(std::uint32_t now);
 
  private:
-    bool PullIsDue(std::uint32_t now) const;
+    std::uint32_t PullDueIn(std::uint32_t now) const;
     bool TakesPosts() const { return source_ != MessageSource::kPulls; }
 
     MessageSource source_ = MessageSource::kPulls;

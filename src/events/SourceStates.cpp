@@ -159,4 +159,20 @@ void CSourceStates::CheckTimes(std::uint32_t now, const bool& interrupted) {
     }
 }
 
+std::optional<std::uint32_t> CSourceStates::NextCheck(std::uint32_t now) const {
+    if (!untold_.empty()) {
+        return 0;
+    }
+    std::optional<std::uint32_t> next;
+    const auto notAfter = [&](std::uint32_t left) { next = std::min(next.value_or(left), left); };
+    for (const auto& [topic, since] : settling_) {
+        notAfter(UntilPassed(now, since, kSettledMs));
+    }
+    for (const auto& [key, state] : active_) {
+        notAfter(state.pulse ? UntilPassed(now, state.ticks, kPulseMs)
+                             : UntilPassed(now, heardTicks_, kUnheardMs));
+    }
+    return next;
+}
+
 }  // namespace onvif_client

@@ -40,6 +40,7 @@ class CSourceStates final : public IAlarmStates {
 
     void Report(const AlarmItem& item, std::uint32_t now) override;
     void CheckTimes(std::uint32_t now, const bool& interrupted) override;
+    std::optional<std::uint32_t> NextCheck(std::uint32_t now) const override;
     void Silence() override { observer_.Silence(); }
 
  private:

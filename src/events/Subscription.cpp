@@ -46,6 +46,10 @@ std::optional<DueSubscription> CSubscription::Due(std::int64_t now) const {
     return DueSubscription{attemptedAt_, answers_};
 }
 
+std::int64_t CSubscription::DueAt() const {
+    return attemptedAt_ + kReplacedAfterSeconds;
+}
+
 void CSubscription::Limit(const PullAnswer& answer) {
     if (!answer.maxTimeout.empty()) {
         pull_.timeout = answer.maxTimeout;

@@ -36,6 +36,9 @@ class CSubscription {
     /// Nothing as long as no attempt is due.
     std::optional<DueSubscription> Due(std::int64_t now) const;
 
+    /// The second of the calendar at which one is, unless it is already, or something happens.
+    std::int64_t DueAt() const;
+
     /// Whether the last attempt failed.
     bool Lost() const { return lost_; }
     /// Whether the device answered what it was asked last.

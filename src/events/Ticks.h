@@ -13,6 +13,14 @@ constexpr bool HavePassed(std::uint32_t now, std::uint32_t since, std::int32_t m
     return static_cast<std::int32_t>(now - since) > milliseconds;
 }
 
+/// After how many milliseconds that is true; 0: now.
+constexpr std::uint32_t UntilPassed(std::uint32_t now, std::uint32_t since,
+                                    std::int32_t milliseconds) {
+    const std::int64_t left =
+        std::int64_t{milliseconds} + 1 - static_cast<std::int32_t>(now - since);
+    return left > 0 ? static_cast<std::uint32_t>(left) : 0;
+}
+
 }  // namespace onvif_client
 
 #endif
