@@ -2,10 +2,10 @@
 /// The alarm side: subscriptions at devices, and observers that hear of motion and alarm inputs.
 ///
 /// Every device with an observer has a record (EventDeviceRecord) in a table. One event thread
-/// passes over the table every 10 ms and decides (ControlLoop); it alone calls observers. Tasks on
-/// a thread pool talk to the devices (DeviceTasks, DeviceExchanges). What devices answer comes on
-/// the socket layer's threads (EventParse), and so do notifications that devices post
-/// (NotificationReceiver, NotifyDelivery).
+/// passes every 10 ms over those that have something to do (VisitSchedule) and decides
+/// (ControlLoop); it alone calls observers. Tasks on a thread pool talk to the devices
+/// (DeviceTasks, DeviceExchanges). What devices answer comes on the socket layer's threads
+/// (EventParse), and so do notifications that devices post (NotificationReceiver, NotifyDelivery).
 #ifndef ONVIF_CLIENT_EVENTS_ONVIFEVENT_H
 #define ONVIF_CLIENT_EVENTS_ONVIFEVENT_H
 
