@@ -38,6 +38,7 @@ TEST(Onvifctl, ItsExitCodesAndOutputTellWhatHappened) {
                            "</manualAlarmout></Set>";
     ExpectRuns(
         {{"get " + at + " devInfo alarmin", 0, "<model>SIM-DOME</model>"},
+         {"get " + at + " --extensions all,no-basic devInfo", 0, "<model>"},
          {"get " + at + " devInfo -u admin -p camera-1", 0, "<status>success</status>", ""},
          {"get " + at + " serviceUrl --format table", 0, "media2_service\n"},
          {"set " + at + " manualAlarmout --token Relay_2 --active 1", 0, "<SetResponse>"},

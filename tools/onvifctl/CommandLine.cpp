@@ -90,7 +90,8 @@ CLI::App* AddCommandForMany(CLI::App& app, CommandLine& line, const char* name,
             line.connection.extensions = CLI::detail::join(names, ",");
         },
         "What real cameras need, with commas between (default: all)");
-    extensions->delimiter(',')->type_name("NAME")->check(CLI::IsMember(kExtensions));
+    extensions->delimiter(',')->allow_extra_args(false)->type_name("NAME")->check(
+        CLI::IsMember(kExtensions));
     command
         ->add_flag_callback(
             "--literal", [&line] { line.connection.extensions = ""; }, "No extensions")

@@ -1,6 +1,7 @@
 // The subcommands about pictures and streams: snapshot and stream.
 #include <cstdlib>
 #include <memory>
+#include <nlohmann/json.hpp>
 #include <optional>
 
 #include "CommandLine.h"
@@ -130,11 +131,92 @@ ExitCode PlayStream(const CommandLine& line, unsigned int index) {
     return played ? ExitCode::kDone : ExitCode::kRefused;
 }
 
-ExitCode Stream(const CommandLine& line, const StreamArguments& arguments) {
+/// The stream of a profile, or why there is none.
+struct ProfileStream {
+    unsigned int index = 0;
+    std::string token;
+    std::string name;
+    std::string address;
+    std::string error;
+    ExitCode code = ExitCode::kDone;
+};
+
+ProfileStream StreamOf(const Session& session, unsigned int index,
+                       const tinyxml2::XMLElement* profile, bool credentials) {
+    ProfileStream stream{index, TextAt(profile, "token"), TextAt(profile, "name"), {}, {}};
+    try {
+        const std::string address = StreamAddress(session, index);
+        stream.address = credentials ? AddressWith(session, address) : address;
+    } catch (const CFailure& failure) {
+        stream.error = failure.what();
+        stream.code = failure.Code();
+        Tell("profile " + std::to_string(index) + ": " + failure.what());
+    }
+    return stream;
+}
+
+/// A profile without an address does not hide the others.
+std::vector<ProfileStream> StreamsOf(const Session& session, std::optional<unsigned int> only,
+                                     bool credentials) {
+    const CResultDocument result(
+        SendOrFail(session, MakeRequest("Get", {"profiles", "streamCount"})));
+    const auto profiles = result.Items("profiles");
+    const auto count = static_cast<unsigned int>(
+        std::strtoul(TextAt(result.Command("streamCount"), "").c_str(), nullptr, 10));
+    std::vector<ProfileStream> streams;
+    const unsigned int end = only ? *only + 1 : count;
+    for (unsigned int index = only.value_or(0); index < end; ++index) {
+        const auto* profile = index < profiles.size() ? profiles[index] : nullptr;
+        streams.push_back(StreamOf(session, index, profile, credentials));
+    }
+    return streams;
+}
+
+std::string TableOf(const std::vector<ProfileStream>& streams) {
+    std::vector<std::vector<std::string>> rows;
+    for (const ProfileStream& stream : streams) {
+        if (stream.error.empty()) {
+            rows.push_back({std::to_string(stream.index), Printable(stream.token),
+                            Printable(stream.name), stream.address});
+        }
+    }
+    return AlignColumns(rows);
+}
+
+std::string JsonOf(const std::string& camera, const std::vector<ProfileStream>& streams) {
+    using Json = nlohmann::ordered_json;
+    const auto textOrNull = [](const std::string& text) {
+        return text.empty() ? Json(nullptr) : Json(text);
+    };
+    Json line = {{"camera", camera}, {"streams", Json::array()}};
+    for (const ProfileStream& stream : streams) {
+        line["streams"].push_back({{"index", stream.index},
+                                   {"token", textOrNull(stream.token)},
+                                   {"name", textOrNull(stream.name)},
+                                   {"address", textOrNull(stream.address)},
+                                   {"error", textOrNull(stream.error)}});
+    }
+    return line.dump(-1, ' ', false, Json::error_handler_t::replace) + "\n";
+}
+
+ExitCode WorstOf(const std::vector<ProfileStream>& streams) {
+    ExitCode worst = ExitCode::kDone;
+    for (const ProfileStream& stream : streams) {
+        worst = Worse(worst, stream.code);
+    }
+    return worst;
+}
+
+ExitCode ShowStreamsOf(const CommandLine& line, const StreamArguments& arguments) {
     if (arguments.play) {
         return PlayStream(line, arguments.index.value_or(0));
     }
-    return CFleet(line).Do([&arguments](const Session& session, std::size_t) {
+    return CFleet(line).Do([&line, &arguments](const Session& session, std::size_t) {
+        if (line.format == Format::kJson) {
+            const auto streams = StreamsOf(session, arguments.index, arguments.credentials);
+            session.output.Write(JsonOf(session.options.name, streams));
+            return WorstOf(streams);
+        }
         if (!arguments.index) {
             return ShowStreams(session, arguments.credentials);
         }
@@ -153,40 +235,22 @@ void AddStream(CLI::App& app, CommandLine& line) {
          "ffplay \"$(onvifctl stream 192.168.1.64 --index 0 --with-credentials)\""});
     stream->add_option("--index", arguments->index,
                        "Only the address of this profile, and nothing else");
+    AddFormatOption(stream, line, Formats::kTexts);
     stream->add_flag("--with-credentials", arguments->credentials,
                      "Addresses with user and password");
     stream->add_flag(
         "--play", arguments->play,
         "Play the stream of the profile --index (default: 0) with ffplay, mpv or vlc,\n"
         "which get user and password with the address");
-    stream->callback([&line, arguments] { line.code = Stream(line, *arguments); });
+    stream->callback([&line, arguments] { line.code = ShowStreamsOf(line, *arguments); });
 }
 
 }  // namespace
 
-/// One line per profile; a profile without an address does not hide the others.
 ExitCode ShowStreams(const Session& session, bool credentials) {
-    const CResultDocument result(
-        SendOrFail(session, MakeRequest("Get", {"profiles", "streamCount"})));
-    const auto profiles = result.Items("profiles");
-    const std::size_t count =
-        std::strtoul(TextAt(result.Command("streamCount"), "").c_str(), nullptr, 10);
-    ExitCode code = ExitCode::kDone;
-    std::vector<std::vector<std::string>> rows;
-    for (unsigned int index = 0; index < count; ++index) {
-        const auto* profile = index < profiles.size() ? profiles[index] : nullptr;
-        try {
-            const std::string address = StreamAddress(session, index);
-            rows.push_back({std::to_string(index), Printable(TextAt(profile, "token")),
-                            Printable(TextAt(profile, "name")),
-                            credentials ? AddressWith(session, address) : address});
-        } catch (const CFailure& failure) {
-            Tell("profile " + std::to_string(index) + ": " + failure.what());
-            code = Worse(code, failure.Code());
-        }
-    }
-    session.output.Write(AlignColumns(rows));
-    return code;
+    const auto streams = StreamsOf(session, std::nullopt, credentials);
+    session.output.Write(TableOf(streams));
+    return WorstOf(streams);
 }
 
 void AddMediaCommands(CLI::App& app, CommandLine& line) {
