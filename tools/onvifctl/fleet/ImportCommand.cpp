@@ -1,4 +1,6 @@
 // The subcommand import: brings cameras to what exported documents say.
+#include <tinyxml2.h>
+
 #include <algorithm>
 #include <filesystem>
 #include <iostream>

@@ -19,12 +19,12 @@ constexpr std::array kSchemes = {"rtsp://", "rtsps://", "http://", "https://"};
 std::string PercentEncoded(const std::string& text) {
     constexpr const char* kDigits = "0123456789ABCDEF";
     std::string encoded;
-    for (const unsigned char c : text) {
-        if (std::isalnum(c) != 0 ||
-            std::string_view("-._~").find(static_cast<char>(c)) != std::string_view::npos) {
-            encoded += static_cast<char>(c);
+    for (const char c : text) {
+        const auto byte = static_cast<unsigned char>(c);
+        if (std::isalnum(byte) != 0 || std::string_view("-._~").find(c) != std::string_view::npos) {
+            encoded += c;
         } else {
-            encoded.append({'%', kDigits[c >> 4], kDigits[c & 0xF]});
+            encoded.append({'%', kDigits[byte >> 4U], kDigits[byte & 0xFU]});
         }
     }
     return encoded;
