@@ -50,6 +50,7 @@ TEST(Onvifctl, ItsExitCodesAndOutputTellWhatHappened) {
          {"get " + at + " dns", 1, "dns: no name servers (error 6)"},
          {"get " + at + " nonsense --any", 1, "the device was not asked"},
          {"get " + at, 2, "no command"},
+         {"watch " + at + " --for nan", 2, "no number of seconds"},
          {"get " + at + " --index 1", 2, "before any command"},
          {"get " + at + " profile --index", 2, "has no value"},
          {"get " + at + " 'x<y'", 2, "not a name"},

@@ -1,6 +1,7 @@
 #include "CommandLine.h"
 
 #include <algorithm>
+#include <cmath>
 #include <memory>
 
 #include "documents/ResultTable.h"
@@ -124,6 +125,17 @@ CLI::App* AddCommandForSeveral(CLI::App& app, CommandLine& line, const char* nam
     return command;
 }
 
+CLI::Validator CheckSeconds(double least, double most) {
+    const CLI::Range range(least, most);
+    return {[range](std::string& text) {
+                double seconds = 0;
+                const bool isNumber =
+                    CLI::detail::lexical_cast(text, seconds) && !std::isnan(seconds);
+                return isNumber ? range(text) : "'" + text + "' is no number of seconds";
+            },
+            range.get_description()};
+}
+
 void AddTagOptions(CLI::App* command, CommandLine& line) {
     command->add_flag("--all", line.hosts.all, "All cameras of the hosts file");
     command->add_option("--tag", line.hosts.tags, "The cameras with this tag")
@@ -131,10 +143,9 @@ void AddTagOptions(CLI::App* command, CommandLine& line) {
 }
 
 void AddChoiceOfHosts(CLI::App* command, CommandLine& line) {
-    constexpr double kTenYears = 10 * 366 * 24 * 3600.0;
     AddTagOptions(command, line);
     command->add_option("--timeout", line.timeout, "Give up what is not done after so many seconds")
-        ->check(CLI::Range(0.0, kTenYears));
+        ->check(CheckSeconds());
 }
 
 CLI::App* AddAction(CLI::App* command, const char* name, const std::string& description,

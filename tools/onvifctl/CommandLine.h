@@ -60,6 +60,11 @@ void AddChoiceOfHosts(CLI::App* command, CommandLine& line);
 CLI::App* AddAction(CLI::App* command, const char* name, const std::string& description,
                     const std::string& example);
 
+inline constexpr double kTenYears = 10 * 366 * 24 * 3600.0;
+
+/// A check of an option's seconds. "nan", which any range would let through, is none.
+CLI::Validator CheckSeconds(double least = 0, double most = kTenYears);
+
 /// --format; xml is the default, or else table.
 enum class Formats { kDocuments, kTexts };
 void AddFormatOption(CLI::App* command, CommandLine& line, Formats formats = Formats::kDocuments);

@@ -142,7 +142,7 @@ void AddDiscover(CLI::App& app, CommandLine& line) {
         ->excludes(to);
     discover
         ->add_option("--timeout", arguments->seconds, "Seconds to wait for answers (default: 3)")
-        ->check(CLI::Range(0.0, kHour));
+        ->check(CheckSeconds(0, kHour));
     discover
         ->add_option("--format", arguments->format,
                      "table (default); json: an object per line; hosts: lines for the hosts file")

@@ -80,7 +80,6 @@ std::string StreamAddress(const Session& session, unsigned int index) {
 }
 
 void AddSnapshot(CLI::App& app, CommandLine& line) {
-    constexpr double kTenYears = 10 * 366 * 24 * 3600.0;
     auto arguments = std::make_shared<SnapshotArguments>();
     CLI::App* snapshot =
         AddCommandForSeveral(app, line, "snapshot", "Save pictures",
@@ -96,9 +95,9 @@ void AddSnapshot(CLI::App& app, CommandLine& line) {
     auto* every = snapshot
                       ->add_option("--every", arguments->every,
                                    "Again and again, a picture in so many seconds, until Ctrl-C")
-                      ->check(CLI::Range(0.1, kTenYears));
+                      ->check(CheckSeconds(0.1));
     snapshot->add_option("--for", arguments->seconds, "End that after so many seconds")
-        ->check(CLI::Range(0.0, kTenYears))
+        ->check(CheckSeconds())
         ->needs(every);
     every->excludes(snapshot->get_option("--timeout"));
     snapshot->callback([&line, arguments] { line.code = Snapshot(line, *arguments); });

@@ -132,7 +132,7 @@ void AddMove(CLI::App* ptz, CommandLine& line) {
         ->add_option("--for", move->seconds,
                      "Stop after so many seconds, or when interrupted; without it the dome moves "
                      "on until it is stopped")
-        ->check(CLI::Range(0.0, kLongest));
+        ->check(CheckSeconds(0, kLongest));
     action->callback([&line, move] { Move(line, *move); });
 }
 

@@ -140,9 +140,8 @@ void AddWatch(CLI::App& app, CommandLine& line) {
                          "lines: a line per change; json: a JSON object per change, times in UTC")
             ->check(CLI::IsMember({"table", "lines", "json"}));
     watch->add_flag("--json", arguments->json, "The same as --format json")->excludes(format);
-    constexpr double kTenYears = 10 * 366 * 24 * 3600.0;
     watch->add_option("--for", arguments->seconds, "End after so many seconds")
-        ->check(CLI::Range(0.0, kTenYears));
+        ->check(CheckSeconds());
     watch->callback([&line, arguments] { line.code = Watch(line, *arguments); });
 }
 
