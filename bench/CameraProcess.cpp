@@ -107,8 +107,14 @@ std::uint64_t CCameraProcess::Messages(std::size_t camera) const {
     return PageOf(camera).messages;
 }
 
-void CCameraProcess::RunChanges() {
-    if (!commands_.Send() || !answers_.Await()) {
+void CCameraProcess::StartChanges() {
+    if (!commands_.Send()) {
+        throw std::runtime_error("the cameras are gone");
+    }
+}
+
+void CCameraProcess::AwaitChanges() {
+    if (!answers_.Await()) {
         throw std::runtime_error("the cameras are gone");
     }
 }

@@ -26,8 +26,10 @@ class CCameraProcess {
 
     std::uint16_t Port(std::size_t camera) const;
 
-    /// Has the changes begin. Returns when the last one has been made.
-    void RunChanges();
+    /// Has the changes begin.
+    void StartChanges();
+    /// Returns when the last one has been made.
+    void AwaitChanges();
     // From then on:
     /// Just before a change was made.
     Clock::time_point ChangeTime(std::size_t camera, std::size_t change) const;

@@ -2,6 +2,8 @@
 // what many cameras cost. See docs/performance.md.
 #include "EventsBench.h"
 
+#include <sys/resource.h>
+
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <cstdio>
@@ -37,33 +39,60 @@ unsigned int Login(unsigned short port) {
     return id;
 }
 
+namespace {
+
+void AllowManyDescriptors() {
+    rlimit limit = {};
+    if (getrlimit(RLIMIT_NOFILE, &limit) == 0) {
+        limit.rlim_cur = limit.rlim_max;
+        setrlimit(RLIMIT_NOFILE, &limit);
+    }
+}
+
+}  // namespace
+
 int main(int argc, char** argv) try {
     constexpr int kMost = 1000000;
+    constexpr int kMostCameras = 15000;
     setenv("ONVIF_CLIENT_LOG", "off", 0);
     setenv("ONVIF_CLIENT_LISTEN_ADDRESS", "127.0.0.1", 0);
     CLI::App app("Measures the alarm side. The figures go to standard error.", "events_bench");
     std::size_t changes = 1000;
-    std::size_t cameras = 200;
+    Load load;
     std::size_t alarms = 30;
     CLI::App* latency = app.add_subcommand("latency", "one camera, one change after the other");
     latency->add_option("--changes", changes)->check(CLI::Range(1, kMost))->capture_default_str();
-    CLI::App* load = app.add_subcommand("load", "many cameras in another process");
-    load->add_option("--cameras", cameras)->check(CLI::Range(1, 1000))->capture_default_str();
-    load->add_option("--alarms", alarms, "of each camera, a second on and a second off")
+    CLI::App* many = app.add_subcommand("load", "many cameras in other processes");
+    many->add_option("--cameras", load.cameras)
+        ->check(CLI::Range(1, kMostCameras))
+        ->capture_default_str();
+    many->add_option("--alarms", alarms, "of each camera: a change on and a change off")
         ->check(CLI::Range(1, kMost))
         ->capture_default_str();
+    many->add_option("--rate", load.rate,
+                     "changes a second of all cameras together; otherwise one of each")
+        ->check(CLI::Range(1, kMost));
+    many->add_option("--threads", load.threads, "that log in and add observers")
+        ->check(CLI::Range(1, 64))
+        ->capture_default_str();
+    many->add_option("--figures", load.figures, "file that gets the figures as a line of JSON");
     std::size_t dead = 200;
     CLI::App* beside = app.add_subcommand("dead", "the same beside devices without power");
-    beside->add_option("--cameras", cameras)->check(CLI::Range(1, 1000))->capture_default_str();
+    beside->add_option("--cameras", load.cameras)
+        ->check(CLI::Range(1, 1000))
+        ->capture_default_str();
     beside->add_option("--dead", dead)->check(CLI::Range(1, 1000))->capture_default_str();
     beside->add_option("--alarms", alarms)->check(CLI::Range(1, kMost))->capture_default_str();
     app.require_subcommand(1);
     CLI11_PARSE(app, argc, argv);
-    if (load->parsed()) {
-        return MeasureLoad(cameras, 2 * alarms) ? EXIT_SUCCESS : EXIT_FAILURE;
+    if (many->parsed()) {
+        AllowManyDescriptors();
+        load.changes = 2 * alarms;
+        load.rate = load.rate > 0 ? load.rate : static_cast<double>(load.cameras);
+        return MeasureLoad(load) ? EXIT_SUCCESS : EXIT_FAILURE;
     }
     if (beside->parsed()) {
-        return MeasureDead(cameras, dead, 2 * alarms) ? EXIT_SUCCESS : EXIT_FAILURE;
+        return MeasureDead(load.cameras, dead, 2 * alarms) ? EXIT_SUCCESS : EXIT_FAILURE;
     }
     MeasureLatency(changes);
     return EXIT_SUCCESS;

@@ -8,6 +8,7 @@
 #include <condition_variable>
 #include <cstddef>
 #include <mutex>
+#include <string>
 #include <vector>
 
 #include "onvif_client/OnvifClient.h"
@@ -16,12 +17,20 @@
 /// that is not told within ten seconds, or told as another, is thrown as std::runtime_error.
 void MeasureLatency(std::size_t changes);
 
-/// Many cameras in another process (forked: nothing may have started a thread yet). The motion of
-/// each is off when it is subscribed to, changes once a second, an even number of times, and then
-/// stays off. Changes begin when all pulls wait; what is told counts until two seconds after the
-/// last change was told, or ten seconds after none came any more.
+struct Load {
+    std::size_t cameras = 200;
+    std::size_t changes = 60;  // of each camera
+    double rate = 0;           // changes a second of all cameras together
+    std::size_t threads = 1;   // that log in and add observers
+    std::string figures;       // a file that gets them as a line of JSON; empty: none
+};
+
+/// Many cameras in other processes (forked: nothing may have started a thread yet). The motion of
+/// each is off when it is subscribed to, changes an even number of times, and then stays off.
+/// Changes begin when all pulls wait; what is told counts until two seconds after the last change
+/// was told, or ten seconds after none came any more.
 /// @return true when every change of every camera was told once and in order.
-bool MeasureLoad(std::size_t cameras, std::size_t changes);
+bool MeasureLoad(const Load& load);
 
 /// As MeasureLoad, beside devices that have lost their power: they were logged in and observed, and
 /// then nothing answers attempts to connect to them.

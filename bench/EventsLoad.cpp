@@ -1,13 +1,19 @@
 #include <camera_sim/CameraSim.h>
 
 #include <algorithm>
+#include <atomic>
 #include <chrono>
 #include <cstdio>
+#include <fstream>
 #include <memory>
+#include <nlohmann/json.hpp>
 #include <stdexcept>
+#include <string>
 #include <thread>
 #include <vector>
 
+#include "BareExchange.h"
+#include "BarePeer.h"
 #include "CameraProcess.h"
 #include "EventsBench.h"
 #include "ProcessUsage.h"
@@ -18,14 +24,15 @@ namespace {
 using Clock = CCameraProcess::Clock;
 using std::chrono::seconds;
 
-/// What the process used of the processor, per second and camera, in the time since it was made.
-class CProcessorShare {
+/// More than one process' descriptors and one thread's work would carry.
+constexpr std::size_t kCamerasOfProcess = 2500;
+
+/// What the process used of the processor in the time since it was made.
+class CProcessorTime {
  public:
-    void Print(const char* what, std::size_t cameras) const {
-        const double spent = ProcessorMilliseconds() - used_;
-        const double perSecond = spent / Milliseconds(Clock::now() - started_) * 1e3;
-        std::fprintf(stderr, "processor time %s: %.2f ms a second (%.1f us for each camera)\n",
-                     what, perSecond, perSecond * 1e3 / static_cast<double>(cameras));
+    double Milliseconds() const { return ProcessorMilliseconds() - used_; }
+    double MillisecondsPerSecond() const {
+        return Milliseconds() / ::Milliseconds(Clock::now() - started_) * 1e3;
     }
 
  private:
@@ -33,49 +40,91 @@ class CProcessorShare {
     const Clock::time_point started_ = Clock::now();
 };
 
+/// The cameras in their processes, with an observer each.
+struct Site {
+    /// @param period  between two changes of a camera.
+    Site(std::size_t count, std::size_t changes, Clock::duration period) {
+        for (std::size_t from = 0; from < count; from += kCamerasOfProcess) {
+            processes.push_back(std::make_unique<CCameraProcess>(
+                std::min(kCamerasOfProcess, count - from), changes, period));
+        }
+        for (std::size_t i = 0; i < count; ++i) {
+            ears.push_back(std::make_unique<CEar>(2 * changes));
+        }
+    }
+
+    CCameraProcess& ProcessOf(std::size_t camera) const {
+        return *processes[camera / kCamerasOfProcess];
+    }
+    std::uint16_t Port(std::size_t camera) const {
+        return ProcessOf(camera).Port(camera % kCamerasOfProcess);
+    }
+    std::uint64_t Messages(std::size_t camera) const {
+        return ProcessOf(camera).Messages(camera % kCamerasOfProcess);
+    }
+    Clock::time_point ChangeTime(std::size_t camera, std::size_t change) const {
+        return ProcessOf(camera).ChangeTime(camera % kCamerasOfProcess, change);
+    }
+    void RunChanges() const {
+        for (const auto& each : processes) {
+            each->StartChanges();
+        }
+        for (const auto& each : processes) {
+            each->AwaitChanges();
+        }
+    }
+
+    std::vector<std::unique_ptr<CCameraProcess>> processes;
+    std::vector<std::unique_ptr<CEar>> ears;
+    std::vector<unsigned int> ids;
+};
+
 /// The latencies of a camera whose every change was told once and in order, starting with motion's
 /// beginning; none of any other.
-std::vector<double> LatenciesOf(const CCameraProcess& cameras, std::size_t camera,
+std::vector<double> LatenciesOf(const Site& site, std::size_t camera,
                                 const std::vector<CEar::Told>& told, std::size_t changes) {
     std::vector<double> latencies;
-    if (told.size() != changes || cameras.Messages(camera) != changes) {
+    if (told.size() != changes || site.Messages(camera) != changes) {
         return latencies;
     }
     for (std::size_t i = 0; i < changes; ++i) {
         if (!told[i].motion || told[i].state != (i % 2 == 0)) {
             return {};
         }
-        latencies.push_back(Milliseconds(told[i].time - cameras.ChangeTime(camera, i)));
+        latencies.push_back(Milliseconds(told[i].time - site.ChangeTime(camera, i)));
     }
     return latencies;
 }
 
-/// The cameras, with an observer each.
-struct Site {
-    Site(std::size_t count, std::size_t changes) : cameras(count, changes, seconds(1)) {
-        for (std::size_t i = 0; i < count; ++i) {
-            ears.push_back(std::make_unique<CEar>(2 * changes));
-        }
+/// Has many threads work on all cameras, as applications do. @return the milliseconds it took.
+template <typename Work>
+double OnThreads(std::size_t threads, std::size_t count, const Work& work) {
+    const Clock::time_point started = Clock::now();
+    std::atomic<std::size_t> next = 0;
+    std::vector<std::jthread> workers;
+    for (std::size_t i = 0; i < threads; ++i) {
+        workers.emplace_back([&] {
+            for (std::size_t camera = next++; camera < count; camera = next++) {
+                work(camera);
+            }
+        });
     }
-
-    CCameraProcess cameras;
-    std::vector<std::unique_ptr<CEar>> ears;
-    std::vector<unsigned int> ids;
-};
-
-void LogIn(Site& site) {
-    for (std::size_t i = 0; i < site.ears.size(); ++i) {
-        site.ids.push_back(Login(site.cameras.Port(i)));
-    }
+    workers.clear();
+    return Milliseconds(Clock::now() - started);
 }
 
-void AddObservers(const Site& site) {
-    const Clock::time_point started = Clock::now();
-    for (std::size_t i = 0; i < site.ids.size(); ++i) {
+double LogIn(Site& site, std::size_t threads) {
+    site.ids.resize(site.ears.size(), ONVIF_CLIENT_NO_LOGIN_ID);
+    return OnThreads(threads, site.ids.size(),
+                     [&site](std::size_t i) { site.ids[i] = Login(site.Port(i)); });
+}
+
+double AddObservers(const Site& site, std::size_t threads) {
+    const double took = OnThreads(threads, site.ids.size(), [&site](std::size_t i) {
         ONVIF_CLIENT_AddAlarmStateObserver(site.ids[i], site.ears[i].get());
-    }
-    std::fprintf(stderr, "%zu observers added in %.0f ms\n", site.ids.size(),
-                 Milliseconds(Clock::now() - started));
+    });
+    std::fprintf(stderr, "%zu observers added in %.0f ms\n", site.ids.size(), took);
+    return took;
 }
 
 void AwaitAll(const Site& site, std::size_t changes) {
@@ -85,11 +134,11 @@ void AwaitAll(const Site& site, std::size_t changes) {
     std::this_thread::sleep_for(seconds(2));
 }
 
-void LogOut(const Site& site) {
-    for (const unsigned int id : site.ids) {
-        ONVIF_CLIENT_DelAlarmStateObserver(id);
-        ONVIF_CLIENT_Logout(id);
-    }
+double LogOut(const Site& site, std::size_t threads) {
+    return OnThreads(threads, site.ids.size(), [&site](std::size_t i) {
+        ONVIF_CLIENT_DelAlarmStateObserver(site.ids[i]);
+        ONVIF_CLIENT_Logout(site.ids[i]);
+    });
 }
 
 /// Leaves out what was told again: an active state is when the next change is late by seconds.
@@ -102,32 +151,34 @@ std::vector<CEar::Told> WithoutRepetitions(std::vector<CEar::Told> told) {
 }
 
 struct Deliveries {
+    std::size_t made = 0;
+    std::size_t told = 0;
     bool exact = false;  // every change was told once and in order
     std::vector<double> latencies;
 };
 
 Deliveries PrintDeliveries(const Site& site, std::size_t changes, bool repetitions) {
     const std::size_t count = site.ears.size();
-    std::vector<double> latencies;
-    std::size_t made = 0;
-    std::size_t told = 0;
+    Deliveries deliveries;
     std::size_t exact = 0;
     for (std::size_t i = 0; i < count; ++i) {
         auto heard = site.ears[i]->Await(0);
         if (repetitions) {
             heard = WithoutRepetitions(std::move(heard));
         }
-        const auto own = LatenciesOf(site.cameras, i, heard, changes);
-        latencies.insert(latencies.end(), own.begin(), own.end());
-        made += site.cameras.Messages(i);
-        told += heard.size();
+        const auto own = LatenciesOf(site, i, heard, changes);
+        deliveries.latencies.insert(deliveries.latencies.end(), own.begin(), own.end());
+        deliveries.made += site.Messages(i);
+        deliveries.told += heard.size();
         exact += own.empty() ? 0U : 1U;
     }
+    deliveries.exact = exact == count;
+    std::sort(deliveries.latencies.begin(), deliveries.latencies.end());
     std::fprintf(stderr,
                  "%zu changes made, %zu told; every change once and in order: %zu of %zu cameras\n",
-                 made, told, exact, count);
-    PrintSpans("change to callback", latencies);
-    return {exact == count, std::move(latencies)};
+                 deliveries.made, deliveries.told, exact, count);
+    PrintSpans("change to callback", deliveries.latencies);
+    return deliveries;
 }
 
 /// Memory of the process that is its own, in KB.
@@ -135,44 +186,94 @@ double Memory() {
     return static_cast<double>(ProcessStatus("RssAnon")) * 1.024;
 }
 
+/// The processor time of a bare exchange of as many bytes as a pull and its message have, in
+/// microseconds.
+double BareExchangeCost(std::uint16_t port) {
+    constexpr std::size_t kRequestSize = 2000;
+    constexpr int kExchanges = 4000;
+    const std::string request(kRequestSize, ' ');
+    std::vector<char> reply(65536);
+    const CProcessorTime time;
+    for (int i = 0; i < kExchanges; ++i) {
+        if (BareExchange(port, request, reply.data(), reply.size()) == 0) {
+            throw std::runtime_error("no reply from the bare peer");
+        }
+    }
+    return time.Milliseconds() * 1e3 / kExchanges;
+}
+
+double At(const std::vector<double>& ascending, double share) {
+    return ascending.empty() ? 0
+                             : ascending[static_cast<std::size_t>(
+                                   share * static_cast<double>(ascending.size() - 1))];
+}
+
 }  // namespace
 
-bool MeasureLoad(std::size_t cameras, std::size_t changes) {
-    Site site(cameras, changes);
-    const auto count = static_cast<double>(cameras);
+bool MeasureLoad(const Load& load) {
+    constexpr std::size_t kReplySize = 1700;
+    const CBarePeer peer(kReplySize);
+    const auto count = static_cast<double>(load.cameras);
+    const auto inAll = static_cast<double>(load.changes) * count;
+    Site site(load.cameras, load.changes,
+              std::chrono::nanoseconds(static_cast<std::int64_t>(count / load.rate * 1e9)));
+    nlohmann::ordered_json figures = {{"cameras", load.cameras}, {"rate", load.rate}};
+    const auto print = [&figures](const char* name, const char* what, double value) {
+        figures[name] = value;
+        std::fprintf(stderr, "%s: %.2f\n", what, value);
+    };
     const StartedLibrary library;
     std::this_thread::sleep_for(seconds(1));
-    const CProcessorShare alone;
+    const CProcessorTime alone;
     const double memoryAlone = Memory();
     std::this_thread::sleep_for(seconds(5));
-    alone.Print("without a camera", cameras);
+    const double pause = alone.MillisecondsPerSecond();
+    print("alone_ms_per_s", "processor time without a camera, ms a second", pause);
 
-    LogIn(site);
+    print("login_ms", "all logins, ms", LogIn(site, load.threads));
     const double memoryLoggedIn = Memory();
-    AddObservers(site);
+    print("observers_ms", "all observers, ms", AddObservers(site, load.threads));
     std::this_thread::sleep_for(seconds(2));
-    const CProcessorShare quiet;
+    const CProcessorTime quiet;
     std::this_thread::sleep_for(seconds(10));
-    quiet.Print("while pulls wait", cameras);
+    const double idle = quiet.MillisecondsPerSecond();
+    print("idle_ms_per_s", "processor time while pulls wait, ms a second", idle);
+    print("session_kb", "memory of each session, KB", (memoryLoggedIn - memoryAlone) / count);
+    print("observed_kb", "memory of each observed camera beside that, KB",
+          (Memory() - memoryLoggedIn) / count);
 
-    const CProcessorShare busy;
-    site.cameras.RunChanges();
-    busy.Print("with a change a second at each camera", cameras);
-    std::fprintf(stderr, "memory of each camera: %.1f KB logged in, %.1f KB more observed\n",
-                 (memoryLoggedIn - memoryAlone) / count, (Memory() - memoryLoggedIn) / count);
+    const CProcessorTime busy;
+    const Clock::time_point started = Clock::now();
+    site.RunChanges();
+    AwaitAll(site, load.changes);
+    const double took = Milliseconds(Clock::now() - started) / 1e3;
+    const double cost = (busy.Milliseconds() - idle * took) * 1e3 / inAll;
+    print("change_us", "processor time of a change beside that, us", cost);
+    const double bare = BareExchangeCost(peer.Port());
+    print("bare_us", "processor time of a bare exchange of as many bytes, us", bare);
     std::fprintf(stderr, "threads of the process: %ld\n", ProcessStatus("Threads"));
 
-    AwaitAll(site, changes);
-    LogOut(site);
-    return PrintDeliveries(site, changes, false).exact;
+    const Deliveries deliveries = PrintDeliveries(site, load.changes, load.rate < count);
+    figures["changes_made"] = deliveries.made;
+    figures["changes_told"] = deliveries.told;
+    figures["exact"] = deliveries.exact;
+    figures["latency_median_ms"] = At(deliveries.latencies, 0.5);
+    figures["latency_p99_ms"] = At(deliveries.latencies, 0.99);
+    figures["latency_max_ms"] = At(deliveries.latencies, 1);
+    print("logout_ms", "all removed and logged out, ms", LogOut(site, load.threads));
+    if (!load.figures.empty()) {
+        std::ofstream(load.figures, std::ios::app) << figures.dump() << '\n';
+    }
+    return deliveries.exact;
 }
 
 bool MeasureDead(std::size_t cameras, std::size_t dead, std::size_t changes) {
     constexpr double kLongestStallMs = 250;
-    Site site(cameras, changes);
+    constexpr std::size_t kThreads = 1;
+    Site site(cameras, changes, seconds(1));
     const StartedLibrary library;
-    LogIn(site);
-    AddObservers(site);
+    LogIn(site, kThreads);
+    AddObservers(site, kThreads);
     CEar deaf(1);
     std::uint16_t port = 0;
     std::vector<unsigned int> deadIds;
@@ -189,14 +290,14 @@ bool MeasureDead(std::size_t cameras, std::size_t dead, std::size_t changes) {
         throw std::runtime_error("the port was taken meanwhile");
     }
     std::fprintf(stderr, "%zu devices have lost their power\n", dead);
-    site.cameras.RunChanges();
+    site.RunChanges();
     AwaitAll(site, changes);
     ONVIF_CLIENT_Quit();  // breaks off what still waits for the dead
     for (const unsigned int id : deadIds) {
         ONVIF_CLIENT_DelAlarmStateObserver(id);
         ONVIF_CLIENT_Logout(id);
     }
-    LogOut(site);
+    LogOut(site, kThreads);
     const Deliveries deliveries = PrintDeliveries(site, changes, true);
     const auto stalls = std::ranges::count_if(deliveries.latencies,
                                               [](double each) { return each > kLongestStallMs; });

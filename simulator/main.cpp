@@ -23,7 +23,8 @@
 namespace {
 
 constexpr int kFailure = 1;
-constexpr int kMostCameras = 1000;
+constexpr int kMostCameras = 10000;
+constexpr std::size_t kOtherDescriptors = 64;
 constexpr int kMostSeconds = 10 * 366 * 24 * 3600;
 constexpr int kMostMilliseconds = 24 * 3600 * 1000;
 constexpr int kLongEpisode = 3 * 60 * 1000;  // milliseconds
@@ -202,6 +203,13 @@ bool StartCameras(camera_sim::CCameraHost& host, const Arguments& arguments,
     if (firstPort != 0 && firstPort + arguments.cameras - 1 > kLargestPort) {
         std::cerr << "onvif-camera-sim: there are not that many ports above " << firstPort << '\n';
         return false;
+    }
+    // A camera listens, and holds a pull.
+    const std::size_t needed = 2 * static_cast<std::size_t>(arguments.cameras) + kOtherDescriptors;
+    if (const std::size_t most = AllowManyDescriptors(); most != 0 && most < needed) {
+        std::cerr << "onvif-camera-sim: the process may have " << most << " descriptors; for "
+                  << arguments.cameras << " cameras that hold a pull each it needs " << needed
+                  << '\n';
     }
     for (int i = 0; i < arguments.cameras; ++i) {
         camera_sim::CameraOptions options = arguments.camera;

@@ -142,7 +142,7 @@ PullReply CHttpClient::ReadPullReply(std::string_view reply) {
     if (status == status::kNotAuthorized && verdict != kAskedAnew) {
         deviceClock_.NoteRefusal();
     }
-    return {status, result.Print(), verdict == kAskedAnew};
+    return {status, result.TakeParsed(), verdict == kAskedAnew};
 }
 
 CDigestAnswers::Verdict CHttpClient::TakePullChallenge(std::string_view reply) {

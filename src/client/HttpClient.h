@@ -28,9 +28,9 @@ namespace onvif_client {
 
 /// What came of a pull for messages.
 struct PullReply {
-    int status = status::kNoReply;  // of the exchange
-    std::string result;             // the result document; empty when the reply is none
-    bool askedAnew = false;         // refused by a challenge that the next pull can answer
+    int status = status::kNoReply;                         // of the exchange
+    std::shared_ptr<const CXmlDocument> result = nullptr;  // the result; null when there is none
+    bool askedAnew = false;  // refused by a challenge that the next pull can answer
 };
 
 class CHttpClient final : public ICommandSession {

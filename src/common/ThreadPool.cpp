@@ -1,5 +1,6 @@
 #include "common/ThreadPool.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "common/GbkTexts.h"
@@ -59,20 +60,25 @@ bool CThreadPool::CreateWorkerLocked(bool idle) {
 }
 
 void CThreadPool::AddTask(TaskFunction function, void* argument) {
-    const CLockGuard guard(lock_);
-    if (!running_) {
-        return;
-    }
-    tasks_.push_back({function, argument});
-    for (const auto& [id, worker] : workers_) {
-        if (worker->idle) {
-            worker->idle = false;
-            worker->wake.Set();
+    std::shared_ptr<Worker> woken;
+    {
+        const CLockGuard guard(lock_);
+        if (!running_) {
             return;
         }
+        tasks_.push_back({function, argument});
+        const auto idle = std::find_if(workers_.begin(), workers_.end(),
+                                       [](const auto& each) { return each.second->idle; });
+        if (idle == workers_.end()) {
+            // At the ceiling the task waits for a busy worker, which looks for tasks before it goes
+            // idle.
+            CreateWorkerLocked(false);
+            return;
+        }
+        woken = idle->second;
+        woken->idle = false;
     }
-    // At the ceiling the task waits for a busy worker, which looks for tasks before it goes idle.
-    CreateWorkerLocked(false);
+    woken->wake.Set();  // without the lock, which it takes at once
 }
 
 void CThreadPool::WorkerMain(void* pool) {

@@ -74,6 +74,10 @@ std::size_t FindForbidden(std::string_view text, std::size_t at) {
 
 }  // namespace
 
+bool HasOnlyXmlCharacters(std::string_view text) {
+    return FindForbidden(text, 0) == text.size();
+}
+
 void ReplaceForbiddenCharacters(std::string& text) {
     std::size_t at = FindForbidden(text, 0);
     if (at == text.size()) {

@@ -18,6 +18,8 @@ constexpr bool IsXmlCharacter(std::uint32_t code) {
            (code >= 0xE000 && code < 0xFFFE) || (code >= 0x10000 && code <= 0x10FFFF);
 }
 
+bool HasOnlyXmlCharacters(std::string_view text);
+
 /// Parsers refuse the whole document for one character that XML does not have, or for bytes that
 /// are no UTF-8, and devices send both. Each such character, and each sequence of such bytes from
 /// its first byte to its last continuation, becomes U+FFFD; the rest stays byte for byte.

@@ -10,6 +10,13 @@
 
 namespace onvif_client {
 
+namespace {
+
+/// For requests, the log and what the application has itself.
+constexpr std::size_t kOtherDescriptors = 64;
+
+}  // namespace
+
 void CControlLoop::Pass() {
     interrupted_ = false;
     turns_ = std::exchange(nextTurns_, {kEverybodysTurn, kEverybodysTurn});
@@ -42,6 +49,9 @@ void CControlLoop::Visit(const CDeviceTable::Record& record) {
         record->States().Report(*untold++, TickCount());
     }
     record->ReturnItems({untold, items.end()});
+    if (record->TakeLackOfSockets()) {
+        TellLackOfSockets();
+    }
     if (!interrupted_ && !record->Removed()) {
         QueueDueTask(record);
     }
@@ -49,6 +59,17 @@ void CControlLoop::Visit(const CDeviceTable::Record& record) {
     if (!record->Removed()) {
         devices_.VisitAgain(record->LoginId(), record->WhenToVisit(TickCount(), CalendarSeconds()));
     }
+}
+
+void CControlLoop::TellLackOfSockets() {
+    if (std::exchange(toldLackOfSockets_, true)) {
+        return;
+    }
+    const std::size_t observed = devices_.Count();
+    LogNormal(loglabel::kOnvifEvent,
+              "no sockets are left: %zu devices are observed, and each has one for its pull; the "
+              "process needs at least %zu descriptors",
+              observed, observed + kOtherDescriptors);
 }
 
 void CControlLoop::QueueDueTask(const CDeviceTable::Record& record) {

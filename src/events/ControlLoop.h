@@ -51,6 +51,8 @@ class CControlLoop {
     static constexpr std::int64_t kEverybodysTurn = std::numeric_limits<std::int64_t>::max();
 
     void Visit(const CDeviceTable::Record& record);
+    /// Once: whoever reads it changes a limit and starts the process again.
+    void TellLackOfSockets();
     /// Has the task run that is due, if one is and none runs yet.
     void QueueDueTask(const CDeviceTable::Record& record);
     /// Not every subscription that is due can be made at once: the longest due go first, among the
@@ -62,6 +64,7 @@ class CControlLoop {
     // Of the pass that runs, and used by its thread only:
     bool interrupted_ = false;
     std::uint64_t visits_ = 0;
+    bool toldLackOfSockets_ = false;
     // Subscriptions made later than this wait: those of devices that answer, and of the others.
     std::array<std::int64_t, 2> turns_ = {};
     std::array<std::int64_t, 2> nextTurns_ = {kEverybodysTurn, kEverybodysTurn};

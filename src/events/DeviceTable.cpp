@@ -89,6 +89,11 @@ CDeviceTable::Record CDeviceTable::Visited(std::uint32_t loginId) const {
     return visited_ != nullptr && visited_->LoginId() == loginId ? visited_ : nullptr;
 }
 
+std::size_t CDeviceTable::Count() const {
+    const CLockGuard guard(tableLock_);
+    return devices_.size();
+}
+
 CDeviceTable::Record CDeviceTable::AddressedBy(std::string_view callbackAddress) const {
     const CLockGuard guard(tableLock_);
     const auto found = std::find_if(devices_.begin(), devices_.end(), [&](const auto& each) {

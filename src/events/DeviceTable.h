@@ -43,6 +43,8 @@ class CDeviceTable {
     /// The visited record when it has that id, also when it has been taken out meanwhile.
     Record Visited(std::uint32_t loginId) const;
 
+    std::size_t Count() const;
+
     /// The record whose callback address that is, or null.
     Record AddressedBy(std::string_view callbackAddress) const;
     /// The devices that may post messages, by id.

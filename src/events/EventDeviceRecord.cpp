@@ -128,6 +128,19 @@ void EventDeviceRecord::OnNoConnection() {
     Wake();
 }
 
+void EventDeviceRecord::OnNoSocket() {
+    {
+        const CLockGuard guard(lock_);
+        lacksSocket_ = true;
+    }
+    OnNoConnection();
+}
+
+bool EventDeviceRecord::TakeLackOfSockets() {
+    const CLockGuard guard(lock_);
+    return std::exchange(lacksSocket_, false);
+}
+
 void EventDeviceRecord::AddNotifiedItems(std::span<const AlarmItem> items) {
     {
         const CLockGuard guard(lock_);

@@ -81,6 +81,7 @@ class EventDeviceRecord final : public IPullSink {
     void OnPullReply(ExchangeEnd end, std::string_view reply) override;
     void OnPullAnswer(const PullAnswer& answer) override;
     void OnNoConnection() override;
+    void OnNoSocket() override;
     /// Items of a post; ignored while the device is pulled from.
     void AddNotifiedItems(std::span<const AlarmItem> items);
     std::vector<AlarmItem> TakeItems();
@@ -98,6 +99,8 @@ class EventDeviceRecord final : public IPullSink {
     std::optional<DueSubscription> SubscriptionDue(std::int64_t calendarNow) const;
     /// Whether the device answered what it was asked last.
     bool Answers() const;
+    /// Whether there was no socket for a pull since this was asked last.
+    bool TakeLackOfSockets();
     /// The socket layer was started. What its last end broke off is due at once: a pull whose
     /// connection is gone, and a subscription that could not be made.
     void Resume() EXCLUDES(lock_);
@@ -144,6 +147,7 @@ class EventDeviceRecord final : public IPullSink {
     CMessageFlow flow_ GUARDED_BY(lock_);
     std::vector<AlarmItem> pendingItems_ GUARDED_BY(lock_);
     bool inputsAsked_ GUARDED_BY(lock_) = false;
+    bool lacksSocket_ GUARDED_BY(lock_) = false;
     bool newSubscription_ GUARDED_BY(lock_) = false;  // nothing has been pulled from it yet
     std::shared_ptr<CExchangeTrace> trace_ GUARDED_BY(lock_);  // of the pull in progress
 

@@ -130,8 +130,8 @@ std::optional<SubscriptionAnswer> ReadSubscription(std::string_view result) {
 }
 
 PullAnswer ReadPull(const PullReply& reply, bool perSource) {
-    const CXmlDocument document(reply.result);
-    const XMLElement* command = document.Find("GetResponse/pullMessages");
+    const XMLElement* command =
+        reply.result == nullptr ? nullptr : reply.result->Find("GetResponse/pullMessages");
     const std::string_view result = TextAt(command, "status");
     PullAnswer answer;
     if (result == "fail") {

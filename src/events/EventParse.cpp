@@ -27,13 +27,12 @@ std::uint32_t CEventParse::OnData(std::uint32_t handle, const char* data, std::u
     if (!sink_.Pulls()) {
         return length;
     }
-    const bool isBehindTheReply = handled_;
     if (data == nullptr || length == 0) {
         LogAssert(loglabel::kEventParse, "a block of a reply is empty", device_);
-    } else if (!isBehindTheReply && Accumulate({data, length})) {
+    } else if (!handled_ && Accumulate({data, length})) {
         HandleReply(framed_ ? buffer_.size() : frame_.headerSize + frame_.bodySize);
     }
-    if (isBehindTheReply || !GoesOn()) {
+    if (handled_ || !GoesOn()) {
         WIRELINK_Stop(handle);
     }
     return length;

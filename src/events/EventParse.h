@@ -29,11 +29,13 @@ class IPullSink {
     virtual void OnPullAnswer(const PullAnswer& answer) = 0;
     /// The pull found no way to the device.
     virtual void OnNoConnection() = 0;
+    /// The process has no socket left for it.
+    virtual void OnNoSocket() { OnNoConnection(); }
 };
 
 /// The data observer of a pull's connection; its callbacks are serial. A reply that is larger than
 /// the buffer, or says nothing of its length, is lost: the pull then runs into its time-out. Once
-/// no byte can complete a reply any more, 1 MiB has come without one, or bytes come behind one, the
+/// the reply is there, no byte can complete one any more, or 1 MiB has come without one, the
 /// connection is not read any further. Of a reply nothing is kept once it was handed on.
 ///
 /// With the extension http-framing a reply without length ends with the connection, and chunks are

@@ -17,10 +17,15 @@ constexpr std::uint32_t kSendMs = 1000;
 
 void CPullConnection::Begin(PullRequest request) {
     Close();
-    const CLockGuard guard(lock_);
-    request_ = std::move(request);
-    triesLeft_ = kTries;
-    TryLocked();
+    {
+        const CLockGuard guard(lock_);
+        request_ = std::move(request);
+        triesLeft_ = kTries;
+        if (TryLocked()) {
+            return;
+        }
+    }
+    sink_.OnNoSocket();
 }
 
 void CPullConnection::Close() {
@@ -35,12 +40,21 @@ bool CPullConnection::Exists() const {
     return connection_ && WIRELINK_PopConnectResult(connection_.Get(), ignored, 0);
 }
 
-void CPullConnection::TryLocked() {
+bool CPullConnection::TryLocked() {
     --triesLeft_;
     stands_ = false;
     sent_ = 0;
     connection_ = CWirelinkHandle(WIRELINK_AddConnect(0, request_.host.c_str(), request_.port));
-    WIRELINK_AwaitSendable(connection_.Get(), this, kTryMs);
+    if (!connection_) {
+        return WIRELINK_GetLastError() != kWirelinkNoSocket;
+    }
+    int outcome = 0;
+    if (WIRELINK_PopConnectResult(connection_.Get(), outcome, 0) && outcome > 0) {
+        SendLocked();  // on the same machine it stands at once
+    } else {
+        WIRELINK_AwaitSendable(connection_.Get(), this, kTryMs);
+    }
+    return true;
 }
 
 void CPullConnection::OnSendable(std::uint32_t handle, bool ready) {

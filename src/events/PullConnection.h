@@ -45,7 +45,8 @@ class CPullConnection final : private CSendableObserver {
  private:
     void OnSendable(std::uint32_t handle, bool ready) override;
     /// Uses one of the tries that are left.
-    void TryLocked() REQUIRES(lock_);
+    /// @return false when there is no socket for it.
+    bool TryLocked() REQUIRES(lock_);
     void SendLocked() REQUIRES(lock_);
 
     IPullSink& sink_;

@@ -30,8 +30,9 @@ class CAsioConnectionWatch final : public CConnectionWatch,
         : reactor_(std::move(reactor)),
           connection_(std::move(connection)),
           handle_(handle),
-          socket_(reactor_->Io(), tcp::v4(), static_cast<asio::detail::socket_type>(waitedOn)),
-          timer_(reactor_->Io()) {}
+          context_(reactor_->NextContext()),
+          socket_(context_, tcp::v4(), static_cast<asio::detail::socket_type>(waitedOn)),
+          timer_(context_) {}
     ~CAsioConnectionWatch() override { CloseLocked(); }
     CAsioConnectionWatch(const CAsioConnectionWatch&) = delete;
     CAsioConnectionWatch& operator=(const CAsioConnectionWatch&) = delete;
@@ -127,11 +128,13 @@ class CAsioConnectionWatch final : public CConnectionWatch,
         }
     }
 
-    /// What Asio waited on was released to it. Closing alone ends no wait where the connection's
-    /// own descriptor keeps the socket open.
+    /// Ends what Asio waits for, and gives the connection's descriptor back to it. A second one is
+    /// closed; that alone ends no wait, as the connection's own keeps the socket open.
     void CloseLocked() REQUIRES(lock_) {
-        if (socket_.is_open()) {
-            error_code ignored;
+        error_code ignored;
+        if (WaitsEndWithoutClosing() && socket_.is_open()) {
+            socket_.release(ignored);
+        } else if (socket_.is_open()) {
             socket_.cancel(ignored);
             ForgetDescriptor(static_cast<SystemHandle>(socket_.native_handle()));
             socket_.close(ignored);
@@ -167,7 +170,7 @@ class CAsioConnectionWatch final : public CConnectionWatch,
         if (sender_.observer != nullptr && !sender_.armed) {
             sender_.armed = true;
             if (sender_.late) {
-                asio::post(reactor_->Io(), [weak = weak_from_this()] {
+                asio::post(context_, [weak = weak_from_this()] {
                     if (const auto self = weak.lock()) {
                         self->OnWaited(&Sender::armed, {});
                     }
@@ -277,6 +280,7 @@ class CAsioConnectionWatch final : public CConnectionWatch,
     const std::shared_ptr<CReactor> reactor_;
     const std::shared_ptr<CConnection> connection_;
     const std::uint32_t handle_;
+    asio::io_context& context_;
     mutable CMutex lock_;  // leaf, never held during a callback
     CCondition changed_;
     // Only waited on; the bytes are read from the connection.
@@ -293,8 +297,14 @@ class CAsioConnectionWatch final : public CConnectionWatch,
 
 std::shared_ptr<CConnectionWatch> CConnectionWatch::Make(std::shared_ptr<CConnection> connection,
                                                          std::uint32_t handle) {
-    // Asio closes what it waits on; the connection keeps its own descriptor.
-    CDescriptor waitedOn = Duplicate(connection->Descriptor());
+    const SystemHandle own = connection->Descriptor();
+    if (WaitsEndWithoutClosing()) {
+        return OrNothing([&] {
+            return std::make_shared<CAsioConnectionWatch>(CReactor::Get(), std::move(connection),
+                                                          handle, own);
+        });
+    }
+    CDescriptor waitedOn = Duplicate(own);
     if (!waitedOn) {
         return nullptr;
     }

@@ -3,9 +3,11 @@
 namespace onvif_client {
 
 void CManualResetEvent::Set() {
-    const CLockGuard guard(lock_);
-    signalled_ = true;
-    changed_.NotifyAll();
+    {
+        const CLockGuard guard(lock_);
+        signalled_ = true;
+    }
+    changed_.NotifyAll();  // without the lock, which those who wake take at once
 }
 
 void CManualResetEvent::Reset() {

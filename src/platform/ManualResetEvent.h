@@ -10,7 +10,8 @@ namespace onvif_client {
 /// Created non-signalled. Any thread may call any operation.
 class CManualResetEvent {
  public:
-    /// Signals the event and releases every waiter.
+    /// Signals the event and releases every waiter. The event must outlive the call, whatever they
+    /// do.
     void Set();
     void Reset();
     /// Returns when the event is signalled; the event stays so.

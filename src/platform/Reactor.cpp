@@ -1,6 +1,7 @@
 #include "platform/Reactor.h"
 
 #include <algorithm>
+#include <atomic>
 #include <chrono>
 #include <utility>
 #include <vector>
@@ -23,22 +24,33 @@ namespace asio = boost::asio;
 constexpr std::size_t kReactorThreads = 2;
 constexpr auto kLongestEnd = std::chrono::seconds(2);
 
-class CAsioReactor final : public CReactor, public std::enable_shared_from_this<CAsioReactor> {
- public:
-    CAsioReactor() {
+/// A context and the thread that runs it.
+struct Lane {
+    Lane() {
         // The first timer of a context makes all descriptors that Asio itself needs.
-        WithHeldStandardStreams([this] { const asio::steady_timer first(io_); });
+        WithHeldStandardStreams([this] { const asio::steady_timer first(io); });
     }
 
+    asio::io_context io{1};  // one thread
+    asio::executor_work_guard<asio::io_context::executor_type> work = asio::make_work_guard(io);
+    CThread thread;
+};
+
+class CAsioReactor final : public CReactor, public std::enable_shared_from_this<CAsioReactor> {
+ public:
     /// One thread is enough to work; throws when not even that can be had.
     void StartThreads() {
         try {
-            while (threads_.size() < kReactorThreads) {
+            while (lanes_.size() < kReactorThreads) {
+                auto lane = std::make_unique<Lane>();
+                lanes_.reserve(kReactorThreads);
                 // The thread keeps the reactor alive: the last user may be a callback on it.
-                threads_.emplace_back([self = shared_from_this()] { self->Work(); });
+                lane->thread =
+                    CThread([self = shared_from_this(), own = lane.get()] { self->Work(*own); });
+                lanes_.push_back(std::move(lane));
             }
         } catch (const std::exception&) {
-            if (threads_.empty()) {
+            if (lanes_.empty()) {
                 throw;
             }
         }
@@ -48,31 +60,35 @@ class CAsioReactor final : public CReactor, public std::enable_shared_from_this<
     /// has been told so. A thread that would have to wait for itself leaves that to the context's
     /// end. Where the system never tells, the context is kept: its end would wait for ever.
     void EndThreads() {
-        const bool endsItself =
-            std::any_of(threads_.begin(), threads_.end(),
-                        [](const CThread& thread) { return thread.IsCurrent(); });
-        work_.reset();
+        const bool endsItself = std::any_of(lanes_.begin(), lanes_.end(), [](const auto& lane) {
+            return lane->thread.IsCurrent();
+        });
+        for (const auto& lane : lanes_) {
+            lane->work.reset();
+        }
         if (!endsItself && !AwaitEnd()) {
             kept_ = shared_from_this();
         }
-        io_.stop();
-        for (CThread& thread : threads_) {
-            if (thread.IsCurrent()) {
-                thread.Detach();
+        for (const auto& lane : lanes_) {
+            lane->io.stop();
+        }
+        for (const auto& lane : lanes_) {
+            if (lane->thread.IsCurrent()) {
+                lane->thread.Detach();
             } else {
-                thread.Join();
+                lane->thread.Join();
             }
         }
     }
 
-    asio::io_context& Io() override { return io_; }
+    asio::io_context& NextContext() override { return lanes_[next_++ % lanes_.size()]->io; }
 
  private:
     /// A handler that runs out of memory loses its connection, not the application.
-    void Work() {
+    void Work(Lane& own) {
         for (;;) {
             try {
-                io_.run();
+                own.io.run();
                 const CLockGuard guard(lock_);
                 ++ended_;
                 changed_.NotifyAll();
@@ -88,19 +104,18 @@ class CAsioReactor final : public CReactor, public std::enable_shared_from_this<
     bool AwaitEnd() {
         const auto end = std::chrono::steady_clock::now() + kLongestEnd;
         const CLockGuard guard(lock_);
-        while (ended_ < threads_.size() && std::chrono::steady_clock::now() < end) {
+        while (ended_ < lanes_.size() && std::chrono::steady_clock::now() < end) {
             changed_.WaitFor(lock_, kLongestEnd);
         }
-        return ended_ == threads_.size();
+        return ended_ == lanes_.size();
     }
 
     CMutex lock_;  // leaf
     CCondition changed_;
     std::size_t ended_ GUARDED_BY(lock_) = 0;  // of the threads
     std::shared_ptr<CAsioReactor> kept_;
-    asio::io_context io_;
-    asio::executor_work_guard<asio::io_context::executor_type> work_ = asio::make_work_guard(io_);
-    std::vector<CThread> threads_;
+    std::vector<std::unique_ptr<Lane>> lanes_;  // does not change while the reactor is in use
+    std::atomic<std::size_t> next_ = 0;
 };
 
 struct CCurrent {

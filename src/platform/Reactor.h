@@ -1,7 +1,8 @@
 /// @file
 /// The threads that wait in the background for bytes and room on watched connections
-/// (ConnectionWatch). Internal to this folder, whose only users of Boost.Asio these two are. The
-/// two threads start with the first waiter.
+/// (ConnectionWatch). Internal to this folder, whose only users of Boost.Asio these two are. There
+/// are two, each with a context of its own, so that what happens on one wakes only that one: a
+/// connection stays with one of them. They start with the first waiter.
 #ifndef ONVIF_CLIENT_PLATFORM_REACTOR_H
 #define ONVIF_CLIENT_PLATFORM_REACTOR_H
 
@@ -31,7 +32,8 @@ class CReactor {
     CReactor(const CReactor&) = delete;
     CReactor& operator=(const CReactor&) = delete;
 
-    virtual boost::asio::io_context& Io() = 0;
+    /// Where the next connection is waited on.
+    virtual boost::asio::io_context& NextContext() = 0;
 };
 
 /// Runs a callback of an observer; what it throws ends here.

@@ -69,6 +69,9 @@ std::uint16_t LocalPort(SystemHandle descriptor);
 /// that has gone already.
 CDescriptor AcceptTcp(SystemHandle listener, bool& again);
 
+/// Whether a wait that somebody else makes on a socket can be ended without closing what it waits
+/// on. Where it cannot, the wait needs a second descriptor.
+bool WaitsEndWithoutClosing();
 /// A second descriptor of the same socket; none when the system has no more.
 CDescriptor Duplicate(SystemHandle descriptor);
 

@@ -79,6 +79,8 @@ class CSendableObserver {
     virtual void OnSendable(std::uint32_t handle, bool ready) = 0;
 };
 
+/// Error code of WIRELINK_GetLastError: the system has no socket for the process.
+constexpr std::uint32_t kWirelinkNoSocket = 0x20000002;
 /// Error code of WIRELINK_GetLastError: the send queue of the system is full, try again.
 constexpr std::uint32_t kWirelinkWouldBlock = 0x20000009;
 
@@ -111,7 +113,7 @@ bool WIRELINK_ObservedClientComm(const char* ip, unsigned short port, const char
                                  unsigned int timeoutMs, ExchangeEnd* end = nullptr);
 
 /// Starts a connection to @p ip (dotted IPv4) : @p port; it completes in the background.
-/// @return a handle, or 0.
+/// @return a handle, or 0: WIRELINK_GetLastError is kWirelinkNoSocket where that is why.
 std::uint32_t WIRELINK_AddConnect(std::uint32_t, const char* ip, unsigned short port);
 
 /// Asks for the outcome of a connection without waiting: @p result becomes 1 once it stands, -1
@@ -162,8 +164,8 @@ bool WIRELINK_UnRegisterNode(std::uint32_t handle);
 /// @return the number of bytes sent, or -1: WIRELINK_GetLastError then tells why.
 int WIRELINK_Send(std::uint32_t handle, const char* data, std::uint32_t length);
 
-/// The reason of the calling thread's last failed WIRELINK_Send: kWirelinkWouldBlock or another
-/// value.
+/// The reason of the calling thread's last failed WIRELINK_Send or WIRELINK_AddConnect: one of the
+/// codes above or another value.
 std::uint32_t WIRELINK_GetLastError();
 
 /// Closes a connection and forgets its handle. Also ends a registration, as

@@ -40,11 +40,13 @@ std::shared_ptr<CConnectionWatch> Watch(std::uint32_t handle) {
 std::uint32_t WIRELINK_AddConnect(std::uint32_t, const char* ip, unsigned short port) {
     const auto address = Ipv4Address(ip, port);
     const CSocketLayer::CVisit visit = CSocketLayer::Instance().Enter();
+    lastError = 0;
     if (!visit || !address) {
         return 0;
     }
     CDescriptor descriptor = MakeTcpSocket();
     if (!descriptor) {
+        lastError = kWirelinkNoSocket;
         return 0;
     }
     return OrNothing([&] {

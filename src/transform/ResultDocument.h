@@ -3,6 +3,7 @@
 #ifndef ONVIF_CLIENT_TRANSFORM_RESULTDOCUMENT_H
 #define ONVIF_CLIENT_TRANSFORM_RESULTDOCUMENT_H
 
+#include <memory>
 #include <string>
 #include <string_view>
 
@@ -25,13 +26,15 @@ class CResultDocument {
 
     /// The whole document as text; empty when it has no command.
     std::string Print();
+    /// Gives it away as whoever parses the text would have it.
+    std::unique_ptr<const CXmlDocument> TakeParsed();
 
  private:
     XMLElement* Root(std::string_view name);
     XMLElement* Open(XMLElement* command);
     void Settle();
 
-    CXmlDocument document_;
+    std::unique_ptr<CXmlDocument> document_ = std::make_unique<CXmlDocument>();
     XMLElement* open_ = nullptr;  // what was handed out last
     XMLNode* settled_ = nullptr;  // its last child at that time
 };

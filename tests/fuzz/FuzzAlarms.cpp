@@ -133,8 +133,9 @@ void PostInPieces(std::string_view text, std::size_t pieceSize) {
 
 /// Results and addresses of subscriptions, and the requests that are made of them.
 void ReadDocuments(std::string_view text, std::size_t) {
-    ReadPull({status::kSuccess, std::string(text)});
-    ReadPull({status::kSuccess, std::string(text)}, true);
+    const auto result = std::make_shared<CXmlDocument>(text);
+    ReadPull({status::kSuccess, result});
+    ReadPull({status::kSuccess, result}, true);
     const auto answer = ReadSubscription(text);
     const std::string value(text.substr(0, text.find('\0')));
     const std::string document =

@@ -139,12 +139,13 @@ PullReply Result(const std::string& messages) {
     const std::string items =
         std::regex_replace(messages, item, "<item><name>$1</name><val>$2</val></item>");
     return {status::kSuccess,
-            "<GetResponse><pullMessages><status>success</status>" +
+            std::make_shared<CXmlDocument>(
+                "<GetResponse><pullMessages><status>success</status>" +
                 std::regex_replace(items, message,
                                    "<notifyMessage><topic>$1</topic><message><propertyOper>$2"
                                    "</propertyOper><source>$3</source><key>$4</key><data>$5"
                                    "</data></message></notifyMessage>") +
-                "</pullMessages></GetResponse>"};
+                "</pullMessages></GetResponse>")};
 }
 
 /// A device whose every source has a state of its own, or not.

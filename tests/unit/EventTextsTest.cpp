@@ -214,8 +214,9 @@ TEST(EventDocuments, APullRepeatsShortDurationsAlone) {
     for (const auto& [text, taken] : cases) {
         const PullAnswer answer =
             ReadPull({status::kSuccess,
-                      "<GetResponse><pullMessages><status>fail</status><maxtimeout>" +
-                          std::string(text) + "</maxtimeout></pullMessages></GetResponse>"});
+                      std::make_shared<CXmlDocument>(
+                          "<GetResponse><pullMessages><status>fail</status><maxtimeout>" +
+                          std::string(text) + "</maxtimeout></pullMessages></GetResponse>")});
         EXPECT_EQ(answer.maxTimeout, taken ? text : "") << text;
     }
 }

@@ -1,5 +1,7 @@
 #include "system/System.h"
 
+#include <sys/resource.h>
+
 #include <array>
 #include <csignal>
 
@@ -9,6 +11,16 @@ std::vector<std::string> ProgramWords(int argc, char** argv) {
 
 void WriteLinesAsTheyAre() {
     // They are.
+}
+
+std::size_t AllowManyDescriptors() {
+    rlimit limit = {};
+    if (getrlimit(RLIMIT_NOFILE, &limit) != 0) {
+        return 0;
+    }
+    limit.rlim_cur = limit.rlim_max;
+    setrlimit(RLIMIT_NOFILE, &limit);
+    return limit.rlim_max;
 }
 
 std::span<const int> EndSignals() {

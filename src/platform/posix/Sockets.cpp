@@ -98,6 +98,10 @@ CDescriptor AcceptTcp(SystemHandle listener, bool& again) {
     return accepted;
 }
 
+bool WaitsEndWithoutClosing() {
+    return true;
+}
+
 CDescriptor Duplicate(SystemHandle descriptor) {
     return CDescriptor(fcntl(Number(descriptor), F_DUPFD_CLOEXEC, 0));
 }

@@ -151,6 +151,10 @@ CDescriptor AcceptTcp(SystemHandle listener, bool& again) {
     return accepted;
 }
 
+bool WaitsEndWithoutClosing() {
+    return false;
+}
+
 CDescriptor Duplicate(SystemHandle descriptor) {
     WSAPROTOCOL_INFOW shared;
     if (WSADuplicateSocketW(Number(descriptor), GetCurrentProcessId(), &shared) != 0) {

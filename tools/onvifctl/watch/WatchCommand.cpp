@@ -7,6 +7,7 @@
 #include <optional>
 
 #include "CommandLine.h"
+#include "system/Descriptors.h"
 #include "system/Interruption.h"
 #include "watch/AlarmWatch.h"
 #include "watch/WatchDisplay.h"
@@ -100,6 +101,7 @@ ExitCode Watch(const CommandLine& line, const WatchArguments& arguments) {
     std::transform(cameras.begin(), cameras.end(), names.begin(),
                    [](const ConnectionOptions& camera) { return camera.name; });
 
+    AllowManyDescriptors();  // each camera takes one
     const CDataOutput output{};
     CInterruption interruption;
     const auto display = MakeWatchDisplay(format, output, names);

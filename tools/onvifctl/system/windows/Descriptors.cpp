@@ -1,0 +1,9 @@
+#include "system/Descriptors.h"
+
+namespace onvifctl {
+
+void AllowManyDescriptors() {
+    // There is no such limit.
+}
+
+}  // namespace onvifctl
