@@ -109,17 +109,23 @@ Reply CHttpClient::Exchange(const SignedRequest& request) {
     return PostSigned(target, request.envelope);
 }
 
-std::string CHttpClient::BuildHttpRequest(std::string_view request) {
+std::optional<PreparedRequest> CHttpClient::PrepareRequest(std::string_view request) const {
     const auto first = FirstRequest(*this, request);
-    if (!first) {
-        return {};
+    auto envelope = first ? CPreparedEnvelope::Make(credentials_, first->envelope) : std::nullopt;
+    if (!envelope) {
+        return std::nullopt;
     }
-    const auto body =
-        Sign(first->envelope, KeepsClock() ? std::optional(TimeOfPull()) : std::nullopt);
+    return PreparedRequest{*std::move(envelope), first->path, first->serviceKey};
+}
+
+std::string CHttpClient::BuildHttpRequest(const PreparedRequest& prepared) {
+    const auto body = prepared.envelope.Sign(
+        credentials_, KeepsClock() ? std::optional(TimeOfPull()) : std::nullopt);
     if (!body) {
         return {};
     }
-    const std::string path = first->path.empty() ? ResolvePath(first->serviceKey) : first->path;
+    const std::string path =
+        prepared.path.empty() ? ResolvePath(prepared.serviceKey) : prepared.path;
     if (!AnswersDigest()) {
         return BuildRequest(path, *body);
     }
@@ -259,18 +265,10 @@ std::string CHttpClient::TransferObserved(const Target& target, const std::strin
     return reply;
 }
 
-std::optional<std::string> CHttpClient::Sign(std::string_view envelope,
-                                             const std::optional<CalendarTime>& created) const {
-    CXmlTransform document(envelope);
-    if (!AddSecurityHeader(credentials_, document, created)) {
-        return std::nullopt;
-    }
-    return document.Document().Print();
-}
-
 Reply CHttpClient::PostSignedAt(const Target& target, std::string_view envelope,
                                 const std::optional<CalendarTime>& created) {
-    const auto body = Sign(envelope, created);
+    const auto prepared = CPreparedEnvelope::Make(credentials_, envelope);
+    const auto body = prepared ? prepared->Sign(credentials_, created) : std::nullopt;
     return body ? Post(target, *body) : Reply{status::kNotSent, {}};
 }
 

@@ -18,6 +18,7 @@
 #include "client/DigestAnswers.h"
 #include "client/ExchangeTrace.h"
 #include "client/LoginPatience.h"
+#include "client/PreparedRequest.h"
 #include "client/SecurityHeader.h"
 #include "client/SoapExchange.h"
 #include "commands/CommandSession.h"
@@ -58,9 +59,11 @@ class CHttpClient final : public ICommandSession {
     /// @return false when a command failed.
     bool Set(std::string_view request, std::string& result);
 
-    /// The HTTP request, signed, of the first command of a Get request document, for whoever sends
-    /// it over a connection of its own. Empty when there is nothing to send.
-    std::string BuildHttpRequest(std::string_view request);
+    /// The first command of a Get request document, for whoever sends it over connections of its
+    /// own. Nothing when there is nothing to send.
+    std::optional<PreparedRequest> PrepareRequest(std::string_view request) const;
+    /// The HTTP request of it, signed. Empty when that fails.
+    std::string BuildHttpRequest(const PreparedRequest& prepared);
 
     /// What a pull for messages brought whose HTTP reply came over another connection.
     PullReply ReadPullReply(std::string_view reply);
@@ -124,10 +127,6 @@ class CHttpClient final : public ICommandSession {
                                ExchangeEnd& end) const;
     std::string TransferObserved(const Target& target, const std::string& request,
                                  ExchangeEnd& end) const;
-    /// The envelope with its security header filled, created at that time, else by our clock;
-    /// nothing when that fails.
-    std::optional<std::string> Sign(std::string_view envelope,
-                                    const std::optional<CalendarTime>& created) const;
     Reply PostSignedAt(const Target& target, std::string_view envelope,
                        const std::optional<CalendarTime>& created);
     /// By our clock, or by the device's that is kept.

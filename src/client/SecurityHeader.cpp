@@ -1,5 +1,7 @@
 #include "client/SecurityHeader.h"
 
+#include <utility>
+
 #include "common/LogPoints.h"
 #include "common/TraceText.h"
 #include "platform/Clock.h"
@@ -44,17 +46,22 @@ std::string CreatedAt(const CalendarTime& utc) {
     return created;
 }
 
-bool FillToken(const Credentials& credentials, CXmlTransform& envelope,
-               const std::string& created) {
+std::optional<TokenTexts> MakeTokenCreated(const Credentials& credentials, std::string created) {
     const std::string nonce = MakeNonceText();
     const auto digest = Sha1(Bytes(nonce + created + credentials.password));
-    XMLElement* token = envelope.FindChild(envelope.Document().Root(), kToken);
+    if (nonce.empty() || !digest) {
+        return std::nullopt;
+    }
     // The digest is made over the nonce's text, and the device hashes what it decodes: the same.
-    return !nonce.empty() && digest &&
-           envelope.SetChildText(token, "wsse:Username", credentials.user) &&
-           envelope.SetChildText(token, "wsse:Password", Base64(*digest)) &&
-           envelope.SetChildText(token, "wsse:Nonce", Base64(Bytes(nonce))) &&
-           envelope.SetChildText(token, "wsu:Created", created);
+    return TokenTexts{Base64(*digest), Base64(Bytes(nonce)), std::move(created)};
+}
+
+bool FillToken(const Credentials& credentials, CXmlTransform& envelope, const TokenTexts& texts) {
+    XMLElement* token = envelope.FindChild(envelope.Document().Root(), kToken);
+    return envelope.SetChildText(token, "wsse:Username", credentials.user) &&
+           envelope.SetChildText(token, "wsse:Password", texts.digest) &&
+           envelope.SetChildText(token, "wsse:Nonce", texts.nonce) &&
+           envelope.SetChildText(token, "wsu:Created", texts.created);
 }
 
 }  // namespace
@@ -68,13 +75,18 @@ std::string MakeNonceText() {
     return digest ? LowerHex(*digest) : "";
 }
 
-bool AddSecurityHeader(const Credentials& credentials, CXmlTransform& envelope,
-                       const std::optional<CalendarTime>& created) {
+std::optional<TokenTexts> MakeToken(const Credentials& credentials,
+                                    const std::optional<CalendarTime>& created) {
+    return MakeTokenCreated(credentials, CreatedAt(created ? *created : UtcNow()));
+}
+
+bool FillSecurityHeader(const Credentials& credentials, CXmlTransform& envelope,
+                        const TokenTexts& texts) {
     if (!credentials.Present()) {
         Remove(envelope, kHeader);
         return true;
     }
-    return FillToken(credentials, envelope, CreatedAt(created ? *created : UtcNow()));
+    return FillToken(credentials, envelope, texts);
 }
 
 bool Authentication_UseIPCTime(const Credentials& credentials, CXmlTransform& envelope,
@@ -86,7 +98,8 @@ bool Authentication_UseIPCTime(const Credentials& credentials, CXmlTransform& en
     const std::string created = CreatedFromDeviceTime(deviceTimeResult);
     Trace("%s,%s:%d, xml:%s.\n", tracepoint::kDeviceClock.label, tracepoint::kDeviceClock.function,
           tracepoint::kDeviceClock.line, created.c_str());
-    return FillToken(credentials, envelope, created);
+    const auto token = MakeTokenCreated(credentials, created);
+    return token && FillToken(credentials, envelope, *token);
 }
 
 }  // namespace onvif_client

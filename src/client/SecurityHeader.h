@@ -23,13 +23,24 @@ struct Credentials {
 /// the system has no MD5. Any thread.
 std::string MakeNonceText();
 
-/// Fills the security header, created at that time, else by this machine's clock. Without
-/// credentials the whole SOAP header is removed.
-/// @return false when the envelope lacks an element of the header.
-bool AddSecurityHeader(const Credentials& credentials, CXmlTransform& envelope,
-                       const std::optional<CalendarTime>& created = std::nullopt);
+/// What a security header says anew each time.
+struct TokenTexts {
+    std::string digest;
+    std::string nonce;
+    std::string created;
+};
 
-/// The same, created by the device's clock.
+/// For a header created at that time, else by this machine's clock. Nothing when there is no nonce
+/// or no digest to be had.
+std::optional<TokenTexts> MakeToken(const Credentials& credentials,
+                                    const std::optional<CalendarTime>& created = std::nullopt);
+
+/// Fills the security header. Without credentials the whole SOAP header is removed.
+/// @return false when the envelope lacks an element of the header.
+bool FillSecurityHeader(const Credentials& credentials, CXmlTransform& envelope,
+                        const TokenTexts& texts);
+
+/// The same with a new token, created by the device's clock.
 /// @param deviceTimeResult  result document with the device's time; missing fields are sent as an
 ///                          empty year and zeros. Without credentials only the security element is
 ///                          removed, and an empty SOAP header stays.

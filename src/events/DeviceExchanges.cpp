@@ -27,14 +27,16 @@ std::string Get(std::uint32_t loginId, ISessionSource& sessions, const std::stri
     return result.data == nullptr ? "" : result.data.get();
 }
 
-PullRequest BuildPullRequest(const EventDeviceRecord& record, ISessionSource& sessions) {
+PullRequest BuildPullRequest(EventDeviceRecord& record, ISessionSource& sessions) {
     const CSessionReference reference(sessions, record.LoginId());
     CHttpClient* session = reference.Session();
     if (session == nullptr) {
         return {};
     }
+    const PreparedRequest* prepared = record.PreparedPull(
+        [session](const PullPoint& pull) { return session->PrepareRequest(PullDocument(pull)); });
     PullRequest request{session->DeviceAddress(), session->Port(),
-                        session->BuildHttpRequest(PullDocument(record.Pull()))};
+                        prepared == nullptr ? "" : session->BuildHttpRequest(*prepared)};
     if (!request.text.empty()) {
         request.trace = session->BeginTrace(request.text);
     }

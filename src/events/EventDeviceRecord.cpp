@@ -265,6 +265,21 @@ PullPoint EventDeviceRecord::Pull() const {
     return subscription_.Pull();
 }
 
+const PreparedRequest* EventDeviceRecord::PreparedPull(
+    const std::function<std::optional<PreparedRequest>(const PullPoint&)>& prepare) {
+    PullPoint pull;
+    {
+        const CLockGuard guard(lock_);
+        if (preparedPull_ && preparedFor_ == subscription_.PullNumber()) {
+            return &*preparedPull_;
+        }
+        preparedFor_ = subscription_.PullNumber();
+        pull = subscription_.Pull();
+    }
+    preparedPull_ = prepare(pull);
+    return preparedPull_ ? &*preparedPull_ : nullptr;
+}
+
 void EventDeviceRecord::EndPull() {
     connection_.Close();  // waits for a callback, which takes the lock
     parser_.Reset();

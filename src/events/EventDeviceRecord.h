@@ -11,12 +11,14 @@
 
 #include <atomic>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <span>
 #include <string>
 #include <vector>
 
+#include "client/PreparedRequest.h"
 #include "common/Extensions.h"
 #include "common/LogPoints.h"
 #include "events/AlarmStates.h"
@@ -118,6 +120,10 @@ class EventDeviceRecord final : public IPullSink {
     /// @param tokens  in the device's order.
     void SetInputs(std::vector<std::string> tokens);
     PullPoint Pull() const;
+    /// What all pulls from a pull point have in common; null when there is nothing to ask for.
+    /// @param prepare  called for a pull point that is new.
+    const PreparedRequest* PreparedPull(
+        const std::function<std::optional<PreparedRequest>(const PullPoint&)>& prepare);
     /// Ends the pull in progress, if any.
     void EndPull() EXCLUDES(lock_);
     /// Begins a pull, unless there is nothing to send; none may be in progress.
@@ -150,6 +156,10 @@ class EventDeviceRecord final : public IPullSink {
     bool lacksSocket_ GUARDED_BY(lock_) = false;
     bool newSubscription_ GUARDED_BY(lock_) = false;  // nothing has been pulled from it yet
     std::shared_ptr<CExchangeTrace> trace_ GUARDED_BY(lock_);  // of the pull in progress
+
+    // Only the task that has the record uses them.
+    std::optional<PreparedRequest> preparedPull_;
+    unsigned int preparedFor_ = 0;
 
     CEventParse parser_;
     CPullConnection connection_;  // ends first: it calls the others

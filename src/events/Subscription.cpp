@@ -25,6 +25,7 @@ void CSubscription::End(const std::optional<SubscriptionAnswer>& answer, std::in
     lost_ = !stands_;
     if (answer) {
         // What the device allowed ended with the subscription before.
+        ++pullNumber_;
         pull_ = {.address = answer->address, .id = answer->id, .idAttribute = answer->idAttribute};
     }
     attemptedAt_ = !answer && resumed_ ? 0 : now;
@@ -52,9 +53,11 @@ std::int64_t CSubscription::DueAt() const {
 
 void CSubscription::Limit(const PullAnswer& answer) {
     if (!answer.maxTimeout.empty()) {
+        ++pullNumber_;
         pull_.timeout = answer.maxTimeout;
     }
     if (answer.maxMessageLimit != 0) {
+        ++pullNumber_;
         pull_.messageLimit = answer.maxMessageLimit;
     }
 }

@@ -47,6 +47,8 @@ class CSubscription {
 
     /// What the next pull asks for.
     const PullPoint& Pull() const { return pull_; }
+    /// Another number for every other pull point.
+    unsigned int PullNumber() const { return pullNumber_; }
     /// Keeps to what the device allows at most, where it says so.
     void Limit(const PullAnswer& answer);
 
@@ -58,6 +60,7 @@ class CSubscription {
     bool resumed_ = false;          // since the last attempt began
     std::int64_t attemptedAt_ = 0;  // when the last attempt ended
     PullPoint pull_;
+    unsigned int pullNumber_ = 1;
 };
 
 }  // namespace onvif_client

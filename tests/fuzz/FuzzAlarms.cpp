@@ -142,7 +142,10 @@ void ReadDocuments(std::string_view text, std::size_t) {
         PullDocument({answer ? answer->address : value, answer ? answer->id : value});
     CXmlDocument pull(document);
     Expect(pull.Find("Get/pullMessages/messageLimit") != nullptr);
-    Sessions().Session().BuildHttpRequest(document);
+    CHttpClient& session = Sessions().Session();
+    if (const auto prepared = session.PrepareRequest(document)) {
+        Expect(!session.BuildHttpRequest(*prepared).empty());
+    }
 }
 
 constexpr void (*kReaders[])(std::string_view, std::size_t) = {PullInPieces, PostInPieces,

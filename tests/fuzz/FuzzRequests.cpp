@@ -59,9 +59,9 @@ class CScriptedSession final : public ICommandSession {
 
     Reply Exchange(const SignedRequest& request) override {
         if (choice_ % 8 == 7) {
-            CXmlTransform envelope(request.envelope);
-            Expect(AddSecurityHeader({"user\1", "password"}, envelope));
-            ExpectDocument(envelope.Document().Print());
+            const Credentials credentials{"user\1", "password"};
+            const auto prepared = CPreparedEnvelope::Make(credentials, request.envelope);
+            ExpectDocument(prepared.value().Sign(credentials, std::nullopt).value());
         } else {
             ExpectDocument(request.envelope);
             const CXmlDocument envelope(request.envelope);

@@ -2,7 +2,7 @@
 #include <span>
 
 #include "FuzzInput.h"
-#include "client/SecurityHeader.h"
+#include "client/PreparedRequest.h"
 #include "transform/MotionCells.h"
 #include "transform/TimeResults.h"
 
@@ -39,9 +39,9 @@ void ReadClock(std::string_view reply) {
 }
 
 void SignEnvelope(std::string_view text) {
-    CXmlTransform envelope(text);
-    if (AddSecurityHeader({"user", "password"}, envelope)) {
-        Expect(CXmlDocument().Load(envelope.Document().Print()));
+    const Credentials credentials{"user", "password"};
+    if (const auto prepared = CPreparedEnvelope::Make(credentials, text)) {
+        Expect(CXmlDocument().Load(prepared->Sign(credentials, std::nullopt).value()));
     }
 }
 

@@ -129,7 +129,7 @@ TEST(DigestAnswers, AreGivenUnaskedAndAnewWhereThatHelps) {
 
     // Pulls: one more at once where that helps, but not for ever.
     const auto pull = [&](const std::string& reply) {
-        session.BuildHttpRequest("<Get><pullMessages/></Get>");
+        session.BuildHttpRequest(session.PrepareRequest("<Get><pullMessages/></Get>").value());
         return ReadPull(session.ReadPullReply(reply)).outcome;
     };
     CPullPacing pacing;

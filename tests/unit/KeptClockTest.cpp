@@ -116,8 +116,8 @@ TEST_F(KeptClock, IsCarriedOnAndLookedAtAnewWhenItMoved) {
     Show("30:00");
     session.ReadPullReply("HTTP/1.1 401 Unauthorized\r\n\r\n");
     clock_.ticks += 60000;
-    EXPECT_NE(session.BuildHttpRequest("<Get><pullMessages/></Get>").find("08:30:00Z"),
-              std::string::npos);
+    const auto pull = session.PrepareRequest("<Get><pullMessages/></Get>").value();
+    EXPECT_NE(session.BuildHttpRequest(pull).find("08:30:00Z"), std::string::npos);
     EXPECT_EQ(Log(), "c ");
     Show("40:00");
     session.NoteClockSet();

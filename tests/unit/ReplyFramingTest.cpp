@@ -170,7 +170,7 @@ TEST_F(ExtendedExchange, MessagesMayBeLarge) {
                                  "</timeout></pullMessages></Get>";
     for (const CExtensions each : {CExtensions{}, CExtensions{Extension::kLargeMessages}}) {
         CHttpClient session("u", "p", "127.0.0.1", 80, each);
-        EXPECT_EQ(session.BuildHttpRequest(document).size(),
+        EXPECT_EQ(session.BuildHttpRequest(session.PrepareRequest(document).value()).size(),
                   each == CExtensions{} ? 8'191U : 1'048'576U);
     }
 }

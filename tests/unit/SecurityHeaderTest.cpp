@@ -1,4 +1,4 @@
-#include "client/SecurityHeader.h"
+#include "client/PreparedRequest.h"
 
 #include <gtest/gtest.h>
 
@@ -34,14 +34,22 @@ std::string Token(CXmlTransform& envelope, const char* element) {
 TEST(SecurityHeader, CarriesADigestThatADeviceAccepts) {
     const client_test::CMovedClock clock;
     const CScopedClock replaced(clock);
-    for (const char* password : {"secret", "", "päss&<>"}) {
+    const std::pair<const char*, const char*> accounts[] = {
+        {"admin", "secret"}, {"missing", ""}, {"<wsse:Nonce>missing", "päss&<>"}};
+    for (const auto& [user, password] : accounts) {
         for (const bool deviceClock : {false, true}) {
-            const Credentials credentials{"admin", password};
+            const Credentials credentials{user, password};
             CXmlTransform envelope(BuildGetDeviceInformation({}));
-            ASSERT_TRUE(deviceClock ? Authentication_UseIPCTime(credentials, envelope, kDeviceTime)
-                                    : AddSecurityHeader(credentials, envelope));
+            if (deviceClock) {
+                ASSERT_TRUE(Authentication_UseIPCTime(credentials, envelope, kDeviceTime));
+            } else {
+                const auto prepared =
+                    CPreparedEnvelope::Make(credentials, BuildGetDeviceInformation({}));
+                ASSERT_TRUE(
+                    envelope.Document().Load(prepared.value().Sign(credentials, {}).value()));
+            }
             const auto nonce = DecodeBase64(Token(envelope, "wsse:Nonce")).value();
-            EXPECT_EQ(Token(envelope, "wsse:Username"), "admin");
+            EXPECT_EQ(Token(envelope, "wsse:Username"), user);
             EXPECT_EQ(Token(envelope, "wsu:Created"), "2019-03-07T08:05:09Z");
             EXPECT_EQ(nonce.size(), 32U);
             EXPECT_EQ(Token(envelope, "wsse:Password"),
@@ -53,7 +61,7 @@ TEST(SecurityHeader, CarriesADigestThatADeviceAccepts) {
 TEST(SecurityHeader, WithoutCredentialsTheTwoVariantsRemoveDifferentParts) {
     CXmlTransform local(BuildGetDeviceInformation({}));
     CXmlTransform device(BuildGetDeviceInformation({}));
-    EXPECT_TRUE(AddSecurityHeader({}, local));
+    EXPECT_TRUE(FillSecurityHeader({}, local, {}));
     EXPECT_TRUE(Authentication_UseIPCTime({}, device, kDeviceTime));
     EXPECT_EQ(local.Document().Find("s:Header"), nullptr);
     ASSERT_NE(device.Document().Find("s:Header"), nullptr);
@@ -65,7 +73,7 @@ TEST(SecurityHeader, UnknownDeviceTimeAndMissingElements) {
     EXPECT_TRUE(Authentication_UseIPCTime({"u", ""}, envelope, ""));
     EXPECT_EQ(Token(envelope, "wsu:Created"), "-00-00T00:00:00Z");
     CXmlTransform bare(BareClockEnvelope());
-    EXPECT_FALSE(AddSecurityHeader({"u", "p"}, bare));
+    EXPECT_FALSE(CPreparedEnvelope::Make({"u", "p"}, BareClockEnvelope()));
     EXPECT_FALSE(Authentication_UseIPCTime({"u", "p"}, bare, kDeviceTime));
 }
 
