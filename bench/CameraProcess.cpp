@@ -6,6 +6,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <csignal>
 #include <cstdio>
 #include <exception>
@@ -130,16 +131,25 @@ void CCameraProcess::Child() const try {
     if (!answers_.Send() || !commands_.Await()) {
         return;
     }
+    std::vector<std::pair<Clock::duration, std::size_t>> turns;  // when, and whose
+    const Clock::duration lasts = std::min<Clock::duration>(period_ / 2, std::chrono::seconds(1));
+    for (std::size_t i = 0; i < cameras_ * changes_ / 2; ++i) {
+        const Clock::duration begins = period_ * i / cameras_;
+        turns.emplace_back(begins, i % cameras_);
+        turns.emplace_back(begins + lasts, i % cameras_);
+    }
+    std::sort(turns.begin(), turns.end());
+    std::vector<std::size_t> made(cameras_);
     const Clock::time_point start = Clock::now();
-    for (std::size_t turn = 0; turn < cameras_ * changes_; ++turn) {
-        const std::size_t i = turn % cameras_;
-        std::this_thread::sleep_until(start + period_ * turn / cameras_);
-        PageOf(i).changeTimes[turn / cameras_] = Clock::now().time_since_epoch().count();
-        cameras[i]->Change([](camera_sim::CameraState& state) {
+    for (const auto& [when, camera] : turns) {
+        std::this_thread::sleep_until(start + when);
+        Page& page = PageOf(camera);
+        page.changeTimes[made[camera]++] = Clock::now().time_since_epoch().count();
+        cameras[camera]->Change([](camera_sim::CameraState& state) {
             bool& motion = state.media.videoSources.front().motion;
             motion = !motion;
         });
-        PageOf(i).messages = cameras[i]->Count("event:messages");
+        page.messages = cameras[camera]->Count("event:messages");
     }
     if (answers_.Send()) {
         commands_.Await();  // until the process is ended

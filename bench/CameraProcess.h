@@ -16,8 +16,9 @@ class CCameraProcess {
     using Clock = std::chrono::steady_clock;  // counts alike in all processes of a machine
 
     /// Forks: to be made before the first thread. Returns when every camera listens.
-    /// @param changes  how often the motion of each camera will change, in intervals of @p period;
-    ///                 the cameras take turns, so that changes are spread evenly over it.
+    /// @param changes  how often the motion of each camera will change, an even number.
+    /// @param period   from one beginning of its motion to the next. Motion lasts half of that, at
+    ///                 most a second; the cameras take turns, so that changes are spread evenly.
     CCameraProcess(std::size_t cameras, std::size_t changes, Clock::duration period);
     /// Ends the process.
     ~CCameraProcess();

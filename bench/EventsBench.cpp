@@ -75,6 +75,9 @@ int main(int argc, char** argv) try {
     many->add_option("--threads", load.threads, "that log in and add observers")
         ->check(CLI::Range(1, 64))
         ->capture_default_str();
+    many->add_option("--idle", load.idle, "seconds before the changes")
+        ->check(CLI::Range(1, kMost))
+        ->capture_default_str();
     many->add_option("--figures", load.figures, "file that gets the figures as a line of JSON");
     std::size_t dead = 200;
     CLI::App* beside = app.add_subcommand("dead", "the same beside devices without power");

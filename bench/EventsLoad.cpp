@@ -42,7 +42,7 @@ class CProcessorTime {
 
 /// The cameras in their processes, with an observer each.
 struct Site {
-    /// @param period  between two changes of a camera.
+    /// @param period  from one beginning of a camera's motion to the next.
     Site(std::size_t count, std::size_t changes, Clock::duration period) {
         for (std::size_t from = 0; from < count; from += kCamerasOfProcess) {
             processes.push_back(std::make_unique<CCameraProcess>(
@@ -150,6 +150,22 @@ std::vector<CEar::Told> WithoutRepetitions(std::vector<CEar::Told> told) {
     return told;
 }
 
+/// What was told of a camera that did not tell every change once and in order.
+void PrintInexact(const Site& site, std::size_t camera, const std::vector<CEar::Told>& told,
+                  std::size_t changes) {
+    constexpr std::size_t kMostShown = 8;
+    std::fprintf(stderr, "camera %zu, port %d:", camera, int{site.Port(camera)});
+    for (std::size_t i = 0; i < changes; ++i) {
+        std::fprintf(stderr, " changed at %.0f ms",
+                     Milliseconds(site.ChangeTime(camera, i) - site.ChangeTime(camera, 0)));
+    }
+    for (std::size_t i = 0; i < std::min(told.size(), kMostShown); ++i) {
+        std::fprintf(stderr, ", told %s at %.0f ms", told[i].state ? "on" : "off",
+                     Milliseconds(told[i].time - site.ChangeTime(camera, 0)));
+    }
+    std::fprintf(stderr, ", %zu times in all\n", told.size());
+}
+
 struct Deliveries {
     std::size_t made = 0;
     std::size_t told = 0;
@@ -171,6 +187,9 @@ Deliveries PrintDeliveries(const Site& site, std::size_t changes, bool repetitio
         deliveries.made += site.Messages(i);
         deliveries.told += heard.size();
         exact += own.empty() ? 0U : 1U;
+        if (own.empty()) {
+            PrintInexact(site, i, heard, changes);
+        }
     }
     deliveries.exact = exact == count;
     std::sort(deliveries.latencies.begin(), deliveries.latencies.end());
@@ -216,7 +235,7 @@ bool MeasureLoad(const Load& load) {
     const auto count = static_cast<double>(load.cameras);
     const auto inAll = static_cast<double>(load.changes) * count;
     Site site(load.cameras, load.changes,
-              std::chrono::nanoseconds(static_cast<std::int64_t>(count / load.rate * 1e9)));
+              std::chrono::nanoseconds(static_cast<std::int64_t>(2 * count / load.rate * 1e9)));
     nlohmann::ordered_json figures = {{"cameras", load.cameras}, {"rate", load.rate}};
     const auto print = [&figures](const char* name, const char* what, double value) {
         figures[name] = value;
@@ -235,7 +254,7 @@ bool MeasureLoad(const Load& load) {
     print("observers_ms", "all observers, ms", AddObservers(site, load.threads));
     std::this_thread::sleep_for(seconds(2));
     const CProcessorTime quiet;
-    std::this_thread::sleep_for(seconds(10));
+    std::this_thread::sleep_for(seconds(load.idle));
     const double idle = quiet.MillisecondsPerSecond();
     print("idle_ms_per_s", "processor time while pulls wait, ms a second", idle);
     print("session_kb", "memory of each session, KB", (memoryLoggedIn - memoryAlone) / count);
@@ -253,7 +272,7 @@ bool MeasureLoad(const Load& load) {
     print("bare_us", "processor time of a bare exchange of as many bytes, us", bare);
     std::fprintf(stderr, "threads of the process: %ld\n", ProcessStatus("Threads"));
 
-    const Deliveries deliveries = PrintDeliveries(site, load.changes, load.rate < count);
+    const Deliveries deliveries = PrintDeliveries(site, load.changes, false);
     figures["changes_made"] = deliveries.made;
     figures["changes_told"] = deliveries.told;
     figures["exact"] = deliveries.exact;
@@ -270,7 +289,7 @@ bool MeasureLoad(const Load& load) {
 bool MeasureDead(std::size_t cameras, std::size_t dead, std::size_t changes) {
     constexpr double kLongestStallMs = 250;
     constexpr std::size_t kThreads = 1;
-    Site site(cameras, changes, seconds(1));
+    Site site(cameras, changes, seconds(2));
     const StartedLibrary library;
     LogIn(site, kThreads);
     AddObservers(site, kThreads);

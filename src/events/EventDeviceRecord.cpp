@@ -104,6 +104,7 @@ void EventDeviceRecord::OnPullAnswer(const PullAnswer& answer) {
     {
         const CLockGuard guard(lock_);
         subscription_.Limit(answer);
+        toldInARow_ = answer.outcome == PullOutcome::kMessages ? toldInARow_ + 1 : 0;
         pendingItems_.insert(pendingItems_.end(), answer.items.begin(), answer.items.end());
         if (answer.outcome == PullOutcome::kNoMessages) {
             AddNewsLocked(AlarmNews::kAnswer);
@@ -278,6 +279,13 @@ const PreparedRequest* EventDeviceRecord::PreparedPull(
     }
     preparedPull_ = prepare(pull);
     return preparedPull_ ? &*preparedPull_ : nullptr;
+}
+
+void EventDeviceRecord::ForgetIdlePull() {
+    const CLockGuard guard(lock_);
+    if (toldInARow_ < 2) {
+        preparedPull_.reset();
+    }
 }
 
 void EventDeviceRecord::EndPull() {

@@ -124,6 +124,9 @@ class EventDeviceRecord final : public IPullSink {
     /// @param prepare  called for a pull point that is new.
     const PreparedRequest* PreparedPull(
         const std::function<std::optional<PreparedRequest>(const PullPoint&)>& prepare);
+    /// Forgets that of a device whose last two pulls did not both bring messages: most devices say
+    /// nothing for hours, but for their states when they are subscribed to.
+    void ForgetIdlePull();
     /// Ends the pull in progress, if any.
     void EndPull() EXCLUDES(lock_);
     /// Begins a pull, unless there is nothing to send; none may be in progress.
@@ -154,6 +157,7 @@ class EventDeviceRecord final : public IPullSink {
     std::vector<AlarmItem> pendingItems_ GUARDED_BY(lock_);
     bool inputsAsked_ GUARDED_BY(lock_) = false;
     bool lacksSocket_ GUARDED_BY(lock_) = false;
+    unsigned int toldInARow_ GUARDED_BY(lock_) = 0;   // answers with messages, until one without
     bool newSubscription_ GUARDED_BY(lock_) = false;  // nothing has been pulled from it yet
     std::shared_ptr<CExchangeTrace> trace_ GUARDED_BY(lock_);  // of the pull in progress
 

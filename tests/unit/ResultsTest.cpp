@@ -134,6 +134,28 @@ TEST(Results, OneDocumentCarriesAllAnswers) {
             "SetResponse{dns{status=success}}}"));
 }
 
+TEST(Results, AreGivenAwayAsTheirTextParses) {
+    for (const char* text : {"", " ", "\n", "a\r\nb\r", "&amp;<", "\x01", "a\xFF\xFEz",
+                             "\xED\xA0\x80", "]]>", "\xC3\xA4", " a "}) {
+        CResultDocument printed;
+        CResultDocument given;
+        for (CResultDocument* each : {&printed, &given}) {
+            Append(each->Command("GetResponse", "c"), "a/b", text);
+            Append(each->Command("GetResponse", "c"), "d", text);
+        }
+        const CXmlDocument parsed(printed.Print());
+        const auto taken = given.TakeParsed();
+        for (const char* path : {"c/a/b", "c/d"}) {
+            const XMLElement* expected = parsed.Find(path);
+            const XMLElement* element = taken->Find(path);
+            ASSERT_NE(element, nullptr) << text;
+            EXPECT_EQ(TextOf(element), TextOf(expected)) << path;
+            EXPECT_EQ(element->NoChildren(), expected->NoChildren()) << path << text;
+        }
+        EXPECT_EQ(given.Print(), "");
+    }
+}
+
 TEST(Results, DeviceTimeNeedsAllSixFields) {
     const std::string reply = Reply(
         "t:GetSystemDateAndTimeResponse{t:SystemDateAndTime{t:UTCDateTime{t:Time{t:Hour=8 "
