@@ -33,11 +33,18 @@ std::string TextOf(const char* text) {
 
 onvif_client::CExtensions ChosenExtensions() {
     std::vector<std::string> unknown;
+    std::vector<const onvif_client::ExtensionRow*> lacking;
     const auto chosen = onvif_client::ReadExtensions(
-        onvif_client::EnvironmentText("ONVIF_CLIENT_EXTENSIONS", ""), unknown);
+        onvif_client::EnvironmentText("ONVIF_CLIENT_EXTENSIONS", ""), unknown, lacking);
     for (const std::string& name : unknown) {
         onvif_client::LogNormal(onvif_client::loglabel::kOnvifClient, "there is no extension %s",
                                 name.c_str());
+    }
+    for (const onvif_client::ExtensionRow* row : lacking) {
+        const std::string needed(onvif_client::ExtensionName(*row->needs));
+        onvif_client::LogNormal(onvif_client::loglabel::kOnvifClient,
+                                "the extension %s does nothing without %s",
+                                std::string(row->name).c_str(), needed.c_str());
     }
     return chosen;
 }

@@ -6,7 +6,7 @@ namespace onvif_client {
 
 int CHttpClient::LookAtClock(std::string_view path) {
     const Target target{path, kOrdinaryReplyCapacity};
-    const Reply bare = Post(target, std::string(BareClockEnvelope()));
+    const Reply bare = PostBare(target, BareClockEnvelope());
     if (LearnClock(bare)) {
         return status::kSuccess;
     }

@@ -168,23 +168,47 @@ int CHttpClient::DownloadPicture(const std::string& address, ResponseBuffer& pic
     return status::kSuccess;
 }
 
-Reply CHttpClient::Post(const Target& target, std::string_view body) {
+Reply CHttpClient::Post(const Target& target, const MakeBody& make) {
     if (!patience_) {
-        return PostOnce(target, body);
+        return PostOpenly(target, make);
     }
     if (patience_->Lost()) {
         return {status::kNoReply, {}};
     }
     const std::uint32_t began = TickCount();
-    Reply reply = PostOnce(target, body);
-    patience_->Count(TickCount() - began, reply.status != status::kNoReply);
+    Reply reply = PostOpenly(target, make);
+    if (reply.status != status::kNotSent) {
+        patience_->Count(TickCount() - began, reply.status != status::kNoReply);
+    }
     return reply;
 }
 
-Reply CHttpClient::PostOnce(const Target& target, std::string_view body) {
+Reply CHttpClient::PostOpenly(const Target& target, const MakeBody& make) {
+    auto body = make();
+    if (!body) {
+        return {status::kNotSent, {}};
+    }
+    const std::uint32_t began = TickCount();
+    auto outcome = OverKept::kNot;
+    Reply reply = PostOnce(target, *body, outcome);
+    const std::uint32_t passed = TickCount() - began;
+    // What may have arrived is only asked for twice, never set twice.
+    const bool mayRepeat =
+        outcome == OverKept::kUnsent || (outcome == OverKept::kClosed && OnlyReads(*body));
+    if (!mayRepeat || passed >= target.timeoutMs) {
+        return reply;
+    }
+    body = make();
+    Target left = target;
+    left.timeoutMs -= passed;
+    left.overNewConnection = true;
+    return body ? PostOnce(left, *body, outcome) : reply;
+}
+
+Reply CHttpClient::PostOnce(const Target& target, std::string_view body, OverKept& outcome) {
     bool refused = false;
-    std::string buffer = AnswersDigest() ? TransferAnswering(target, body, refused)
-                                         : Transfer(target, BuildRequest(target.path, body));
+    std::string buffer = AnswersDigest() ? TransferAnswering(target, body, refused, outcome)
+                                         : Transfer(target, BuildExchange(target, body), outcome);
     Reply reply;
     if (KeepsClock()) {
         reply.date = ReadHttpDate(buffer);
@@ -207,21 +231,28 @@ int CHttpClient::Classify(std::string_view reply, std::string_view& soap) const 
 }
 
 std::string CHttpClient::BuildRequest(std::string_view path, std::string_view body,
-                                      std::string_view authorization) const {
+                                      std::string_view authorization,
+                                      std::string_view persistence) const {
     const bool large = extensions_.Has(Extension::kLargeMessages);
     return BuildPost(path, ip_, body, authorization,
-                     large ? kLargestExtendedRequest : kLargestRequest);
+                     large ? kLargestExtendedRequest : kLargestRequest, persistence);
+}
+
+std::string CHttpClient::BuildExchange(const Target& target, std::string_view body,
+                                       std::string_view authorization) const {
+    return BuildRequest(target.path, body, authorization,
+                        KeepsConnections() ? kKeepAliveField : std::string_view());
 }
 
 std::string CHttpClient::TransferAnswering(const Target& target, std::string_view body,
-                                           bool& refused) {
+                                           bool& refused, OverKept& outcome) {
     using enum CDigestAnswers::Verdict;
     const std::string uri = PostTarget(target.path);
     std::string buffer;
     auto verdict = kAskedAnew;
     for (int answers = 0; verdict == kAskedAnew && answers <= kMostAnswers; ++answers) {
         const CDigestAnswers::Answer answer = digestAnswers_.Next("POST", uri);
-        buffer = Transfer(target, BuildRequest(target.path, body, answer.field));
+        buffer = Transfer(target, BuildExchange(target, body, answer.field), outcome);
         verdict = digestAnswers_.Take(buffer, answer);
     }
     refused = verdict != kNotAsked;
@@ -232,11 +263,12 @@ std::shared_ptr<CExchangeTrace> CHttpClient::BeginTrace(std::string_view request
     return CExchangeTrace::Begin(ip_, port_, credentials_, request);
 }
 
-std::string CHttpClient::Transfer(const Target& target, const std::string& request) const {
+std::string CHttpClient::Transfer(const Target& target, const std::string& request,
+                                  OverKept& outcome) {
     const auto trace = BeginTrace(request);
     ExchangeEnd end = ExchangeEnd::kReplied;
     std::string reply = CReplyCollector::IsNeeded(extensions_)
-                            ? TransferObserved(target, request, end)
+                            ? TransferObserved(target, request, end, outcome)
                             : TransferSimply(target, request, end);
     if (trace != nullptr) {
         trace->End({end, reply});
@@ -255,21 +287,54 @@ std::string CHttpClient::TransferSimply(const Target& target, const std::string&
 }
 
 std::string CHttpClient::TransferObserved(const Target& target, const std::string& request,
-                                          ExchangeEnd& end) const {
+                                          ExchangeEnd& end, OverKept& outcome) {
     CReplyCollector collector(extensions_, target.replyCapacity);
+    KeptUse use{kept_, LongestIdleMs(target, request)};
     WIRELINK_ObservedClientComm(ip_.c_str(), port_, request.data(),
                                 static_cast<unsigned int>(request.size()), &collector,
-                                target.timeoutMs, &end);
+                                target.timeoutMs, &end, KeepsConnections() ? &use : nullptr);
+    outcome = use.outcome;
+    NoteOverKept(outcome);
     std::string reply = collector.Take();
     reply.resize(std::strlen(reply.c_str()));
     return reply;
 }
 
+bool CHttpClient::KeepsConnections() const {
+    return extensions_.Has(Extension::kKeepAlive) && keptTrust_ != KeptTrust::kRefused;
+}
+
+std::uint32_t CHttpClient::LongestIdleMs(const Target& target, std::string_view request) const {
+    if (target.overNewConnection) {
+        return 0;
+    }
+    // What is not repeated waits for proof that the device means it, and goes over a connection
+    // that the device is not about to close.
+    constexpr std::uint32_t kFreshMs = 1000;
+    const std::uint32_t unrepeated = keptTrust_ == KeptTrust::kProven ? kFreshMs : 0;
+    return OnlyReads(request) ? kLongestKeptMs : unrepeated;
+}
+
+void CHttpClient::NoteOverKept(OverKept outcome) {
+    if (outcome == OverKept::kAnswered) {
+        keptTrust_ = KeptTrust::kProven;
+    } else if (outcome != OverKept::kNot) {
+        auto untried = KeptTrust::kUntried;
+        if (keptTrust_.compare_exchange_strong(untried, KeptTrust::kRefused)) {
+            kept_.Close();
+        }
+    }
+}
+
 Reply CHttpClient::PostSignedAt(const Target& target, std::string_view envelope,
                                 const std::optional<CalendarTime>& created) {
     const auto prepared = CPreparedEnvelope::Make(credentials_, envelope);
-    const auto body = prepared ? prepared->Sign(credentials_, created) : std::nullopt;
-    return body ? Post(target, *body) : Reply{status::kNotSent, {}};
+    return Post(target,
+                [&] { return prepared ? prepared->Sign(credentials_, created) : std::nullopt; });
+}
+
+Reply CHttpClient::PostBare(const Target& target, std::string_view envelope) {
+    return Post(target, [&] { return std::optional(std::string(envelope)); });
 }
 
 Reply CHttpClient::PostSigned(const Target& target, std::string_view envelope) {
@@ -279,15 +344,17 @@ Reply CHttpClient::PostSigned(const Target& target, std::string_view envelope) {
 
 Reply CHttpClient::PostSignedByDeviceClock(const Target& target, std::string_view envelope,
                                            const std::string& deviceTime) {
-    CXmlTransform document(envelope);
-    if (!Authentication_UseIPCTime(credentials_, document, deviceTime)) {
-        return {status::kNotSent, {}};
-    }
-    return Post(target, document.Document().Print());
+    return Post(target, [&]() -> std::optional<std::string> {
+        CXmlTransform document(envelope);
+        if (!Authentication_UseIPCTime(credentials_, document, deviceTime)) {
+            return std::nullopt;
+        }
+        return document.Document().Print();
+    });
 }
 
 int CHttpClient::FetchDeviceClock(std::string_view path, std::string& deviceTimeResult) {
-    const Reply reply = Post({path, kOrdinaryReplyCapacity}, BareClockEnvelope());
+    const Reply reply = PostBare({path, kOrdinaryReplyCapacity}, BareClockEnvelope());
     if (reply.status == status::kSuccess) {
         TransGetSystemDateAndTimeForAuthentication(reply.soap, deviceTimeResult);
     }

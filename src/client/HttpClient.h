@@ -2,13 +2,15 @@
 /// A device session: what is known of one logged-in device, and the way to it.
 ///
 /// A session is made with an address and credentials, logs in once, and then runs any number of
-/// requests, from any number of threads at once; every exchange opens a TCP connection of its own.
-/// Sessions are made, counted and destroyed by the session registry.
+/// requests, from any number of threads at once; every exchange opens a TCP connection of its own
+/// or, with keep-alive, goes over one that another exchange has left open. Sessions are made,
+/// counted and destroyed by the session registry.
 #ifndef ONVIF_CLIENT_CLIENT_HTTPCLIENT_H
 #define ONVIF_CLIENT_CLIENT_HTTPCLIENT_H
 
 #include <atomic>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -23,7 +25,9 @@
 #include "client/SoapExchange.h"
 #include "commands/CommandSession.h"
 #include "commands/ResponseBuffer.h"
+#include "platform/KeptConnections.h"
 #include "platform/Mutex.h"
+#include "platform/Wirelink.h"
 
 namespace onvif_client {
 
@@ -102,33 +106,53 @@ class CHttpClient final : public ICommandSession {
         std::string_view path;
         std::uint32_t replyCapacity;
         std::uint32_t timeoutMs = kExchangeTimeoutMs;
+        bool overNewConnection = false;
     };
+
+    /// Makes the body of a request, signed anew each time; nothing when that fails.
+    using MakeBody = std::function<std::optional<std::string>()>;
 
     // HttpClient.cpp: exchanges
     /// During a login, as long as that has patience.
-    Reply Post(const Target& target, std::string_view body);
-    Reply PostOnce(const Target& target, std::string_view body);
+    Reply Post(const Target& target, const MakeBody& make);
+    /// Once more over a new connection, in the time that is left, where a kept one turned out to be
+    /// closed.
+    Reply PostOpenly(const Target& target, const MakeBody& make);
+    /// @param outcome  of the kept connection that it went over.
+    Reply PostOnce(const Target& target, std::string_view body, OverKept& outcome);
     /// What the reply says, as the session's extensions have it.
     int Classify(std::string_view reply, std::string_view& soap) const;
     /// A POST, cut where the session's requests end.
     std::string BuildRequest(std::string_view path, std::string_view body,
-                             std::string_view authorization = {}) const;
+                             std::string_view authorization = {},
+                             std::string_view persistence = {}) const;
+    /// The same for an exchange, which may ask for a connection that stays open.
+    std::string BuildExchange(const Target& target, std::string_view body,
+                              std::string_view authorization = {}) const;
     /// With http-digest: up to three times, to answer what the device asks for. Each has the
     /// target's time.
     /// @param refused  becomes true when the device does not accept the answer.
-    std::string TransferAnswering(const Target& target, std::string_view body, bool& refused);
+    std::string TransferAnswering(const Target& target, std::string_view body, bool& refused,
+                                  OverKept& outcome);
     CDigestAnswers::Verdict TakePullChallenge(std::string_view reply);
     bool AnswersDigest() const { return extensions_.Has(Extension::kHttpDigest); }
     /// One exchange over TCP.
     /// @return what came, head and body, up to the target's capacity, with the extension
     ///         large-messages up to 16 MiB; with http-framing without the frames of chunks.
-    std::string Transfer(const Target& target, const std::string& request) const;
+    std::string Transfer(const Target& target, const std::string& request, OverKept& outcome);
     std::string TransferSimply(const Target& target, const std::string& request,
                                ExchangeEnd& end) const;
-    std::string TransferObserved(const Target& target, const std::string& request,
-                                 ExchangeEnd& end) const;
+    std::string TransferObserved(const Target& target, const std::string& request, ExchangeEnd& end,
+                                 OverKept& outcome);
+    /// Whether connections are kept at present.
+    bool KeepsConnections() const;
+    /// How long a connection may have been idle that this request goes over.
+    std::uint32_t LongestIdleMs(const Target& target, std::string_view request) const;
+    /// Learns from what came of a kept connection.
+    void NoteOverKept(OverKept outcome);
     Reply PostSignedAt(const Target& target, std::string_view envelope,
                        const std::optional<CalendarTime>& created);
+    Reply PostBare(const Target& target, std::string_view envelope);
     /// By our clock, or by the device's that is kept.
     Reply PostSigned(const Target& target, std::string_view envelope);
     /// @param deviceTime  what FetchDeviceClock gave.
@@ -193,6 +217,15 @@ class CHttpClient final : public ICommandSession {
     EventCapabilities eventCapabilities_;
     bool loggedIn_ = false;
     std::optional<CLoginPatience> patience_;  // nothing but during the login
+
+    /// What is known of the device's kept connections.
+    enum class KeptTrust : std::uint8_t {
+        kUntried,
+        kProven,   // it has answered over one
+        kRefused,  // it has failed at the first: no more are kept
+    };
+    std::atomic<KeptTrust> keptTrust_ = KeptTrust::kUntried;
+    const CKeptConnections kept_;  // none without keep-alive
 
     std::atomic<bool> digestAsked_ = false;  // for a picture; Basic is not answered any more
 

@@ -3,6 +3,8 @@
 #include <algorithm>
 
 #include "client/SoapExchange.h"
+#include "common/HttpPersistence.h"
+#include "platform/KeptConnections.h"
 
 namespace onvif_client {
 
@@ -39,6 +41,8 @@ std::uint32_t CReplyCollector::OnReply(const char* data, std::uint32_t length) {
         return Ends() ? 0 : kReplyGoesOn;
     }
     const ReplyState state = framing_->Add(bytes, text_);
+    // Behind the last chunk an empty line belongs to the frame.
+    whole_ = state == ReplyState::kComplete && bytes == (framing_->Chunked() ? "\r\n" : "");
     if (Ends() || state == ReplyState::kBroken) {
         return 0;
     }
@@ -50,6 +54,10 @@ std::uint32_t CReplyCollector::OnReply(const char* data, std::uint32_t length) {
     }
     text_ += bytes;  // there are devices that state too small a length
     return Ends() ? 0 : kRestOfEnvelopeMs;
+}
+
+std::uint32_t CReplyCollector::KeepsOpenMs() const {
+    return whole_ ? PersistsForMs(text_, kLongestKeptMs) : 0;
 }
 
 std::size_t CReplyCollector::EndOfEnvelope() const {

@@ -19,7 +19,8 @@ namespace onvif_client {
 /// The text of a reply ends with the envelope (kReplyEndMarker, with open-faults also without a
 /// prefix), at its capacity, with a million of "<" and "=", and, as HTTP frames it, with its
 /// length, its last chunk or a chunk that is none. Where an envelope goes on behind the length, 250
-/// ms are left for its end. One exchange, on one thread.
+/// ms are left for its end. What HTTP frames is not waited for once the envelope has ended. One
+/// exchange, on one thread.
 class CReplyCollector final : public CReplyObserver {
  public:
     /// Whether one of the extensions needs a collector.
@@ -29,6 +30,8 @@ class CReplyCollector final : public CReplyObserver {
     CReplyCollector(CExtensions extensions, std::size_t capacity);
 
     std::uint32_t OnReply(const char* data, std::uint32_t length) override;
+    /// Above 0 for a reply that came whole by its frame, with nothing behind it.
+    std::uint32_t KeepsOpenMs() const override;
 
     /// The text so far; it is gone then.
     std::string Take() { return std::move(text_); }
@@ -47,6 +50,7 @@ class CReplyCollector final : public CReplyObserver {
     std::size_t searched_ = 0;  // the envelope does not end before
     std::size_t counted_ = 0;   // up to there
     std::size_t marks_ = 0;
+    bool whole_ = false;  // the frame has ended with the last bytes
 };
 
 }  // namespace onvif_client

@@ -76,12 +76,22 @@ std::string_view HttpStatus(std::string_view reply) {
     return {};
 }
 
+bool OnlyReads(std::string_view envelope) {
+    std::string_view rest = envelope.substr(std::min(envelope.find("<s:Body"), envelope.size()));
+    TakeUntil(rest, ">");
+    TakeUntil(rest, "<");
+    const std::string_view name = rest.substr(0, rest.find_first_of(" />\t\r\n"));
+    const std::size_t colon = name.find(':');
+    return name.substr(colon == std::string_view::npos ? 0 : colon + 1).starts_with("Get");
+}
+
 std::string PostTarget(std::string_view path) {
     return "/" + HeadText(path);
 }
 
 std::string BuildPost(std::string_view path, std::string_view host, std::string_view body,
-                      std::string_view authorization, std::size_t largest) {
+                      std::string_view authorization, std::size_t largest,
+                      std::string_view persistence) {
     const auto tabs = static_cast<std::size_t>(std::count(body.begin(), body.end(), '\t'));
     std::string request;
     request.reserve(path.size() + host.size() + body.size() + authorization.size() + 192);
@@ -91,6 +101,7 @@ std::string BuildPost(std::string_view path, std::string_view host, std::string_
         " HTTP/1.1\r\nContent-Type: application/soap+xml; charset=utf-8\r\nUser-Agent: ApiTool\r\n"
         "Host: ";
     request += HeadText(host);
+    request += persistence;
     if (!authorization.empty()) {
         request.append("\r\nAuthorization: ").append(authorization);
     }

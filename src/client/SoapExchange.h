@@ -33,8 +33,17 @@ constexpr std::size_t kLargestExtendedRequest = 1048576;
 /// A request of at most @p largest bytes; what goes beyond is cut, while Content-Length states the
 /// whole body. Tabs are left out of the body; path and host are encoded (HeadText).
 /// @param authorization  the value of that field; empty: there is none.
+/// @param persistence    kKeepAliveField, or nothing.
 std::string BuildPost(std::string_view path, std::string_view host, std::string_view body,
-                      std::string_view authorization = {}, std::size_t largest = kLargestRequest);
+                      std::string_view authorization = {}, std::size_t largest = kLargestRequest,
+                      std::string_view persistence = {});
+
+/// The field by which a request asks for a connection that stays open, for BuildPost.
+constexpr std::string_view kKeepAliveField = "\r\nConnection: keep-alive";
+
+/// Whether the operation of an envelope changes nothing, so that it can be asked for twice: its
+/// name begins with "Get".
+bool OnlyReads(std::string_view envelope);
 
 /// What such a request is for, as its first line says.
 std::string PostTarget(std::string_view path);

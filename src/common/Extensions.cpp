@@ -1,6 +1,7 @@
 #include "common/Extensions.h"
 
 #include <algorithm>
+#include <iterator>
 
 #include "common/HttpHead.h"
 
@@ -31,6 +32,9 @@ constexpr ExtensionRow kRows[] = {
      "A command reads the parameters of its own element when a document has several of its name."},
     {Extension::kBackgroundSubscription, "background-subscription",
      "Adding an observer returns at once; the subscription is made in the background."},
+    {Extension::kKeepAlive, "keep-alive",
+     "Two idle connections of a session stay open for up to 5 s and serve its next requests.", true,
+     Extension::kHttpFraming},
     {Extension::kNoBasic, "no-basic", "No password goes out in clear: Basic is never answered.",
      false},
 };
@@ -41,7 +45,15 @@ std::span<const ExtensionRow> ExtensionTable() {
     return kRows;
 }
 
-CExtensions ReadExtensions(std::string_view list, std::vector<std::string>& unknown) {
+std::string_view ExtensionName(Extension extension) {
+    const auto* const row =
+        std::find_if(std::begin(kRows), std::end(kRows),
+                     [extension](const ExtensionRow& each) { return each.extension == extension; });
+    return row == std::end(kRows) ? std::string_view() : row->name;
+}
+
+CExtensions ReadExtensions(std::string_view list, std::vector<std::string>& unknown,
+                           std::vector<const ExtensionRow*>& lacking) {
     CExtensions on;
     while (!list.empty()) {
         const std::string_view name = Trim(TakeUntil(list, ","));
@@ -54,6 +66,12 @@ CExtensions ReadExtensions(std::string_view list, std::vector<std::string>& unkn
         }
         if (!known) {
             unknown.emplace_back(name);
+        }
+    }
+    for (const ExtensionRow& row : kRows) {
+        if (on.Has(row.extension) && row.needs && !on.Has(*row.needs)) {
+            on.Remove(row.extension);
+            lacking.push_back(&row);
         }
     }
     return on;

@@ -11,6 +11,7 @@
 
 #include <cstdint>
 #include <initializer_list>
+#include <optional>
 #include <span>
 #include <string>
 #include <string_view>
@@ -29,14 +30,16 @@ enum class Extension : std::uint8_t {
     kStandardRequests,
     kOwnParameters,
     kBackgroundSubscription,
+    kKeepAlive,
     kNoBasic,
 };
 
 struct ExtensionRow {
     Extension extension;
-    std::string_view name;      // as it is switched on
-    std::string_view sentence;  // what it changes
-    bool inAll = true;          // whether "all" switches it on
+    std::string_view name;                          // as it is switched on
+    std::string_view sentence;                      // what it changes
+    bool inAll = true;                              // whether "all" switches it on
+    std::optional<Extension> needs = std::nullopt;  // without which it stays off
 };
 
 /// Every extension.
@@ -53,6 +56,7 @@ class CExtensions {
     }
 
     constexpr void Add(Extension extension) { bits_ |= Bit(extension); }
+    constexpr void Remove(Extension extension) { bits_ &= ~Bit(extension); }
     constexpr bool Has(Extension extension) const { return (bits_ & Bit(extension)) != 0; }
     constexpr bool operator==(const CExtensions&) const = default;
 
@@ -66,7 +70,12 @@ class CExtensions {
 /// The extensions of a list of names with commas between them, blanks around them do not count;
 /// "all" stands for all that it may.
 /// @param unknown  receives the names that no extension has.
-CExtensions ReadExtensions(std::string_view list, std::vector<std::string>& unknown);
+/// @param lacking  receives the rows of those that stay off as the one that they need is off.
+CExtensions ReadExtensions(std::string_view list, std::vector<std::string>& unknown,
+                           std::vector<const ExtensionRow*>& lacking);
+
+/// As it is switched on.
+std::string_view ExtensionName(Extension extension);
 
 }  // namespace onvif_client
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <atomic>
 #include <chrono>
+#include <optional>
 #include <utility>
 #include <vector>
 
@@ -54,6 +55,8 @@ class CAsioReactor final : public CReactor, public std::enable_shared_from_this<
                 throw;
             }
         }
+        const CLockGuard guard(timerLock_);
+        timer_.emplace(lanes_.front()->io);
     }
 
     /// Nobody waits any more: what was waited for was cancelled, and the threads end when all of it
@@ -65,6 +68,11 @@ class CAsioReactor final : public CReactor, public std::enable_shared_from_this<
         });
         for (const auto& lane : lanes_) {
             lane->work.reset();
+        }
+        {
+            const CLockGuard guard(timerLock_);
+            timerEnded_ = true;
+            timer_->cancel();
         }
         if (!endsItself && !AwaitEnd()) {
             kept_ = shared_from_this();
@@ -82,6 +90,20 @@ class CAsioReactor final : public CReactor, public std::enable_shared_from_this<
     }
 
     asio::io_context& NextContext() override { return lanes_[next_++ % lanes_.size()]->io; }
+
+    void CallAfter(std::chrono::milliseconds time, std::function<void(CReactor&)> call) override {
+        const CLockGuard guard(timerLock_);
+        if (timerEnded_) {
+            return;
+        }
+        timer_->expires_after(time);
+        timer_->async_wait([self = shared_from_this(),
+                            call = std::move(call)](const boost::system::error_code& error) {
+            if (!error) {
+                call(*self);
+            }
+        });
+    }
 
  private:
     /// A handler that runs out of memory loses its connection, not the application.
@@ -116,6 +138,9 @@ class CAsioReactor final : public CReactor, public std::enable_shared_from_this<
     std::shared_ptr<CAsioReactor> kept_;
     std::vector<std::unique_ptr<Lane>> lanes_;  // does not change while the reactor is in use
     std::atomic<std::size_t> next_ = 0;
+    CMutex timerLock_;                                                // leaf
+    std::optional<asio::steady_timer> timer_ GUARDED_BY(timerLock_);  // there once threads are
+    bool timerEnded_ GUARDED_BY(timerLock_) = false;
 };
 
 struct CCurrent {

@@ -6,6 +6,8 @@
 #ifndef ONVIF_CLIENT_PLATFORM_REACTOR_H
 #define ONVIF_CLIENT_PLATFORM_REACTOR_H
 
+#include <chrono>
+#include <functional>
 #include <memory>
 
 #include "platform/Corekit.h"
@@ -34,6 +36,9 @@ class CReactor {
 
     /// Where the next connection is waited on.
     virtual boost::asio::io_context& NextContext() = 0;
+    /// Has a background thread call it once, after that time, in place of what was to be called
+    /// before. Nothing is called once the reactor is being stopped. May throw without memory.
+    virtual void CallAfter(std::chrono::milliseconds time, std::function<void(CReactor&)> call) = 0;
 };
 
 /// Runs a callback of an observer; what it throws ends here.

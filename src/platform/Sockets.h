@@ -38,6 +38,8 @@ class CSystemSockets {
 struct Ipv4Endpoint {
     std::uint32_t address = 0;  ///< in network order; 0: all of this machine's
     std::uint16_t port = 0;
+
+    bool operator==(const Ipv4Endpoint&) const = default;
 };
 
 /// @p ip (dotted IPv4) : @p port; nothing when that is none.
@@ -86,6 +88,11 @@ enum class Moved {
 Moved SendNow(SystemHandle descriptor, std::string_view data, std::size_t& sent);
 Moved ReceiveNow(SystemHandle descriptor, char* buffer, std::size_t capacity,
                  std::size_t& received);
+
+/// Has the system acknowledge what comes next at once. On a connection that serves one request
+/// after the other it would wait with that for the next bytes to send, and a peer that sends a
+/// reply in pieces waits for the acknowledgement of the first one.
+void AcknowledgeAtOnce(SystemHandle descriptor);
 
 /// Breaks a connection off; whoever waits on it goes on.
 void ShutDown(SystemHandle descriptor);

@@ -56,6 +56,9 @@ class CReplyObserver {
     /// @return how long the exchange may go on from now, in milliseconds, if that ends it earlier
     ///         than it would end already; kReplyGoesOn: as long; 0: nothing more is wanted.
     virtual std::uint32_t OnReply(const char* data, std::uint32_t length) = 0;
+    /// Asked once nothing more is wanted.
+    /// @return how long the connection can serve another exchange, in milliseconds; 0: not at all.
+    virtual std::uint32_t KeepsOpenMs() const { return 0; }
 };
 
 constexpr std::uint32_t kReplyGoesOn = UINT32_MAX;
@@ -68,6 +71,26 @@ enum class ExchangeEnd {
     kClosed,        ///< the device closed or broke the connection before
     kTimeout,       ///< the connection stood, and the time was over
     kStopped,       ///< the layer does not run, or was stopped meanwhile
+};
+
+class CKeptConnections;
+
+/// What became of an exchange that might go over a connection that was kept.
+enum class OverKept {
+    kNot,       ///< it went over a new one
+    kAnswered,  ///< something of a reply came
+    kUnsent,    ///< it was closed already: nothing of the request went out
+    kClosed,    ///< it was closed without a reply; whether that was before or behind the request's
+                ///< arrival, nobody can tell
+    kSilent,    ///< it stood, and nothing came in time
+};
+
+/// Lets an exchange go over a connection that was kept, and has its own kept when the observer says
+/// so.
+struct KeptUse {
+    const CKeptConnections& connections;
+    std::uint32_t idleMs;  ///< for how long a connection may have been idle; 0: a new one is made
+    OverKept outcome = OverKept::kNot;  ///< becomes what came of it
 };
 
 /// Hears when a connection takes bytes.
@@ -107,10 +130,12 @@ int WIRELINK_SimpleClientComm(const char* ip, unsigned short port, const char* r
 
 /// The same, but the observer takes the reply, in blocks of any size, and says when it ends. Called
 /// on this thread. One that throws ends the exchange.
+/// @param kept  may be null: the connection is a new one, and closed.
 /// @return false when no connection was made or the request could not be sent.
 bool WIRELINK_ObservedClientComm(const char* ip, unsigned short port, const char* request,
                                  unsigned int requestLength, CReplyObserver* observer,
-                                 unsigned int timeoutMs, ExchangeEnd* end = nullptr);
+                                 unsigned int timeoutMs, ExchangeEnd* end = nullptr,
+                                 KeptUse* kept = nullptr);
 
 /// Starts a connection to @p ip (dotted IPv4) : @p port; it completes in the background.
 /// @return a handle, or 0: WIRELINK_GetLastError is kWirelinkNoSocket where that is why.

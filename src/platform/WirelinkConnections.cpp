@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "platform/ConnectionWatch.h"
+#include "platform/KeptTable.h"
 #include "platform/OrNothing.h"
 #include "platform/SocketLayer.h"
 #include "platform/Wirelink.h"
@@ -44,7 +45,7 @@ std::uint32_t WIRELINK_AddConnect(std::uint32_t, const char* ip, unsigned short 
     if (!visit || !address) {
         return 0;
     }
-    CDescriptor descriptor = MakeTcpSocket();
+    CDescriptor descriptor = MakeTcpSocketForUse();
     if (!descriptor) {
         lastError = kWirelinkNoSocket;
         return 0;

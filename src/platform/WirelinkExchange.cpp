@@ -4,7 +4,9 @@
 #include <climits>
 #include <cstring>
 #include <string_view>
+#include <utility>
 
+#include "platform/KeptTable.h"
 #include "platform/OrNothing.h"
 #include "platform/SocketLayer.h"
 #include "platform/Sockets.h"
@@ -20,8 +22,8 @@ using SteadyClock = std::chrono::steady_clock;
 /// stops.
 class CExchangeSocket {
  public:
-    CExchangeSocket(const CWakeUp& abort, unsigned int timeoutMs)
-        : descriptor_(MakeTcpSocket()),
+    CExchangeSocket(CDescriptor descriptor, const CWakeUp& abort, unsigned int timeoutMs)
+        : descriptor_(std::move(descriptor)),
           abort_(abort),
           deadline_(SteadyClock::now() + std::chrono::milliseconds(timeoutMs)) {}
 
@@ -47,6 +49,7 @@ class CExchangeSocket {
             std::size_t sent = 0;
             const Moved moved = SendNow(descriptor_.Get(), data, sent);
             data.remove_prefix(sent);
+            sentAny_ = sentAny_ || sent > 0;
             if (moved == Moved::kEnded) {
                 end_ = ExchangeEnd::kClosed;
             }
@@ -74,11 +77,26 @@ class CExchangeSocket {
         if (moved == Moved::kEnded) {
             end_ = ExchangeEnd::kClosed;
         }
+        receivedAny_ = receivedAny_ || received > 0;
         return received;
     }
 
     /// What has ended it, if anything has.
     ExchangeEnd End() const { return end_; }
+
+    /// What came of an exchange over a connection that was kept.
+    OverKept OutcomeOverKept() const {
+        if (receivedAny_) {
+            return OverKept::kAnswered;
+        }
+        if (end_ != ExchangeEnd::kClosed) {
+            return OverKept::kSilent;
+        }
+        return sentAny_ ? OverKept::kClosed : OverKept::kUnsent;
+    }
+
+    /// For whoever keeps the connection.
+    CDescriptor Release() { return std::move(descriptor_); }
 
  private:
     /// @return false at the deadline and when the layer stops.
@@ -100,10 +118,12 @@ class CExchangeSocket {
         return waited == Waited::kReady;
     }
 
-    const CDescriptor descriptor_;
+    CDescriptor descriptor_;
     const CWakeUp& abort_;
     SteadyClock::time_point deadline_;
     ExchangeEnd end_ = ExchangeEnd::kReplied;
+    bool sentAny_ = false;
+    bool receivedAny_ = false;
 };
 
 /// Reads until the marker is there.
@@ -142,23 +162,49 @@ void ObserveReply(CExchangeSocket& socket, CReplyObserver& observer) {
     }
 }
 
-/// Connects and sends. @p receive gets the socket. @p end becomes what ended it, unless it is null.
+/// An exchange from its connection to its end.
+struct Course {
+    const char* ip;
+    unsigned short port;
+    std::string_view request;
+    unsigned int timeoutMs;
+    ExchangeEnd* end;         // becomes what ended it, unless it is null
+    KeptUse* kept = nullptr;  // null: no connection is kept
+};
+
+/// Connects and sends. @p receive gets the socket.
+/// @param keepsOpenMs  tells how long the connection can be kept once a reply is there.
 /// @return what @p receive gives; -1 without a connection, or when the request could not be sent.
-template <typename Receive>
-int RunExchange(const char* ip, unsigned short port, std::string_view request,
-                unsigned int timeoutMs, ExchangeEnd* end, const Receive& receive) {
+template <typename Receive, typename KeepsOpenMs>
+int RunExchange(const Course& course, const Receive& receive, const KeepsOpenMs& keepsOpenMs) {
     ExchangeEnd ignored = ExchangeEnd::kStopped;
-    ExchangeEnd& ended = end == nullptr ? ignored : *end;
+    ExchangeEnd& ended = course.end == nullptr ? ignored : *course.end;
     ended = ExchangeEnd::kStopped;
-    const auto address = Ipv4Address(ip, port);
+    const auto address = Ipv4Address(course.ip, course.port);
     CSocketLayer& layer = CSocketLayer::Instance();
     const CSocketLayer::CVisit visit = layer.Enter();
     if (!address || !visit) {
         return -1;
     }
-    CExchangeSocket socket(layer.Abort(), timeoutMs);
-    const int result = socket.Connect(*address) && socket.SendAll(request) ? receive(socket) : -1;
+    CDescriptor taken = course.kept == nullptr
+                            ? CDescriptor(kNoHandle)
+                            : TakeKept(course.kept->connections, *address, course.kept->idleMs);
+    const bool isKept = static_cast<bool>(taken);
+    if (isKept) {
+        AcknowledgeAtOnce(taken.Get());
+    }
+    CExchangeSocket socket(isKept ? std::move(taken) : MakeTcpSocketForUse(), layer.Abort(),
+                           course.timeoutMs);
+    const bool sent = (isKept || socket.Connect(*address)) && socket.SendAll(course.request);
+    const int result = sent ? receive(socket) : -1;
     ended = socket.End();
+    if (course.kept != nullptr) {
+        course.kept->outcome = isKept ? socket.OutcomeOverKept() : OverKept::kNot;
+        const std::uint32_t keepMs = sent && ended == ExchangeEnd::kReplied ? keepsOpenMs() : 0;
+        if (keepMs > 0) {
+            Keep(course.kept->connections, socket.Release(), *address, keepMs);
+        }
+    }
     return result;
 }
 
@@ -172,19 +218,25 @@ int WIRELINK_SimpleClientComm(const char* ip, unsigned short port, const char* r
         return -1;
     }
     const std::string_view marker = endMarker == nullptr ? "" : endMarker;
-    return RunExchange(ip, port, {request, requestLength}, timeoutMs, end, [&](auto& socket) {
-        return static_cast<int>(ReceiveReply(socket, replyBuffer, replyCapacity, marker));
-    });
+    return RunExchange(
+        {ip, port, {request, requestLength}, timeoutMs, end},
+        [&](auto& socket) {
+            return static_cast<int>(ReceiveReply(socket, replyBuffer, replyCapacity, marker));
+        },
+        [] { return std::uint32_t{0}; });
 }
 
 bool WIRELINK_ObservedClientComm(const char* ip, unsigned short port, const char* request,
                                  unsigned int requestLength, CReplyObserver* observer,
-                                 unsigned int timeoutMs, ExchangeEnd* end) {
+                                 unsigned int timeoutMs, ExchangeEnd* end, KeptUse* kept) {
     return request != nullptr && observer != nullptr &&
-           RunExchange(ip, port, {request, requestLength}, timeoutMs, end, [&](auto& socket) {
-               ObserveReply(socket, *observer);
-               return 0;
-           }) == 0;
+           RunExchange(
+               {ip, port, {request, requestLength}, timeoutMs, end, kept},
+               [&](auto& socket) {
+                   ObserveReply(socket, *observer);
+                   return 0;
+               },
+               [&] { return observer->KeepsOpenMs(); }) == 0;
 }
 
 }  // namespace onvif_client

@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "platform/ConnectionWatch.h"
+#include "platform/KeptTable.h"
 #include "platform/Listener.h"
 #include "platform/LocalAddresses.h"
 #include "platform/Mutex.h"
@@ -68,6 +69,7 @@ void EndAll() {
         EndConnection(each.second);
         connections.Take(each.first);
     }
+    CloseKeptConnections();
     CReactor::Stop();
 }
 

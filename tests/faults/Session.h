@@ -26,6 +26,7 @@ inline camera_sim::CameraOptions Options() {
     options.messageQueueLimit = 10;
     options.motionPeriod = options.inputPeriod = std::chrono::milliseconds(20);
     options.recordLimit = 0;
+    options.keepAlive = camera_sim::KeepAlive::kPolite;  // where the reply is whole
     return options;
 }
 

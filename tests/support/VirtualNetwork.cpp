@@ -332,7 +332,7 @@ void WIRELINK_Quit() {
 
 bool WIRELINK_ObservedClientComm(const char* ip, unsigned short, const char* request,
                                  unsigned int requestLength, CReplyObserver* observer,
-                                 unsigned int timeoutMs, ExchangeEnd*) {
+                                 unsigned int timeoutMs, ExchangeEnd*, KeptUse*) {
     Lock lock(net.lock);
     if (net.stopped) {
         return false;

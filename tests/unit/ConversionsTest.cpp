@@ -88,17 +88,22 @@ TEST(Extensions, AreReadFromAList) {
         std::string_view list;
         CExtensions on;
         std::vector<std::string> unknown;
+        std::string lacking = {};
     } cases[] = {
         {"", {}, {}},
         {"open-faults", {Extension::kOpenFaults}, {}},
         {" no-basic ,,keep-clock", {Extension::kNoBasic, Extension::kKeepClock}, {}},
         {"all", all, {}},
         {"Keep-clock,keep,own-parameters", {Extension::kOwnParameters}, {"Keep-clock", "keep"}},
+        {"keep-alive", {}, {}, "keep-alive"},
+        {"keep-alive,http-framing", {Extension::kKeepAlive, Extension::kHttpFraming}, {}},
     };
     for (const auto& each : cases) {
         std::vector<std::string> unknown;
-        EXPECT_TRUE(ReadExtensions(each.list, unknown) == each.on) << each.list;
+        std::vector<const ExtensionRow*> lacking;
+        EXPECT_TRUE(ReadExtensions(each.list, unknown, lacking) == each.on) << each.list;
         EXPECT_EQ(unknown, each.unknown);
+        EXPECT_EQ(lacking.empty() ? "" : lacking[0]->name, each.lacking);
     }
 }
 

@@ -23,6 +23,7 @@ const std::vector<std::string> kExtensions = {
     "standard-requests",
     "own-parameters",
     "background-subscription",
+    "keep-alive",
     "no-basic",
 };
 

@@ -3,6 +3,7 @@
 #include <arpa/inet.h>
 #include <fcntl.h>
 #include <netinet/in.h>
+#include <netinet/tcp.h>
 #include <poll.h>
 #include <sys/eventfd.h>
 #include <sys/socket.h>
@@ -132,6 +133,11 @@ Moved ReceiveNow(SystemHandle descriptor, char* buffer, std::size_t capacity,
             return WouldHaveWaited() ? Moved::kWouldWait : Moved::kEnded;
         }
     }
+}
+
+void AcknowledgeAtOnce(SystemHandle descriptor) {
+    const int on = 1;
+    setsockopt(Number(descriptor), IPPROTO_TCP, TCP_QUICKACK, &on, sizeof on);
 }
 
 void ShutDown(SystemHandle descriptor) {

@@ -178,6 +178,14 @@ Moved ReceiveNow(SystemHandle descriptor, char* buffer, std::size_t capacity,
     return Outcome(recv(Number(descriptor), buffer, Bounded(capacity), 0), received);
 }
 
+void AcknowledgeAtOnce(SystemHandle descriptor) {
+    constexpr DWORD kAckFrequency = _WSAIOW(IOC_VENDOR, 23);  // SIO_TCP_SET_ACK_FREQUENCY
+    int everySegment = 1;
+    DWORD ignored = 0;
+    WSAIoctl(Number(descriptor), kAckFrequency, &everySegment, sizeof everySegment, nullptr, 0,
+             &ignored, nullptr, nullptr);
+}
+
 void ShutDown(SystemHandle descriptor) {
     shutdown(Number(descriptor), SD_BOTH);
 }
