@@ -54,7 +54,8 @@
 /// ONVIF_CLIENT_EXTENSIONS, read by ONVIF_CLIENT_Initial, switches it on: "all", or names with
 /// commas between them: http-framing, large-messages, open-faults, keep-clock, http-digest,
 /// media-fallback, per-source-alarms, standard-requests, own-parameters, background-subscription,
-/// keep-alive, no-basic (which "all" leaves out). docs/real-cameras.md says what each changes.
+/// keep-alive, quick-login, no-basic (which "all" leaves out). docs/real-cameras.md says what each
+/// changes.
 ///
 /// Diagnostics: the library logs to standard error. The environment variable ONVIF_CLIENT_LOG
 /// chooses what ("off", "error", "info"; "info" when it is not set), ONVIF_CLIENT_LOG_FILE names a

@@ -179,16 +179,33 @@ class CHttpClient final : public ICommandSession {
 
     // Login.cpp: the steps of a login
     int TakeLoginSteps();
+    int FetchProfiles();
+    int ReadOptionsBehind(int profilesStatus);
     int AlignDeviceClock();
-    int CheckDeviceClock();
-    int SetDeviceClock();
+    /// @param deviceTime  what FetchDeviceClock gave.
+    int CheckDeviceClock(std::string& deviceTime);
+    int SetDeviceClock(std::string deviceTime);
     int GetServersUrl(ServiceTable& services);
+    void TakeServices(std::string_view reply, ServiceTable& services);
     int ReadAllCapabilities(ServiceTable& services);
     int ProbeCapability(const CapabilityCategory& category, ServiceTable& services);
     int DiscoverWithoutServices(ServiceTable& services);
-    int CompleteServices(ServiceTable& services);
+    int CompleteServices(ServiceTable& services, bool eventsTold = false);
     int DiscoverServices();
     int ReadOptions();
+    int ReadPtzOptions(const std::string& token);
+    int ReadFocusOptions(const std::string& token);
+
+    // QuickLogin.cpp: with the extension quick-login
+    bool IsQuick() const { return extensions_.Has(Extension::kQuickLogin); }
+    int TakeQuickLoginSteps();
+    int LearnProfilesBesideServices(ServiceTable services,
+                                    const std::optional<EventService>& events);
+    int ReadOptionsSideBySide(const MediaProfile& profile);
+    void AddServices(const ServiceTable& services);
+    // For the rest of the login nothing goes side by side then.
+    void GiveWay();
+    void GoOnAlone();
 
     const Credentials credentials_;
     const std::string ip_;
@@ -216,6 +233,7 @@ class CHttpClient final : public ICommandSession {
     std::optional<FocusSpeedRange> focusSpeedRange_;
     EventCapabilities eventCapabilities_;
     bool loggedIn_ = false;
+    bool sideBySide_ = IsQuick();
     std::optional<CLoginPatience> patience_;  // nothing but during the login
 
     /// What is known of the device's kept connections.

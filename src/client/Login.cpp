@@ -7,15 +7,9 @@
 
 namespace onvif_client {
 
-namespace {
-
-constexpr std::uint32_t kServicesCapacity = 30720;
-
-}  // namespace
-
 int CHttpClient::Login() {
     patience_.emplace();
-    const int ended = TakeLoginSteps();
+    const int ended = IsQuick() ? TakeQuickLoginSteps() : TakeLoginSteps();
     // Some steps go on without a reply.
     const int outcome = patience_->Lost() ? status::kNoReply : ended;
     patience_.reset();
@@ -30,15 +24,17 @@ int CHttpClient::TakeLoginSteps() {
     if (const int failed = DiscoverServices()) {
         return failed;
     }
+    return ReadOptionsBehind(FetchProfiles());
+}
+
+int CHttpClient::FetchProfiles() {
     CResultDocument discarded;
-    const int profilesStatus =
-        SendCommand(*this, *FindCommand(kGetCommands, "profiles"), {}, discarded);
-    if (profilesStatus == status::kSuccess) {
-        if (const int failed = ReadOptions()) {
-            return failed;
-        }
-    }
-    return profilesStatus;
+    return SendCommand(*this, *FindCommand(kGetCommands, "profiles"), {}, discarded);
+}
+
+/// The options that depend on the profiles, if those came.
+int CHttpClient::ReadOptionsBehind(int profilesStatus) {
+    return profilesStatus == status::kSuccess ? ReadOptions() : profilesStatus;
 }
 
 /// Afterwards requests are signed by a time that the device agrees with.
@@ -47,12 +43,12 @@ int CHttpClient::AlignDeviceClock() {
         deviceClock_.TakeLook();
         return LookAtClock(kDefaultDevicePath);
     }
-    const int failed = CheckDeviceClock();
-    return failed != status::kSuccess ? failed : SetDeviceClock();
+    std::string deviceTime;
+    const int failed = CheckDeviceClock(deviceTime);
+    return failed != status::kSuccess ? failed : SetDeviceClock(std::move(deviceTime));
 }
 
-int CHttpClient::CheckDeviceClock() {
-    std::string deviceTime;
+int CHttpClient::CheckDeviceClock(std::string& deviceTime) {
     if (FetchDeviceClock(kDefaultDevicePath, deviceTime) == status::kSuccess) {
         return status::kSuccess;
     }
@@ -65,9 +61,11 @@ int CHttpClient::CheckDeviceClock() {
     return reply.status == status::kSuccess ? status::kSuccess : status::kNoReply;
 }
 
-int CHttpClient::SetDeviceClock() {
-    std::string deviceTime;
-    FetchDeviceClock(kDefaultDevicePath, deviceTime);
+int CHttpClient::SetDeviceClock(std::string deviceTime) {
+    if (!IsQuick()) {
+        deviceTime.clear();
+        FetchDeviceClock(kDefaultDevicePath, deviceTime);
+    }
     // Our time is read last, so that a slow answer does not make it late.
     const std::string setting = BuildLoginClockSetting(UtcNow(), ReadLocalTimeZone());
     const int answered =
@@ -97,11 +95,15 @@ int CHttpClient::DiscoverServices() {
 int CHttpClient::GetServersUrl(ServiceTable& services) {
     const Reply reply = PostSigned({kDefaultDevicePath, kServicesCapacity, kDiscoveryTimeoutMs},
                                    GetServicesEnvelope());
-    if (reply.status == status::kSuccess) {
-        for (int unknown = ReadServices(reply.soap, services); unknown > 0; --unknown) {
-            LogNormalOf(DeviceName(ip_, port_), logpoint::kUnknownService, "%s",
-                        "Warning, unknowed service address!!");
-        }
+    TakeServices(reply.status == status::kSuccess ? reply.soap : "", services);
+    return reply.status;
+}
+
+/// @param reply  empty: none.
+void CHttpClient::TakeServices(std::string_view reply, ServiceTable& services) {
+    for (int unknown = reply.empty() ? 0 : ReadServices(reply, services); unknown > 0; --unknown) {
+        LogNormalOf(DeviceName(ip_, port_), logpoint::kUnknownService, "%s",
+                    "Warning, unknowed service address!!");
     }
     const bool media2 = services.contains("media2");
     {
@@ -111,7 +113,6 @@ int CHttpClient::GetServersUrl(ServiceTable& services) {
     const TracePoint& trace = media2 ? tracepoint::kMedia2 : tracepoint::kNoMedia2;
     Trace("\n\n%s,%s:%d , is  %s. \n", trace.label, trace.function, trace.line,
           media2 ? "h265" : "h264");
-    return reply.status;
 }
 
 int CHttpClient::ReadAllCapabilities(ServiceTable& services) {
@@ -156,9 +157,10 @@ int CHttpClient::DiscoverWithoutServices(ServiceTable& services) {
 }
 
 /// For devices that listed their services: what the list leaves out.
-int CHttpClient::CompleteServices(ServiceTable& services) {
+/// @param eventsTold  the list has told where events are.
+int CHttpClient::CompleteServices(ServiceTable& services, bool eventsTold) {
     ServiceTable scratch;
-    if (ReadAllCapabilities(scratch) == status::kNoReply) {
+    if (!eventsTold && ReadAllCapabilities(scratch) == status::kNoReply) {
         return status::kNoReply;
     }
     if (const auto events = scratch.find("events"); events != scratch.end()) {
@@ -183,22 +185,34 @@ int CHttpClient::ReadOptions() {
     }
     const MediaProfile& first = profiles->front();
     const ServiceTable services = Services();
-    if (services.contains("ptz") && !first.ptzConfigurationToken.empty()) {
-        const Reply reply = Exchange({BuildGetPtzOptions(first.ptzConfigurationToken), "ptz"});
-        if (reply.status == status::kNoReply) {
-            return reply.status;
-        }
-        if (reply.status == status::kSuccess) {
-            ReadPtzRanges(reply.soap, ptzRanges_.emplace());
-        }
+    const bool ptz = services.contains("ptz") && !first.ptzConfigurationToken.empty();
+    const bool focus = services.contains("imaging") && !first.videoSourceToken.empty();
+    if (ptz && focus && sideBySide_) {
+        return ReadOptionsSideBySide(first);
     }
-    if (services.contains("imaging") && !first.videoSourceToken.empty()) {
-        const Reply reply = Exchange({BuildGetMoveOptions(first.videoSourceToken), "imaging"});
-        if (reply.status == status::kSuccess) {
-            ReadFocusSpeedRange(reply.soap, focusSpeedRange_.emplace());
-        }
+    if (ptz && ReadPtzOptions(first.ptzConfigurationToken) == status::kNoReply) {
+        return status::kNoReply;
+    }
+    if (focus) {
+        ReadFocusOptions(first.videoSourceToken);
     }
     return status::kSuccess;
+}
+
+int CHttpClient::ReadPtzOptions(const std::string& token) {
+    const Reply reply = Exchange({BuildGetPtzOptions(token), "ptz"});
+    if (reply.status == status::kSuccess) {
+        ReadPtzRanges(reply.soap, ptzRanges_.emplace());
+    }
+    return reply.status;
+}
+
+int CHttpClient::ReadFocusOptions(const std::string& token) {
+    const Reply reply = Exchange({BuildGetMoveOptions(token), "imaging"});
+    if (reply.status == status::kSuccess) {
+        ReadFocusSpeedRange(reply.soap, focusSpeedRange_.emplace());
+    }
+    return reply.status;
 }
 
 }  // namespace onvif_client

@@ -23,6 +23,9 @@ constexpr std::string_view kEnvelopeName = ":Envelope";
 /// The time-out of a login's service search, in milliseconds.
 constexpr std::uint32_t kDiscoveryTimeoutMs = 2500;
 
+/// Bytes of a list of services.
+constexpr std::uint32_t kServicesCapacity = 30720;
+
 /// The path that a device without any better knowledge is addressed by.
 constexpr std::string_view kDefaultDevicePath = "onvif/device_service";
 

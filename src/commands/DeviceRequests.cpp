@@ -16,6 +16,10 @@ constexpr auto kGetServices =
     SoapEnvelope(kTds, FixedText("<tds:GetServices><tds:IncludeCapability>false"
                                  "</tds:IncludeCapability></tds:GetServices>"));
 
+constexpr auto kBareServices =
+    BareSoapEnvelope(kTds, FixedText("<tds:GetServices><tds:IncludeCapability>true"
+                                     "</tds:IncludeCapability></tds:GetServices>"));
+
 constexpr auto kGetCapabilities =
     SoapEnvelope(FixedText(""), FixedText("<GetCapabilities xmlns=\"http://www.onvif.org/ver10/"
                                           "device/wsdl\"><Category/></GetCapabilities>"));
@@ -46,6 +50,10 @@ std::string BuildGetDigitalInputs(const CommandRequest&) {
 
 std::string_view GetServicesEnvelope() {
     return kGetServices;
+}
+
+std::string_view BareServicesEnvelope() {
+    return kBareServices;
 }
 
 std::string BuildGetCapabilities(const std::string& category) {

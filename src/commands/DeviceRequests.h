@@ -19,6 +19,9 @@ std::string BuildGetDigitalInputs(const CommandRequest&);
 std::string BuildSetRelayOutputSettings(const CommandRequest& request);
 std::string BuildSetRelayOutputState(const CommandRequest& request);
 std::string_view GetServicesEnvelope();
+/// With the capabilities of the services, and without a security header: the standard has devices
+/// answer this to everybody.
+std::string_view BareServicesEnvelope();
 /// @p category as the capabilities name it, or "All".
 std::string BuildGetCapabilities(const std::string& category);
 

@@ -35,6 +35,9 @@ constexpr ExtensionRow kRows[] = {
     {Extension::kKeepAlive, "keep-alive",
      "Two idle connections of a session stay open for up to 5 s and serve its next requests.", true,
      Extension::kHttpFraming},
+    {Extension::kQuickLogin, "quick-login",
+     "A login sends what does not depend on each other side by side, and asks for nothing twice.",
+     true, Extension::kHttpFraming},
     {Extension::kNoBasic, "no-basic", "No password goes out in clear: Basic is never answered.",
      false},
 };

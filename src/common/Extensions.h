@@ -31,6 +31,7 @@ enum class Extension : std::uint8_t {
     kOwnParameters,
     kBackgroundSubscription,
     kKeepAlive,
+    kQuickLogin,
     kNoBasic,
 };
 

@@ -92,6 +92,27 @@ int ReadServices(std::string_view reply, ServiceTable& services) {
     return unknown;
 }
 
+std::optional<EventService> ReadEventService(std::string_view reply) {
+    const CXmlDocument trimmed(CXmlTransform::TrimXmlNamespace(reply));
+    const XMLElement* response = trimmed.Find("Envelope/Body/GetServicesResponse");
+    for (const XMLElement* service : Children(response, "Service")) {
+        if (TextAt(service, "Namespace").find("/ver10/events/wsdl") == std::string_view::npos) {
+            continue;
+        }
+        const XMLElement* address = FirstChild(service, "XAddr");
+        const XMLElement* told = FirstChild(FirstChild(service, "Capabilities"), "Capabilities");
+        const char* policy =
+            told == nullptr ? nullptr : told->Attribute("WSSubscriptionPolicySupport");
+        if (address != nullptr && policy != nullptr) {
+            // Later editions of the standard do not ask any more: pull points are a must.
+            const char* pullPoint = told->Attribute("WSPullPointSupport");
+            return EventService{PathOfAddress(TextOf(address)),
+                                {IsTrue(policy), pullPoint == nullptr || IsTrue(pullPoint)}};
+        }
+    }
+    return std::nullopt;
+}
+
 void ReadCapabilities(std::string_view reply, ServiceTable& services, EventCapabilities& events) {
     const CXmlDocument trimmed(CXmlTransform::TrimXmlNamespace(reply));
     if (trimmed.Find("Envelope/Body/Fault") != nullptr) {

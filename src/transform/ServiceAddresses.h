@@ -22,6 +22,12 @@ struct EventCapabilities {
     bool pullPointSupport = false;
 };
 
+/// Where the event service lives, and what it says of subscriptions.
+struct EventService {
+    std::string path;
+    EventCapabilities capabilities;
+};
+
 /// One category of GetCapabilities and the key of the service it tells of.
 struct CapabilityCategory {
     const char* name;  // as in requests and replies: "Media"
@@ -40,6 +46,10 @@ std::string PathOfAddress(std::string_view address);
 /// Adds the services that a reply to GetServices lists.
 /// @return how many were passed over, for their namespace is none we know.
 int ReadServices(std::string_view reply, ServiceTable& services);
+
+/// What a reply to GetServices with capabilities tells of the event service; nothing where it does
+/// not tell all that GetCapabilities would.
+std::optional<EventService> ReadEventService(std::string_view reply);
 
 /// Adds the services that a reply to GetCapabilities lists; a fault adds nothing. Reads the event
 /// flags where the reply has them.

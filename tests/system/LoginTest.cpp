@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "support/ClosedPort.h"
+#include "support/System.h"
 #include "system/Client.h"
 
 namespace client_test {
@@ -9,6 +10,7 @@ namespace {
 using camera_sim::CameraOptions;
 using camera_sim::CCamera;
 using camera_sim::Fault;
+using camera_sim::HttpScheme;
 
 class Login : public CCameraTest {};
 
@@ -139,6 +141,116 @@ TEST_F(Login, TellsWhyItFailed) {
         const unsigned int id = LoginAt(camera.Port(), "camera-1", error);
         EXPECT_EQ(error, each.error) << each.operation << static_cast<int>(each.fault.kind);
         EXPECT_EQ(id == ONVIF_CLIENT_NO_LOGIN_ID, each.error != 0) << each.operation;
+    }
+}
+
+/// What a login and the session afterwards come to: the status; of each command its result, and of
+/// the requests that it sent the place and what stands in their bodies.
+std::string Traits(const CameraOptions& options, const std::string& extensions,
+                   const char* password = "camera-1", const char* faulty = "",
+                   const Fault& fault = {}, std::uint64_t* capabilityRequests = nullptr) {
+    SetVariable("ONVIF_CLIENT_EXTENSIONS", extensions.c_str());
+    const CStartedLibrary library;
+    SetVariable("ONVIF_CLIENT_EXTENSIONS", nullptr);
+    camera_sim::CCameraHost host;
+    CCamera& camera = host.Add(options);
+    camera.Inject(faulty, fault);
+    unsigned int error = 0;
+    const unsigned int id = LoginAt(camera.Port(), password, error);
+    std::string traits = std::to_string(error);
+    if (capabilityRequests != nullptr) {
+        *capabilityRequests = camera.Count("GetCapabilities");
+    }
+    camera.ClearEvidence();
+    for (const char* command :
+         {"<serviceUrl/>", "<profiles/>", "<devInfo/>", "<alarmin/>", "<eventProperties/>",
+          "<streamURI><index>0</index></streamURI>",
+          "<imageSettings><index>0</index></imageSettings>", "<osd><index>0</index></osd>"}) {
+        traits += "\n" + Get(id, command).value_or("none");
+    }
+    for (const char* command :
+         {"<createPullPointSubscription/>",
+          "<focusMove><index>0</index><speed>3</speed></focusMove>",
+          "<continuousMove><index>0</index><pan>9</pan><tilt>-9</tilt><zoom>9</zoom>"
+          "</continuousMove>"}) {
+        traits += "\n" + Set(id, command).value_or("none");
+    }
+    for (const auto& request : camera.Requests()) {
+        const std::size_t body = request.body.find("<s:Body");
+        traits += "\n" + request.path + " " + std::to_string(request.status) + " " +
+                  (body == std::string::npos ? "" : request.body.substr(body));
+    }
+    const std::string port = ":" + std::to_string(camera.Port());
+    for (std::size_t at = traits.find(port); at != std::string::npos; at = traits.find(port)) {
+        traits.replace(at, port.size(), ":port");
+    }
+    return traits;
+}
+
+TEST(QuickLogin, LeavesTheSessionThatALoginLeaves) {
+    const auto polite = camera_sim::KeepAlive::kPolite;
+    const Fault close = {.kind = Fault::Kind::kClose};
+    const Fault garbage = {.kind = Fault::Kind::kGarbage, .bytes = 300};
+    const Fault unauthorized = {.kind = Fault::Kind::kUnauthorized};
+    const Fault fault = {.kind = Fault::Kind::kSoapFault, .soapFault = {.code = "Receiver"}};
+    const struct {
+        CameraOptions camera;
+        const char* password = "camera-1";
+        const char* faulty = "";
+        Fault fault = {};
+        std::uint64_t capabilityRequests = 0;  // with it
+    } cases[] = {
+        {{.model = "dome"}},
+        {{.model = "fixed"}},
+        {{.model = "recorder", .channels = 3}},
+        {{.model = "dome", .keepAlive = polite}},
+        {{.model = "recorder", .keepAlive = camera_sim::KeepAlive::kAlways, .chunkBytes = 700}},
+        {{.imaging = false, .keepAlive = polite}, "camera-1", "", {}, 1},
+        {{.events = false, .keepAlive = polite}, "camera-1", "", {}, 1},
+        {{.media = false}, "camera-1", "", {}, 1},
+        {{.getServices = false}, "camera-1", "", {}, 1},
+        {{.openOperations = {}}, "camera-1", "", {}, 1},
+        {{.brokenMedia2 = true}},
+        {{.strictClock = true}},
+        {{.httpAuthentication = HttpScheme::kDigest, .keepAlive = polite}},
+        {{.addressShape = "http://{host}:{port}"}},
+        {{}, "wrong"},
+        {{.openOperations = {}}, "wrong"},
+        {{.strictClock = true, .keepAlive = polite}, "wrong"},
+        {{.httpAuthentication = HttpScheme::kDigest}, "wrong"},
+        {{}, "camera-1", "*", close},
+        {{}, "camera-1", "GetSystemDateAndTime", garbage},
+        {{}, "camera-1", "GetServices", close},
+        {{}, "camera-1", "GetServices", garbage, 1},
+        {{}, "camera-1", "GetServices", fault, 1},
+        {{.events = false}, "camera-1", "GetCapabilities", close, 2},
+        {{.events = false}, "camera-1", "GetCapabilities", garbage, 1},
+        {{}, "camera-1", "GetProfiles", close},
+        {{}, "camera-1", "GetProfiles", unauthorized},
+        {{.events = false}, "camera-1", "GetProfiles", fault, 1},
+        {{}, "camera-1", "GetConfigurationOptions", close},
+        {{}, "camera-1", "GetConfigurationOptions", garbage},
+        {{}, "camera-1", "GetMoveOptions", close},
+        {{.clockOffset = std::chrono::hours(30), .clockRefusal = "failed"}},
+    };
+    const std::string bases[] = {
+        "http-framing",
+        "http-framing,large-messages,open-faults,keep-clock,http-digest,media-fallback,"
+        "standard-requests,keep-alive"};
+    for (const auto& each : cases) {
+        for (const std::string& base : bases) {
+            const auto traits = [&](const std::string& extensions, std::uint64_t* capabilities) {
+                return Traits(each.camera, extensions, each.password, each.faulty, each.fault,
+                              capabilities);
+            };
+            std::uint64_t capabilityRequests = 0;
+            const std::string plain = traits(base, nullptr);
+            EXPECT_EQ(traits(base + ",quick-login", &capabilityRequests), plain)
+                << &each - cases << " " << base;
+            if (plain.starts_with("0")) {
+                EXPECT_EQ(capabilityRequests, each.capabilityRequests) << &each - cases;
+            }
+        }
     }
 }
 

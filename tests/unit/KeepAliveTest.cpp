@@ -252,5 +252,49 @@ TEST_F(KeepAlive, TwoIdleConnectionsAreKeptAndClosedInTime) {
     WaitUntil([&] { return static_cast<int>(connections_) == closed_; });
 }
 
+/// A device that serves one connection at a time, as long as that stays open.
+TEST_F(KeepAlive, AQuickLoginGivesWayWhereADeviceServesOneConnectionAtATime) {
+    const std::string body = client_test::Reply(
+        "GetServicesResponse{Service{Namespace=/ver10/media/wsdl XAddr=x} "
+        "Service{Namespace=/ver10/imaging/wsdl XAddr=x} Service{Namespace=/ptz/wsdl XAddr=x}} "
+        "GetProfilesResponse{Profiles(token=P){VideoSourceConfiguration{SourceToken=S} "
+        "PTZConfiguration(token=Z)}} "
+        "GetSystemDateAndTimeResponse{SystemDateAndTime{UTCDateTime{Time{Hour=8 Minute=1 Second=1} "
+        "Date{Year=2019 Month=3 Day=7}}}}");
+    std::mutex served;
+    std::atomic<bool> clockServed = false;
+    client_test::CScriptedPeer peer([&](CPeerConnection& connection) {
+        const auto read = [&connection] {
+            std::string request = "?";
+            for (std::string more = request;
+                 !more.empty() && request.find("</s:Envelope>") == request.npos; request += more) {
+                more = connection.Read(1);
+            }
+            return request.find("</s:Envelope>") != request.npos ? request : "";
+        };
+        std::string request = read();
+        const bool isClock = request.find("GetSystemDateAndTime") != request.npos;
+        WaitUntil([&] { return isClock || clockServed; });
+        const std::lock_guard guard(served);
+        for (; !request.empty(); request = read()) {
+            {
+                const std::lock_guard logging(lock_);
+                const std::size_t name = request.find("<tds:Get", request.find("<s:Body"));
+                log_ += name == request.npos ? "." : request.substr(name + 8, 1);
+            }
+            clockServed = true;
+            connection.Send("HTTP/1.1 200 OK\r\nContent-Length: " + std::to_string(body.size()) +
+                            "\r\n\r\n" + body);
+        }
+    });
+    CHttpClient session("u", "p", "127.0.0.1", peer.Port(),
+                        {Extension::kHttpFraming, Extension::kKeepAlive, Extension::kKeepClock,
+                         Extension::kQuickLogin});
+    EXPECT_EQ(session.Login(), 0);
+    // The clock, the list once - it was answered in its time -, capabilities, profiles, two
+    // options.
+    EXPECT_EQ(Log(), "SS....");
+}
+
 }  // namespace
 }  // namespace onvif_client

@@ -80,6 +80,34 @@ TEST(ServiceAddresses, CapabilitiesTellServicesAndEventFlags) {
     EXPECT_EQ(ReadCapability(Reply(capabilities), categories[1]), std::nullopt);
 }
 
+TEST(ServiceAddresses, AListWithCapabilitiesTellsOfEvents) {
+    const std::string events =
+        "d:GetServicesResponse{d:Service{d:Namespace=/ver10/media/wsdl} "
+        "d:Service{d:Namespace=http://www.onvif.org/ver10/events/wsdl ";
+    const std::string address = "d:XAddr=http://h/e ";
+    const auto flags = [](const std::string& attributes) {
+        return "d:Capabilities{v:Capabilities(" + attributes + ")}}}";
+    };
+    const std::pair<std::string, std::string> cases[] = {
+        {address + flags("WSSubscriptionPolicySupport=true"), "e true true"},
+        {address + flags("WSSubscriptionPolicySupport=0 WSPullPointSupport=false"),
+         "e false false"},
+        {flags("WSSubscriptionPolicySupport=true"), ""},
+        {address + flags("MaxPullPoints=2"), ""},
+        {address + "}}", ""},
+    };
+    for (const auto& [told, expected] : cases) {
+        const auto read = ReadEventService(Reply(events + told));
+        const auto word = [](bool flag) { return flag ? " true" : " false"; };
+        EXPECT_EQ(read ? read->path + word(read->capabilities.subscriptionPolicySupport) +
+                             word(read->capabilities.pullPointSupport)
+                       : "",
+                  expected)
+            << told;
+    }
+    EXPECT_FALSE(ReadEventService("garbage"));
+}
+
 TEST(LoginRecords, ProfilesOfBothMediaServices) {
     ProfileList profiles(1);
     ASSERT_TRUE(ReadProfiles(

@@ -24,6 +24,7 @@ const std::vector<std::string> kExtensions = {
     "own-parameters",
     "background-subscription",
     "keep-alive",
+    "quick-login",
     "no-basic",
 };
 
