@@ -66,10 +66,12 @@ bool CCameraProcess::CPipe::Await() const {
     return read(ends_[kReadEnd], &ignored, 1) == 1;
 }
 
-CCameraProcess::CCameraProcess(std::size_t cameras, std::size_t changes, Clock::duration period)
+CCameraProcess::CCameraProcess(std::size_t cameras, std::size_t changes, Clock::duration period,
+                               bool keepAlive)
     : cameras_(cameras),
       changes_(changes),
       period_(period),
+      keepAlive_(keepAlive),
       pageSize_(sizeof(Page) + changes * sizeof(Clock::rep)),
       shared_(Map(cameras * pageSize_)) {
     process_ = fork();
@@ -124,8 +126,10 @@ void CCameraProcess::Child() const try {
     prctl(PR_SET_PDEATHSIG, SIGKILL);
     camera_sim::CCameraHost host;
     std::vector<camera_sim::CCamera*> cameras;
+    camera_sim::CameraOptions options{.recordLimit = 1};
+    options.keepAlive = keepAlive_ ? camera_sim::KeepAlive::kPolite : camera_sim::KeepAlive::kNever;
     for (std::size_t i = 0; i < cameras_; ++i) {
-        cameras.push_back(&host.Add({.recordLimit = 1}));
+        cameras.push_back(&host.Add(options));
         PageOf(i).port = cameras.back()->Port();
     }
     if (!answers_.Send() || !commands_.Await()) {

@@ -19,7 +19,8 @@ class CCameraProcess {
     /// @param changes  how often the motion of each camera will change, an even number.
     /// @param period   from one beginning of its motion to the next. Motion lasts half of that, at
     ///                 most a second; the cameras take turns, so that changes are spread evenly.
-    CCameraProcess(std::size_t cameras, std::size_t changes, Clock::duration period);
+    CCameraProcess(std::size_t cameras, std::size_t changes, Clock::duration period,
+                   bool keepAlive = false);
     /// Ends the process.
     ~CCameraProcess();
     CCameraProcess(const CCameraProcess&) = delete;
@@ -69,6 +70,7 @@ class CCameraProcess {
     const std::size_t cameras_;
     const std::size_t changes_;
     const Clock::duration period_;
+    const bool keepAlive_;
     const std::size_t pageSize_;
     const std::unique_ptr<std::byte, Unmap> shared_;
     CPipe commands_;

@@ -78,6 +78,7 @@ int main(int argc, char** argv) try {
     many->add_option("--idle", load.idle, "seconds before the changes")
         ->check(CLI::Range(1, kMost))
         ->capture_default_str();
+    many->add_flag("--keep-alive", load.keepAlive, "the cameras keep connections open");
     many->add_option("--figures", load.figures, "file that gets the figures as a line of JSON");
     std::size_t dead = 200;
     CLI::App* beside = app.add_subcommand("dead", "the same beside devices without power");

@@ -23,6 +23,7 @@ struct Load {
     double rate = 0;           // changes a second of all cameras together
     std::size_t threads = 1;   // that log in and add observers
     std::size_t idle = 10;     // seconds in which nothing happens, before the changes
+    bool keepAlive = false;    // the cameras keep connections open
     std::string figures;       // a file that gets them as a line of JSON; empty: none
 };
 

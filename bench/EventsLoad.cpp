@@ -43,10 +43,10 @@ class CProcessorTime {
 /// The cameras in their processes, with an observer each.
 struct Site {
     /// @param period  from one beginning of a camera's motion to the next.
-    Site(std::size_t count, std::size_t changes, Clock::duration period) {
+    Site(std::size_t count, std::size_t changes, Clock::duration period, bool keepAlive = false) {
         for (std::size_t from = 0; from < count; from += kCamerasOfProcess) {
             processes.push_back(std::make_unique<CCameraProcess>(
-                std::min(kCamerasOfProcess, count - from), changes, period));
+                std::min(kCamerasOfProcess, count - from), changes, period, keepAlive));
         }
         for (std::size_t i = 0; i < count; ++i) {
             ears.push_back(std::make_unique<CEar>(2 * changes));
@@ -235,7 +235,8 @@ bool MeasureLoad(const Load& load) {
     const auto count = static_cast<double>(load.cameras);
     const auto inAll = static_cast<double>(load.changes) * count;
     Site site(load.cameras, load.changes,
-              std::chrono::nanoseconds(static_cast<std::int64_t>(2 * count / load.rate * 1e9)));
+              std::chrono::nanoseconds(static_cast<std::int64_t>(2 * count / load.rate * 1e9)),
+              load.keepAlive);
     nlohmann::ordered_json figures = {{"cameras", load.cameras}, {"rate", load.rate}};
     const auto print = [&figures](const char* name, const char* what, double value) {
         figures[name] = value;

@@ -126,13 +126,14 @@ std::string CHttpClient::BuildHttpRequest(const PreparedRequest& prepared) {
     }
     const std::string path =
         prepared.path.empty() ? ResolvePath(prepared.serviceKey) : prepared.path;
+    const Target target{path, kOrdinaryReplyCapacity};
     if (!AnswersDigest()) {
-        return BuildRequest(path, *body);
+        return BuildExchange(target, *body);
     }
     const CDigestAnswers::Answer answer = digestAnswers_.Next("POST", PostTarget(path));
     const CLockGuard guard(dataLock_);
     pullAnswer_ = answer;
-    return BuildRequest(path, *body, answer.field);
+    return BuildExchange(target, *body, answer.field);
 }
 
 PullReply CHttpClient::ReadPullReply(std::string_view reply) {

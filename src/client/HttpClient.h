@@ -69,6 +69,9 @@ class CHttpClient final : public ICommandSession {
     /// The HTTP request of it, signed. Empty when that fails.
     std::string BuildHttpRequest(const PreparedRequest& prepared);
 
+    /// Whether the device has answered over a connection that was kept.
+    bool TrustsKeptConnections() const { return keptTrust_ == KeptTrust::kProven; }
+
     /// What a pull for messages brought whose HTTP reply came over another connection.
     PullReply ReadPullReply(std::string_view reply);
 

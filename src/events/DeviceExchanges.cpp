@@ -37,6 +37,7 @@ PullRequest BuildPullRequest(EventDeviceRecord& record, ISessionSource& sessions
         [session](const PullPoint& pull) { return session->PrepareRequest(PullDocument(pull)); });
     PullRequest request{session->DeviceAddress(), session->Port(),
                         prepared == nullptr ? "" : session->BuildHttpRequest(*prepared)};
+    request.mayReuse = session->TrustsKeptConnections();
     record.ForgetIdlePull();
     if (!request.text.empty()) {
         request.trace = session->BeginTrace(request.text);

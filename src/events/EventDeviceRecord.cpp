@@ -30,6 +30,7 @@ EventDeviceRecord::EventDeviceRecord(ISessionSource& sessions, std::uint32_t log
       callbackAddress_(std::move(callbackAddress)),
       name_(std::move(name)),
       perSource_(extensions.Has(Extension::kPerSourceAlarms)),
+      keepsAlive_(extensions.Has(Extension::kKeepAlive)),
       states_(MakeStates(perSource_, loginId, observer, name_)),
       flow_(TickCount()),
       parser_(*this, sessions, loginId, extensions, name_),
@@ -118,6 +119,18 @@ void EventDeviceRecord::OnPullAnswer(const PullAnswer& answer) {
     if (paces != paced) {
         Log(paces ? logpoint::kPullsPaced : logpoint::kPullsAtOnce);
     }
+}
+
+void EventDeviceRecord::OnNoReply() {
+    if (!connection_.Reuses()) {
+        return;  // the pull runs into its time-out
+    }
+    reuseFailed_ = true;
+    {
+        const CLockGuard guard(lock_);
+        flow_.PullAtOnce();
+    }
+    Wake();
 }
 
 void EventDeviceRecord::OnNoConnection() {
@@ -289,7 +302,14 @@ void EventDeviceRecord::ForgetIdlePull() {
 }
 
 void EventDeviceRecord::EndPull() {
-    connection_.Close();  // waits for a callback, which takes the lock
+    const bool mayReuse = keepsAlive_ && !reuseFailed_;
+    // Both wait for a callback, which takes the lock.
+    if (mayReuse) {
+        connection_.Rest();
+    }
+    if (!mayReuse || !parser_.LeavesOpen()) {
+        connection_.Close();
+    }
     parser_.Reset();
     OnPullReply(ExchangeEnd::kStopped, {});
     const CLockGuard guard(lock_);

@@ -82,6 +82,7 @@ class EventDeviceRecord final : public IPullSink {
     bool Pulls() const override;
     void OnPullReply(ExchangeEnd end, std::string_view reply) override;
     void OnPullAnswer(const PullAnswer& answer) override;
+    void OnNoReply() override;
     void OnNoConnection() override;
     void OnNoSocket() override;
     /// Items of a post; ignored while the device is pulled from.
@@ -141,6 +142,8 @@ class EventDeviceRecord final : public IPullSink {
     const std::string callbackAddress_;
     const std::string name_;
     const bool perSource_;
+    const bool keepsAlive_;
+    std::atomic<bool> reuseFailed_ = false;  // the device closed where it had said it would not
 
     // Behind the loop lock, before every other lock: an observer may call any export.
     CRecursiveMutex visitLock_;

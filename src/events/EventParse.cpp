@@ -3,7 +3,9 @@
 #include <algorithm>
 #include <utility>
 
+#include "common/HttpPersistence.h"
 #include "common/LogText.h"
+#include "platform/KeptConnections.h"
 #include "platform/OrNothing.h"
 
 namespace onvif_client {
@@ -46,6 +48,9 @@ void CEventParse::OnEnd(std::uint32_t) {
     if (!handled_) {
         sink_.OnPullReply(ExchangeEnd::kClosed, buffer_);
     }
+    if (readInAll_ == 0) {
+        sink_.OnNoReply();
+    }
 }
 
 void CEventParse::Reset() {
@@ -53,6 +58,8 @@ void CEventParse::Reset() {
     readInAll_ = 0;
     impossible_ = false;
     handled_ = false;
+    whole_ = false;
+    leavesOpen_ = false;
 }
 
 void CEventParse::Forget() {
@@ -101,6 +108,8 @@ bool CEventParse::AddFramed(std::string_view block) {
         framing_.emplace();
     }
     const ReplyState state = framing_->Add(block, buffer_);
+    // Behind the last chunk an empty line belongs to the frame.
+    whole_ = state == ReplyState::kComplete && block == (framing_->Chunked() ? "\r\n" : "");
     impossible_ = buffer_.size() > capacity_ || state == ReplyState::kBroken ||
                   state == ReplyState::kUnframed;
     return state == ReplyState::kComplete && !impossible_;
@@ -108,6 +117,7 @@ bool CEventParse::AddFramed(std::string_view block) {
 
 void CEventParse::HandleReply(std::size_t size) {
     handled_ = true;
+    leavesOpen_ = whole_ && PersistsForMs(buffer_, kLongestKeptMs) > 0;
     sink_.OnPullReply(ExchangeEnd::kReplied, std::string_view(buffer_).substr(0, size));
     PullReply reply;
     {

@@ -27,6 +27,8 @@ class IPullSink {
     virtual void OnPullReply(ExchangeEnd /*end*/, std::string_view /*reply*/) {}
     /// A whole reply came. One that could not be read says nothing, and was an answer all the same.
     virtual void OnPullAnswer(const PullAnswer& answer) = 0;
+    /// The connection ended before a byte of a reply.
+    virtual void OnNoReply() {}
     /// The pull found no way to the device.
     virtual void OnNoConnection() = 0;
     /// The process has no socket left for it.
@@ -55,8 +57,11 @@ class CEventParse final : public CSocketDataObserver {
                          std::uint32_t* wanted) override;
     void OnEnd(std::uint32_t handle) override;
 
-    /// Makes ready for the next reply; not while the connection calls.
+    // Not while the connection calls:
+    /// Makes ready for the next reply.
     void Reset();
+    /// Whether the reply came whole, and the device leaves the connection open behind it.
+    bool LeavesOpen() const { return leavesOpen_; }
 
  private:
     /// @return true when the reply has just become complete.
@@ -83,6 +88,8 @@ class CEventParse final : public CSocketDataObserver {
     std::optional<CHttpReplyFraming> framing_;  // from the first byte on
     bool impossible_ = false;
     bool handled_ = false;  // the reply is complete
+    bool whole_ = false;    // and nothing came behind it
+    bool leavesOpen_ = false;
 };
 
 }  // namespace onvif_client

@@ -16,11 +16,20 @@ constexpr std::uint32_t kSendMs = 1000;
 }  // namespace
 
 void CPullConnection::Begin(PullRequest request) {
-    Close();
+    if (!request.mayReuse) {
+        Close();
+    }
+    CWirelinkHandle replaced;  // its callbacks take the lock
     {
         const CLockGuard guard(lock_);
         request_ = std::move(request);
         triesLeft_ = kTries;
+        reuses_ = rests_;
+        if (reuses_ && ReuseLocked()) {
+            return;
+        }
+        reuses_ = false;
+        replaced = std::move(connection_);
         if (TryLocked()) {
             return;
         }
@@ -32,6 +41,22 @@ void CPullConnection::Close() {
     CWirelinkHandle closed;
     const CLockGuard guard(lock_);
     closed = std::move(connection_);
+    rests_ = false;
+}
+
+void CPullConnection::Rest() {
+    std::uint32_t handle = 0;
+    {
+        const CLockGuard guard(lock_);
+        handle = connection_.Get();
+        rests_ = handle != 0;
+    }
+    WIRELINK_UnRegisterNode(handle);
+}
+
+bool CPullConnection::Reuses() const {
+    const CLockGuard guard(lock_);
+    return reuses_;
 }
 
 bool CPullConnection::Exists() const {
@@ -40,8 +65,21 @@ bool CPullConnection::Exists() const {
     return connection_ && WIRELINK_PopConnectResult(connection_.Get(), ignored, 0);
 }
 
+bool CPullConnection::ReuseLocked() {
+    char unasked = 0;
+    bool closed = false;
+    if (WIRELINK_Recv_Immediate(connection_.Get(), &unasked, 1, &closed) > 0 || closed) {
+        return false;
+    }
+    rests_ = false;
+    stands_ = false;
+    sent_ = 0;
+    return SendLocked();
+}
+
 bool CPullConnection::TryLocked() {
     --triesLeft_;
+    rests_ = false;
     stands_ = false;
     sent_ = 0;
     connection_ = CWirelinkHandle(WIRELINK_AddConnect(0, request_.host.c_str(), request_.port));
@@ -86,7 +124,7 @@ void CPullConnection::OnSendable(std::uint32_t handle, bool ready) {
     }
 }
 
-void CPullConnection::SendLocked() {
+bool CPullConnection::SendLocked() {
     const std::uint32_t handle = connection_.Get();
     if (!std::exchange(stands_, true)) {
         int result = 0;
@@ -103,9 +141,10 @@ void CPullConnection::SendLocked() {
         if (sent > 0) {
             sent_ += static_cast<std::size_t>(sent);
         } else {
-            if (WIRELINK_GetLastError() == kWirelinkWouldBlock) {
-                WIRELINK_AwaitSendable(handle, this, kSendMs);
+            if (WIRELINK_GetLastError() != kWirelinkWouldBlock) {
+                return false;
             }
+            WIRELINK_AwaitSendable(handle, this, kSendMs);
             break;
         }
     }
@@ -113,6 +152,7 @@ void CPullConnection::SendLocked() {
         std::string().swap(request_.text);  // hundreds of pulls wait for a minute
         sent_ = 0;
     }
+    return true;
 }
 
 }  // namespace onvif_client

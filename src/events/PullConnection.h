@@ -21,6 +21,7 @@ struct PullRequest {
     std::string host;  // dotted IPv4
     std::uint16_t port = 0;
     std::string text;
+    bool mayReuse = false;  // goes over the connection of the pull before where that still stands
     std::shared_ptr<CExchangeTrace> trace = nullptr;  // where exchanges are traced
 };
 
@@ -39,6 +40,10 @@ class CPullConnection final : private CSendableObserver {
     void Begin(PullRequest request) EXCLUDES(lock_);
     /// Breaks off; returns when no callback of the connection runs.
     void Close() EXCLUDES(lock_);
+    /// The same, but the connection stays for the next pull.
+    void Rest() EXCLUDES(lock_);
+    /// Whether the pull goes over the connection of one before.
+    bool Reuses() const EXCLUDES(lock_);
     /// False when there is no connection, or none any more because the socket layer was stopped.
     bool Exists() const;
 
@@ -47,7 +52,11 @@ class CPullConnection final : private CSendableObserver {
     /// Uses one of the tries that are left.
     /// @return false when there is no socket for it.
     bool TryLocked() REQUIRES(lock_);
-    void SendLocked() REQUIRES(lock_);
+    /// Over the connection that rests.
+    /// @return false when that is not open and silent.
+    bool ReuseLocked() REQUIRES(lock_);
+    /// @return false when the connection is broken.
+    bool SendLocked() REQUIRES(lock_);
 
     IPullSink& sink_;
     CEventParse& parser_;
@@ -55,6 +64,8 @@ class CPullConnection final : private CSendableObserver {
     PullRequest request_ GUARDED_BY(lock_);
     int triesLeft_ GUARDED_BY(lock_) = 0;
     bool stands_ GUARDED_BY(lock_) = false;
+    bool rests_ GUARDED_BY(lock_) = false;
+    bool reuses_ GUARDED_BY(lock_) = false;
     std::size_t sent_ GUARDED_BY(lock_) = 0;
     CWirelinkHandle connection_ GUARDED_BY(lock_);
 };

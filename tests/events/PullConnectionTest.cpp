@@ -4,7 +4,9 @@
 #include <chrono>
 #include <thread>
 
+#include "events/EventDeviceRecord.h"
 #include "events/PullConnection.h"
+#include "platform/Clock.h"
 #include "platform/Wirelink.h"
 #include "support/Await.h"
 #include "support/ClosedPort.h"
@@ -103,6 +105,66 @@ TEST_F(PullConnection, TheEndOfTheConnectionEndsAReplyWithoutLength) {
     });
     connection.Begin({"127.0.0.1", peer.Port(), "GET"});
     WaitUntil([&] { return sink_.answers == 1; });
+}
+
+TEST_F(PullConnection, GoesOverTheConnectionOfTheOneBefore) {
+    const std::string kept = "HTTP/1.1 200 OK\r\nContent-Length: 0\r\n\r\n";
+    const struct {
+        std::string answer;
+        CExtensions extensions;
+        bool trusted;
+        std::size_t connections;  // for four pulls
+    } cases[] = {
+        {kept, {Extension::kHttpFraming, Extension::kKeepAlive}, true, 1},
+        {kept, {Extension::kHttpFraming, Extension::kKeepAlive}, false, 4},
+        {kept, {Extension::kHttpFraming}, true, 4},
+        {kept + "b", {Extension::kHttpFraming, Extension::kKeepAlive}, true, 4},
+        {"HTTP/1.1 200 OK\r\nContent-Length: 0\r\nConnection: close\r\n\r\n",
+         {Extension::kHttpFraming, Extension::kKeepAlive},
+         true,
+         4},
+        {"HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n0\r\n\r\n",
+         {Extension::kHttpFraming, Extension::kKeepAlive},
+         true,
+         1},
+    };
+    for (const auto& each : cases) {
+        std::atomic<std::size_t> connections = 0;
+        const CScriptedPeer peer([&](CPeerConnection& device) {
+            ++connections;
+            while (device.Read(3) == "GET") {
+                device.Send(each.answer);
+            }
+        });
+        EventDeviceRecord record(sessions_, 1, nullptr, "", "", each.extensions);
+        for (int pulls = 0; pulls < 4; ++pulls) {
+            record.EndPull();
+            record.OnNoConnection();  // so that the answer shows
+            record.BeginPull({"127.0.0.1", peer.Port(), "GET", each.trusted});
+            WaitUntil([&] { return record.Answers(); });
+        }
+        EXPECT_EQ(connections, each.connections) << &each - cases;
+    }
+}
+
+TEST_F(PullConnection, OneThatClosesWithoutAReplyIsReplacedAtOnce) {
+    std::atomic<int> connections = 0;
+    const CScriptedPeer peer([&](CPeerConnection& device) {
+        const bool isFirst = ++connections == 1;
+        for (int i = 0; device.Read(3) == "GET" && !(isFirst && i > 0); ++i) {
+            device.Send("HTTP/1.1 200 OK\r\nContent-Length: 0\r\n\r\n");
+        }
+    });
+    EventDeviceRecord record(sessions_, 1, nullptr, "", "",
+                             {Extension::kHttpFraming, Extension::kKeepAlive});
+    const std::pair<bool, int> pulls[] = {{true, 1}, {false, 1}, {true, 2}, {true, 3}};
+    for (const auto& [answered, expected] : pulls) {
+        record.EndPull();
+        record.OnNoConnection();
+        record.BeginPull({"127.0.0.1", peer.Port(), "GET", true});
+        WaitUntil([&] { return answered ? record.Answers() : record.TakePull(TickCount()); });
+        EXPECT_EQ(connections, expected) << "what has failed once is not tried again";
+    }
 }
 
 TEST_F(PullConnection, WhatCannotBecomeAReplyIsReadNoFurther) {
