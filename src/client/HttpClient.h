@@ -115,7 +115,7 @@ class CHttpClient final : public ICommandSession {
     /// Makes the body of a request, signed anew each time; nothing when that fails.
     using MakeBody = std::function<std::optional<std::string>()>;
 
-    // HttpClient.cpp: exchanges
+    // SessionExchanges.cpp
     /// During a login, as long as that has patience.
     Reply Post(const Target& target, const MakeBody& make);
     /// Once more over a new connection, in the time that is left, where a kept one turned out to be
@@ -153,6 +153,8 @@ class CHttpClient final : public ICommandSession {
     std::uint32_t LongestIdleMs(const Target& target, std::string_view request) const;
     /// Learns from what came of a kept connection.
     void NoteOverKept(OverKept outcome);
+
+    // HttpClient.cpp: signing
     Reply PostSignedAt(const Target& target, std::string_view envelope,
                        const std::optional<CalendarTime>& created);
     Reply PostBare(const Target& target, std::string_view envelope);
