@@ -168,11 +168,10 @@ std::string Traits(const CameraOptions& options, const std::string& extensions,
           "<imageSettings><index>0</index></imageSettings>", "<osd><index>0</index></osd>"}) {
         traits += "\n" + Get(id, command).value_or("none");
     }
-    for (const char* command :
-         {"<createPullPointSubscription/>",
-          "<focusMove><index>0</index><speed>3</speed></focusMove>",
-          "<continuousMove><index>0</index><pan>9</pan><tilt>-9</tilt><zoom>9</zoom>"
-          "</continuousMove>"}) {
+    Set(id, "<createPullPointSubscription/>");  // its result shows times
+    for (const char* command : {"<focusMove><index>0</index><speed>3</speed></focusMove>",
+                                "<continuousMove><index>0</index><pan>9</pan><tilt>-9</tilt>"
+                                "<zoom>9</zoom></continuousMove>"}) {
         traits += "\n" + Set(id, command).value_or("none");
     }
     for (const auto& request : camera.Requests()) {
