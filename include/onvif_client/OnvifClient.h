@@ -151,7 +151,8 @@ ONVIF_CLIENT_API bool ONVIF_CLIENT_Quit();
 /// A login checks the device's answer and the credentials, sets the device's clock to this
 /// machine's time (UTC), learns the addresses of the device's services and fetches its media
 /// profiles: 7 to 10 exchanges on an ordinary device. With the extension keep-clock it reads the
-/// clock and does not set it, 5 to 7 exchanges. Every login makes a session of its own, also
+/// clock and does not set it, 5 to 7 exchanges. With quick-login some of them go side by side, on a
+/// second thread that ends before this returns. Every login makes a session of its own, also
 /// for a device that is logged in already.
 ///
 /// @param loginId    ONVIF_CLIENT_NO_LOGIN_ID for a new session. Any other value only asks whether
