@@ -61,6 +61,9 @@ class CExchangeSocket {
         return true;
     }
 
+    /// Behind the request: sending undoes it.
+    void AcknowledgeReplyAtOnce() const { AcknowledgeAtOnce(descriptor_.Get()); }
+
     /// Moves the deadline forward.
     void EndWithin(std::uint32_t milliseconds) {
         deadline_ =
@@ -190,12 +193,12 @@ int RunExchange(const Course& course, const Receive& receive, const KeepsOpenMs&
                             ? CDescriptor(kNoHandle)
                             : TakeKept(course.kept->connections, *address, course.kept->idleMs);
     const bool isKept = static_cast<bool>(taken);
-    if (isKept) {
-        AcknowledgeAtOnce(taken.Get());
-    }
     CExchangeSocket socket(isKept ? std::move(taken) : MakeTcpSocketForUse(), layer.Abort(),
                            course.timeoutMs);
     const bool sent = (isKept || socket.Connect(*address)) && socket.SendAll(course.request);
+    if (isKept && sent) {
+        socket.AcknowledgeReplyAtOnce();
+    }
     const int result = sent ? receive(socket) : -1;
     ended = socket.End();
     if (course.kept != nullptr) {
