@@ -97,6 +97,7 @@ void AddImageCommands(CLI::App& app, CommandLine& line);
 void AddExport(CLI::App& app, CommandLine& line);
 void AddImport(CLI::App& app, CommandLine& line);
 void AddWatch(CLI::App& app, CommandLine& line);
+void AddBridge(CLI::App& app, CommandLine& line);
 void AddDiscover(CLI::App& app, CommandLine& line);
 void AddDemo(CLI::App& app, CommandLine& line);
 void AddDoctor(CLI::App& app, CommandLine& line);

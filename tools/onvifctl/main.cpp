@@ -33,6 +33,7 @@ int Run(std::vector<std::string> words) {
     onvifctl::AddExport(app, line);
     onvifctl::AddImport(app, line);
     onvifctl::AddWatch(app, line);
+    onvifctl::AddBridge(app, line);
     onvifctl::AddDiscover(app, line);
     onvifctl::AddDemo(app, line);
     onvifctl::AddDoctor(app, line);

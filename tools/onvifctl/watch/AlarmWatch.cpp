@@ -54,34 +54,39 @@ struct CAlarmWatch::Place {
 
 CAlarmWatch::CAlarmWatch(const std::vector<ConnectionOptions>& cameras, WatchFor what,
                          std::function<void()> wake)
-    : wake_(std::move(wake)), news_(wake_) {
-    if (what == WatchFor::kAlarms) {
+    : wake_(std::move(wake)), news_(wake_), events_(wake_) {
+    if (what != WatchFor::kEvents) {
         log_.emplace(cameras.front().verbose);
     }
     library_.emplace(cameras.front());
     const auto pause = PauseBetweenChecks(cameras.size());
-    const PullTimes times = TimesOfPulls(cameras.size());
     const bool untold = log_ && !log_->IsFollowed();
-    for (std::size_t i = 0; i < cameras.size(); ++i) {
-        const WatchedPlace place = {i, news_};
+    for (std::size_t i = 0; log_ && i < cameras.size(); ++i) {
         const ConnectionOptions& options = cameras[i];
-        CWatchedCamera::MakeSession makeSession;
-        if (what == WatchFor::kAlarms) {
-            makeSession = [=](bool doubtful) {
-                return LogInForAlarms(options, place, pause, doubtful || untold);
-            };
-        } else {
-            makeSession = [=](bool) { return LogInForEvents(options, place, times); };
-        }
-        places_.push_back(std::make_unique<Place>(std::move(makeSession), place, options.host));
-        EnterLocked(i, Clock::now());
+        const WatchedPlace place = {i, news_};
+        AddPlace(options.host, place, [=](bool doubtful) {
+            return LogInForAlarms(options, place, pause, doubtful || untold);
+        });
     }
-    for (std::size_t i = 0; i < std::min(cameras.size(), kMostThreads); ++i) {
+    const bool both = what == WatchFor::kBoth;
+    const PullTimes times = TimesOfPulls(cameras.size() * (both ? 2 : 1));
+    for (std::size_t i = 0; what != WatchFor::kAlarms && i < cameras.size(); ++i) {
+        const ConnectionOptions& options = cameras[i];
+        const WatchedPlace place = {i, both ? events_ : news_};
+        AddPlace(options.host, place, [=](bool) { return LogInForEvents(options, place, times); });
+    }
+    for (std::size_t i = 0; i < std::min(places_.size(), kMostThreads); ++i) {
         threads_.emplace_back([this] { Work(); });
     }
     if (log_ && log_->IsFollowed()) {
         threads_.emplace_back([this] { FollowLog(); });
     }
+}
+
+void CAlarmWatch::AddPlace(const std::string& host, const WatchedPlace& place,
+                           CWatchedCamera::MakeSession makeSession) {
+    places_.push_back(std::make_unique<Place>(std::move(makeSession), place, host));
+    EnterLocked(places_.size() - 1, Clock::now());
 }
 
 CAlarmWatch::~CAlarmWatch() {

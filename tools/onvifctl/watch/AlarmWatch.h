@@ -35,7 +35,11 @@
 
 namespace onvifctl {
 
-enum class WatchFor { kAlarms, kEvents };
+enum class WatchFor {
+    kAlarms,
+    kEvents,
+    kBoth,  // by two sessions at each camera
+};
 
 /// Watches cameras while it lives, in the background.
 class CAlarmWatch {
@@ -50,6 +54,8 @@ class CAlarmWatch {
     CAlarmWatch& operator=(const CAlarmWatch&) = delete;
 
     WatchNews Take() { return news_.Take(); }
+    /// Those of kBoth's events, and of the sessions for them.
+    WatchNews TakeEvents() { return events_.Take(); }
 
     /// Whether no camera is left that is watched or tried again.
     bool AllGivenUp() const;
@@ -62,6 +68,8 @@ class CAlarmWatch {
     /// What is to be done, with the earliest first: at places among the cameras.
     using Agenda = std::set<std::pair<Clock::time_point, std::size_t>>;
 
+    void AddPlace(const std::string& host, const WatchedPlace& place,
+                  CWatchedCamera::MakeSession makeSession);
     void Work();
     void FollowLog();
     /// The camera that is due, taken from its agenda; nothing: none is, until @p next.
@@ -72,6 +80,7 @@ class CAlarmWatch {
 
     const std::function<void()> wake_;
     CWatchNews news_;
+    CWatchNews events_;  // a flood of them drops no states
     std::optional<CLibraryLog> log_;
     std::optional<CStartedLibrary> library_;
 

@@ -53,13 +53,6 @@ void AddTo(Json& line, const DeviceEvent& event) {
     line["data"] = ListOf(event.data);
 }
 
-std::string JsonLine(const News& news, const std::string& camera) {
-    Json line = {{"camera", camera}, {"time", TimeText(MomentOf(news).time, UtcTime) + "Z"}};
-    std::visit([&line](const auto& each) { AddTo(line, each); }, news);
-    // What is not UTF-8 must not end the watch.
-    return line.dump(-1, ' ', false, Json::error_handler_t::replace) + "\n";
-}
-
 std::string Padded(std::string text, std::size_t width) {
     text.resize(std::max(width, text.size()), ' ');
     return text;
@@ -114,7 +107,7 @@ class CLineDisplay : public CWatchDisplay {
                 TellOf(*connection);
             }
             const std::string& camera = cameras_[MomentOf(each).camera];
-            output_.Write(json_ ? JsonLine(each, camera) : Line(each, camera));
+            output_.Write(json_ ? JsonOf(each, camera) + "\n" : Line(each, camera));
         }
     }
 
@@ -140,6 +133,13 @@ class CLineDisplay : public CWatchDisplay {
 };
 
 }  // namespace
+
+std::string JsonOf(const News& news, const std::string& camera) {
+    Json line = {{"camera", camera}, {"time", TimeText(MomentOf(news).time, UtcTime) + "Z"}};
+    std::visit([&line](const auto& each) { AddTo(line, each); }, news);
+    // What is not UTF-8 must not end the watch.
+    return line.dump(-1, ' ', false, Json::error_handler_t::replace);
+}
 
 std::unique_ptr<CWatchDisplay> MakeWatchDisplay(WatchFormat format, const CDataOutput& output,
                                                 const std::vector<std::string>& cameras) {

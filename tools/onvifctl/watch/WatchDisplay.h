@@ -37,6 +37,9 @@ enum class WatchFormat {
     kLive,  // a table where it fits on the terminal, else lines
 };
 
+/// What a watch shows as JSON of a camera with that name, without a line break behind it.
+std::string JsonOf(const News& news, const std::string& camera);
+
 /// @param cameras  their names, in their order; output and names must outlive the display.
 std::unique_ptr<CWatchDisplay> MakeWatchDisplay(WatchFormat format, const CDataOutput& output,
                                                 const std::vector<std::string>& cameras);
