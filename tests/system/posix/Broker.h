@@ -1,0 +1,176 @@
+/// A real broker of the test's own, and a client of it that remembers what it hears.
+#ifndef ONVIF_CLIENT_TESTS_SYSTEM_POSIX_BROKER_H
+#define ONVIF_CLIENT_TESTS_SYSTEM_POSIX_BROKER_H
+
+#include <camera_sim/CameraSim.h>
+#include <mosquitto.h>
+#include <mqtt_protocol.h>
+#include <signal.h>
+#include <spawn.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <map>
+#include <mutex>
+#include <string>
+#include <vector>
+
+#include "support/Await.h"
+#include "support/OwnFile.h"
+
+namespace client_test {
+
+/// Listens on 127.0.0.1.
+class CBroker {
+ public:
+    explicit CBroker(std::string settings = "allow_anonymous true\n")
+        : settings_(std::move(settings)) {
+        constexpr int kAttempts = 10;  // somebody else may take the port meanwhile
+        for (int attempt = 0; attempt < kAttempts && process_ == 0; ++attempt) {
+            port_ = camera_sim::CCameraHost().Add({}).Port();
+            Start();
+        }
+    }
+    ~CBroker() { Stop(SIGKILL); }
+    CBroker(const CBroker&) = delete;
+    CBroker& operator=(const CBroker&) = delete;
+
+    void Start() {
+        const std::string command =
+            "exec " MOSQUITTO " 2>/dev/null -c " +
+            folder_.File("broker.conf", "listener " + std::to_string(port_) +
+                                            " 127.0.0.1\nuser root\nlog_dest none\npersistence "
+                                            "true\npersistence_location " +
+                                            folder_.name + "\n" + settings_);
+        std::string words[] = {"sh", "-c", command};
+        char* arguments[] = {words[0].data(), words[1].data(), words[2].data(), nullptr};
+        pid_t process = 0;
+        ASSERT_EQ(posix_spawn(&process, "/bin/sh", nullptr, nullptr, arguments, environ), 0);
+        process_ = process;
+        Await([&] {
+            process_ = waitpid(process, nullptr, WNOHANG) == process ? 0 : process;
+            return process_ == 0 || Answers();
+        });
+    }
+
+    /// After SIGTERM it knows again what was retained; after SIGKILL it knows what it knew before.
+    void Stop(int signal) {
+        if (process_ != 0) {
+            kill(process_, signal);
+            waitpid(std::exchange(process_, 0), nullptr, 0);
+        }
+    }
+
+    std::uint16_t Port() const { return port_; }
+    std::string Address() const { return "mqtt://127.0.0.1:" + std::to_string(port_); }
+
+ private:
+    bool Answers() const {
+        mosquitto* client = mosquitto_new(nullptr, true, nullptr);
+        const bool answers = mosquitto_connect(client, "127.0.0.1", port_, 10) == MOSQ_ERR_SUCCESS;
+        mosquitto_destroy(client);
+        return answers;
+    }
+
+    const COwnFolder folder_;
+    const std::string settings_;
+    std::uint16_t port_ = 0;
+    pid_t process_ = 0;
+};
+
+/// Hears everything, first what is retained.
+class CSubscriber {
+ public:
+    struct Message {
+        std::string topic;
+        std::string payload;
+        std::string correlation;
+    };
+
+    explicit CSubscriber(const CBroker& broker) : client_(mosquitto_new(nullptr, true, this)) {
+        mosquitto_int_option(client_, MOSQ_OPT_PROTOCOL_VERSION, MQTT_PROTOCOL_V5);
+        mosquitto_connect_callback_set(client_, [](mosquitto* client, void*, int) {
+            mosquitto_subscribe(client, nullptr, "#", 0);
+        });
+        mosquitto_message_v5_callback_set(client_, OnMessage);
+        mosquitto_reconnect_delay_set(client_, 1, 1, false);
+        mosquitto_connect(client_, "127.0.0.1", broker.Port(), 10);
+        mosquitto_loop_start(client_);
+        const std::string mark = "mark/" + std::to_string(reinterpret_cast<std::uintptr_t>(this));
+        EXPECT_TRUE(Await([&] {
+            Publish(mark, "now");
+            usleep(10000);
+            return Latest(mark) == "now";
+        }));
+    }
+    ~CSubscriber() {
+        mosquitto_disconnect(client_);
+        mosquitto_loop_stop(client_, false);
+        mosquitto_destroy(client_);
+    }
+    CSubscriber(const CSubscriber&) = delete;
+    CSubscriber& operator=(const CSubscriber&) = delete;
+
+    /// The latest payload; empty when there is none.
+    std::string Latest(const std::string& topic) const {
+        const auto all = All();
+        const auto found = all.find(topic);
+        return found == all.end() ? "" : found->second;
+    }
+    bool Hears(const std::string& topic, const std::string& payload) const {
+        return Await([&] { return Latest(topic) == payload; });
+    }
+    std::map<std::string, std::string> All() const {
+        const std::lock_guard guard(lock_);
+        return latest_;
+    }
+    std::vector<Message> Messages() const {
+        const std::lock_guard guard(lock_);
+        return messages_;
+    }
+
+    void Publish(const std::string& topic, const std::string& payload, bool retained = false,
+                 const char* responseTopic = nullptr, const std::string& correlation = "") {
+        mosquitto_property* properties = nullptr;
+        if (responseTopic != nullptr) {
+            mosquitto_property_add_string(&properties, MQTT_PROP_RESPONSE_TOPIC, responseTopic);
+            mosquitto_property_add_binary(&properties, MQTT_PROP_CORRELATION_DATA,
+                                          correlation.data(),
+                                          static_cast<std::uint16_t>(correlation.size()));
+        }
+        mosquitto_publish_v5(client_, nullptr, topic.c_str(), static_cast<int>(payload.size()),
+                             payload.data(), 1, retained, properties);
+        mosquitto_property_free_all(&properties);
+    }
+
+ private:
+    static void OnMessage(mosquitto*, void* self, const mosquitto_message* message,
+                          const mosquitto_property* properties) {
+        const auto text = [](const void* bytes, int length) {
+            return bytes == nullptr ? ""
+                                    : std::string(static_cast<const char*>(bytes),
+                                                  static_cast<std::size_t>(length));
+        };
+        void* data = nullptr;
+        std::uint16_t length = 0;
+        mosquitto_property_read_binary(properties, MQTT_PROP_CORRELATION_DATA, &data, &length,
+                                       false);
+        const Message heard = {message->topic, text(message->payload, message->payloadlen),
+                               text(data, length)};
+        std::free(data);
+        auto& subscriber = *static_cast<CSubscriber*>(self);
+        const std::lock_guard guard(subscriber.lock_);
+        subscriber.latest_[heard.topic] = heard.payload;
+        subscriber.messages_.push_back(heard);
+    }
+
+    mosquitto* const client_;
+    mutable std::mutex lock_;  // guards what follows; a leaf
+    std::vector<Message> messages_;
+    std::map<std::string, std::string> latest_;
+};
+
+}  // namespace client_test
+
+#endif
