@@ -33,8 +33,6 @@ class CBroker {
         }
     }
     ~CBroker() { Stop(SIGKILL); }
-    CBroker(const CBroker&) = delete;
-    CBroker& operator=(const CBroker&) = delete;
 
     void Start() {
         const std::string command =
@@ -109,8 +107,6 @@ class CSubscriber {
         mosquitto_loop_stop(client_, false);
         mosquitto_destroy(client_);
     }
-    CSubscriber(const CSubscriber&) = delete;
-    CSubscriber& operator=(const CSubscriber&) = delete;
 
     /// The latest payload; empty when there is none.
     std::string Latest(const std::string& topic) const {

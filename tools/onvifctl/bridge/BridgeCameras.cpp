@@ -99,6 +99,12 @@ void CBridge::EndStates(Camera& camera) {
 void CBridge::Order(const BridgeCommand& command, std::size_t camera, const Delivery& delivery) {
     CameraJob job = {camera, command, delivery.payload, delivery.responseTopic,
                      delivery.correlation};
+    const std::string& discovery = options_.discoveryPrefix;
+    const bool forged = topics_.IsOwn(job.responseTopic) ||
+                        (!discovery.empty() && job.responseTopic.starts_with(discovery + "/"));
+    if (forged) {
+        job.responseTopic.clear();
+    }
     try {
         CheckPayload(command, delivery.payload, delivery.size);
     } catch (const CFailure& failure) {

@@ -114,6 +114,7 @@ ExitCode RunBridge(const CommandLine& line, const BridgeArguments& arguments) {
     if (arguments.showShare) {
         return ShowShare(cameras);
     }
+    CheckBrokerClient();
     BridgeOptions options;
     options.broker = BrokerOf(arguments, share);
     options.prefix = arguments.prefix;

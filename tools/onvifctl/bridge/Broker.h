@@ -88,8 +88,10 @@ class IBroker {
     virtual bool End(bool inOrder, std::chrono::milliseconds patience) = 0;
 };
 
+/// Throws CFailure in a build that has no client of a broker.
+void CheckBrokerClient();
+
 /// @param wake  is called, on any thread, when there are news or, after a no, Takes may say yes.
-/// Throws CFailure in a build that has no client.
 std::unique_ptr<IBroker> MakeBroker(const BrokerOptions& options, std::function<void()> wake);
 
 }  // namespace onvifctl

@@ -466,6 +466,8 @@ class CMosquittoBroker : public IBroker {
 
 }  // namespace
 
+void CheckBrokerClient() {}
+
 std::unique_ptr<IBroker> MakeBroker(const BrokerOptions& options, std::function<void()> wake) {
     return std::make_unique<CMosquittoBroker>(options, std::move(wake));
 }

@@ -39,6 +39,9 @@ class CTopics {
         return prefix_ + LevelOf(name) + "/" + rest;
     }
 
+    /// Whether others believe what stands there: the bridge alone decides what it publishes.
+    bool IsOwn(const std::string& topic) const { return topic.starts_with(prefix_); }
+
     /// For subscriptions to the commands for all cameras.
     std::vector<std::string> CommandFilters() const;
     /// For subscriptions to what may be retained of inputs and relays.
