@@ -20,27 +20,33 @@
 
 namespace client_test {
 
-/// Listens on 127.0.0.1.
+/// Listens on 127.0.0.1, at a port that the system gives nobody by itself: who tries to connect
+/// while the broker is away could be connected with himself.
 class CBroker {
  public:
     explicit CBroker(const std::string& settings = "allow_anonymous true\n")
-        : port(camera_sim::CCameraHost().Add({}).Port()),
-          configuration_(folder_.File("broker.conf", "listener " + std::to_string(port) +
-                                                         " 127.0.0.1\nuser root\n" +
-                                                         "persistence true\npersistence_location " +
-                                                         folder_.name + "\n" + settings)) {
-        Start();
+        : settings_(settings + "user root\npersistence true\npersistence_location " + folder_.name +
+                    "\nlog_dest stderr\nconnection_messages false\n") {
+        constexpr int kPorts = 20000;
+        constexpr int kAttempts = 10;
+        bool starts = false;
+        for (int i = 0; !starts && i < kAttempts; ++i) {
+            port = 10000 + (getpid() * kAttempts + i) % kPorts;
+            starts = Start();
+        }
+        EXPECT_TRUE(starts) << "no broker: " MOSQUITTO;
     }
 
-    void Start() {
-        process_ =
-            std::make_unique<CRunningTool>("-c " + configuration_, "", "/dev/null", MOSQUITTO);
-        EXPECT_TRUE(Await([&] {
-            mosquitto* client = mosquitto_new(nullptr, true, nullptr);
-            const int result = mosquitto_connect(client, "127.0.0.1", port, 10);
-            mosquitto_destroy(client);
-            return result == MOSQ_ERR_SUCCESS;
-        })) << "no broker: " MOSQUITTO;
+    /// @return whether it could have the port.
+    bool Start() {
+        const std::string text = "listener " + std::to_string(port) + " 127.0.0.1\n" + settings_;
+        process_ = std::make_unique<CRunningTool>("-c " + folder_.File("broker.conf", text), "",
+                                                  "&1", MOSQUITTO);
+        std::string line = process_->Line();
+        while (line != "(no more)" && line.find(" running") == std::string::npos) {
+            line = process_->Line();
+        }
+        return line != "(no more)";
     }
 
     /// After SIGTERM it knows again what was retained; after SIGKILL it knows what it knew before.
@@ -51,11 +57,11 @@ class CBroker {
 
     std::string Address() const { return "mqtt://127.0.0.1:" + std::to_string(port); }
 
-    const std::uint16_t port;
+    int port = 0;
 
  private:
     const COwnFolder folder_;
-    const std::string configuration_;
+    const std::string settings_;
     std::unique_ptr<CRunningTool> process_;
 };
 
