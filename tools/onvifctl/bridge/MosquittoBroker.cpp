@@ -291,34 +291,33 @@ class CMosquittoBroker : public IBroker {
     }
 
     /// Passes on what was entered since.
+    /// Without the lock: the library locks, too, and holds that while it calls back.
     void HandOver(mosquitto* client) {
         std::unique_lock lock(lock_);
         while (connected_ && !todo_.empty()) {
-            const Task task = std::move(todo_.front());
-            todo_.pop_front();
-            if (const auto* publication = std::get_if<Publication>(&task)) {
-                // Its number is known before the library can tell that it has arrived.
-                HandOverLocked(client, *publication);
-                continue;
-            }
+            const Task& task = todo_.front();  // stays in its place while others are added
             lock.unlock();
-            HandOver(client, std::get<Subscription>(task));
+            std::visit([this, client](const auto& each) { HandOver(client, each); }, task);
             lock.lock();
+            todo_.pop_front();
         }
     }
 
-    void HandOverLocked(mosquitto* client, const Publication& publication) {
+    void HandOver(mosquitto* client, const Publication& publication) {
         const CProperties properties(publication);
         int id = 0;
         const int code = mosquitto_publish_v5(
             client, &id, publication.topic.c_str(), static_cast<int>(publication.payload.size()),
             publication.payload.data(), kQuality, publication.retained, properties.Get());
+        const std::lock_guard guard(lock_);
         if (code == MOSQ_ERR_SUCCESS) {
             onTheWay_[id] = {publication.topic, publication.payload.size()};
             return;
         }
         bytes_ -= publication.payload.size();
-        RemarkLocked(publication.topic + " cannot be published: " + TextOfError(code));
+        if (code != MOSQ_ERR_NO_CONN && code != MOSQ_ERR_CONN_LOST) {
+            RemarkLocked(publication.topic + " cannot be published: " + TextOfError(code));
+        }
     }
 
     static void HandOver(mosquitto* client, const Subscription& subscription) {
@@ -447,7 +446,7 @@ class CMosquittoBroker : public IBroker {
     bool wasConnected_ = false;  // the thread's own, as the next one
     std::string refusal_;
 
-    std::mutex lock_;  // guards what follows; a leaf but for what the library locks
+    std::mutex lock_;  // guards what follows; a leaf
     std::condition_variable endedSignal_;
     std::deque<Task> todo_;
     std::map<int, Sent> onTheWay_;
