@@ -188,7 +188,8 @@ TEST(Bridge, WhatAKilledBridgeLeavesDoesNotCountAndExpires) {
 
 TEST(Bridge, ACameraThatIsLostHasNoStates) {
     CBroker broker;
-    broker.Stop(SIGTERM);  // it comes later
+    CSubscriber{broker};   // the broker works: it misses signals before
+    broker.Stop(SIGTERM);  // and comes back later
     Fleet fleet(Names(2));
     fleet[0].Inject("*", {.kind = camera_sim::Fault::Kind::kClose});
     const auto bridge = Bridge(broker, fleet);
