@@ -19,8 +19,6 @@ using camera_sim::CCamera;
 using camera_sim::CCameraHost;
 using Json = nlohmann::json;
 
-constexpr const char* kNowhere = "/dev/null";
-
 /// "cam0", "cam1" ...
 std::vector<std::string> Names(std::size_t count) {
     std::vector<std::string> names;
@@ -54,7 +52,7 @@ std::unique_ptr<CRunningTool> Bridge(const CBroker& broker, const Fleet& fleet,
                                      const std::string& options = "") {
     return std::make_unique<CRunningTool>("bridge --for 100 --broker " + broker.Address() +
                                               " --hosts " + fleet.file + " --expire 9 " + options,
-                                          kRight, kNowhere);
+                                          kRight, "/dev/null");
 }
 
 std::string Topic(const std::string& camera, const std::string& rest) {
@@ -271,7 +269,7 @@ TEST(Bridge, CommandsAreDoneOrAnsweredWithTheReason) {
     const std::string file =
         folder.File("hosts.toml", "[dome]\naddress = '" + AddressOf(camera) + "'\n");
     CRunningTool bridge("bridge --broker " + broker.Address() + " --hosts " + file, kRight,
-                        kNowhere);
+                        "/dev/null");
     CSubscriber subscriber(broker);
     ASSERT_TRUE(subscriber.Hears(Topic("dome", "input/2"), "OFF"));
     RunTool("ptz " + AddressOf(camera) + " preset add Gate", kRight);
@@ -361,22 +359,19 @@ TEST(Bridge, CommandsAreDoneOrAnsweredWithTheReason) {
 
 TEST(Bridge, NamesBecomeTopicsThatAreTheirOwn) {
     CBroker broker;
-    const struct {
-        const char* name;
-        const char* level;
-    } kCases[] = {
+    const std::pair<const char*, const char*> kCases[] = {
         {"gate", "gate"},         {"a/b", "a%2Fb"},       {"a%2Fb", "a%252Fb"},
         {"$bridge", "%24bridge"}, {"+", "%2B"},           {"#", "%23"},
         {"Außentor", "Außentor"}, {"\xC2\x9B", "%C2%9B"}, {"bridge", "bridge"},
     };
     std::vector<std::string> names;
     std::transform(std::begin(kCases), std::end(kCases), std::back_inserter(names),
-                   [](const auto& each) { return each.name; });
+                   [](const auto& each) { return each.first; });
     const Fleet fleet(names);
     const auto bridge = Bridge(broker, fleet, "--prefix plant/1 --raw");
     const CSubscriber subscriber(broker);
     for (std::size_t i = 0; i < names.size(); ++i) {
-        const std::string start = std::string("plant/1/") + kCases[i].level + "/";
+        const std::string start = std::string("plant/1/") + kCases[i].second + "/";
         EXPECT_TRUE(subscriber.Hears(start + "availability", "online")) << start;
         SetMotion(fleet[i], true);
         EXPECT_TRUE(subscriber.Hears(start + "motion", "ON")) << start;

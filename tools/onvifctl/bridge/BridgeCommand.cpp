@@ -145,9 +145,8 @@ void AddBrokerOptions(CLI::App* bridge, BridgeArguments& arguments) {
         ->type_name("TEXT (Env:ONVIF_BROKER_USER)");
     bridge
         ->add_option("--broker-password-file", arguments.passwordFile,
-                     "The password there is the first line of this file, else in the\n"
-                     "environment: ONVIF_BROKER_PASSWORD")
-        ->type_name("FILE");
+                     "The password there is the first line of this file")
+        ->type_name("FILE (Env:ONVIF_BROKER_PASSWORD)");
     bridge
         ->add_option("--broker-ca", arguments.authorities,
                      "Certificates that the broker's is checked with (default: the system's)")
