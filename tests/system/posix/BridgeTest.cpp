@@ -186,8 +186,8 @@ TEST(Bridge, WhatAKilledBridgeLeavesDoesNotCountAndExpires) {
 
 TEST(Bridge, ACameraThatIsLostHasNoStates) {
     CBroker broker;
-    CSubscriber{broker};   // the broker works: it misses signals before
-    broker.Stop(SIGTERM);  // and comes back later
+    const CSubscriber first(broker);  // the broker works: it misses signals before
+    broker.Stop(SIGTERM);             // and comes back later
     Fleet fleet(Names(2));
     fleet[0].Inject("*", {.kind = camera_sim::Fault::Kind::kClose});
     const auto bridge = Bridge(broker, fleet);

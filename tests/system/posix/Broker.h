@@ -137,9 +137,9 @@ class CSubscriber {
         std::uint16_t length = 0;
         mosquitto_property_read_binary(properties, MQTT_PROP_CORRELATION_DATA, &data, &length,
                                        false);
+        const std::unique_ptr<void, decltype(&std::free)> owner(data, std::free);
         const Message heard = {message->topic, text(message->payload, message->payloadlen),
                                text(data, length)};
-        std::free(data);
         auto& subscriber = *static_cast<CSubscriber*>(self);
         const std::lock_guard guard(subscriber.lock_);
         subscriber.latest_[heard.topic] = heard.payload;

@@ -84,6 +84,9 @@ std::string TextOfError(int code) {
     return text;
 }
 
+/// What the library has allocated for its caller.
+using CAllocated = std::unique_ptr<void, decltype(&std::free)>;
+
 struct Subscription {
     std::string filter;
     bool begins;
@@ -297,7 +300,7 @@ class CMosquittoBroker : public IBroker {
         while (connected_ && !todo_.empty()) {
             const Task& task = todo_.front();  // stays in its place while others are added
             lock.unlock();
-            std::visit([this, client](const auto& each) { HandOver(client, each); }, task);
+            std::visit([&](const auto& each) { HandOver(client, each); }, task);
             lock.lock();
             todo_.pop_front();
         }
@@ -413,18 +416,18 @@ class CMosquittoBroker : public IBroker {
         delivery.retained = message->retain;
         char* response = nullptr;
         mosquitto_property_read_string(properties, MQTT_PROP_RESPONSE_TOPIC, &response, false);
+        const CAllocated responseOwner(response, std::free);
         if (response != nullptr && mosquitto_pub_topic_check(response) == MOSQ_ERR_SUCCESS) {
             delivery.responseTopic = response;
         }
-        std::free(response);
         void* data = nullptr;
         std::uint16_t length = 0;
         mosquitto_property_read_binary(properties, MQTT_PROP_CORRELATION_DATA, &data, &length,
                                        false);
+        const CAllocated dataOwner(data, std::free);
         if (data != nullptr) {
             delivery.correlation.assign(static_cast<const char*>(data), length);
         }
-        std::free(data);
         broker.Deliver(std::move(delivery));
     }
 
