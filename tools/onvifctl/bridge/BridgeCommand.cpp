@@ -8,6 +8,7 @@
 #include "bridge/Bridge.h"
 #include "bridge/Share.h"
 #include "output/OutputFile.h"
+#include "system/Descriptors.h"
 #include "system/Environment.h"
 #include "system/FilePath.h"
 #include "system/Interruption.h"
@@ -126,6 +127,7 @@ ExitCode RunBridge(const CommandLine& line, const BridgeArguments& arguments) {
     if (arguments.seconds) {
         end = Clock::now() + milliseconds(static_cast<std::int64_t>(*arguments.seconds * 1000));
     }
+    AllowManyDescriptors();  // each camera takes one, two with --raw
     CInterruption interruption;
     CBridge bridge(options, cameras, [&interruption] { interruption.Wake(); });
     Run(bridge, interruption, end);
