@@ -14,8 +14,8 @@ std::vector<std::string> ProgramWords(int argc, char** argv);
 /// Standard output gets the bytes that are written, whoever reads them.
 void WriteLinesAsTheyAre();
 
-/// Allows the process as many descriptors as the system lets it have, and says how many those are; 0:
-/// there is no such limit.
+/// Allows the process as many descriptors as the system lets it have, and says how many those are;
+/// 0: there is no such limit.
 std::size_t AllowManyDescriptors();
 
 /// The signals by which a person or the system asks the program to end.
