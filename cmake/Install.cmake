@@ -64,3 +64,7 @@ configure_file(${PROJECT_SOURCE_DIR}/cmake/onvif_client.pc.in ${PROJECT_BINARY_D
                @ONLY)
 install(FILES ${PROJECT_BINARY_DIR}/onvif_client.pc
         DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT development)
+# The same for the pkg-config file of the library for C.
+foreach(name prefix includedir libdir)
+  set(pc_${name} ${pc_${name}} PARENT_SCOPE)
+endforeach()

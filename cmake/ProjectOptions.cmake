@@ -5,6 +5,7 @@ include(GNUInstallDirs)
 
 option(ONVIF_CLIENT_TOOL "Build onvifctl" ${PROJECT_IS_TOP_LEVEL})
 option(ONVIF_CLIENT_SIMULATOR "Build onvif-camera-sim" ${PROJECT_IS_TOP_LEVEL})
+option(ONVIF_CLIENT_BINDINGS "Build the library for C and other languages" ${PROJECT_IS_TOP_LEVEL})
 option(ONVIF_CLIENT_EXAMPLES "Build the examples" ${PROJECT_IS_TOP_LEVEL})
 cmake_dependent_option(ONVIF_CLIENT_TESTS "Build the tests" ${PROJECT_IS_TOP_LEVEL}
                        "ONVIF_CLIENT_TOOL;ONVIF_CLIENT_SIMULATOR" OFF)
