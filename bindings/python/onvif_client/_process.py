@@ -28,8 +28,8 @@ class Process:
     def wait(self, work: Callable[[], T], undo: Optional[Callable[[T], None]] = None) -> T:
         """Does it. The main thread waits beside, so that Ctrl-C and other signals reach it; what
         it has left waiting goes on, and is undone."""
-        if threading.current_thread() is not threading.main_thread():
-            return work()
+        if self is not _current or threading.current_thread() is not threading.main_thread():
+            return work()  # which refuses what belongs to a parent process
         future = self.workers.submit(work)
         try:
             return future.result()

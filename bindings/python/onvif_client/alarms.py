@@ -35,9 +35,10 @@ class Alarm:
 class Subscription:
     """Something that alarms are passed on to, until close."""
 
-    def __init__(self, observers: "Observers", call: Callable[[Alarm], None],
-                 repeats: bool) -> None:
+    def __init__(self, observers: "Observers", call: Callable[[Alarm], None], repeats: bool,
+                 ended: Callable[[], None]) -> None:
         self._observers = observers
+        self._ended = ended
         self._call: Optional[Callable[[Alarm], None]] = call
         self._repeats = repeats
         # Held during the call, so that close waits for it; a call may close itself.
@@ -58,6 +59,7 @@ class Subscription:
         with self.lock:
             self._call = None
         self._observers.remove(self)
+        self._ended()
 
     def __enter__(self) -> "Subscription":
         return self
@@ -80,8 +82,10 @@ class Observers:
         self._observed = False
         self._active: dict[tuple[str, Optional[int]], Alarm] = {}
 
-    def add(self, call: Callable[[Alarm], None], repeats: bool) -> Subscription:
-        subscription = Subscription(self, call, repeats)
+    def add(self, call: Callable[[Alarm], None], repeats: bool,
+            ended: Callable[[], None] = lambda: None) -> Subscription:
+        """ended: called with every close."""
+        subscription = Subscription(self, call, repeats, ended)
         with subscription.lock:  # what is active comes first
             with self._lock:
                 self._subscriptions += (subscription,)
@@ -167,8 +171,13 @@ class AlarmStream:
             elif subscription is not None:
                 subscription.close()
 
+        def end() -> None:
+            target = stream()
+            if target is not None:
+                target.end()
+
         subscription: Optional[Subscription] = None
-        subscription = self._subscription = observers.add(put, repeats)
+        subscription = self._subscription = observers.add(put, repeats, end)
 
     def put(self, alarm: Alarm) -> None:
         with self._news:
@@ -197,11 +206,15 @@ class AlarmStream:
 
     def close(self) -> None:
         """Ends the iteration, from any thread."""
+        self.end()
+        if self._subscription is not None:
+            self._subscription.close()
+
+    def end(self) -> None:
+        """What came before is lost."""
         with self._news:
             self._closed = True
             self._news.notify_all()
-        if self._subscription is not None:
-            self._subscription.close()
 
     def __enter__(self) -> "AlarmStream":
         return self

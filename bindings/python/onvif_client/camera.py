@@ -71,8 +71,8 @@ class Camera:
         return self.set_many(Command(command, **parameters))[0]
 
     def get_many(self, *commands: Union[str, Command]) -> list[Result]:
-        """Several commands in one request, which ends with the first that fails. Results of
-        commands that were passed over are missing."""
+        """Several commands in one request, each name once. It ends with the first that fails.
+        Results of commands that were passed over are missing."""
         return self._process.wait(lambda: self.request_now("Get", commands))
 
     def set_many(self, *commands: Union[str, Command]) -> list[Result]:
@@ -102,6 +102,8 @@ class Camera:
         for each in rows:
             if not is_command(root, each.name) or each.name == "snapshotURI":
                 raise ValueError(f"{each.name!r} is no command of {root}; send takes any document")
+        if len({each.name for each in rows}) < len(rows):
+            raise ValueError("a command stands in a request once; its results would be one")
         names = ", ".join(each.name for each in rows)
         reply = self._run(root, names, request_document(root, rows))
         try:
@@ -130,12 +132,13 @@ class Camera:
     def on_alarm(self, call: Callable[[Alarm], None], repeats: bool = False) -> Subscription:
         """Has a function called with every alarm, from the library's thread, which does nothing
         else meanwhile: for all cameras. What it throws is logged."""
-        return self._process.wait(lambda: self.on_alarm_now(call, repeats),
+        return self._process.wait(lambda: self.on_alarm_now(call, repeats, lambda: None),
                                   Subscription.close)
 
-    def on_alarm_now(self, call: Callable[[Alarm], None], repeats: bool) -> Subscription:
-        """On this thread, which waits for the subscription."""
-        return self._require().add(call, repeats)
+    def on_alarm_now(self, call: Callable[[Alarm], None], repeats: bool,
+                     ended: Callable[[], None]) -> Subscription:
+        """On this thread, which waits for the subscription. ended: called with every close."""
+        return self._require().add(call, repeats, ended)
 
     def close(self) -> None:
         """End the session. Requests on other threads finish."""

@@ -1,0 +1,123 @@
+"""Programs as a whole: what they print, how they are interrupted, forked and ended."""
+import os
+import signal
+import subprocess
+import sys
+import time
+
+import pytest
+from conftest import PACKAGE, program, said_by
+
+LOGIN = """
+import sys, onvif_client
+library = onvif_client.Library(extensions="all")
+camera = library.login(sys.argv[1], int(sys.argv[2]), "admin", "camera-1")
+"""
+
+
+def run(text, device, **options):
+    return said_by(program(LOGIN + text, device.host, device.port, **options))
+
+
+def test_a_program_that_asks_for_no_lines_gets_none(device):
+    assert run("""
+import socket
+for name in ("devInfo", "dns", "profiles"):
+    camera.get(name)
+try:
+    library.login("127.0.0.1", 1, "admin", "x")
+except onvif_client.Unreachable:
+    pass
+list(camera.alarms(timeout=0.3))
+camera.close()
+library.close()
+with onvif_client.Library() as library:  # sets the clock, and traces
+    library.login(sys.argv[1], int(sys.argv[2]), "admin", "camera-1").get("ipv4")
+""", device) == ""
+
+
+@pytest.mark.parametrize("end", [
+    "",
+    "library.close(); library.close()",
+    "camera.on_alarm(lambda alarm: time.sleep(0.2)); time.sleep(0.5)",
+    "threading.Thread(target=camera.alarms().__next__, daemon=True).start()",
+    "threading.Thread(target=camera.get, args=['dns'], daemon=True).start(); time.sleep(0.5)",
+    "import asyncio; from onvif_client import aio\n"
+    "async def run():\n await asyncio.wait_for(aio.Camera(camera).get('dns'), 0.5)\n"
+    "try:\n asyncio.run(run())\nexcept asyncio.TimeoutError:\n pass",
+])
+def test_a_program_ends_at_once_whatever_goes_on(cameras, end):
+    device = cameras(1, "--motion-period", "50", "--fault", "GetDNS=silence")[0]
+    text = "import threading, time\nthreading.excepthook = lambda _: None\n"
+    text += "camera.on_alarm(lambda alarm: None)\n"
+    process = program(LOGIN + text + end + "\nprint('end', flush=True)", device.host, device.port)
+    assert process.stdout.readline() == "end\n"
+    before = time.monotonic()
+    assert said_by(process) == ""
+    assert time.monotonic() - before < 6  # the call in progress would take 8
+
+
+def test_an_interrupt_reaches_a_call_that_waits(device):
+    device.control("faults", "GetDeviceInformation@1=silence")
+    process = program(LOGIN + """
+print("asking", flush=True)
+try:
+    camera.get("devInfo")
+except KeyboardInterrupt:
+    print("interrupted", flush=True)
+print(camera.get("devInfo")["model"])
+""", device.host, device.port)
+    assert process.stdout.readline() == "asking\n"
+    while device.count("GetDeviceInformation") == 0:
+        time.sleep(0.01)
+    before = time.monotonic()
+    process.send_signal(signal.SIGINT)
+    assert said_by(process) == "interrupted\nSIM-DOME\n"
+    assert time.monotonic() - before < 6
+
+
+def test_a_forked_child_begins_anew_and_the_parent_goes_on(device):
+    assert run("""
+import os
+subscription = camera.on_alarm(lambda alarm: None)
+child = os.fork()
+if child == 0:
+    for use in (lambda: camera.get("devInfo"), lambda: library.login("127.0.0.1")):
+        try:
+            use()
+        except onvif_client.Closed:
+            print("closed", flush=True)
+    with onvif_client.Library(extensions="all") as own:
+        with own.login(sys.argv[1], int(sys.argv[2]), "admin", "camera-1") as mine:
+            with mine.alarms(timeout=30) as alarms:
+                mine.set("manualAlarmout", token="Relay_1", active=1)
+                print(next(alarms).input, flush=True)
+else:
+    assert os.waitpid(child, 0)[1] == 0
+    print(camera.get("devInfo")["model"])
+""", device) == "closed\nclosed\n1001\nSIM-DOME\n"
+
+
+def test_the_demonstration_shows_a_camera(cameras):
+    device = cameras(1, "--motion-period", "300")[0]
+    process = subprocess.Popen(
+        [sys.executable, "-m", "onvif_client", device.address, "-u", "admin"], text=True,
+        env={**os.environ, "PYTHONPATH": str(PACKAGE), "ONVIF_PASSWORD": "camera-1"},
+        stdout=subprocess.PIPE, stderr=subprocess.PIPE)
+    lines = [process.stdout.readline() for _ in range(4)]
+    process.send_signal(signal.SIGINT)
+    assert "SIM-DOME" in lines[1] and "motion" in lines[3]
+    _, err = process.communicate(timeout=60)
+    assert (process.returncode, err) == (0, "")
+
+
+def test_a_missing_library_is_told_of(device):
+    process = program("import onvif_client; onvif_client.Library()", device)
+    process.communicate(timeout=60)
+    assert process.returncode == 0
+    os.environ["ONVIF_CLIENT_C_LIBRARY"], before = "/nowhere", os.environ["ONVIF_CLIENT_C_LIBRARY"]
+    try:
+        process = program("import onvif_client; onvif_client.Library()", device)
+        assert "ONVIF_CLIENT_C_LIBRARY" in process.communicate(timeout=60)[1]
+    finally:
+        os.environ["ONVIF_CLIENT_C_LIBRARY"] = before
