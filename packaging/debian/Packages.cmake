@@ -54,6 +54,14 @@ set(CPACK_STRIP_FILES ON)
 set(CPACK_DEB_COMPONENT_INSTALL ON)
 set(CPACK_COMPONENTS_GROUPING IGNORE)
 set(CPACK_COMPONENTS_ALL library development)
+if(ONVIF_CLIENT_BINDINGS)
+  list(APPEND CPACK_COMPONENTS_ALL c python)
+  # Where Debian's own Python looks, whatever is built; no part of other installations.
+  set(python ${PROJECT_SOURCE_DIR}/bindings/python/onvif_client)
+  file(GLOB modules CONFIGURE_DEPENDS ${python}/*.py)
+  install(FILES ${modules} ${python}/py.typed ${PROJECT_SOURCE_DIR}/docs/result-shapes.json
+          DESTINATION lib/python3/dist-packages/onvif_client COMPONENT python EXCLUDE_FROM_ALL)
+endif()
 if(programs)
   list(APPEND CPACK_COMPONENTS_ALL tools)
 endif()
@@ -74,10 +82,32 @@ and recorders over ONVIF: it logs in to devices, asks and changes their
 settings in a small XML command language, fetches pictures and listens for
 alarms.")
 
+set(c_package libonvif-client-c1)
+set(CPACK_DEBIAN_C_PACKAGE_NAME ${c_package})
+set(CPACK_DEBIAN_C_PACKAGE_SECTION libs)
+set(CPACK_DEBIAN_C_PACKAGE_DEPENDS "${library_package} (= ${PROJECT_VERSION})")
+set(CPACK_DEBIAN_C_PACKAGE_CONTROL_EXTRA ${CMAKE_CURRENT_LIST_DIR}/triggers)
+set(CPACK_DEBIAN_C_DESCRIPTION "ONVIF client library - interface for C
+The functions of the ONVIF client library under plain names, for programs in C
+and in all languages that call C.")
+
+set(CPACK_DEBIAN_PYTHON_PACKAGE_NAME python3-onvif-client)
+set(CPACK_DEBIAN_PYTHON_PACKAGE_SECTION python)
+set(CPACK_DEBIAN_PYTHON_PACKAGE_ARCHITECTURE all)
+set(CPACK_DEBIAN_PYTHON_PACKAGE_SHLIBDEPS OFF)
+set(CPACK_DEBIAN_PYTHON_PACKAGE_DEPENDS
+    "python3 (>= 3.9), ${c_package} (>= ${PROJECT_VERSION})")
+set(CPACK_DEBIAN_PYTHON_DESCRIPTION "ONVIF client library - Python
+Talk to IP cameras and recorders over ONVIF: commands, pictures and alarms, with
+threads or asyncio.")
+
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME libonvif-client-dev)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SHLIBDEPS OFF)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS "${library_package} (= ${PROJECT_VERSION})")
+if(ONVIF_CLIENT_BINDINGS)
+  string(APPEND CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS ", ${c_package} (= ${PROJECT_VERSION})")
+endif()
 set(CPACK_DEBIAN_DEVELOPMENT_DESCRIPTION "ONVIF client library - headers
 What is needed to build programs with the ONVIF client library: headers, a
 CMake package and a pkg-config file.")

@@ -5,6 +5,10 @@ install(FILES ${PROJECT_SOURCE_DIR}/README.md ${PROJECT_SOURCE_DIR}/CHANGELOG.md
         DESTINATION . COMPONENT library)
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/docs DESTINATION . COMPONENT library)
 install(FILES ${CMAKE_CURRENT_LIST_DIR}/onvif_client.def DESTINATION lib COMPONENT development)
+if(ONVIF_CLIENT_BINDINGS)
+  install(FILES ${PROJECT_SOURCE_DIR}/bindings/c/onvif_client_c.def DESTINATION lib
+          COMPONENT development)
+endif()
 if(EXISTS ${PROJECT_SOURCE_DIR}/build/windows-deps/licenses)
   install(DIRECTORY ${PROJECT_SOURCE_DIR}/build/windows-deps/licenses DESTINATION .
           COMPONENT library)
