@@ -5,10 +5,10 @@
 #include "onvif_client/onvif_client_c.h"
 #ifdef _WIN32
 #include <windows.h>
-#define Sleep10Seconds() Sleep(10000)
+#define SLEEP_10_SECONDS() Sleep(10000)
 #else
 #include <unistd.h>
-#define Sleep10Seconds() sleep(10)
+#define SLEEP_10_SECONDS() sleep(10)
 #endif
 
 static void Print(void* context, onvif_client_id id, int alarm, unsigned int input, int active) {
@@ -37,7 +37,7 @@ int main(int argc, char** argv) {
         puts(result);
         onvif_client_free(result);
         error = onvif_client_observe(camera, Print, NULL);
-        Sleep10Seconds();
+        SLEEP_10_SECONDS();
     }
     if (error != onvif_client_success) {
         fprintf(stderr, "%s: %s\n", argv[1], onvif_client_error_text(error));
