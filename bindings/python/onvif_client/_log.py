@@ -49,8 +49,8 @@ class ExchangeTrace:
     memory, at most 5 MiB, without credentials."""
 
     def __init__(self, path: Optional[str] = None) -> None:
-        """path: the file that the user has named."""
-        self.path = path
+        """path: the file that the user has named; an empty text for none at all."""
+        self.path = path or None
         if path is None and hasattr(os, "memfd_create"):
             self.path = _reopened(os.memfd_create("onvif_client"))
 

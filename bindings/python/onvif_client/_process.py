@@ -17,7 +17,7 @@ class Process:
     def __init__(self) -> None:
         self.door = _door.Door()
         self.workers = _workers.Workers()
-        self.trace = _log.ExchangeTrace(os.environ.get("ONVIF_CLIENT_TRACE_FILE") or None)
+        self.trace = _log.ExchangeTrace(os.environ.get("ONVIF_CLIENT_TRACE_FILE"))
         self.started_before = False
         self.lock = threading.Lock()  # held while a library starts
         self.is_started = False

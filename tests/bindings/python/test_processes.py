@@ -1,12 +1,9 @@
 """Programs as a whole: what they print, how they are interrupted, forked and ended."""
-import os
 import signal
-import subprocess
-import sys
 import time
 
 import pytest
-from conftest import PACKAGE, program, said_by
+from conftest import program, said_by
 
 LOGIN = """
 import sys, onvif_client
@@ -34,6 +31,17 @@ library.close()
 with onvif_client.Library() as library:  # sets the clock, and traces
     library.login(sys.argv[1], int(sys.argv[2]), "admin", "camera-1").get("ipv4")
 """, device) == ""
+
+
+def test_without_a_trace_a_failure_is_told_all_the_same(device, monkeypatch):
+    device.control("faults", "GetDeviceInformation@1=close")
+    monkeypatch.setenv("ONVIF_CLIENT_TRACE_FILE", "")
+    assert run("""
+try:
+    camera.get("devInfo")
+except onvif_client.Error as error:
+    print(type(error).__name__, error.code)
+""", device) == "Error -1\n"
 
 
 @pytest.mark.parametrize("end", [
@@ -96,28 +104,3 @@ else:
     assert os.waitpid(child, 0)[1] == 0
     print(camera.get("devInfo")["model"])
 """, device) == "closed\nclosed\nmotion\nSIM-DOME\n"
-
-
-def test_the_demonstration_shows_a_camera(cameras):
-    device = cameras(1, "--motion-period", "300")[0]
-    process = subprocess.Popen(
-        [sys.executable, "-m", "onvif_client", device.address, "-u", "admin"], text=True,
-        env={**os.environ, "PYTHONPATH": str(PACKAGE), "ONVIF_PASSWORD": "camera-1"},
-        stdout=subprocess.PIPE, stderr=subprocess.PIPE)
-    lines = [process.stdout.readline() for _ in range(4)]
-    process.send_signal(signal.SIGINT)
-    assert "SIM-DOME" in lines[1] and "motion" in lines[3]
-    _, err = process.communicate(timeout=60)
-    assert (process.returncode, err) == (0, "")
-
-
-def test_a_missing_library_is_told_of(device):
-    process = program("import onvif_client; onvif_client.Library()", device)
-    process.communicate(timeout=60)
-    assert process.returncode == 0
-    os.environ["ONVIF_CLIENT_C_LIBRARY"], before = "/nowhere", os.environ["ONVIF_CLIENT_C_LIBRARY"]
-    try:
-        process = program("import onvif_client; onvif_client.Library()", device)
-        assert "ONVIF_CLIENT_C_LIBRARY" in process.communicate(timeout=60)[1]
-    finally:
-        os.environ["ONVIF_CLIENT_C_LIBRARY"] = before
