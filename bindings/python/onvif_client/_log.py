@@ -26,9 +26,10 @@ def _reopened(descriptor: int) -> Optional[str]:
 class LogPipe:
     """Passes the library's lines on to the logger onvif_client.library."""
 
-    def __init__(self) -> None:
-        self._read, self._write = os.pipe()
-        self.path = _reopened(self._write)
+    def __init__(self, read: int, write: int, path: str) -> None:
+        self._read = read
+        self._write = write
+        self.path = path
 
     def follow(self) -> None:
         """Once the library has opened it."""
@@ -42,6 +43,17 @@ class LogPipe:
                 level, text = found.groups() if found else ("info", line.rstrip())
                 if not text.endswith(f"there is no extension {FIRST_LINE}"):
                     _log.log(logging.ERROR if level == "error" else logging.INFO, "%s", text)
+
+
+def open_pipe() -> Optional[LogPipe]:
+    """None where the library could not open it."""
+    read, write = os.pipe()
+    path = _reopened(write)
+    if path is not None:
+        return LogPipe(read, write, path)
+    os.close(read)
+    os.close(write)
+    return None
 
 
 class ExchangeTrace:

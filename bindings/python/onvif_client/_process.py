@@ -50,6 +50,11 @@ def current() -> Process:
     return _current
 
 
+def is_current(process: Process) -> bool:
+    """Not that of a parent process."""
+    return process is _current
+
+
 def _begin_anew() -> None:
     global _current
     _current = None

@@ -146,7 +146,7 @@ class Camera:
             return
         self._open = False
         self._library.forget_camera(self)
-        if self._process is _process.current():
+        if _process.is_current(self._process):
             self._observers.close()
             self._process.door.logout(self._session)
 

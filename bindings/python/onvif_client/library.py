@@ -4,7 +4,6 @@ from __future__ import annotations
 import atexit
 import os
 import socket
-import sys
 import threading
 from types import TracebackType
 from typing import Iterable, Optional, Type, Union
@@ -55,14 +54,13 @@ class Library:
         settings = _settings(process, chosen)
         pipe = None
         if not process.started_before and "ONVIF_CLIENT_LOG_FILE" not in os.environ:
-            pipe = _log.LogPipe() if sys.platform != "win32" else None
-            if pipe is None or pipe.path is None:
-                settings.setdefault("ONVIF_CLIENT_LOG", "off")
-            else:
+            pipe = _log.open_pipe()
+            if pipe is not None:
                 settings["ONVIF_CLIENT_LOG_FILE"] = pipe.path
-        if not process.started_before:
-            names = settings.get(_EXTENSIONS, os.environ.get(_EXTENSIONS, ""))
-            settings[_EXTENSIONS] = ",".join(name for name in (names, _log.FIRST_LINE) if name)
+                names = settings.get(_EXTENSIONS, os.environ.get(_EXTENSIONS, ""))
+                settings[_EXTENSIONS] = ",".join(name for name in (names, _log.FIRST_LINE) if name)
+            elif "ONVIF_CLIENT_LOG" not in os.environ:
+                settings["ONVIF_CLIENT_LOG"] = "off"
         before = {name: os.environ.get(name) for name in settings}
         os.environ.update(settings)
         try:
@@ -125,7 +123,7 @@ class Library:
 
     def is_open(self) -> bool:
         """Whether it is started, and by this process."""
-        return self._open and self._process is _process.current()
+        return self._open and _process.is_current(self._process)
 
     def _require(self) -> _process.Process:
         if not self.is_open():
@@ -138,7 +136,7 @@ class Library:
             was_open, self._open = self._open, False
             cameras = list(self._cameras)
         atexit.unregister(self.close)
-        if not was_open or self._process is not _process.current():
+        if not was_open or not _process.is_current(self._process):
             return
         self._process.door.stop()
         for camera in cameras:
