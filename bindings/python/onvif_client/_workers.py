@@ -40,13 +40,20 @@ class Workers:
     def _serve(self) -> None:
         while True:
             future, work = self._jobs.get()
-            if future.set_running_or_notify_cancel():
-                try:
-                    future.set_result(work())
-                except BaseException as error:
-                    future.set_exception(error)
-            del future, work
+            if not future.set_running_or_notify_cancel():
+                self._idle.release()
+                continue
+            try:
+                result, error = work(), None
+            except BaseException as raised:
+                result, error = None, raised
+            # Before anybody can have the next job, who would else make another thread for it.
             self._idle.release()
+            if error is None:
+                future.set_result(result)
+            else:
+                future.set_exception(error)
+            del future, work, result, error
 
 
 def give_back(future: "Future[T]", undo: Optional[Callable[[T], None]]) -> None:
