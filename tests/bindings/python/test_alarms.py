@@ -33,7 +33,8 @@ def test_alarms_are_told_once_and_to_all(camera, device):
         assert next(stream).active
         assert len(heard) == 3
     assert list(stream) == []
-    assert sorted(each.kind for each in camera.alarms(timeout=0.5)) == ["alarm-input", "motion"]
+    again = camera.alarms(timeout=30)
+    assert {next(again).kind, next(again).kind} == {"alarm-input", "motion"}
 
 
 def test_states_that_the_library_repeats_are_passed_on_once_unless_asked_for(cameras):
@@ -128,29 +129,26 @@ def test_asyncio_asks_and_hears_without_blocking(device):
         ticking = asyncio.create_task(tick())
         async with aio.Library(extensions="all") as library:
             async with library.login(**device.login) as camera:
-                device.control("faults", "GetDeviceInformation@1=delay:1000")
+                device.control("faults", "GetDeviceInformation@1=delay:3000")
                 results = await asyncio.gather(camera.get("devInfo"), camera.get("dns"),
                                                camera.snapshot())
                 assert results[0]["model"] == "SIM-DOME" and results[2].startswith(b"\xff\xd8")
                 device.motion(True)
-                async for alarm in camera.alarms(timeout=30):
-                    assert alarm.active
-                    break
-                assert [each.active async for each in camera.alarms(timeout=0.2)] == [True]
+                stream = camera.alarms(timeout=30)
+                assert (await anext(stream)).active
+                assert [each.active async for each in camera.alarms(timeout=0)] == [True]
                 device.control("faults", "GetDeviceInformation@1=silence")
                 with pytest.raises(asyncio.TimeoutError):
                     await asyncio.wait_for(camera.get("devInfo"), 0.3)
                 with pytest.raises(ValueError):
                     await camera.get("noSuchCommand")
-                waiting = asyncio.create_task(anext(camera.alarms().__aiter__()))
-                await asyncio.sleep(0.2)
-            assert (await waiting).active
-            unbroken = await library.login(**device.login)
-            await unbroken.set("manualAlarmout", token="Relay_1", active=1)
+                waiting = asyncio.create_task(anext(stream, "ended"))
+                await asyncio.sleep(0.1)
+            assert await waiting == "ended"
         ticking.cancel()
         return max(after - before for before, after in zip(ticks, ticks[1:]))
 
-    assert asyncio.run(run()) < 0.7
+    assert asyncio.run(run()) < 2.5
 
 
 def test_a_hundred_cameras_are_observed_from_asyncio(cameras):

@@ -11,7 +11,7 @@ import xml.etree.ElementTree as ET
 
 import onvif_client
 import pytest
-from conftest import BUILD, ROOT
+from conftest import BUILD, ROOT, until
 
 PAGE = (ROOT / "docs" / "commands.md").read_text(encoding="utf-8")
 SHAPES = json.loads((ROOT / "docs" / "result-shapes.json").read_text(encoding="utf-8"))
@@ -210,10 +210,7 @@ def test_memory_stays_flat(camera):
 def test_the_librarys_lines_come_to_logging(library, device, caplog):
     caplog.set_level(logging.INFO, "onvif_client.library")
     library.login(**device.login).close()
-    for _ in range(1000):
-        if "login process takes" in caplog.text:
-            break
-        threading.Event().wait(0.02)
-    assert "login process takes" in caplog.text and device.address in caplog.text
+    until(lambda: "login process takes" in caplog.text)
+    assert device.address in caplog.text
     assert "no extension" not in caplog.text
     assert not [name for name in os.environ if re.match("ONVIF_CLIENT_(LOG|TRACE|EXT)", name)]
