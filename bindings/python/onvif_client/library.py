@@ -16,7 +16,7 @@ _EXTENSIONS = "ONVIF_CLIENT_EXTENSIONS"
 
 def _settings(process: _process.Process, chosen: Optional[str]) -> dict[str, str]:
     """Variables for the start, unless the user has set them."""
-    settings = {"ONVIF_CLIENT_TRACE": "off"}
+    settings = {"ONVIF_CLIENT_TRACE": "off", "ONVIF_CLIENT_LISTEN_ADDRESS": "127.0.0.1"}
     if process.trace.path is not None:
         settings["ONVIF_CLIENT_TRACE_FILE"] = process.trace.path
     return {name: value for name, value in settings.items() if name not in os.environ} | (
