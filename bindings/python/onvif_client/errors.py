@@ -58,7 +58,6 @@ class Closed(Error):
 SUCCESS = 0
 FAILED = -1
 UNKNOWN_ID = -2
-NO_MEMORY = -4
 
 _BY_CODE = {1: NotSent, 4: BadReply, 5: Unreachable, 7: BadReply, 401: NotAuthorized,
             UNKNOWN_ID: Closed}
