@@ -1,6 +1,6 @@
 // One request document, run on a session that has profiles, ranges and an answer for everything.
 #include "FuzzInput.h"
-#include "client/SecurityHeader.h"
+#include "client/PreparedRequest.h"
 #include "commands/GetCmd.h"
 
 namespace {
