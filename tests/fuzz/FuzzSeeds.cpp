@@ -215,7 +215,7 @@ int onvif_client::WIRELINK_SimpleClientComm(const char*, unsigned short port, co
 /// No session here has extensions.
 bool onvif_client::WIRELINK_ObservedClientComm(const char*, unsigned short, const char*,
                                                unsigned int, CReplyObserver*, unsigned int,
-                                               ExchangeEnd*) {
+                                               ExchangeEnd*, KeptUse*) {
     return false;
 }
 
