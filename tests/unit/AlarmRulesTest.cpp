@@ -350,6 +350,10 @@ TEST_F(ControlLoop, AFirstSubscriptionInTheBackgroundIsDueAtOnceAndPulledFromLat
 TEST_F(ControlLoop, TheLogTellsOnceWhatChangesAtWhichDevice) {
     const auto record = Add(1);
     testing::internal::CaptureStderr();
+    for (int i = 0; i < 2; ++i) {
+        record->OnNoSocket();
+        PassAfter(0);
+    }
     for (const char step : std::string("smrrmrssffs")) {
         if (step == 's' || step == 'f') {
             record->EndSubscribing(step == 's' ? std::optional(kSubscribed) : std::nullopt);
@@ -363,6 +367,8 @@ TEST_F(ControlLoop, TheLogTellsOnceWhatChangesAtWhichDevice) {
     PassAfter(0, 100);
     EXPECT_EQ(std::regex_replace(testing::internal::GetCapturedStderr(),
                                  std::regex("[-0-9]{10} [:.0-9]{12} (info|error) OnvifEvent "), ""),
+              "no sockets are left: 1 devices are observed, and each has one for its pull; the "
+              "process needs at least 65 descriptors\n"
               "h1: pulls are paced\nh1: pulls go on at once\nh1: pulls are paced\n"
               "h1: pulls go on at once\nh1: the subscription is lost\n"
               "h1: the subscription stands again\nASSERT: an observer threw (h1)\n"
