@@ -157,13 +157,16 @@ TEST_F(PullConnection, OneThatClosesWithoutAReplyIsReplacedAtOnce) {
     });
     EventDeviceRecord record(sessions_, 1, nullptr, "", "",
                              {Extension::kHttpFraming, Extension::kKeepAlive});
-    const std::pair<bool, int> pulls[] = {{true, 1}, {false, 1}, {true, 2}, {true, 3}};
-    for (const auto& [answered, expected] : pulls) {
+    const struct {
+        bool answered;
+        int connections;
+    } pulls[] = {{true, 1}, {false, 1}, {true, 2}, {true, 3}};
+    for (const auto& each : pulls) {
         record.EndPull();
         record.OnNoConnection();
         record.BeginPull({"127.0.0.1", peer.Port(), "GET", true});
-        WaitUntil([&] { return answered ? record.Answers() : record.TakePull(TickCount()); });
-        EXPECT_EQ(connections, expected) << "what has failed once is not tried again";
+        WaitUntil([&] { return each.answered ? record.Answers() : record.TakePull(TickCount()); });
+        EXPECT_EQ(connections, each.connections) << "what has failed once is not tried again";
     }
 }
 
