@@ -2,6 +2,8 @@
 
 #include <string>
 
+#include "platform/Wirelink.h"
+
 namespace onvif_client {
 
 namespace {
@@ -52,6 +54,9 @@ bool Subscribe(EventDeviceRecord& record, ISessionSource& sessions) {
     const std::string result =
         Set(record.LoginId(), sessions, CreateDocument(record.CallbackAddress()));
     const auto answer = ReadSubscription(result);
+    if (!answer && WIRELINK_GetLastError() == kWirelinkNoSocket) {
+        record.OnNoSocket();
+    }
     record.EndSubscribing(answer);
     if (answer && record.AsksForInputs()) {
         record.SetInputs(ReadInputs(Get(record.LoginId(), sessions, InputsDocument())));

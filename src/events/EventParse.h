@@ -31,7 +31,7 @@ class IPullSink {
     virtual void OnNoReply() {}
     /// The pull found no way to the device.
     virtual void OnNoConnection() = 0;
-    /// The process has no socket left for it.
+    /// The process has no socket left for it, or for the subscription.
     virtual void OnNoSocket() { OnNoConnection(); }
 };
 

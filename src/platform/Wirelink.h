@@ -190,7 +190,7 @@ bool WIRELINK_UnRegisterNode(std::uint32_t handle);
 int WIRELINK_Send(std::uint32_t handle, const char* data, std::uint32_t length);
 
 /// The reason of the calling thread's last failed WIRELINK_Send or WIRELINK_AddConnect: one of the
-/// codes above or another value.
+/// codes above or another value. Behind an exchange: kWirelinkNoSocket where that was the reason.
 std::uint32_t WIRELINK_GetLastError();
 
 /// Closes a connection and forgets its handle. Also ends a registration, as

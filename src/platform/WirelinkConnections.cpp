@@ -4,6 +4,7 @@
 
 #include "platform/ConnectionWatch.h"
 #include "platform/KeptTable.h"
+#include "platform/LastError.h"
 #include "platform/OrNothing.h"
 #include "platform/SocketLayer.h"
 #include "platform/Wirelink.h"
@@ -14,8 +15,6 @@ namespace {
 
 constexpr int kSendWaitMs = 100;
 constexpr std::uint32_t kWirelinkBroken = 0x20000001;
-
-thread_local std::uint32_t lastError = 0;
 
 /// What an int can count.
 std::size_t Bounded(std::uint32_t length) {

@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "platform/KeptTable.h"
+#include "platform/LastError.h"
 #include "platform/OrNothing.h"
 #include "platform/SocketLayer.h"
 #include "platform/Sockets.h"
@@ -193,8 +194,9 @@ int RunExchange(const Course& course, const Receive& receive, const KeepsOpenMs&
                             ? CDescriptor(kNoHandle)
                             : TakeKept(course.kept->connections, *address, course.kept->idleMs);
     const bool isKept = static_cast<bool>(taken);
-    CExchangeSocket socket(isKept ? std::move(taken) : MakeTcpSocketForUse(), layer.Abort(),
-                           course.timeoutMs);
+    CDescriptor descriptor = isKept ? std::move(taken) : MakeTcpSocketForUse();
+    lastError = descriptor ? 0 : kWirelinkNoSocket;
+    CExchangeSocket socket(std::move(descriptor), layer.Abort(), course.timeoutMs);
     const bool sent = (isKept || socket.Connect(*address)) && socket.SendAll(course.request);
     if (isKept && sent) {
         socket.AcknowledgeReplyAtOnce();
